@@ -1,0 +1,35 @@
+# Warnings, sanitizers and coverage, for every target of the project.
+add_library(norvane_options INTERFACE)
+
+target_compile_options(norvane_options INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion
+  $<$<BOOL:${NORVANE_WERROR}>:-Werror>
+  # __FILE__ ends up in failure texts: the same ones wherever the tree was built.
+  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
+  # A throw of the base library jumps over frames; keep the unwinding tables and frame pointers
+  # that make such a place readable in a debugger.
+  -fno-omit-frame-pointer)
+
+# A library's calls of its own exported functions are bound when it is linked: nobody may put others in
+# their place, and neither the calls nor the start of a program pay for the possibility.
+target_compile_options(norvane_options INTERFACE -fno-semantic-interposition)
+target_link_options(norvane_options INTERFACE -Wl,-Bsymbolic-functions)
+
+# g++ 12 takes joined strings for overlapping copies.
+target_compile_options(norvane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+if(NORVANE_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all)
+  target_compile_options(norvane_options INTERFACE ${sanitizers})
+  target_link_options(norvane_options INTERFACE ${sanitizers})
+endif()
+
+if(NORVANE_COVERAGE)
+  target_compile_options(norvane_options INTERFACE --coverage)
+  target_link_options(norvane_options INTERFACE --coverage)
+endif()
+
+# Source that flex and bison wrote is not held to our warnings.
+function(norvane_generated_source)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "-w")
+endfunction()

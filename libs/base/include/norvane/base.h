@@ -1,0 +1,18 @@
+/* All of the base library. */
+#ifndef NORVANE_BASE_H
+#define NORVANE_BASE_H
+
+#include "norvane/base/callbacks.h"
+#include "norvane/base/chunk.h"
+#include "norvane/base/diagnostics.h"
+#include "norvane/base/except.h"
+#include "norvane/base/hash.h"
+#include "norvane/base/list.h"
+#include "norvane/base/memory.h"
+#include "norvane/base/os.h"
+#include "norvane/base/progress.h"
+#include "norvane/base/set.h"
+#include "norvane/base/strings.h"
+#include "norvane/base/util.h"
+
+#endif

@@ -1,0 +1,239 @@
+// The filter follows two scanners at once, that of the preprocessor to know which lines are markers
+// at all, and that of the reader to know which of them it would take for directives.
+#include "marker_filter.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+
+namespace norvane {
+namespace {
+
+// The bytes that change the state of one of the scanners. All others are only looked at right
+// behind one of these.
+constexpr std::array<bool, 256> special = [] {
+    std::array<bool, 256> table{};
+    for (const char c : {'"', '\'', '/', '*', '\\', '\n'})
+        table[static_cast<unsigned char>(c)] = true;
+    return table;
+}();
+
+bool is_special(char c) {
+    return special[static_cast<unsigned char>(c)];
+}
+
+char half_of_a_comment_mark(char c) {
+    return c == '/' || c == '*' ? c : '\0';
+}
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool is_octal(const char* digits, const char* end) {
+    if (end - digits < 3) return false;
+    for (int i = 0; i < 3; ++i) {
+        if (digits[i] < '0' || digits[i] > '7') return false;
+    }
+    return true;
+}
+
+// Undoes the escapes of a name; returns the end of the result. A line feed (written \n or \012)
+// and a zero byte stay escaped, since a directive cannot hold them.
+char* unescape(char* to, const char* from, const char* end) {
+    while (from < end) {
+        char c = *from++;
+        if (c == '\\' && from < end && (*from == '\\' || *from == '"')) {
+            c = *from++;
+        } else if (c == '\\' && is_octal(from, end)) {
+            const int code = (from[0] - '0') * 64 + (from[1] - '0') * 8 + (from[2] - '0');
+            if (code != 0 && code != '\n') {
+                c = static_cast<char>(code);
+                from += 3;
+            }
+        }
+        *to++ = c;
+    }
+    return to;
+}
+
+} // namespace
+
+void MarkerFilter::Reader::step(char c) {
+    if (c == '\n') in_directive = false;
+    if (in_directive) return;
+    if (in_string) {
+        if (escaped)
+            escaped = false;
+        else if (c == '\\')
+            escaped = true;
+        else if (c == '"')
+            in_string = false;
+        return;
+    }
+    const char before = previous;
+    previous = '\0';
+    if (before == '/' && c == '*')
+        ++comment_depth;
+    else if (before == '*' && c == '/' && comment_depth > 0)
+        --comment_depth;
+    else if (c == '"' && comment_depth == 0)
+        in_string = true;
+    else
+        previous = half_of_a_comment_mark(c);
+}
+
+void MarkerFilter::Preprocessor::step(char c) {
+    const char before = previous;
+    const bool behind_backslash = escaped;
+    previous = '\0';
+    escaped = false;
+    if (in_comment) {
+        if (before == '*' && c == '/')
+            in_comment = false;
+        else
+            previous = half_of_a_comment_mark(c);
+        return;
+    }
+    if (c == '\n') {
+        quote = '\0';
+    } else if (behind_backslash && (c == '\\' || c == '"' || c == '\'')) {
+        return;
+    } else if (c == '\\') {
+        escaped = true;
+    } else if (quote != '\0') {
+        if (c == quote) quote = '\0';
+    } else if (c == '"' || c == '\'') {
+        quote = c;
+    } else if (before == '/' && c == '*') {
+        in_comment = true;
+    } else {
+        previous = half_of_a_comment_mark(c);
+    }
+}
+
+void MarkerFilter::begin(Write write, void* user) {
+    write_ = write;
+    user_ = user;
+    reader_ = {};
+    preprocessor_ = {};
+    at_line_start_ = true;
+    missed_ = false;
+    line_ = 0;
+    name_length_ = 0;
+    held_ = 0;
+}
+
+void MarkerFilter::received(std::size_t size) {
+    held_ += size;
+    const std::size_t done = filter(buffer_, held_, false);
+    held_ -= done;
+    std::memmove(buffer_, buffer_ + done, held_);
+}
+
+void MarkerFilter::end() {
+    filter(buffer_, held_, true);
+}
+
+// Returns how many bytes are done with: all, but for a line that may turn out a marker.
+std::size_t MarkerFilter::filter(const char* data, std::size_t size, bool last) {
+    const char* const end = data + size;
+    const char* written = data;
+    const char* at = data;
+    const auto write_up_to = [&](const char* place) {
+        if (place > written) write_(user_, written, static_cast<std::size_t>(place - written));
+        written = place;
+    };
+    while (at < end) {
+        if (at_line_start_) {
+            if (*at == '#' && !preprocessor_.in_comment) {
+                const auto rest = static_cast<std::size_t>(end - at);
+                const auto* line_end = static_cast<const char*>(std::memchr(at, '\n', rest));
+                if (!line_end && !last && rest < sizeof buffer_) break;
+                Marker marker;
+                if (line_end && parse_marker(at, line_end, &marker)) {
+                    write_up_to(at);
+                    set_position(marker);
+                    missed_ = !reader_.counts() || !position_is_in_a_file();
+                    if (!missed_) write_position();
+                    if (reader_.comment_depth == 0) {
+                        at = written = line_end + 1;
+                        continue;
+                    }
+                    --line_; // the marker is itself a line of the comment
+                }
+            }
+            if (missed_ && reader_.counts() && position_is_in_a_file()) {
+                write_up_to(at);
+                write_position();
+                missed_ = false;
+            }
+            reader_.in_directive = *at == '#' && reader_.counts();
+            at_line_start_ = false;
+        }
+        at = scan(at, end);
+    }
+    write_up_to(at);
+    return static_cast<std::size_t>(at - data);
+}
+
+// Follows the text to behind the end of the line; returns where it has stopped.
+const char* MarkerFilter::scan(const char* data, const char* end) {
+    for (;;) {
+        const bool pending =
+            reader_.previous || reader_.escaped || preprocessor_.previous || preprocessor_.escaped;
+        if (!pending) {
+            while (data < end && !is_special(*data))
+                ++data;
+        }
+        if (data == end) return end;
+        const char c = *data++;
+        reader_.step(c);
+        preprocessor_.step(c);
+        if (c == '\n') {
+            ++line_;
+            at_line_start_ = true;
+            return data;
+        }
+    }
+}
+
+// A marker is '# 12 "name"' with numbers behind it, as the preprocessor writes it. `end` is at the
+// line feed.
+bool MarkerFilter::parse_marker(const char* line, const char* end, Marker* marker) {
+    if (end - line < 2 || line[1] != ' ') return false;
+    const std::from_chars_result number = std::from_chars(line + 2, end, marker->line);
+    const char* at = number.ptr;
+    if (number.ec != std::errc() || end - at < 3 || at[0] != ' ' || at[1] != '"') return false;
+    at += 2;
+    marker->name = at;
+    while (at < end && *at != '"')
+        at += *at == '\\' ? 2 : 1;
+    if (at >= end) return false;
+    marker->name_end = at++;
+    while (at < end && (*at == ' ' || is_digit(*at)))
+        ++at;
+    return at == end;
+}
+
+void MarkerFilter::set_position(const Marker& marker) {
+    line_ = marker.line;
+    name_length_ = static_cast<std::size_t>(unescape(name_, marker.name, marker.name_end) - name_);
+}
+
+bool MarkerFilter::position_is_in_a_file() const {
+    if (line_ == 0 || name_length_ == 0) return false;
+    return name_[0] != '<' || name_[name_length_ - 1] != '>';
+}
+
+void MarkerFilter::write_position() {
+    char number[32];
+    const std::to_chars_result end = std::to_chars(number, number + sizeof number, line_);
+    write_(user_, "#line ", 6);
+    write_(user_, number, static_cast<std::size_t>(end.ptr - number));
+    write_(user_, " \"", 2);
+    write_(user_, name_, name_length_);
+    write_(user_, "\"\n", 2);
+}
+
+} // namespace norvane

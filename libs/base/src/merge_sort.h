@@ -1,0 +1,50 @@
+// The one sort of the containers: a stable merge sort without recursion. It is our own because a
+// compare callback may throw, and a throw must not jump over frames of the C library.
+#ifndef NORVANE_BASE_MERGE_SORT_H
+#define NORVANE_BASE_MERGE_SORT_H
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace norvane {
+
+// Sorts items[0..count) with the help of scratch[0..count), and returns which of the two arrays
+// holds the result. `compare(a, b)` is negative, zero or positive. The items are handles that are
+// cheap to copy.
+template <typename T, typename Compare>
+T* merge_sort(T* items, T* scratch, std::size_t count, Compare compare) {
+    constexpr std::size_t run = 8;
+    for (std::size_t begin = 0; begin < count; begin += run) {
+        const std::size_t end = std::min(begin + run, count);
+        for (std::size_t i = begin + 1; i < end; ++i) {
+            const T item = items[i];
+            std::size_t at = i;
+            for (; at > begin && compare(items[at - 1], item) > 0; --at)
+                items[at] = items[at - 1];
+            items[at] = item;
+        }
+    }
+    for (std::size_t width = run; width < count; width *= 2) {
+        for (std::size_t begin = 0; begin < count; begin += 2 * width) {
+            const std::size_t middle = std::min(begin + width, count);
+            const std::size_t end = std::min(begin + 2 * width, count);
+            std::size_t left = begin;
+            std::size_t right = middle;
+            T* out = scratch + begin;
+            // Halves that are in order already cost one comparison.
+            const bool in_order = middle == end || compare(items[middle - 1], items[middle]) <= 0;
+            while (!in_order && left < middle && right < end) {
+                *out++ = compare(items[left], items[right]) <= 0 ? items[left++] : items[right++];
+            }
+            out = std::copy(items + left, items + middle, out);
+            std::copy(items + right, items + end, out);
+        }
+        std::swap(items, scratch);
+    }
+    return items;
+}
+
+} // namespace norvane
+
+#endif
