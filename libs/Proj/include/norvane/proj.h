@@ -1,0 +1,18 @@
+/* All of the project library. */
+#ifndef NORVANE_PROJ_H
+#define NORVANE_PROJ_H
+
+#include "norvane/base.h"
+#include "norvane/proj/decl.h"
+#include "norvane/proj/expandrules.h"
+#include "norvane/proj/expr.h"
+#include "norvane/proj/loadpmfile.h"
+#include "norvane/proj/printpmfile.h"
+#include "norvane/proj/proj_errors.h"
+#include "norvane/proj/project.h"
+#include "norvane/proj/simplify.h"
+#include "norvane/proj/staticsem.h"
+#include "norvane/proj/symboltable.h"
+#include "norvane/proj/typecon.h"
+
+#endif

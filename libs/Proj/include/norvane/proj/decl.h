@@ -1,0 +1,65 @@
+/* Declarations: constants, types, variables and record fields, rules.
+ *
+ * Ownership and assertions are as in expr.h: constructors take over what they are given, copies
+ * share nothing. */
+#ifndef NORVANE_PROJ_DECL_H
+#define NORVANE_PROJ_DECL_H
+
+#include "norvane/proj/export.h"
+#include "norvane/proj/expr.h"
+#include "norvane/proj/typecon.h"
+
+NORVANE_BEGIN_DECLS
+
+typedef enum VarType { VARTYPE_PRIVATE = 0, VARTYPE_PUBLIC = 1 } VarType;
+
+typedef struct TypeDecl {
+    unsigned linenumber;
+    char* name;       /* owned */
+    TypeCon* typecon; /* owned */
+} TypeDecl;
+
+typedef struct VarDecl {
+    unsigned linenumber;
+    char* name; /* owned */
+    VarType vartype;
+    TypeCon* typecon; /* owned */
+} VarDecl;
+
+typedef struct ConstantDecl {
+    unsigned linenumber;
+    char* name;  /* owned */
+    Expr* value; /* owned */
+} ConstantDecl;
+
+typedef struct RuleDecl {
+    unsigned linenumber;
+    char* comment;     /* owned; may be null: what the rule is about */
+    char* source_info; /* owned; may be null: where it came from, shown in place of file and line */
+    Expr* rule;        /* owned */
+} RuleDecl;
+
+NORVANE_PROJ_API TypeDecl* decl_new_typedecl(char* name, TypeCon* typecon, unsigned linenumber);
+NORVANE_PROJ_API VarDecl* decl_new_vardecl(char* name, VarType vartype, TypeCon* typecon,
+                                           unsigned linenumber);
+NORVANE_PROJ_API ConstantDecl* decl_new_constantdecl(char* name, Expr* value, unsigned linenumber);
+
+/* `comment` and `source_info` may be null. The second form is for a rule without a line: it has
+ * UNDEF_LINENO. */
+NORVANE_PROJ_API RuleDecl* decl_new_ruledecl(Expr* rule, char* comment, unsigned linenumber);
+NORVANE_PROJ_API RuleDecl* decl_new_ruledecl_source_info(Expr* rule, char* comment,
+                                                         char* source_info);
+
+NORVANE_PROJ_API TypeDecl* decl_copy_typedecl(TypeDecl* type_decl);
+NORVANE_PROJ_API VarDecl* decl_copy_vardecl(VarDecl* vardecl);
+NORVANE_PROJ_API ConstantDecl* decl_copy_constantdecl(ConstantDecl* constantdecl);
+NORVANE_PROJ_API RuleDecl* decl_copy_ruledecl(RuleDecl* ruledecl);
+
+NORVANE_PROJ_API void decl_delete_typedecl(TypeDecl* type_decl);
+NORVANE_PROJ_API void decl_delete_vardecl(VarDecl* vardecl);
+NORVANE_PROJ_API void decl_delete_constantdecl(ConstantDecl* constantdecl);
+NORVANE_PROJ_API void decl_delete_ruledecl(RuleDecl* ruledecl);
+
+NORVANE_END_DECLS
+
+#endif

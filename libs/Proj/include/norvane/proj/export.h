@@ -1,0 +1,9 @@
+/* Linkage of the project library's public names. Every header of norvane_proj takes this one in. */
+#ifndef NORVANE_PROJ_EXPORT_H
+#define NORVANE_PROJ_EXPORT_H
+
+#include "norvane/base/export.h"
+
+#define NORVANE_PROJ_API __attribute__((visibility("default")))
+
+#endif

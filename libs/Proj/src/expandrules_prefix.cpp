@@ -1,0 +1,184 @@
+// The path to an instance of a record, and putting it in front of the identifiers of a rule.
+#include <climits>
+#include <cstdlib>
+
+#include "expandrules_internal.h"
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/strings.h"
+#include "poly_adaptors.h"
+
+namespace norvane {
+
+namespace {
+
+// Room for one more element of a plain array.
+template <typename T>
+void make_room(T** elements, unsigned count, unsigned* capacity) {
+    if (count < *capacity) return;
+    *capacity = *capacity == 0 ? 8 : 2 * *capacity;
+    *elements = static_cast<T*>(util_realloc_throw(*elements, sizeof(T) * *capacity));
+}
+
+} // namespace
+
+void delete_prefix(Prefix* prefix) {
+    std::free(prefix->parts);
+    std::free(prefix->indices);
+}
+
+void push_part(Prefix* prefix, char* name) {
+    make_room(&prefix->parts, prefix->part_count, &prefix->part_capacity);
+    prefix->parts[prefix->part_count++] = {name, prefix->index_count, 0};
+}
+
+void pop_part(Prefix* prefix) {
+    --prefix->part_count;
+}
+
+void push_index(Prefix* prefix) {
+    make_room(&prefix->indices, prefix->index_count, &prefix->index_capacity);
+    prefix->indices[prefix->index_count++] = 0;
+    ++prefix->parts[prefix->part_count - 1].index_count;
+}
+
+void set_index(Prefix* prefix, int value) {
+    prefix->indices[prefix->index_count - 1] = value;
+}
+
+void pop_index(Prefix* prefix) {
+    --prefix->index_count;
+    --prefix->parts[prefix->part_count - 1].index_count;
+}
+
+namespace {
+
+// More than any path has: all of it.
+constexpr unsigned whole_prefix = UINT_MAX;
+
+struct Rewrite {
+    SymbolTable* symboltable;
+    const Prefix& prefix;
+    Depths* depths; // may be null
+    unsigned next;  // of the depths
+};
+
+// The parts of a path are generated, and have no line.
+IdCon* new_part(const Prefix& prefix, const PrefixPart& part) {
+    char* name = str_copy(part.name);
+    if (part.index_count == 0) return expr_new_simpleid(name, UNDEF_LINENO);
+    PolyList* indices = plist_new(nullptr, nullptr, poly<expr_delete>);
+    for (unsigned i = 0; i < part.index_count; ++i) {
+        const int index = prefix.indices[part.first_index + i];
+        plist_append(indices, expr_new_intconst(OPR_INTCONST, index, UNDEF_LINENO));
+    }
+    return expr_new_arrayid(name, indices, UNDEF_LINENO);
+}
+
+// Takes `idcon` over. A path that has fewer parts than `depth` goes in front as a whole.
+IdCon* with_prefix(const Prefix& prefix, unsigned depth, IdCon* idcon) {
+    for (unsigned i = depth < prefix.part_count ? depth : prefix.part_count; i > 0; --i) {
+        idcon = expr_new_compositid(new_part(prefix, prefix.parts[i - 1]), idcon, UNDEF_LINENO);
+    }
+    return idcon;
+}
+
+const char* base_name(const IdCon* idcon) {
+    while (idcon->contype == IDCON_COMPOSIT)
+        idcon = idcon->args.compositid.hier;
+    if (idcon->contype != IDCON_SIMPLE && idcon->contype != IDCON_ARRAY) {
+        NORVANE_FAIL("Unknown idcon type : %d", idcon->contype);
+    }
+    return idcon->args.id.idname;
+}
+
+// How many environments lie below the innermost one that holds the name. Constants and variables
+// of the project have none below.
+unsigned depth_of_name(const SymbolTable* symboltable, const char* name) {
+    const unsigned hash = phash_hash_of(symboltable->global_table, name);
+    unsigned depth = symboltable->local_table->len;
+    for (const PolyHash* environment : items<const PolyHash>(symboltable->local_table)) {
+        --depth;
+        if (phash_peek_hashed(environment, name, hash, nullptr) == STATUS_SUCCESS) return depth;
+    }
+    NORVANE_FAIL("Could not determine depth of variable");
+}
+
+// Labels stand for themselves wherever they are named.
+bool is_label(SymbolTable* symboltable, const IdCon* idcon) {
+    if (idcon->contype != IDCON_SIMPLE) return false;
+    NameData* namedata;
+    return symtbl_lookup(symboltable, idcon->args.id.idname, 0, &namedata) == STATUS_SUCCESS &&
+           namedata->ndtype == ND_LABEL;
+}
+
+unsigned depth_of(SymbolTable* symboltable, const IdCon* idcon) {
+    return is_label(symboltable, idcon) ? 0 : depth_of_name(symboltable, base_name(idcon));
+}
+
+unsigned next_depth(Rewrite& in, const IdCon* idcon) {
+    if (in.depths == nullptr) return depth_of(in.symboltable, idcon);
+    if (in.next == in.depths->count) {
+        const unsigned depth = depth_of(in.symboltable, idcon);
+        make_room(&in.depths->values, in.depths->count, &in.depths->capacity);
+        in.depths->values[in.depths->count++] = depth;
+    }
+    return in.depths->values[in.next++];
+}
+
+void rewrite(Rewrite& in, Expr* expr);
+
+// The selector gets the whole path, whatever it names: callers rely on a selector that is no field
+// of the record being named as if it were.
+void rewrite_case(Rewrite& in, Expr* expr) {
+    auto& caseexpr = expr->args.caseexpr;
+    caseexpr.casevar = with_prefix(in.prefix, whole_prefix, caseexpr.casevar);
+    rewrite(in, caseexpr.default_expr);
+    const PolyListNode* evaluation = caseexpr.exprlist_evaluation->first;
+    for (Expr* condition : items<Expr>(caseexpr.exprlist_condition)) {
+        rewrite(in, condition);
+        if (evaluation == nullptr) continue;
+        rewrite(in, static_cast<Expr*>(evaluation->element));
+        evaluation = evaluation->next;
+    }
+}
+
+// The variable of a loop is in no environment here: a rule that names one has to be simplified
+// before.
+void rewrite(Rewrite& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { rewrite(in, expr); });
+    switch (expr->structure) {
+    case EXPR_BINARY:
+        rewrite(in, expr->args.binargs.leftarg);
+        return rewrite(in, expr->args.binargs.rightarg);
+    case EXPR_UNARY: return rewrite(in, expr->args.arg);
+    case EXPR_IDCONSTRUCTOR:
+        expr->args.idcon =
+            with_prefix(in.prefix, next_depth(in, expr->args.idcon), expr->args.idcon);
+        return;
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return;
+    case EXPR_ITE:
+        rewrite(in, expr->args.ite.logictest);
+        rewrite(in, expr->args.ite.trueexpr);
+        return rewrite(in, expr->args.ite.falseexpr);
+    case EXPR_RANGE:
+        rewrite(in, expr->args.range.rangebegin);
+        rewrite(in, expr->args.range.rangeend);
+        return rewrite(in, expr->args.range.lambdaexpr);
+    case EXPR_CASE: return rewrite_case(in, expr);
+    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+    }
+}
+
+} // namespace
+
+void put_in_front(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule) {
+    Rewrite in{symboltable, prefix, depths, 0};
+    rewrite(in, rule);
+}
+
+} // namespace norvane

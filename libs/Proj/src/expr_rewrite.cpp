@@ -1,0 +1,241 @@
+// What is done with identifiers inside expressions: hashing them, finding the free ones, putting a
+// path in front of them, putting expressions in their place. Rewrites return new trees, built
+// through the constructors (expr.cpp), and leave their input alone.
+#include <cstdlib>
+
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/strings.h"
+#include "norvane/proj/expr.h"
+#include "norvane/proj/printpmfile.h"
+#include "poly_adaptors.h"
+
+using norvane::items;
+using norvane::on_fresh_stack;
+using norvane::poly;
+using norvane::stack_is_low;
+
+namespace {
+
+unsigned hash_idcon(const void* element, unsigned size) {
+    UtilString* text = ustr_new();
+    ppm_print_idcon_str(static_cast<IdCon*>(const_cast<void*>(element)), text);
+    const unsigned hash = poly_hash_string(text->text, size);
+    ustr_delete(text);
+    return hash;
+}
+
+} // namespace
+
+int expr_hash_idcon(IdCon* idcon, int size) {
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(size >= 1);
+    return static_cast<int>(hash_idcon(idcon, static_cast<unsigned>(size)));
+}
+
+void expr_expand_composit_idcon(IdCon* composit, IdCon* expansion) {
+    NORVANE_ASSERT(composit);
+    NORVANE_ASSERT(expansion);
+    IdCon* last = composit;
+    while (last->contype == IDCON_COMPOSIT)
+        last = last->args.compositid.nested;
+    const unsigned line = last->linenumber;
+    IdCon* nested = expr_copy_idcon(expansion);
+    IdCon* hier = nullptr;
+    switch (last->contype) {
+    case IDCON_SIMPLE: hier = expr_new_simpleid(last->args.id.idname, line); break;
+    case IDCON_ARRAY:
+        hier = expr_new_arrayid(last->args.array.idname, last->args.array.exprlist, line);
+        break;
+    default: NORVANE_FAIL("Invalid id constructor type '%d'", last->contype);
+    }
+    last->contype = IDCON_COMPOSIT;
+    last->args.compositid.hier = hier;
+    last->args.compositid.nested = nested;
+}
+
+void expr_collaps_composit_idcon(IdCon* composit) {
+    NORVANE_ASSERT(composit);
+    NORVANE_ASSERT(composit->contype == IDCON_COMPOSIT);
+    while (composit->args.compositid.nested->contype == IDCON_COMPOSIT)
+        composit = composit->args.compositid.nested;
+    IdCon* hier = composit->args.compositid.hier;
+    if (hier->contype != IDCON_SIMPLE && hier->contype != IDCON_ARRAY)
+        NORVANE_FAIL("Invalid id constructor type '%d'", hier->contype);
+    expr_delete_idcon(composit->args.compositid.nested);
+    composit->contype = hier->contype;
+    composit->args = hier->args;
+    std::free(hier);
+}
+
+namespace {
+
+void collect_free(const Expr* expr, PolySet* found);
+
+void collect_free(const PolyList* list, PolySet* found) {
+    for (const Expr* expr : items<Expr>(list))
+        collect_free(expr, found);
+}
+
+// The loop variable is taken out behind the walk, so a variable of its name that stands outside of
+// the body goes with it: callers rely on never seeing the name of a loop variable.
+void collect_free_in_range(const Expr* expr, PolySet* found) {
+    collect_free(expr->args.range.rangebegin, found);
+    collect_free(expr->args.range.rangeend, found);
+    collect_free(expr->args.range.lambdaexpr, found);
+    IdCon bound{};
+    bound.contype = IDCON_SIMPLE;
+    bound.args.id.idname = expr->args.range.lambdavar;
+    pset_remove(found, &bound);
+}
+
+void collect_free(const Expr* expr, PolySet* found) {
+    if (stack_is_low()) return on_fresh_stack([&] { collect_free(expr, found); });
+    NORVANE_ASSERT(expr);
+    switch (expr->structure) {
+    case EXPR_BINARY:
+        collect_free(expr->args.binargs.leftarg, found);
+        return collect_free(expr->args.binargs.rightarg, found);
+    case EXPR_UNARY: return collect_free(expr->args.arg, found);
+    case EXPR_IDCONSTRUCTOR: pset_insert(found, expr->args.idcon); return;
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return;
+    case EXPR_ITE:
+        collect_free(expr->args.ite.logictest, found);
+        collect_free(expr->args.ite.trueexpr, found);
+        return collect_free(expr->args.ite.falseexpr, found);
+    case EXPR_RANGE: return collect_free_in_range(expr, found);
+    case EXPR_CASE:
+        pset_insert(found, expr->args.caseexpr.casevar);
+        collect_free(expr->args.caseexpr.exprlist_condition, found);
+        collect_free(expr->args.caseexpr.exprlist_evaluation, found);
+        return collect_free(expr->args.caseexpr.default_expr, found);
+    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+    }
+}
+
+} // namespace
+
+PolySet* expr_get_free_idconstructors(Expr* expr) {
+    PolySet* found = pset_new(16, poly<expr_compare_idcon>, poly<expr_copy_idcon>, hash_idcon,
+                              poly<expr_delete_idcon>);
+    collect_free(expr, found);
+    return found;
+}
+
+namespace {
+
+// A rewrite of one kind: what becomes of identifiers and constants, of the selector of a case, and
+// of loops. All else is rebuilt in the same way.
+struct Rewrite {
+    Expr* (*leaf)(const Expr* expr, const Rewrite& rewrite);
+    IdCon* (*selector)(IdCon* casevar, const Rewrite& rewrite);
+    Expr* (*range)(const Expr* expr, const Rewrite& rewrite);
+    IdCon* idcon;
+    Expr* replacement;
+};
+
+Expr* rewrite_expr(const Expr* expr, const Rewrite& rewrite);
+
+Expr* rewrite_case(const Expr* expr, const Rewrite& rewrite) {
+    const auto& from = expr->args.caseexpr;
+    IdCon* casevar = rewrite.selector(from.casevar, rewrite);
+    PolyList* conditions = plist_new(nullptr, nullptr, poly<expr_delete>);
+    PolyList* evaluations = plist_new(nullptr, nullptr, poly<expr_delete>);
+    const PolyListNode* condition = from.exprlist_condition->first;
+    const PolyListNode* evaluation = from.exprlist_evaluation->first;
+    while (condition != nullptr && evaluation != nullptr) {
+        plist_append(conditions, rewrite_expr(static_cast<Expr*>(condition->element), rewrite));
+        plist_append(evaluations, rewrite_expr(static_cast<Expr*>(evaluation->element), rewrite));
+        condition = condition->next;
+        evaluation = evaluation->next;
+    }
+    Expr* default_expr = rewrite_expr(from.default_expr, rewrite);
+    return expr_new_case(casevar, conditions, evaluations, default_expr, expr->linenumber);
+}
+
+Expr* rewrite_expr(const Expr* expr, const Rewrite& rewrite) {
+    if (stack_is_low()) return on_fresh_stack([&] { return rewrite_expr(expr, rewrite); });
+    NORVANE_ASSERT(expr);
+    const auto opr = static_cast<OprTypes>(expr->opr);
+    const unsigned line = expr->linenumber;
+    switch (expr->structure) {
+    case EXPR_BINARY: {
+        Expr* leftarg = rewrite_expr(expr->args.binargs.leftarg, rewrite);
+        return expr_new_binary(opr, leftarg, rewrite_expr(expr->args.binargs.rightarg, rewrite),
+                               line);
+    }
+    case EXPR_UNARY: return expr_new_unary(opr, rewrite_expr(expr->args.arg, rewrite), line);
+    case EXPR_IDCONSTRUCTOR:
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return rewrite.leaf(expr, rewrite);
+    case EXPR_ITE: {
+        Expr* logictest = rewrite_expr(expr->args.ite.logictest, rewrite);
+        Expr* trueexpr = rewrite_expr(expr->args.ite.trueexpr, rewrite);
+        return expr_new_ite(logictest, trueexpr, rewrite_expr(expr->args.ite.falseexpr, rewrite),
+                            line);
+    }
+    case EXPR_RANGE: return rewrite.range(expr, rewrite);
+    case EXPR_CASE: return rewrite_case(expr, rewrite);
+    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+    }
+}
+
+IdCon* prefixed(IdCon* idcon, const Rewrite& rewrite) {
+    IdCon* path = expr_copy_idcon(rewrite.idcon);
+    expr_expand_composit_idcon(path, idcon);
+    return path;
+}
+
+// Constants are made anew: what the checker knows of them is left behind.
+Expr* prefixed_leaf(const Expr* expr, const Rewrite& rewrite) {
+    const unsigned line = expr->linenumber;
+    switch (expr->structure) {
+    case EXPR_IDCONSTRUCTOR: return expr_new_idcon(prefixed(expr->args.idcon, rewrite), line);
+    case EXPR_INT_CONST:
+        return expr_new_intconst(static_cast<OprTypes>(expr->opr), expr->args.intconst.value, line);
+    case EXPR_STRING_CONST: return expr_new_stringconst(expr->args.str, line);
+    default: return expr_new_floatconst(expr->args.floatconst.value, line);
+    }
+}
+
+Expr* no_range(const Expr*, const Rewrite&) {
+    NORVANE_FAIL("Range expressions should have been removed before expand");
+}
+
+Expr* replaced_leaf(const Expr* expr, const Rewrite& rewrite) {
+    if (expr->structure != EXPR_IDCONSTRUCTOR) return expr_copy_expr(expr);
+    IdCon* own = expr->args.idcon;
+    IdCon* wanted = rewrite.idcon;
+    return expr_copy_expr(expr_compare_idcon(&own, &wanted) == 0 ? rewrite.replacement : expr);
+}
+
+IdCon* same_selector(IdCon* casevar, const Rewrite&) {
+    return expr_copy_idcon(casevar);
+}
+
+Expr* replaced_range(const Expr* expr, const Rewrite& rewrite) {
+    const auto& range = expr->args.range;
+    char* lambdavar = str_copy(range.lambdavar);
+    Expr* rangebegin = rewrite_expr(range.rangebegin, rewrite);
+    Expr* rangeend = rewrite_expr(range.rangeend, rewrite);
+    Expr* lambdaexpr = rewrite_expr(range.lambdaexpr, rewrite);
+    return expr_new_range(static_cast<OprTypes>(expr->opr), lambdavar, rangebegin, rangeend,
+                          lambdaexpr, expr->linenumber);
+}
+
+} // namespace
+
+Expr* expr_expand_expr_with_idcon(Expr* expr, IdCon* idcon) {
+    NORVANE_ASSERT(idcon);
+    return rewrite_expr(expr, {prefixed_leaf, prefixed, no_range, idcon, nullptr});
+}
+
+Expr* expr_replace_idcon_with_expr(Expr* expr, IdCon* idcon, Expr* replacement) {
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(replacement);
+    return rewrite_expr(expr, {replaced_leaf, same_selector, replaced_range, idcon, replacement});
+}

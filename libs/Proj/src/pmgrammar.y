@@ -1,0 +1,488 @@
+/* The grammar of PM source: builds the current project, declaration by declaration.
+ *
+ * The line of a record is the scanner's at the moment of the reduction, so that of the last token
+ * that was read. There is no resynchronisation: every error production reports which construct was
+ * open, and ends the parse. */
+
+%require "3.8"
+%define api.prefix {pm}
+%define api.token.prefix {PM_}
+%define api.token.raw
+%define parse.error custom
+/* Where a list may be empty, an error could belong to the list or to what follows it. The five
+ * conflicts stand for five lists, and shifting gives the error to the list. */
+%expect 5
+
+%code requires {
+#include "norvane/proj/project.h"
+
+#include "pmfrontend.h"
+}
+
+%code {
+#include <cstdio>
+#include <cstring>
+#include <type_traits>
+
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/proj/proj_errors.h"
+
+#include "poly_adaptors.h"
+#include "report.h"
+
+/* Deep nesting and long case lists need a deep stack; the limit keeps hostile input from taking all
+ * memory. */
+#define YYINITDEPTH 200
+#define YYMAXDEPTH 200000
+
+/* Reports that the construct that is open cannot be understood, and ends the parse. */
+#define FAIL(builder)                                                                              \
+    do {                                                                                           \
+        report_error(builder(pm_position()));                                                      \
+        YYABORT;                                                                                   \
+    } while (0)
+
+using namespace norvane;
+
+namespace {
+
+void delete_names(PolyList* names);
+void delete_arms(PmArms arms);
+PmString join(PmString left, PmString right);
+void declare_variables(PolyList* names, VarType vartype, TypeCon* typecon);
+void declare_fields(PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon);
+PolyList* list_of_expressions();
+PolyList* list_of_rules();
+PolyList* appended(PolyList* list, void* element);
+Expr* string_constant(PmString string);
+void warn_of_bar();
+void pmerror(const char* message);
+
+} // namespace
+}
+
+%union {
+    int integer;
+    double real;
+    char* text;
+    norvane::PmString string;
+    OprTypes opr;
+    VarType vartype;
+    Expr* expr;
+    IdCon* idcon;
+    TypeCon* typecon;
+    PolyList* list;  /* owns its elements */
+    PolyList* names; /* char*; without callbacks */
+    RuleDecl* rule;
+    norvane::PmArms arms;
+}
+
+/* Their order is the order of names in messages. */
+%token END 0 "$"
+%token CONSTANT "constant"
+%token TYPE "type"
+%token VARIABLE "variable"
+%token RULE "rule"
+%token BOOLEAN "boolean"
+%token STRING "string"
+%token ARRAY "array"
+%token OF "of"
+%token TRUE "true"
+%token FALSE "false"
+%token IF "if"
+%token THEN "then"
+%token FORALL "forall"
+%token EXIST "exist"
+%token SUM "sum"
+%token PRODUCT "product"
+%token IN "in"
+%token CASE "case"
+%token ESAC "esac"
+%token PRIVATE "private"
+%token PUBLIC "public"
+%token DOTS ".."
+%token SHR ">>"
+%token SHL "<<"
+%token DOT "."
+%token COMMA ","
+%token COLON ":"
+%token BAR "|"
+%token LPAREN "("
+%token RPAREN ")"
+%token LBRACKET "["
+%token RBRACKET "]"
+%token LBRACE "{"
+%token RBRACE "}"
+%token BAD_TOKEN "_ERROR"
+%token OPTIONAL "optional"
+%token DEFAULT "default"
+%token INTEGER "integer"
+%token SEMICOLON ";"
+%token ELSE "else"
+%token BIIMPLIES "<->"
+%token IMPLIES "->"
+%token XOR "xor"
+%token OR "or"
+%token AND "and"
+%token NOT "not"
+%token LT "<"
+%token LE "<="
+%token GT ">"
+%token GE ">="
+%token EQ "="
+%token NEQ "<>"
+%token PLUS "+"
+%token MINUS "-"
+%token TIMES "*"
+%token DIV "/"
+%token ORDER "order"
+%token FLOAT "float"
+%token <integer> INTCONST "Integer constant"
+%token <real> FLOATCONST "Float constant"
+%token <string> STRINGCONST "String constant"
+%token <text> IDENTIFIER "Identifier"
+
+%right "else"
+%right "<->"
+%right "->"
+%left "xor"
+%left "or"
+%left "and"
+%precedence "not"
+%nonassoc "<" "<=" ">" ">=" "=" "<>"
+%left "+" "-"
+%left "*" "/"
+
+%type <names> idl
+%type <vartype> modifier
+%type <typecon> type
+%type <list> recfieldl recrules recrulel enumvariablel arrayindex
+%type <rule> recrule
+%type <text> enumvariable
+%type <expr> expr
+%type <arms> casedefl
+%type <idcon> idcon
+%type <opr> rangeopr
+%type <integer> boolean
+%type <string> str
+
+%destructor { str_delete($$); } <text>
+%destructor { str_delete($$.text); } <string>
+%destructor { expr_delete($$); } <expr>
+%destructor { expr_delete_idcon($$); } <idcon>
+%destructor { tc_delete_typecon($$); } <typecon>
+%destructor { plist_delete($$); } <list>
+%destructor { delete_names($$); } <names>
+%destructor { decl_delete_ruledecl($$); } <rule>
+%destructor { delete_arms($$); } <arms>
+
+%start start
+
+%%
+
+modelstart: %empty { pm.bar_warned = false; };
+
+start: modelstart productmodel;
+
+productmodel: decll;
+
+decll: decll decl
+     | %empty
+     ;
+
+decl: constantdecl
+    | typedecl
+    | variabledecl
+    | ruledecl
+    | error { FAIL(ERR_GRAM_DECL); }
+    ;
+
+constantdecl: "constant" constantdefl;
+
+constantdefl: constantdefl constantdef ";"
+            | %empty
+            | error { FAIL(ERR_GRAM_CONSTANTDEFL); }
+            ;
+
+constantdef: "Identifier" ":" expr {
+                 proj_add_constantdecl(pm.project, decl_new_constantdecl($1, $3, pm.line));
+             };
+
+typedecl: "type" typedefl;
+
+typedefl: typedefl typedef ";"
+        | %empty
+        | error { FAIL(ERR_GRAM_TYPEDEFL); }
+        ;
+
+typedef: "Identifier" ":" type {
+             proj_add_typedecl(pm.project, decl_new_typedecl($1, $3, pm.line));
+         };
+
+variabledecl: "variable" variabledefl;
+
+variabledefl: variabledefl variabledef ";"
+            | %empty
+            | error { FAIL(ERR_GRAM_VARIABLEDEFL); }
+            ;
+
+idl: idl "," "Identifier" { $$ = appended($1, $3); }
+   | "Identifier"         { $$ = appended(plist_new(nullptr, nullptr, nullptr), $1); }
+   ;
+
+variabledef: modifier idl ":" type { declare_variables($2, $1, $4); };
+
+ruledecl: "rule" ruledefl;
+
+ruledefl: ruledefl ruledef ";"
+        | %empty
+        | error { FAIL(ERR_GRAM_RULEDEFL); }
+        ;
+
+ruledef: expr { proj_add_ruledecl(pm.project, decl_new_ruledecl($1, nullptr, pm.line)); };
+
+type: "Identifier"        { $$ = tc_new_named_tc($1, pm.line); }
+    | "boolean"           { $$ = tc_new_bool_tc(pm.line); }
+    | "float"             { $$ = tc_new_float_tc(pm.line); }
+    | "integer"           { $$ = tc_new_integer_tc(pm.line); }
+    | "string"            { $$ = tc_new_string_tc(pm.line); }
+    | "[" "Integer constant" ".." expr "]" {
+          if ($2 != 0) {
+              expr_delete($4);
+              FAIL(ERR_GRAM_INT_ZERO);
+          }
+          $$ = tc_new_subrange_tc($4, pm.line);
+      }
+    | "optional" type     { $$ = tc_new_optional_tc($2, pm.line); }
+    | "array" expr "of" type { $$ = tc_new_array_tc($2, $4, pm.line); }
+    | "{" recfieldl recrules "}" { $$ = tc_new_prod_tc_varlist($2, $3, pm.line); }
+    | "[" enumvariablel "]" { $$ = tc_new_sum_tc_varlist($2, pm.line); }
+    | error               { $$ = nullptr; FAIL(ERR_GRAM_TYPE); }
+    ;
+
+recfieldl: recfieldl recfield ";"
+         | %empty { $$ = plist_new(nullptr, nullptr, poly<decl_delete_vardecl>); }
+         | error  { $$ = nullptr; FAIL(ERR_GRAM_RECFIELDL); }
+         ;
+
+/* $0 is the list of fields that recfieldl has behind it. */
+recfield: modifier idl ":" type { declare_fields($<list>0, $2, $1, $4); };
+
+recrules: "rule" recrulel { $$ = $2; }
+        | "rule"          { $$ = list_of_rules(); }
+        | %empty          { $$ = list_of_rules(); }
+        | error           { $$ = nullptr; FAIL(ERR_GRAM_RECRULEL); }
+        ;
+
+recrulel: recrulel recrule ";" { $$ = appended($1, $2); }
+        | recrule ";"          { $$ = appended(list_of_rules(), $1); }
+        ;
+
+recrule: expr { $$ = decl_new_ruledecl($1, nullptr, pm.line); };
+
+enumvariablel: enumvariablel "|" enumvariable { $$ = appended($1, $3); warn_of_bar(); }
+             | enumvariablel "," enumvariable { $$ = appended($1, $3); }
+             | enumvariable {
+                   $$ = appended(plist_new(nullptr, nullptr, poly_delete_string), $1);
+               }
+             ;
+
+enumvariable: str { $$ = $1.text; }
+            | "Identifier"
+            ;
+
+expr: expr "and" expr { $$ = expr_new_binary(OPR_AND, $1, $3, pm.line); }
+    | expr "or" expr  { $$ = expr_new_binary(OPR_OR, $1, $3, pm.line); }
+    | expr "xor" expr { $$ = expr_new_binary(OPR_XOR, $1, $3, pm.line); }
+    | expr "->" expr  { $$ = expr_new_binary(OPR_IMPLIES, $1, $3, pm.line); }
+    | expr "<->" expr { $$ = expr_new_binary(OPR_BIIMPLIES, $1, $3, pm.line); }
+    | expr "+" expr   { $$ = expr_new_binary(OPR_PLUS, $1, $3, pm.line); }
+    | expr "-" expr   { $$ = expr_new_binary(OPR_MINUS, $1, $3, pm.line); }
+    | expr "*" expr   { $$ = expr_new_binary(OPR_TIMES, $1, $3, pm.line); }
+    | expr "/" expr   { $$ = expr_new_binary(OPR_DIV, $1, $3, pm.line); }
+    | expr "<" expr   { $$ = expr_new_binary(OPR_LT, $1, $3, pm.line); }
+    | expr "<=" expr  { $$ = expr_new_binary(OPR_LE, $1, $3, pm.line); }
+    | expr ">" expr   { $$ = expr_new_binary(OPR_GT, $1, $3, pm.line); }
+    | expr ">=" expr  { $$ = expr_new_binary(OPR_GE, $1, $3, pm.line); }
+    | expr "=" expr   { $$ = expr_new_binary(OPR_EQ, $1, $3, pm.line); }
+    | expr "<>" expr  { $$ = expr_new_binary(OPR_NEQ, $1, $3, pm.line); }
+    | "not" expr      { $$ = expr_new_unary(OPR_NOT, $2, pm.line); }
+    | "order" "(" expr ")" { $$ = expr_new_unary(OPR_ORDER, $3, pm.line); }
+    | "-" expr        { $$ = expr_new_unary(OPR_MINUS, $2, pm.line); }
+    | boolean         { $$ = expr_new_intconst(OPR_BOOLCONST, $1, pm.line); }
+    | "Integer constant" { $$ = expr_new_intconst(OPR_INTCONST, $1, pm.line); }
+    | "Float constant" { $$ = expr_new_floatconst($1, pm.line); }
+    | "(" expr ")"    { $$ = $2; }
+    | "if" expr "then" expr "else" expr { $$ = expr_new_ite($2, $4, $6, pm.line); }
+    | "if" expr "then" expr %prec "else" {
+          /* Without an else branch it is an implication. */
+          $$ = expr_new_ite($2, $4, expr_new_intconst(OPR_BOOLCONST, 1, pm.line), pm.line);
+      }
+    | idcon           { $$ = expr_new_idcon($1, pm.line); }
+    | str             { $$ = string_constant($1); }
+    | rangeopr "Identifier" "in" "[" expr ".." expr "]" ":" "(" expr ")" {
+          $$ = expr_new_range($1, $2, $5, $7, $11, pm.line);
+      }
+    | "case" idcon "of" casedefl "default" expr "esac" {
+          $$ = expr_new_case($2, $4.conditions, $4.evaluations, $6, pm.line);
+      }
+    ;
+
+casedefl: casedefl expr "then" expr "|" {
+              plist_append($1.conditions, $2);
+              plist_append($1.evaluations, $4);
+              $$ = $1;
+          }
+        | %empty { $$ = {list_of_expressions(), list_of_expressions()}; }
+        | error  { $$ = {}; FAIL(ERR_GRAM_CASEDEFL); }
+        ;
+
+idcon: "Identifier" { $$ = expr_new_simpleid($1, pm.line); }
+     | "Identifier" arrayindex { $$ = expr_new_arrayid($1, $2, pm.line); }
+     | "Identifier" "." idcon {
+           $$ = expr_new_compositid(expr_new_simpleid($1, pm.line), $3, pm.line);
+       }
+     | "Identifier" arrayindex "." idcon {
+           $$ = expr_new_compositid(expr_new_arrayid($1, $2, pm.line), $4, pm.line);
+       }
+     ;
+
+arrayindex: arrayindex "[" expr "]" { $$ = appended($1, $3); }
+          | "[" expr "]"            { $$ = appended(list_of_expressions(), $2); }
+          ;
+
+rangeopr: "forall"  { $$ = OPR_FORALL; }
+        | "exist"   { $$ = OPR_EXIST; }
+        | "sum"     { $$ = OPR_SUM; }
+        | "product" { $$ = OPR_PROD; }
+        ;
+
+boolean: "true"  { $$ = 1; }
+       | "false" { $$ = 0; }
+       ;
+
+modifier: "private" { $$ = VARTYPE_PRIVATE; }
+        | "public"  { $$ = VARTYPE_PUBLIC; }
+        | %empty    { $$ = VARTYPE_PUBLIC; }
+        ;
+
+str: "String constant"
+   | str "String constant" { $$ = join($1, $2); }
+   ;
+
+%%
+
+namespace {
+
+/* The stacks of the parser are moved about as plain memory when they grow. */
+static_assert(std::is_trivially_copyable_v<YYSTYPE> && sizeof(YYSTYPE) == 16);
+
+void delete_names(PolyList* names) {
+    names->delete_element = poly_delete_string;
+    plist_delete(names);
+}
+
+void delete_arms(PmArms arms) {
+    plist_delete(arms.conditions);
+    plist_delete(arms.evaluations);
+}
+
+PmString join(PmString left, PmString right) {
+    const std::size_t length = left.length + right.length;
+    if (room_for(length) > room_for(left.length))
+        left.text = static_cast<char*>(util_realloc_throw(left.text, room_for(length)));
+    std::memcpy(left.text + left.length, right.text, right.length + 1);
+    str_delete(right.text);
+    return {left.text, length};
+}
+
+/* Calls declare(variable) for each name. Each variable has a type of its own; the last one takes
+ * the given type over. Frees the list. */
+template <typename Declare>
+void for_each_declared(PolyList* names, VarType vartype, TypeCon* typecon, Declare declare) {
+    for (const PolyListNode* node = names->first; node; node = node->next) {
+        TypeCon* own = node->next ? tc_copy_typecon(typecon) : typecon;
+        declare(decl_new_vardecl(static_cast<char*>(node->element), vartype, own, pm.line));
+    }
+    plist_delete(names);
+}
+
+void declare_variables(PolyList* names, VarType vartype, TypeCon* typecon) {
+    for_each_declared(names, vartype, typecon,
+                      [](VarDecl* variable) { proj_add_vardecl(pm.project, variable); });
+}
+
+void declare_fields(PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon) {
+    for_each_declared(names, vartype, typecon,
+                      [fields](VarDecl* field) { plist_append(fields, field); });
+}
+
+PolyList* list_of_expressions() { return plist_new(nullptr, nullptr, poly<expr_delete>); }
+
+PolyList* list_of_rules() { return plist_new(nullptr, nullptr, poly<decl_delete_ruledecl>); }
+
+PolyList* appended(PolyList* list, void* element) {
+    plist_append(list, element);
+    return list;
+}
+
+Expr* string_constant(PmString string) {
+    Expr* constant = expr_new_stringconst(string.text, pm.line);
+    str_delete(string.text);
+    return constant;
+}
+
+void warn_of_bar() {
+    if (pm.bar_warned) return;
+    pm.bar_warned = true;
+    report(ERROR_TYPE_WARNING, ERR_GRAM_BAR_DEPRECATED(pm_position()));
+}
+
+/* Whether messages show the name without quotes. */
+bool is_bare(int symbol) {
+    return symbol == YYSYMBOL_YYEOF || symbol == YYSYMBOL_YYerror || symbol == YYSYMBOL_BAD_TOKEN;
+}
+
+/* Writes `prefix` and the symbol's name at `text`, and returns the end. */
+char* print_symbol(char* text, const char* prefix, int symbol) {
+    const char* quote = is_bare(symbol) ? "" : "\"";
+    return text + std::sprintf(text, "%s%s%s%s", prefix, quote,
+                               yysymbol_name(static_cast<yysymbol_kind_t>(symbol)), quote);
+}
+
+/* Calls each(symbol) for every terminal that has an entry in the row of actions at `row`. */
+template <typename Each>
+void for_each_in_row(int row, Each each) {
+    for (int symbol = row < 0 ? -row : 0; symbol < YYNTOKENS && row + symbol <= YYLAST; ++symbol)
+        if (yycheck[row + symbol] == symbol) each(symbol);
+}
+
+/* What is wrong: callers know these words. What would have fitted is told where that is little; the
+ * recovery from an error is among it where there is one. */
+void print_syntax_error(char* text, int state, int unexpected) {
+    const int row = yypact[state];
+    text += std::sprintf(text, "parse error");
+    if (yypact_value_is_default(row)) return;
+    text = print_symbol(text, ", unexpected ", unexpected);
+    int count = 0;
+    for_each_in_row(row, [&](int) { ++count; });
+    if (count >= 5) return;
+    const char* prefix = ", expecting ";
+    for_each_in_row(row, [&](int symbol) {
+        text = print_symbol(text, prefix, symbol);
+        prefix = " or ";
+    });
+}
+
+/* Called by the parser for one thing alone: its stack is full. */
+void pmerror(const char*) { report_error(ERR_PARSER(pm_position(), "parser stack overflow")); }
+
+} // namespace
+
+static int yyreport_syntax_error(const yypcontext_t* context) {
+    char message[MESSAGE_BUFFER_SIZE];
+    print_syntax_error(message, *context->yyssp, context->yytoken);
+    report_error(ERR_PARSER(pm_position(), message));
+    return 0;
+}

@@ -1,0 +1,164 @@
+// Printing identifiers: plain, in quotes, or cleaned to a plain one; and paths of them.
+#include <array>
+
+#include "norvane/base/deep.hpp"
+#include "norvane/base/items.hpp"
+#include "norvane/proj/printpmfile.h"
+#include "printpmfile_internal.h"
+
+using norvane::items;
+using norvane::on_fresh_stack;
+using norvane::print_into;
+using norvane::put;
+using norvane::stack_is_low;
+
+namespace {
+
+// What a byte may be in a plain identifier. Those above 127 are none, in every code page.
+enum ByteClass : unsigned char { OTHER, DIGIT, LETTER };
+
+constexpr std::array<ByteClass, 256> make_byte_classes() {
+    std::array<ByteClass, 256> classes{};
+    for (std::size_t c = '0'; c <= '9'; ++c)
+        classes[c] = DIGIT;
+    for (std::size_t c = 'a'; c <= 'z'; ++c)
+        classes[c] = classes[c - 'a' + 'A'] = LETTER;
+    classes['_'] = LETTER;
+    return classes;
+}
+
+constexpr std::array<ByteClass, 256> byte_classes = make_byte_classes();
+
+ByteClass class_of(char c) {
+    return byte_classes[static_cast<unsigned char>(c)];
+}
+
+template <typename... Words>
+bool is_one_of(std::string_view id, Words... words) {
+    return ((id == words) || ...);
+}
+
+bool is_reserved(std::string_view id) {
+    switch (id.size()) {
+    case 2: return is_one_of(id, "if", "in", "of", "or");
+    case 3: return is_one_of(id, "and", "not", "sum", "xor");
+    case 4: return is_one_of(id, "case", "else", "esac", "rule", "then", "true", "type");
+    case 5: return is_one_of(id, "array", "exist", "false", "float", "order");
+    case 6: return is_one_of(id, "forall", "public", "string");
+    case 7: return is_one_of(id, "boolean", "default", "private", "product");
+    case 8: return is_one_of(id, "constant", "optional", "variable");
+    default: return false;
+    }
+}
+
+// The length of a plain identifier; 0 for what needs quotes, the empty one among them.
+std::size_t plain_length(const char* id) {
+    if (class_of(id[0]) != LETTER) return 0;
+    std::size_t length = 1;
+    while (class_of(id[length]) != OTHER)
+        ++length;
+    if (id[length] != '\0' || is_reserved({id, length})) return 0;
+    return length;
+}
+
+UtilString* new_quoted(const char* id) {
+    UtilString* text = ustr_new();
+    ustr_append_string(text, id);
+    ustr_quote(text);
+    return text;
+}
+
+UtilString* new_clean(const char* id) {
+    UtilString* text = ustr_new();
+    if (is_reserved(id)) {
+        ustr_append_string(text, id);
+        ustr_append_char(text, '_');
+        return text;
+    }
+    // The first byte counts even where it is the terminator, so that an empty name becomes one too.
+    const char* c = id;
+    do {
+        const bool plain = class_of(*c) == LETTER || (class_of(*c) == DIGIT && c != id);
+        if (plain) {
+            ustr_append_char(text, *c);
+        } else {
+            ustr_printf(text, "A%03d", static_cast<unsigned char>(*c));
+        }
+    } while (*c != '\0' && *++c != '\0');
+    return text;
+}
+
+char* take_text(UtilString* text) {
+    char* copy = str_copy(text->text);
+    ustr_delete(text);
+    return copy;
+}
+
+unsigned print_and_delete(FILE* stream, UtilString* text) {
+    const unsigned length = put(stream, {text->text, text->length});
+    ustr_delete(text);
+    return length;
+}
+
+} // namespace
+
+unsigned ppm_print_id(FILE* stream, char* id) {
+    NORVANE_ASSERT(stream);
+    NORVANE_ASSERT(id);
+    if (const std::size_t length = plain_length(id)) return put(stream, {id, length});
+    return print_and_delete(stream, new_quoted(id));
+}
+
+char* ppm_quoted_id(char* id) {
+    NORVANE_ASSERT(id);
+    return plain_length(id) != 0 ? str_copy(id) : take_text(new_quoted(id));
+}
+
+char* ppm_clean_id(char* id) {
+    NORVANE_ASSERT(id);
+    return take_text(new_clean(id));
+}
+
+unsigned ppm_print_clean_id(FILE* stream, char* id) {
+    NORVANE_ASSERT(stream);
+    NORVANE_ASSERT(id);
+    return print_and_delete(stream, new_clean(id));
+}
+
+unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
+    if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
+    NORVANE_ASSERT(stream);
+    NORVANE_ASSERT(idcon);
+    switch (idcon->contype) {
+    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
+    case IDCON_ARRAY: {
+        unsigned width = ppm_print_id(stream, idcon->args.array.idname);
+        for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
+            put(stream, "[");
+            ppm_print_expr(stream, index);
+            put(stream, "]");
+            // Lines of existing models break by this number, whatever the index really takes.
+            width += 5;
+        }
+        return width;
+    }
+    case IDCON_COMPOSIT:
+        ppm_print_idcon(stream, idcon->args.compositid.hier);
+        put(stream, ".");
+        ppm_print_idcon(stream, idcon->args.compositid.nested);
+        // And by this one.
+        return 0;
+    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
+    }
+}
+
+void ppm_print_idcon_stderr(IdCon* idcon) {
+    ppm_print_idcon(stderr, idcon);
+    put(stderr, "\n");
+}
+
+void ppm_print_idcon_str(IdCon* idcon, UtilString* string) {
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(string);
+    print_into(string, [&](FILE* stream) { ppm_print_idcon(stream, idcon); });
+}

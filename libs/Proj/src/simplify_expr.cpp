@@ -1,0 +1,293 @@
+// Simplification of expressions: constants, labels, loops, cases and order() go away, and what is
+// left are boolean and integer operators, `if` and integer constants over variables with finite
+// domains. Comparisons of unbounded variables are in simplify_compare.cpp, loops in
+// simplify_loop.cpp.
+//
+// The tree must have been checked: types and value sets steer the rewrite. Every node of the result
+// is new, so that callers may delete the model's tree and the result in any order.
+#include "norvane/proj/simplify.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/strings.h"
+#include "norvane/proj/staticsem.h"
+#include "poly_adaptors.h"
+#include "simplify_internal.h"
+#include "staticsem_internal.h"
+
+namespace norvane {
+
+Expr stack_idcon(IdCon* idcon, unsigned char type) {
+    Expr node = stack_node(EXPR_IDCONSTRUCTOR, OPR_NONE, type);
+    node.args.idcon = idcon;
+    return node;
+}
+
+Expr stack_equation(Expr* left, Expr* right, ExprType type) {
+    Expr node = stack_node(EXPR_BINARY, OPR_EQ, static_cast<unsigned char>(type));
+    node.args.binargs = {left, right};
+    return node;
+}
+
+namespace {
+
+Expr* typed(Expr* expr, unsigned char type) {
+    expr->type = type;
+    return expr;
+}
+
+Expr* new_int(int value) {
+    return expr_new_intconst(OPR_INTCONST, value, UNDEF_LINENO);
+}
+
+// The new indices are constants: what they were computed from may go out of sight.
+PolyList* evaluated_indices(const Simplification& in, const PolyList* indices) {
+    PolyList* result = plist_new(nullptr, nullptr, poly<expr_delete>);
+    for (Expr* index : items<Expr>(indices)) {
+        plist_append(result,
+                     new_int(ssem_static_evaluate_intexpr(in.project, in.symboltable, index)));
+    }
+    return result;
+}
+
+IdCon* simplify_idcon(const Simplification& in, const IdCon* idcon) {
+    if (stack_is_low()) return on_fresh_stack([&] { return simplify_idcon(in, idcon); });
+    switch (idcon->contype) {
+    case IDCON_SIMPLE: return expr_new_simpleid(str_copy(idcon->args.id.idname), idcon->linenumber);
+    case IDCON_ARRAY: {
+        PolyList* indices = evaluated_indices(in, idcon->args.array.exprlist);
+        return expr_new_arrayid(str_copy(idcon->args.array.idname), indices, UNDEF_LINENO);
+    }
+    case IDCON_COMPOSIT: {
+        IdCon* hier = simplify_idcon(in, idcon->args.compositid.hier);
+        IdCon* nested = simplify_idcon(in, idcon->args.compositid.nested);
+        return expr_new_compositid(hier, nested, UNDEF_LINENO);
+    }
+    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
+    }
+}
+
+// A simple name: a constant or a label becomes its value, a variable stays.
+Expr* simplify_name(const Simplification& in, const IdCon* idcon, unsigned char type) {
+    char* name = idcon->args.id.idname;
+    if (std::strcmp(name, "NONE") == 0) return new_int(0);
+    if (std::strcmp(name, "SOME") == 0) return new_int(1);
+    NameData* namedata;
+    NORVANE_ASSERT(symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS);
+    switch (namedata->ndtype) {
+    case ND_BOOL: return expr_new_intconst(OPR_BOOLCONST, namedata->int_value, UNDEF_LINENO);
+    case ND_INT: return new_int(namedata->int_value);
+    case ND_LABEL: return new_int(namedata->label_index);
+    default: return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), type);
+    }
+}
+
+Expr* simplify_identifier(const Simplification& in, const Expr* expr) {
+    const IdCon* idcon = expr->args.idcon;
+    if (idcon->contype == IDCON_SIMPLE) return simplify_name(in, idcon, expr->type);
+    return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), expr->type);
+}
+
+// A literal that spells a declared name stands for it: a label may be written as a string.
+Expr* simplify_string(const Simplification& in, const Expr* expr) {
+    NameData* namedata;
+    if (symtbl_lookup(in.symboltable, expr->args.str, 0, &namedata) != STATUS_SUCCESS) {
+        return expr_new_stringconst(expr->args.str, UNDEF_LINENO);
+    }
+    const IdCon idcon = ssem_literal_as_idcon(expr);
+    return simplify_name(in, &idcon, expr->type);
+}
+
+Expr* simplify_int(const Expr* expr) {
+    const OprTypes opr = expr->type == ETYPE_BOOL ? OPR_BOOLCONST : OPR_INTCONST;
+    return expr_new_intconst(opr, expr->args.intconst.value, UNDEF_LINENO);
+}
+
+bool is_negation(const Expr* expr) {
+    return expr->structure == EXPR_UNARY && expr->opr != OPR_ORDER && expr->type == ETYPE_INT;
+}
+
+// ssem_is_static_expr, which also notes the negations around the first operand that is not static.
+// Each of them will be met in its turn, outermost first; asking anew at each would take a square of
+// their number. Negations in loops and cases are not noted.
+bool is_static_noting(Simplification& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { return is_static_noting(in, expr); });
+    switch (expr->structure) {
+    case EXPR_BINARY:
+        return is_static_noting(in, expr->args.binargs.leftarg) &&
+               is_static_noting(in, expr->args.binargs.rightarg);
+    case EXPR_UNARY:
+        if (expr->opr == OPR_ORDER) break;
+        if (is_static_noting(in, expr->args.arg)) return true;
+        if (is_negation(expr)) plist_prepend(&in.not_static, expr);
+        return false;
+    case EXPR_ITE:
+        return is_static_noting(in, expr->args.ite.logictest) &&
+               is_static_noting(in, expr->args.ite.trueexpr) &&
+               is_static_noting(in, expr->args.ite.falseexpr);
+    default: break;
+    }
+    return ssem_is_static_expr(in.project, in.symboltable, expr);
+}
+
+bool is_noted(Simplification& in, const Expr* expr) {
+    if (in.not_static.len == 0 || plist_hd(&in.not_static) != expr) return false;
+    plist_delete_nth(&in.not_static, 0);
+    return true;
+}
+
+// A branch that is not visited leaves its notes behind.
+void forget_notes(Simplification& in, unsigned len) {
+    while (in.not_static.len > len)
+        plist_delete_nth(&in.not_static, 0);
+}
+
+Expr* simplify_operand(Simplification& in, Expr* expr) {
+    Expr* arg = simplify(in, expr->args.arg);
+    return typed(expr_new_unary(static_cast<OprTypes>(expr->opr), arg, UNDEF_LINENO), expr->type);
+}
+
+// The value of a static negation is the one new node with a line.
+Expr* simplify_negation(Simplification& in, Expr* expr) {
+    const bool noted = is_noted(in, expr);
+    const unsigned notes = in.not_static.len;
+    if (!noted && is_static_noting(in, expr->args.arg)) {
+        const int value = ssem_static_evaluate_intexpr(in.project, in.symboltable, expr);
+        return expr_new_intconst(OPR_INTCONST, value, expr->linenumber);
+    }
+    Expr* result = simplify_operand(in, expr);
+    forget_notes(in, notes);
+    return result;
+}
+
+Expr* simplify_unary(Simplification& in, Expr* expr) {
+    if (expr->opr == OPR_ORDER) return simplify(in, expr->args.arg);
+    return is_negation(expr) ? simplify_negation(in, expr) : simplify_operand(in, expr);
+}
+
+Expr* simplify_binary(Simplification& in, Expr* expr) {
+    if (Expr* comparison = simplify_comparison(in, expr)) return comparison;
+    Expr* left = simplify(in, expr->args.binargs.leftarg);
+    Expr* right = simplify(in, expr->args.binargs.rightarg);
+    return join(in, expr->opr, left, right, expr->type);
+}
+
+// A branch that is never taken is not looked at.
+Expr* simplify_conditional(Simplification& in, Expr* expr) {
+    Expr* test = simplify(in, expr->args.ite.logictest);
+    if (test->structure == EXPR_INT_CONST) {
+        const bool is_true = test->args.intconst.value != 0;
+        expr_delete(test);
+        return simplify(in, is_true ? expr->args.ite.trueexpr : expr->args.ite.falseexpr);
+    }
+    Expr* trueexpr = simplify(in, expr->args.ite.trueexpr);
+    Expr* falseexpr = simplify(in, expr->args.ite.falseexpr);
+    return typed(expr_new_ite(test, trueexpr, falseexpr, UNDEF_LINENO), expr->type);
+}
+
+struct Arm {
+    Expr* condition;
+    Expr* evaluation;
+};
+
+// The arms in an array, since a chain is built from its last one and lists lead forward only.
+Arm* arms_of(const Expr* expr) {
+    const auto& caseexpr = expr->args.caseexpr;
+    auto* arms = static_cast<Arm*>(
+        util_malloc_throw(sizeof(Arm) * plist_length(caseexpr.exprlist_condition)));
+    Arm* arm = arms;
+    for (Expr* condition : items<Expr>(caseexpr.exprlist_condition))
+        (arm++)->condition = condition;
+    arm = arms;
+    for (Expr* evaluation : items<Expr>(caseexpr.exprlist_evaluation))
+        (arm++)->evaluation = evaluation;
+    return arms;
+}
+
+// The type under which a selector is compared: what it is encoded by if it is unbounded.
+unsigned char selector_type(const TypeCon* typecon, const Expr* condition) {
+    switch (typecon->contype) {
+    case TC_UBOUND_FLOAT: return ETYPE_ENUM_FLOAT;
+    case TC_UBOUND_INTEGER: return ETYPE_ENUM_INTEGER;
+    case TC_STRING: return ETYPE_STRING;
+    case TC_SUM:
+        if (condition->type == ETYPE_STRING) return ETYPE_SUM;
+        return condition->type;
+    default: return condition->type;
+    }
+}
+
+// One `if` in front of the chain so far. Callers rely on its types: all of it but the test is typed
+// like the evaluation in the source.
+Expr* simplify_arm(Simplification& in, IdCon* casevar, const Arm& arm, Expr* chain) {
+    TypeCon* typecon;
+    NORVANE_ASSERT(symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, casevar, 0,
+                                            &typecon, UNDEF_LINENO) == STATUS_SUCCESS);
+    Expr selector = stack_idcon(casevar, selector_type(typecon, arm.condition));
+    Expr comparison = stack_equation(&selector, arm.condition, ETYPE_BOOL);
+    Expr* test = simplify(in, &comparison);
+    Expr* evaluation = simplify(in, arm.evaluation);
+    const unsigned char type = arm.evaluation->type;
+    evaluation->type = type;
+    chain->type = type;
+    return typed(expr_new_ite(test, evaluation, chain, UNDEF_LINENO), type);
+}
+
+// Unlike a conditional, an arm whose test is constant stays: callers find one `if` for each arm.
+[[gnu::noinline]] Expr* simplify_arms(Simplification& in, IdCon* casevar, const Expr* expr,
+                                      Expr* chain) {
+    Arm* arms = arms_of(expr);
+    Expr* result = nullptr;
+    for (unsigned i = plist_length(expr->args.caseexpr.exprlist_condition); i > 0; --i) {
+        result = simplify_arm(in, casevar, arms[i - 1], chain);
+        chain = result;
+    }
+    std::free(arms);
+    // A case without arms is no chain.
+    NORVANE_ASSERT(result);
+    return result;
+}
+
+Expr* simplify_case(Simplification& in, const Expr* expr) {
+    NORVANE_ASSERT(plist_length(expr->args.caseexpr.exprlist_condition) ==
+                   plist_length(expr->args.caseexpr.exprlist_evaluation));
+    IdCon* casevar = simplify_idcon(in, expr->args.caseexpr.casevar);
+    Expr* chain = simplify(in, expr->args.caseexpr.default_expr);
+    Expr* result = simplify_arms(in, casevar, expr, chain);
+    expr_delete_idcon(casevar);
+    return typed(result, expr->type);
+}
+
+} // namespace
+
+Expr* simplify(Simplification& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { return simplify(in, expr); });
+    NORVANE_ASSERT(expr);
+    switch (expr->structure) {
+    case EXPR_BINARY: return simplify_binary(in, expr);
+    case EXPR_UNARY: return simplify_unary(in, expr);
+    case EXPR_IDCONSTRUCTOR: return simplify_identifier(in, expr);
+    case EXPR_INT_CONST: return simplify_int(expr);
+    case EXPR_STRING_CONST: return simplify_string(in, expr);
+    case EXPR_FLOAT_CONST: return expr_new_floatconst(expr->args.floatconst.value, UNDEF_LINENO);
+    case EXPR_ITE: return simplify_conditional(in, expr);
+    case EXPR_RANGE: return simplify_range(in, expr);
+    case EXPR_CASE: return simplify_case(in, expr);
+    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+    }
+}
+
+} // namespace norvane
+
+Expr* simplify_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
+    NORVANE_ASSERT(project);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(expr);
+    norvane::Simplification in{project, symboltable, {}};
+    return norvane::simplify(in, expr);
+}

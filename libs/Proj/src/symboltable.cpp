@@ -1,0 +1,445 @@
+// The symbol table: the declared names of a project, and the paths that lead through them.
+//
+// A table is a global hash table of types and labels, and a stack of environments of constants and
+// variables. All of them have the same callbacks, so that a look-up hashes its name once.
+#include "norvane/proj/symboltable.h"
+
+#include <cstdlib>
+
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/strings.h"
+#include "norvane/proj/proj_errors.h"
+#include "poly_adaptors.h"
+#include "report.h"
+#include "staticsem_internal.h"
+
+namespace {
+
+using namespace norvane;
+
+// The hint for tables that hold the names of a whole project.
+constexpr int project_size = 32;
+
+// The place that a report blames, until the next report.
+char position[MESSAGE_BUFFER_SIZE];
+
+PolyHash* innermost(const SymbolTable* symboltable) {
+    auto* environment = static_cast<PolyHash*>(plist_hd(symboltable->local_table));
+    if (environment == nullptr) NORVANE_FAIL("Variable environment is NULL");
+    return environment;
+}
+
+// Looks a name up in one table.
+inline int peek(const PolyHash* table, const char* name, unsigned hash, NameData** namedata) {
+    void* found;
+    if (phash_peek_hashed(table, name, hash, &found) != STATUS_SUCCESS) return STATUS_FAILURE;
+    *namedata = static_cast<NameData*>(found);
+    return STATUS_SUCCESS;
+}
+
+inline bool is_global(const NameData* namedata) {
+    return namedata->ndtype == ND_LABEL || namedata->ndtype == ND_TYPE;
+}
+
+int report_redeclared(LineInfo* line_info, char* name, NameData* namedata, NameData* declared,
+                      unsigned linenumber) {
+    proj_line_information(line_info, linenumber, position);
+    report_error(ERR_NAME_REDECLARED(position, symtbl_namedata_to_string(namedata), name,
+                                     symtbl_namedata_to_string(declared)));
+    return STATUS_FAILURE;
+}
+
+int report_redeclared_scope(LineInfo* line_info, char* name, NameData* namedata,
+                            unsigned linenumber) {
+    proj_line_information(line_info, linenumber, position);
+    report_error(ERR_NAME_REDECLARED_SCOPE(position, symtbl_namedata_to_string(namedata), name));
+    return STATUS_FAILURE;
+}
+
+// For the builders that take no more than the place and a name.
+int report_name(LineInfo* line_info, ErrorInfo* (*builder)(const char*, const char*),
+                const char* name, unsigned linenumber) {
+    proj_line_information(line_info, linenumber, position);
+    report_error(builder(position, name));
+    return STATUS_FAILURE;
+}
+
+// Which kinds come with a type and an environment. A record without one could not be entered.
+void check_arguments(NameDataType ndtype, const TypeCon* typecon, const PolyHash* environment) {
+    switch (ndtype) {
+    case ND_BOOL:
+    case ND_INT:
+    case ND_FLOAT:
+    case ND_STRING:
+        NORVANE_ASSERT(!typecon);
+        NORVANE_ASSERT(!environment);
+        return;
+    case ND_LABEL:
+        NORVANE_ASSERT(typecon);
+        NORVANE_ASSERT(!environment);
+        return;
+    case ND_TYPE:
+    case ND_VARIABLE:
+        NORVANE_ASSERT(typecon);
+        NORVANE_ASSERT_TEXT(typecon->contype != TC_PROD || environment != nullptr,
+                            "IMPLIES( typecon->contype == TC_PROD, environment )");
+        return;
+    }
+    NORVANE_FAIL("Invalid name data type '%d'", static_cast<int>(ndtype));
+}
+
+// The name of the type that a declaration leads to through arrays and optionals, or null.
+char* name_of_type(const TypeCon* typecon) {
+    for (;;) {
+        switch (typecon->contype) {
+        case TC_BOOL:
+        case TC_INT:
+        case TC_UBOUND_FLOAT:
+        case TC_UBOUND_INTEGER:
+        case TC_STRING:
+        case TC_PROD:
+        case TC_SUM: return nullptr;
+        case TC_ARRAY: typecon = typecon->values.array.element; break;
+        case TC_OPTIONAL: typecon = typecon->values.base; break;
+        case TC_NAMED: return typecon->values.name;
+        default: NORVANE_FAIL("Invalid type construtor '%d'", typecon->contype);
+        }
+    }
+}
+
+// A path such as a.b[1].c, on the way to its last step. What it needs along the way is what the
+// exported functions were given.
+struct Path {
+    LineInfo* line_info;
+    SymbolTable* symboltable;
+    IdCon* idcon; // the rest of the path
+    int scoped;   // whether its first name is looked up in the innermost environment alone
+    unsigned linenumber;
+    unsigned pushed; // environments that it has pushed
+};
+
+// Goes to the last step, pushing the environment of each record on the way: false after a report.
+// Indices play no part: all elements of an array share the environment of their type.
+bool enter(Path* path) {
+    while (path->idcon->contype == IDCON_COMPOSIT) {
+        const IdCon* head = path->idcon->args.compositid.hier;
+        // A composite has no name to read.
+        NORVANE_ASSERT_TEXT(head->contype != IDCON_COMPOSIT,
+                            "idcon->args.compositid.hier->contype != IDCON_COMPOSIT");
+        PolyHash* environment;
+        if (symtbl_lookup_env(path->line_info, path->symboltable, head->args.id.idname,
+                              path->scoped, &environment, path->linenumber) != STATUS_SUCCESS) {
+            return false;
+        }
+        if (environment == nullptr) {
+            NORVANE_FAIL("Could not find environment for '%s'", head->args.id.idname);
+        }
+        symtbl_push_env(path->symboltable, environment);
+        ++path->pushed;
+        path->scoped = 1;
+        path->idcon = path->idcon->args.compositid.nested;
+    }
+    return true;
+}
+
+void leave(Path* path) {
+    for (; path->pushed > 0; --path->pushed)
+        symtbl_pop_env(path->symboltable);
+}
+
+// The record of the last step, a simple or an array constructor, or null.
+NameData* last_record(const Path* path) {
+    if (path->idcon->contype != IDCON_SIMPLE && path->idcon->contype != IDCON_ARRAY) {
+        NORVANE_FAIL("Invalid id constructor type '%d'", path->idcon->contype);
+    }
+    NameData* namedata;
+    if (symtbl_lookup(path->symboltable, path->idcon->args.id.idname, path->scoped, &namedata) !=
+        STATUS_SUCCESS) {
+        return nullptr;
+    }
+    return namedata;
+}
+
+// A type as it is declared, or, with `resolve`, as what its name leads to.
+int deliver(const Path* path, TypeCon* typecon, bool resolve, TypeCon** result) {
+    if (resolve) {
+        return symtbl_lookup_typecon(path->line_info, path->symboltable, typecon, result,
+                                     path->linenumber);
+    }
+    *result = typecon;
+    return STATUS_SUCCESS;
+}
+
+int type_of_simple(const Path* path, bool resolve, TypeCon** result) {
+    const NameData* namedata = last_record(path);
+    if (namedata == nullptr) return STATUS_FAILURE;
+    switch (namedata->ndtype) {
+    case ND_LABEL:
+    case ND_VARIABLE: return deliver(path, namedata->typecon, resolve, result);
+    case ND_TYPE:
+        return report_name(path->line_info, ERR_TYPE_AS_VAR, path->idcon->args.id.idname,
+                           path->linenumber);
+    default: NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
+    }
+}
+
+int type_of_element(const Path* path, bool resolve, TypeCon** result) {
+    char* name = path->idcon->args.array.idname;
+    const NameData* namedata = last_record(path);
+    if (namedata == nullptr || namedata->ndtype != ND_VARIABLE) {
+        NORVANE_FAIL("'%s' is not declared as an array", name);
+    }
+    TypeCon* typecon;
+    if (deliver(path, namedata->typecon, resolve, &typecon) != STATUS_SUCCESS) {
+        return STATUS_FAILURE;
+    }
+    for (unsigned left = path->idcon->args.array.exprlist->len; left > 0; --left) {
+        if (typecon->contype != TC_ARRAY) {
+            NORVANE_FAIL("Could not find array type constructor for '%s'", name);
+        }
+        if (deliver(path, typecon->values.array.element, resolve, &typecon) != STATUS_SUCCESS) {
+            return STATUS_FAILURE;
+        }
+    }
+    *result = typecon;
+    return STATUS_SUCCESS;
+}
+
+int type_at_end(Path path, bool resolve, TypeCon** result) {
+    int status = STATUS_FAILURE;
+    if (enter(&path)) {
+        const bool indexed = path.idcon->contype == IDCON_ARRAY;
+        status = indexed ? type_of_element(&path, resolve, result)
+                         : type_of_simple(&path, resolve, result);
+    }
+    leave(&path);
+    return status;
+}
+
+} // namespace
+
+void norvane::take_env_out(SymbolTable* symboltable, PolyHash* environment) {
+    unsigned depth = 0;
+    for (const PolyListNode* node = symboltable->local_table->first; node != nullptr;
+         node = node->next, ++depth) {
+        if (node->element != environment) continue;
+        plist_delete_nth(symboltable->local_table, depth);
+        return;
+    }
+}
+
+SymbolTable* symtbl_new_symbol_table() {
+    auto* symboltable = static_cast<SymbolTable*>(util_malloc_throw(sizeof(SymbolTable)));
+    symboltable->global_table = symtbl_new_symbol_table_env(project_size);
+    symboltable->local_table = plist_new(nullptr, nullptr, nullptr);
+    plist_prepend(symboltable->local_table, symtbl_new_symbol_table_env(project_size));
+    return symboltable;
+}
+
+void symtbl_delete_symbol_table(SymbolTable* symboltable) {
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(symboltable->local_table->len > 0);
+    symtbl_delete_symbol_table_env(symboltable->global_table);
+    symtbl_delete_symbol_table_env(static_cast<PolyHash*>(symboltable->local_table->last->element));
+    plist_delete(symboltable->local_table);
+    std::free(symboltable);
+}
+
+PolyHash* symtbl_new_symbol_table_env(int size) {
+    NORVANE_ASSERT(size >= 1);
+    return phash_new(static_cast<unsigned>(size), poly_compare_string, nullptr, nullptr,
+                     poly_hash_string, nullptr, poly<symtbl_delete_namedata>);
+}
+
+void symtbl_delete_symbol_table_env(PolyHash* environment) {
+    NORVANE_ASSERT(environment);
+    phash_delete(environment);
+}
+
+NameData* symtbl_new_namedata(NameDataType ndtype, TypeCon* typecon, PolyHash* environment,
+                              int int_value, double float_value, const char* string_value,
+                              int is_public) {
+    check_arguments(ndtype, typecon, environment);
+    auto* namedata = static_cast<NameData*>(util_calloc_throw(sizeof(NameData)));
+    namedata->ndtype = static_cast<unsigned char>(ndtype);
+    switch (ndtype) {
+    case ND_BOOL:
+    case ND_INT: namedata->int_value = int_value; break;
+    case ND_FLOAT: namedata->float_value = float_value; break;
+    case ND_STRING: namedata->string_value = str_copy(string_value); break;
+    case ND_LABEL: namedata->typecon = typecon; break;
+    case ND_TYPE:
+        namedata->typecon = typecon;
+        namedata->environment = environment;
+        break;
+    case ND_VARIABLE:
+        namedata->typecon = typecon;
+        namedata->environment = environment;
+        namedata->is_public = is_public;
+        break;
+    }
+    return namedata;
+}
+
+void symtbl_delete_namedata(NameData* namedata) {
+    // Records lie in the environments of records.
+    if (stack_is_low()) return on_fresh_stack([=] { symtbl_delete_namedata(namedata); });
+    NORVANE_ASSERT(namedata);
+    switch (namedata->ndtype) {
+    case ND_STRING: str_delete(namedata->string_value); break;
+    case ND_TYPE:
+    case ND_VARIABLE:
+        if (namedata->environment != nullptr) symtbl_delete_symbol_table_env(namedata->environment);
+        break;
+    default: break;
+    }
+    std::free(namedata);
+}
+
+const char* symtbl_namedata_to_string(NameData* namedata) {
+    NORVANE_ASSERT(namedata);
+    switch (namedata->ndtype) {
+    case ND_BOOL:
+    case ND_INT:
+    case ND_FLOAT:
+    case ND_STRING: return "constant";
+    case ND_LABEL: return "label";
+    case ND_TYPE: return "type";
+    case ND_VARIABLE: return "variable";
+    default: NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
+    }
+}
+
+void symtbl_push_env(SymbolTable* symboltable, PolyHash* environment) {
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(environment);
+    plist_prepend(symboltable->local_table, environment);
+}
+
+void symtbl_pop_env(SymbolTable* symboltable) {
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(symboltable->local_table->len > 1);
+    plist_delete_nth(symboltable->local_table, 0);
+}
+
+int symtbl_lookup(SymbolTable* symboltable, char* name, int scoped, NameData** namedata) {
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(name);
+    NORVANE_ASSERT(namedata);
+    if (scoped) {
+        const PolyHash* environment = innermost(symboltable);
+        return peek(environment, name, phash_hash_of(environment, name), namedata);
+    }
+    const unsigned hash = phash_hash_of(symboltable->global_table, name);
+    if (peek(symboltable->global_table, name, hash, namedata) == STATUS_SUCCESS) {
+        return STATUS_SUCCESS;
+    }
+    for (const PolyHash* environment : items<const PolyHash>(symboltable->local_table)) {
+        if (peek(environment, name, hash, namedata) == STATUS_SUCCESS) return STATUS_SUCCESS;
+    }
+    return STATUS_FAILURE;
+}
+
+int symtbl_insert(LineInfo* line_info, SymbolTable* symboltable, char* name, NameData* namedata,
+                  unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(name);
+    NORVANE_ASSERT(namedata);
+    NameData* declared;
+    if (is_global(namedata)) {
+        if (symtbl_lookup(symboltable, name, 0, &declared) == STATUS_SUCCESS) {
+            return report_redeclared(line_info, name, namedata, declared, linenumber);
+        }
+        phash_insert(symboltable->global_table, name, namedata);
+        return STATUS_SUCCESS;
+    }
+    const unsigned hash = phash_hash_of(symboltable->global_table, name);
+    if (peek(symboltable->global_table, name, hash, &declared) == STATUS_SUCCESS) {
+        return report_redeclared(line_info, name, namedata, declared, linenumber);
+    }
+    PolyHash* environment = innermost(symboltable);
+    if (peek(environment, name, hash, &declared) == STATUS_SUCCESS) {
+        return report_redeclared_scope(line_info, name, namedata, linenumber);
+    }
+    phash_insert(environment, name, namedata);
+    return STATUS_SUCCESS;
+}
+
+int symtbl_lookup_typecon(LineInfo* line_info, SymbolTable* symboltable, TypeCon* typecon,
+                          TypeCon** result, unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(typecon);
+    NORVANE_ASSERT(result);
+    while (typecon->contype == TC_NAMED) {
+        NameData* namedata;
+        if (symtbl_lookup(symboltable, typecon->values.name, 0, &namedata) != STATUS_SUCCESS ||
+            namedata->ndtype != ND_TYPE) {
+            return report_name(line_info, ERR_TYPE_UNDEF, typecon->values.name, linenumber);
+        }
+        typecon = namedata->typecon;
+    }
+    *result = typecon;
+    return STATUS_SUCCESS;
+}
+
+int symtbl_lookup_env(LineInfo* line_info, SymbolTable* symboltable, char* name, int scoped,
+                      PolyHash** result, unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(name);
+    NORVANE_ASSERT(result);
+    *result = nullptr;
+    // A type without an environment of its own leads on to the type that it names.
+    for (; name != nullptr; scoped = 0) {
+        NameData* namedata;
+        if (symtbl_lookup(symboltable, name, scoped, &namedata) != STATUS_SUCCESS) {
+            return report_name(line_info, ERR_ID_UNDECLARED, name, linenumber);
+        }
+        if (namedata->ndtype <= ND_LABEL) {
+            NORVANE_FAIL("'%s' is neither a variable nor a type", name);
+        }
+        if (namedata->ndtype > ND_VARIABLE) {
+            NORVANE_FAIL("Invalid namedata type '%d'", namedata->ndtype);
+        }
+        if (namedata->environment != nullptr) {
+            *result = namedata->environment;
+            return STATUS_SUCCESS;
+        }
+        name = name_of_type(namedata->typecon);
+    }
+    return STATUS_SUCCESS;
+}
+
+NameData* symtbl_namedata_for_idcon(LineInfo* line_info, SymbolTable* symboltable, IdCon* idcon,
+                                    int scoped, unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(idcon);
+    Path path{line_info, symboltable, idcon, scoped, linenumber, 0};
+    NameData* namedata = enter(&path) ? last_record(&path) : nullptr;
+    leave(&path);
+    return namedata;
+}
+
+int symtbl_typecon_for_idcon(LineInfo* line_info, SymbolTable* symboltable, IdCon* idcon,
+                             int scoped, TypeCon** result, unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(result);
+    return type_at_end({line_info, symboltable, idcon, scoped, linenumber, 0}, true, result);
+}
+
+int symtbl_deftypecon_for_idcon(LineInfo* line_info, SymbolTable* symboltable, IdCon* idcon,
+                                int scoped, TypeCon** result, unsigned linenumber) {
+    NORVANE_ASSERT(line_info);
+    NORVANE_ASSERT(symboltable);
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(result);
+    return type_at_end({line_info, symboltable, idcon, scoped, linenumber, 0}, false, result);
+}
