@@ -1,0 +1,153 @@
+// Reports: their records, how they are printed, and the sinks; and progress.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "norvane/base.h"
+#include "support.h"
+
+namespace {
+
+std::string printed(const ErrorInfo* error, ErrorType type, int flags) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    FILE* stream = open_memstream(&text, &size);
+    err_print(stream, type, error, flags);
+    fclose(stream);
+    std::string result(text, size);
+    free(text);
+    return result;
+}
+
+ErrorDescParagraph* append_paragraph(ErrorInfo* error, ErrorPAlign align) {
+    ErrorDescParagraph* p = err_p_new(align);
+    plist_append(error->paragraphs, p);
+    return p;
+}
+
+TEST(DiagnosticsTest, AReportWithEveryKindOfRunIsSetForAPerson) {
+    ErrorInfo* error = err_new();
+    str_snprintf(error->name, sizeof error->name, "ERR_SAMPLE");
+    str_snprintf(error->message, sizeof error->message, "a.pm (3): '%s'", "first\nsecond\x1b[1m");
+    ErrorDescParagraph* p = append_paragraph(error, ERROR_P_ORDINARY);
+    err_p_append_text(p, "  The strings ``");
+    err_p_append_code(p, "if  a   then");
+    err_p_append_text(p, "'' or ``");
+    err_p_append_code(p, "NONE");
+    err_p_append_text(p, "'' are ``reserved'' and \n  cannot   be used. See ");
+    err_p_append_secref(p, "developer", "Boolean Operators", "BooleanOperators");
+    err_p_append_text(p, ", ");
+    err_p_append_code(p, "a");
+    err_p_append_text(p, "-term, in\n ");
+    err_p_append_manref(p, "developer");
+    err_p_append_text(p, ".\n \n  For example,");
+    err_p_append_code(p, "\n     variable\n       x : [0..3];\n\n     rule\n       x > 2;\n  ");
+    err_p_append_text(p, "\nis wrong,\n");
+    p = append_paragraph(error, ERROR_P_DISPLAY);
+    err_p_append_code(p, "MY_CONST + 2.2 * 3.2");
+    append_paragraph(error, ERROR_P_ORDINARY); // and one of nothing
+    p = append_paragraph(error, ERROR_P_ORDINARY);
+    const std::string word(90, 'w');
+    err_p_append_text(p, ("is a " + word + " too").c_str());
+
+    EXPECT_EQ(printed(error, ERROR_TYPE_WARNING, ERR_PRINT_TITLE),
+              "warning: a.pm (3): 'first second?[1m' [ERR_SAMPLE]\n");
+    EXPECT_EQ(printed(error, ERROR_TYPE_ERROR, ERR_PRINT_DESCRIPTION),
+              "error: a.pm (3): 'first second?[1m' [ERR_SAMPLE]\n"
+              "\n"
+              "The strings `if  a   then` or `NONE` are \"reserved\" and cannot be used. See\n"
+              "Boolean Operators (developer), `a`-term, in the developer manual.\n"
+              "\n"
+              "For example,\n"
+              "\n"
+              "    variable\n"
+              "      x : [0..3];\n"
+              "\n"
+              "    rule\n"
+              "      x > 2;\n"
+              "\n"
+              "is wrong,\n"
+              "\n"
+              "    MY_CONST + 2.2 * 3.2\n"
+              "\n"
+              "is a\n" +
+                  word + "\ntoo\n");
+    err_delete(error);
+}
+
+TEST(DiagnosticsTest, EveryBuilderHasItsNameAsIdentityAllArgumentsInItsTitleAndADescription) {
+    struct {
+        ErrorInfo* error;
+        const char* line;
+    } const cases[] = {
+        {ERR_CPP(), "ERR_CPP: The preprocessor failed"},
+        {ERR_CPP_OUTPUT_NOT_FOUND("%s.pm"),
+         "ERR_CPP_OUTPUT_NOT_FOUND: The input file '%s.pm' cannot be opened"},
+        {ERR_FILE_NOT_EXISTS("a"), "ERR_FILE_NOT_EXISTS: The file 'a' does not exist"},
+        {ERR_FILE_OPEN("a"), "ERR_FILE_OPEN: The file 'a' cannot be opened"},
+        {ERR_FILE_OPEN_WRITE("a"),
+         "ERR_FILE_OPEN_WRITE: The file 'a' cannot be opened for writing"},
+        {ERR_MUB_MODULE_NOT_FOUND("bike", "b.mub"),
+         "ERR_MUB_MODULE_NOT_FOUND: The model 'bike' is not found in the package 'b.mub'"},
+        {ERR_XML_MALFORMED("a.xml", 3, "no element found"),
+         "ERR_XML_MALFORMED: a.xml (3): Malformed XML: no element found"},
+        {ERR_XML_NO_TAGS(), "ERR_XML_NO_TAGS: The XML document contains no known tags"},
+        {ERR_XML_PARSER("tag"), "ERR_XML_PARSER: The XML document is not valid: tag"},
+        {ERR_MUB_MODULE_NOT_FOUND(nullptr, nullptr),
+         "ERR_MUB_MODULE_NOT_FOUND: The model '' is not found in the package ''"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.error->name + std::string(": ") + c.error->message, c.line);
+        EXPECT_GT(plist_length(c.error->paragraphs), 0u) << c.line;
+        err_delete(c.error);
+    }
+}
+
+TEST(DiagnosticsTest, ReportsGoToTheSinkStampedAndToStandardErrorWithoutOne) {
+    struct Seen {
+        std::string text;
+        static void take(ErrorType type, ErrorInfo* error, void* user) {
+            static_cast<Seen*>(user)->text += std::to_string(type) + " " + error->file + ":" +
+                                              std::to_string(error->line) + " " + error->message;
+            err_delete(error);
+        }
+    } seen;
+    msg_set_error_sink(Seen::take, &seen);
+    ErrorInfo* error = ERR_XML_NO_TAGS();
+    err_set_position(error, 12, "calc_import.cpp");
+    msg_report_error(ERROR_TYPE_WARNING, error);
+    EXPECT_EQ(seen.text, "3 calc_import.cpp:12 The XML document contains no known tags");
+
+    msg_set_error_sink(nullptr, nullptr);
+    testing::internal::CaptureStderr();
+    msg_report_error(ERROR_TYPE_ERROR, ERR_FILE_OPEN("a"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "error: The file 'a' cannot be opened [ERR_FILE_OPEN]\n");
+}
+
+TEST(ProgressTest, JobsAreCountedFromOneAndTellWhatTheyDo) {
+    static std::string events;
+    msg_set_progress_sink(
+        [](const MsgProgress* p, void*) {
+            events += std::to_string(p->started) + " " + std::to_string(p->job) + " " +
+                      std::to_string(p->kind) + " '" + p->text + "' " + std::to_string(p->status) +
+                      "\n";
+        },
+        nullptr);
+    msg_report_prgs_start(MSG_PRGS_PROJECT, "Checking '%s'", "bike");
+    const int outer = msg_get_progress_job();
+    msg_report_prgs_start(MSG_PRGS_SUB_JOB, "Checking rules");
+    const int inner = msg_get_progress_job();
+    msg_report_prgs_stop(inner, -1);
+    msg_report_prgs_stop(outer, 0);
+    msg_set_progress_sink(nullptr, nullptr);
+    EXPECT_GE(outer, 1);
+    const std::string a = std::to_string(outer);
+    const std::string b = std::to_string(outer + 1);
+    EXPECT_EQ(events, "1 " + a + " 0 'Checking 'bike'' 0\n" +    //
+                          "1 " + b + " 1 'Checking rules' 0\n" + //
+                          "0 " + b + " 0 '' -1\n" +              //
+                          "0 " + a + " 0 '' 0\n");
+}
+
+} // namespace

@@ -1,0 +1,218 @@
+// The way of a model through the preprocessor, and what the filter behind it makes of line markers.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "marker_filter.h"
+#include "norvane/base.h"
+#include "support.h"
+
+namespace {
+
+using namespace norvane::test;
+
+// Runs the preprocessor in a folder of its own, which is the current one meanwhile.
+class PreprocessTest : public testing::Test {
+  protected:
+    PreprocessTest() : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder.path());
+        open_before_ = open_descriptors();
+    }
+    ~PreprocessTest() override {
+        EXPECT_EQ(open_descriptors(), open_before_);
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process is left";
+        std::filesystem::current_path(before_);
+    }
+
+    // The status; its messages are not of interest.
+    static int run(const std::string& input, std::vector<std::string> args = {},
+                   const std::string& output = "out.pm") {
+        PolyList* list = plist_new(nullptr, nullptr, nullptr);
+        for (std::string& arg : args)
+            plist_append(list, arg.data());
+        testing::internal::CaptureStderr();
+        const int status = os_pre_process_file(output.c_str(), input.c_str(), list);
+        messages = testing::internal::GetCapturedStderr();
+        plist_delete(list);
+        return status;
+    }
+
+    // The result for a model "m.pm".
+    std::string result(const std::string& model, std::vector<std::string> args = {}) {
+        folder.write("m.pm", model);
+        os_delete_file("out.pm");
+        EXPECT_EQ(run("m.pm", std::move(args)), 0) << messages;
+        return read_file("out.pm");
+    }
+
+    // Puts a program of this script in the place of the preprocessor.
+    void replace_cpp(const std::string& script) {
+        folder.write("bin/cpp", "#!/bin/sh\n" + script);
+        chmod("bin/cpp", 0700);
+        setenv("PATH", (folder.path() + "/bin:" + path_before_).c_str(), 1);
+    }
+    void TearDown() override { setenv("PATH", path_before_.c_str(), 1); }
+
+    static std::ptrdiff_t open_descriptors() {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    }
+
+    TemporaryFolder folder;
+    static inline std::string messages;
+
+  private:
+    std::filesystem::path before_;
+    std::string path_before_ = getenv("PATH");
+    std::ptrdiff_t open_before_;
+};
+
+TEST_F(PreprocessTest, TheResultHasDirectivesWhereTheReaderTakesThemAndTheTextAsItWas) {
+    folder.write("a.inc", "in a\n#include \"b.inc\"\nend of a");
+    folder.write("b.inc", "/* b */");
+    const std::string skipped = "#if 0\n" + std::string(20, '\n') + "#endif\n";
+    struct {
+        const char* name;
+        std::string model;
+        std::string result; // behind the first line
+    } const cases[] = {
+        {"macros expand in ranges, but not in strings, comments and behind an apostrophe",
+         "#define MAX 7\nx : [0..MAX]; \"MAX\" /* MAX */ // MAX\nit's MAX\nMAX",
+         "\nx : [0..7]; \"MAX\" /* MAX */ // 7\nit's MAX\n7\n"},
+        {"includes in includes, without a line feed at the end", "#include \"a.inc\"\nx\n",
+         "\n#line 1 \"a.inc\"\nin a\n\n#line 1 \"b.inc\"\n/* b */\n#line 3 \"a.inc\"\nend of a\n"
+         "#line 2 \"m.pm\"\nx\n"},
+        {"directives of the model, those that carry a text among them",
+         "#line 1 \"#x = \\\"a\\\"\"\nx\n#line 7 \"dir\\\\f.pm\"\ny\n#line 9\nz\n",
+         "#line 1 \"#x = \"a\"\"\nx\n#line 7 \"dir\\f.pm\"\ny\n#line 9 \"dir\\f.pm\"\nz\n"},
+        {"positions in no file", "#line 5 \"<none>\"\nx\n#line 0 \"zero\"\ny\nz\n",
+         "x\ny\n#line 1 \"zero\"\nz\n"},
+        {"lines that only look like markers",
+         "/* a\n# 3 \"f\"\n*/\n # 4 \"g\"\n#ident \"x /* y\"\nz\n",
+         "/* a\n# 3 \"f\"\n*/\n # 4 \"g\"\n#ident \"x /* y\"\nz\n"},
+        {"a comment that is over for the preprocessor only",
+         "/* /* i */ it's /* \n" + skipped + "t\n# 5 \"g*/\"\nc */ */ x\ny\n",
+         "/* /* i */ it's /* \n# 24 \"m.pm\"\nt\n# 5 \"g*/\"\nc */ */ x\n#line 6 \"g*/\"\ny\n"},
+        {"a string over lines, with escapes", "x = \"a\\\"/*\n" + skipped + "b\n\\\\\" y\nz\n",
+         "x = \"a\\\"/*\nb\n\\\\\" y\n#line 26 \"m.pm\"\nz\n"},
+        {"joined lines and macro calls over lines", "#define F(a, b) a+b\nF(1,\n2) \\\n x\ny\n",
+         "\n1+ 2  x\n\n\ny\n"},
+        {"bytes of any kind", std::string("\xe5 \0 \x93\n\r\n\t\x01", 10),
+         std::string("\xe5 \0 \x93\n\n\t\x01\n", 10)},
+        {"nothing", "", ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(result(c.model), "#line 1 \"m.pm\"\n" + c.result) << c.name;
+}
+
+TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
+    folder.write("-I.pm", "N");
+    EXPECT_EQ(run("-I.pm", {"-DN=$HOME;*"}), 0) << messages;
+    EXPECT_EQ(read_file("out.pm"), "#line 1 \"./-I.pm\"\n$HOME;*\n");
+    EXPECT_EQ(std::filesystem::status("out.pm").permissions(), std::filesystem::perms(0600));
+    const std::string odd = "o\"\\\001 \xc3\xa6.pm";
+    folder.write(odd, "x\n");
+    EXPECT_EQ(run(odd, {}, "odd.pm"), 0) << messages;
+    EXPECT_EQ(read_file("odd.pm"), "#line 1 \"" + odd + "\"\nx\n");
+}
+
+TEST_F(PreprocessTest, OnlyWhatThePreprocessorNeedsOfTheEnvironmentReachesIt) {
+    replace_cpp("printf '%s|' \"$@\"; echo; env | cut -d= -f1 | grep -v '^_$\\|^PWD$' | sort");
+    for (const char* variable :
+         {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES", "GCC_EXEC_PREFIX"})
+        setenv(variable, "/x", 1);
+    setenv("TMPDIR", "/tmp", 1);
+    EXPECT_EQ(run("m.pm", {"-DX"}), 0);
+    for (const char* variable :
+         {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES", "GCC_EXEC_PREFIX"})
+        unsetenv(variable);
+    EXPECT_EQ(read_file("out.pm"), "-traditional-cpp|-C|-undef|-nostdinc|-w|-x|c|-DX|m.pm|\n"
+                                   "HOME\nLC_ALL\nPATH\nTMPDIR\n");
+}
+
+TEST_F(PreprocessTest, EveryFailureIsToldByTheStatus) {
+    folder.write("m.pm", "x\n");
+    EXPECT_NE(run("none.pm"), 0);
+    folder.write("bad.pm", "#include \"none.inc\"\n");
+    EXPECT_NE(run("bad.pm", {}, "bad.out"), 0);
+    EXPECT_NE(messages.find("none.inc"), std::string::npos) << messages;
+
+    folder.write("there.pm", "kept");
+    symlink("elsewhere.pm", "link.pm");
+    EXPECT_NE(run("m.pm", {}, "there.pm"), 0);
+    EXPECT_NE(run("m.pm", {}, "link.pm"), 0);
+    EXPECT_NE(run("m.pm", {}, "none/out.pm"), 0);
+    EXPECT_EQ(read_file("there.pm"), "kept");
+    EXPECT_FALSE(std::filesystem::exists("elsewhere.pm"));
+
+    replace_cpp("echo x; kill -9 $$");
+    EXPECT_NE(run("m.pm", {}, "killed.pm"), 0);
+    setenv("PATH", folder.path().c_str(), 1);
+    EXPECT_NE(run("m.pm", {}, "nocpp.pm"), 0);
+}
+
+TEST_F(PreprocessTest, OutputThatCannotBeWrittenEndsAPreprocessorThatNeverWould) {
+    replace_cpp("yes & sleep 30");
+    const std::time_t start = std::time(nullptr);
+    rlimit before;
+    getrlimit(RLIMIT_FSIZE, &before);
+    rlimit small = before;
+    small.rlim_cur = 1 << 20;
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    const int status = run("m.pm");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_NE(status, 0);
+    EXPECT_LT(std::time(nullptr) - start, 20);
+}
+
+TEST_F(PreprocessTest, LargeModelsComeThroughWhole) {
+    std::string model = "#line 1 \"m.pm\"\n";
+    for (int i = 0; i < 100'000; ++i)
+        model += "rule it = \"a \\\" b\" /* don't / * count */ -> x > " + std::to_string(i) + ";\n";
+    model += "/*" + std::string(300'000, '*') + "*/" + std::string(300'000, '#') + "\n";
+    model += "# " + std::string(300'000, '1') + "\n";
+    const std::string text = model.substr(model.find('\n') + 1);
+    folder.write("whole.pm", text);
+    replace_cpp("echo '# 1 \"m.pm\"'; cat whole.pm");
+    EXPECT_EQ(result("") == model, true);
+}
+
+TEST(MarkerFilterTest, TheSizeOfTheBlocksMakesNoDifference) {
+    const std::string input =
+        "# 0 \"m.pm\"\n# 1 \"m.pm\"\nx /* /* */\n# 5 \"n\" 1\n*/ \"a\\\\\\\"\n"
+        "# 9 \"m.pm\" 2\n\" it's /*\n# 20 \"a\\\\\\303\\246\\012\"\n*/\ny\n"
+        "#pragma \"\n# 1 \"open\nz \"\\\n# 30 \"m.pm\"";
+    const std::string expected = "#line 1 \"m.pm\"\nx /* /* */\n# 5 \"n\" 1\n*/ \"a\\\\\\\"\n"
+                                 "\" it's /*\n# 20 \"a\\\\\\303\\246\\012\"\n*/\n"
+                                 "#line 21 \"a\\\xc3\xa6\\012\"\ny\n"
+                                 "#pragma \"\n# 1 \"open\nz \"\\\n# 30 \"m.pm\"";
+    static norvane::MarkerFilter filter;
+    for (std::size_t block = 1; block <= input.size(); ++block) {
+        std::string output;
+        filter.begin([](void* user, const char* data,
+                        std::size_t size) { static_cast<std::string*>(user)->append(data, size); },
+                     &output);
+        for (std::size_t at = 0; at < input.size(); at += block) {
+            const std::size_t size = std::min(block, input.size() - at);
+            input.copy(filter.room().data(), size, at);
+            filter.received(size);
+        }
+        filter.end();
+        ASSERT_EQ(output, expected) << "blocks of " << block;
+    }
+}
+
+} // namespace

@@ -1,0 +1,259 @@
+// Strings on the heap, UtilString, numbers as text, and file names.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "norvane/base.h"
+#include "support.h"
+
+namespace {
+
+using norvane::test::TemporaryFolder;
+
+struct Freed {
+    void operator()(void* p) const { free(p); }
+    void operator()(UtilString* u) const { ustr_delete(u); }
+};
+using Text = std::unique_ptr<char, Freed>;
+using Growing = std::unique_ptr<UtilString, Freed>;
+
+Growing growing(const std::string& text = "") {
+    Growing u(ustr_new());
+    ustr_append_chars(u.get(), text.data(), text.size());
+    return u;
+}
+
+// The whole text; checks the terminator.
+std::string all_of(const Growing& u) {
+    EXPECT_EQ('\0', u->text[u->length]);
+    return {u->text, ustr_length(u.get())};
+}
+
+TEST(Strings, CopyJoinAndCompare) {
+    EXPECT_STREQ("abc", Text(str_copy("abc")).get());
+    EXPECT_STREQ("abcd", Text(str_cat("ab", "cd")).get());
+    EXPECT_STREQ("", Text(str_cat("", "")).get());
+    EXPECT_EQ(nullptr, str_null_copy(nullptr));
+    str_null_delete(nullptr);
+    EXPECT_TRUE(str_is_equal("a", "a"));
+    EXPECT_FALSE(str_is_equal("a", "A"));
+    EXPECT_FALSE(str_is_set(nullptr) || str_is_set(""));
+    EXPECT_TRUE(str_is_set(" "));
+    EXPECT_EQ("1: s", norvane::test::thrown([] { str_copy(nullptr); }));
+    const char* low = "z";
+    const char* high = "\xE6";
+    EXPECT_LT(poly_compare_string(&low, &high), 0) << "as unsigned bytes";
+}
+
+TEST(Strings, FormatIsCutAndTerminated) {
+    for (const size_t size : {1u, 2u, 5u, 6u, 7u}) {
+        std::vector<char> buffer(size, '#');
+        str_snprintf(buffer.data(), size, "%s%d", "abc", 42);
+        EXPECT_EQ(std::string("abc42").substr(0, size - 1), buffer.data());
+    }
+}
+
+TEST(Strings, HashReadsTheTextAloneAndStaysBelowTheSize) {
+    std::string text;
+    std::vector<unsigned> seen;
+    for (unsigned length = 0; length < 70; ++length, text += static_cast<char>('a' + length % 26)) {
+        // Heap copies of the exact size, so that reading further is noticed; at odd addresses.
+        std::unique_ptr<char[]> copy(new char[length + 2]);
+        std::memcpy(copy.get() + 1, text.c_str(), length + 1);
+        const unsigned hash = poly_hash_string(text.c_str(), UINT32_MAX);
+        EXPECT_EQ(hash, poly_hash_string(copy.get() + 1, UINT32_MAX));
+        for (const unsigned size : {1u, 2u, 1000u}) {
+            EXPECT_LT(poly_hash_string(text.c_str(), size), size);
+        }
+        for (unsigned i = 1; i <= length; ++i) {
+            copy[i] ^= 1;
+            EXPECT_NE(hash, poly_hash_string(copy.get() + 1, UINT32_MAX)) << length << ":" << i;
+            copy[i] ^= 1;
+        }
+    }
+}
+
+TEST(UtilString, GrowsByAllKindsOfAppending) {
+    Growing u = growing();
+    std::string expected;
+    for (int i = 0; i < 300; ++i) {
+        ustr_append_char(u.get(), static_cast<char>(i));
+        ustr_append_chars(u.get(), "a\0b", 3);
+        ustr_append_string(u.get(), "text");
+        ustr_append_string(u.get(), nullptr);
+        ustr_append_int(u.get(), i % 2 == 0 ? i : std::numeric_limits<int>::min() + i);
+        ustr_printf(u.get(), "[%s|%5d]", "%", i);
+        expected += static_cast<char>(i) + std::string("a\0btext", 7) +
+                    std::to_string(i % 2 == 0 ? i : std::numeric_limits<int>::min() + i) + "[%|" +
+                    std::string(5 - std::to_string(i).size(), ' ') + std::to_string(i) + "]";
+        ASSERT_EQ(expected, all_of(u));
+    }
+    ustr_append_ustr(u.get(), u.get());
+    EXPECT_EQ(expected + expected, all_of(u));
+    ustr_reset(u.get());
+    EXPECT_EQ("", all_of(u));
+    // Around the size of the memory that a new one has, and far beyond.
+    for (const size_t n : {62u, 63u, 64u, 65u, 200000u}) {
+        Growing printed = growing("<");
+        ustr_printf(printed.get(), "%s>", std::string(n, 'x').c_str());
+        EXPECT_EQ("<" + std::string(n, 'x') + ">", all_of(printed));
+    }
+}
+
+TEST(UtilString, QuotesAsALiteral) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"", R"("")"},
+        {"a b'\xE6", "\"a b'\xE6\""},
+        {"a\nb\rc\td", R"("a\nb\rc\td")"},
+        {R"(\n"\)", R"("\\n\"\\")"},
+        {std::string("\0\1", 2), std::string("\"\0\1\"", 4)}};
+    for (const auto& [text, literal] : rows) {
+        for (const auto quote : {ustr_quote, ustr_quote_multiline}) {
+            Growing u = growing(text);
+            quote(u.get());
+            EXPECT_EQ(literal, all_of(u));
+        }
+    }
+}
+
+TEST(UtilString, UnquotesWhatIsThere) {
+    const std::pair<const char*, const char*> rows[] = {
+        {R"("abc")", "abc"}, {"abc", "abc"},      {"", ""},
+        {R"(")", ""},        {R"("")", ""},       {R"("""")", R"("")"},
+        {R"("a)", "a"},      {R"(a")", "a"},      {R"("a\"")", R"(a")"},
+        {R"("\\")", R"(\)"}, {R"(a\")", R"(a")"}, {R"("\n")", "n"},
+        {R"(a\)", R"(a\)"},  {R"("\)", R"(\)"}};
+    for (const auto& [literal, text] : rows) {
+        Growing u = growing(literal);
+        ustr_unquote(u.get());
+        EXPECT_EQ(text, all_of(u)) << literal;
+    }
+}
+
+TEST(UtilString, UnquotingUndoesQuotingForEveryByte) {
+    std::string bytes;
+    for (int i = 0; i < 256; ++i)
+        bytes += static_cast<char>(i);
+    for (const std::string& text : {bytes, "\\" + bytes + "\\", "\"" + bytes + bytes + "\""}) {
+        Growing u = growing(text);
+        ustr_quote(u.get());
+        // As the scanner does: the byte behind the backslash is translated, the backslash stays.
+        std::string scanned = all_of(u);
+        for (size_t i = 0; i + 1 < scanned.size(); ++i) {
+            if (scanned[i] != '\\') continue;
+            char& c = scanned[++i];
+            c = c == 'n' ? '\n' : c == 'r' ? '\r' : c == 't' ? '\t' : c;
+        }
+        Growing back = growing(scanned);
+        ustr_unquote(back.get());
+        EXPECT_EQ(text, all_of(back));
+    }
+}
+
+TEST(DoubleText, IsTheShortestInFixedNotation) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::pair<double, std::string> rows[] = {
+        {0.0, "0.0"},
+        {-0.0, "-0.0"},
+        {1.0, "1.0"},
+        {0.5, "0.5"},
+        {-2.25, "-2.25"},
+        {0.1, "0.1"},
+        {1.0 / 3.0, "0.3333333333333333"},
+        {1e15, "1000000000000000.0"},
+        {123456789012345680.0, "123456789012345680.0"},
+        {1e22, "10000000000000000000000.0"},
+        {-1e-7, "-0.0000001"},
+        {9007199254740993.0, "9007199254740992.0"},
+        {5e-324, "0." + std::string(323, '0') + "5"},
+        {-2.2250738585072014e-308, "-0." + std::string(307, '0') + "22250738585072014"},
+        {infinity, "inf"},
+        {-infinity, "-inf"},
+        {std::nan(""), "nan"},
+        {std::copysign(std::nan(""), -1.0), "nan"}};
+    for (const auto& [value, text] : rows)
+        EXPECT_EQ(text, util_double_to_str(value));
+    EXPECT_EQ(311u, std::strlen(util_double_to_str(std::numeric_limits<double>::max())));
+}
+
+TEST(DoubleText, ReadsBackAsTheSameDoubleInAnyLocale) {
+    std::mt19937_64 random(1);
+    const std::string before = setlocale(LC_ALL, nullptr);
+    for (const char* locale : {"C", "de_DE.UTF-8", "da_DK.UTF-8", "fr_FR.UTF-8"}) {
+        if (setlocale(LC_ALL, locale) == nullptr) continue;
+        for (int i = 0; i < 50000; ++i) {
+            const double value = std::bit_cast<double>(random());
+            if (!std::isfinite(value)) continue;
+            const std::string text = util_double_to_str(value);
+            ASSERT_EQ(std::string::npos, text.find_first_not_of("-.0123456789"));
+            ASSERT_NE(std::string::npos, text.find('.'));
+            double back = 0.0;
+            std::from_chars(text.data(), text.data() + text.size(), back);
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(back))
+                << text;
+        }
+    }
+    setlocale(LC_ALL, before.c_str());
+}
+
+TEST(FileNames, AreClassifiedAndStrippedByTheirExtension) {
+    const struct {
+        const char* path;
+        int filetype;
+        const char* stripped;
+    } rows[] = {{"car.pm", FILETYPE_PM, "car"},
+                {"car.XML", FILETYPE_XML, "car"},
+                {"calc.cl", FILETYPE_CL, "calc"},
+                {"w.zeb", FILETYPE_ZEB, "w"},
+                {"m.mu", FILETYPE_MU, "m"},
+                {"m.Mub", FILETYPE_MUB, "m"},
+                {"index.mui", FILETYPE_MUI, "index"},
+                {"dir/calc.clX", 8, "dir/calc"},
+                {"a.b/c", FILETYPE_UNKNOWN, "a.b/c"},
+                {"a.pm\\c", FILETYPE_UNKNOWN, "a.pm\\c"},
+                {"c:\\a\\b.pm", FILETYPE_PM, "c:\\a\\b"},
+                {"a.tar.pm", FILETYPE_PM, "a.tar"},
+                {".pm", FILETYPE_UNKNOWN, ".pm"},
+                {"dir/.pm", FILETYPE_UNKNOWN, "dir/.pm"},
+                {"name.", FILETYPE_UNKNOWN, "name"},
+                {"", FILETYPE_UNKNOWN, ""},
+                {"a.clxx", FILETYPE_UNKNOWN, "a"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.filetype, util_get_filetype(row.path)) << row.path;
+        EXPECT_STREQ(row.stripped, Text(util_strip_file_extension(row.path)).get());
+    }
+}
+
+TEST(FileNames, OfTemporaryFilesAreNewAndCreateNothing) {
+    const TemporaryFolder folder;
+    const char* set = std::getenv("TMPDIR");
+    const std::string before = set == nullptr ? "" : set;
+    setenv("TMPDIR", folder.path().c_str(), 1);
+    const Text first(util_temp_filename(".pm"));
+    const Text second(util_temp_filename(".pm"));
+    EXPECT_STRNE(first.get(), second.get());
+    EXPECT_TRUE(std::string(first.get()).starts_with(folder.path() + "/"));
+    EXPECT_EQ(FILETYPE_PM, util_get_filetype(first.get()));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+
+    setenv("TMPDIR", (folder.path() + "/missing").c_str(), 1);
+    EXPECT_EQ(nullptr, util_temp_filename(".pm"));
+    unsetenv("TMPDIR");
+    const Text fallback(util_temp_filename(".clx"));
+    EXPECT_TRUE(std::string(fallback.get()).starts_with("/tmp/"));
+    if (set != nullptr) setenv("TMPDIR", before.c_str(), 1);
+}
+
+} // namespace

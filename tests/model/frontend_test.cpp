@@ -1,0 +1,379 @@
+// From PM source to a project: the language as it prints back and as it refuses, the places that
+// records and reports carry, what outlives a load, and input that is hostile by its size.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "norvane/base/items.hpp"
+#include "support.h"
+
+namespace norvane::test {
+namespace {
+
+// Everything that a load tells: the reports, then the project as it prints.
+std::string outcome(const std::string& source) {
+    const Reports reports;
+    const ProjectPtr project = parse(source);
+    return reports.text() + (project ? print(project.get()) : "");
+}
+
+struct Case {
+    int line;
+    std::string source;
+    std::string expected;
+};
+
+// A case is a block of lines "> SOURCE" and, up to the next such block, what is expected.
+std::vector<Case> cases_of(const std::string& data) {
+    std::vector<Case> cases;
+    std::istringstream lines(data);
+    bool in_source = false;
+    int number = 0;
+    for (std::string line; std::getline(lines, line);) {
+        ++number;
+        const bool is_source = line.starts_with(">");
+        if (is_source && !in_source) cases.push_back({number, "", ""});
+        if (is_source)
+            cases.back().source += (in_source ? "\n" : "") + line.substr(line.size() > 1 ? 2 : 1);
+        else if (!cases.empty())
+            cases.back().expected += line + "\n";
+        in_source = is_source;
+    }
+    return cases;
+}
+
+std::string without_blank_end(std::string text) {
+    text.erase(text.find_last_not_of('\n') + 1);
+    return text;
+}
+
+void expect_outcomes(const std::string& name) {
+    for (const Case& c : cases_of(model_data(name)))
+        EXPECT_EQ(without_blank_end(outcome(c.source)), without_blank_end(c.expected))
+            << name << ":" << c.line << ": " << c.source;
+}
+
+TEST(Grammar, SourcesGiveTheirTrees) {
+    expect_outcomes("frontend_trees.txt");
+}
+
+TEST(Grammar, SyntaxErrorsNameTheTokenAndTheOpenConstruct) {
+    expect_outcomes("frontend_errors.txt");
+}
+
+TEST(Grammar, OperatorsBindAndAssociate) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"a <-> b -> c xor d or e and f", "(a <-> (b -> (c xor (d or (e and f)))))"},
+        {"a and b or c xor d -> e <-> f", "(((((a and b) or c) xor d) -> e) <-> f)"},
+        {"a <-> b <-> c", "(a <-> (b <-> c))"},
+        {"a -> b -> c", "(a -> (b -> c))"},
+        {"a xor b xor c", "((a xor b) xor c)"},
+        {"a or b or c", "((a or b) or c)"},
+        {"a and b and c", "((a and b) and c)"},
+        {"a - b + c - d", "(((a - b) + c) - d)"},
+        {"a / b * c / d", "(((a / b) * c) / d)"},
+        {"a + b * c - d / e", "((a + (b * c)) - (d / e))"},
+        {"a + b < c * d", "((a + b) < (c * d))"},
+        {"not a = b and c", "((not (a = b)) and c)"},
+        {"not a <= b xor not c or d", "((not (a <= b)) xor ((not c) or d))"},
+        {"not not a and b", "((not (not a)) and b)"},
+        {"- a * b", "( - (a * b))"},
+        {"- a + b", "(( - a) + b)"},
+        {"a - - b", "(a - ( - b))"},
+        {"- 5 < - 2.5", "(-5 < -2.5)"},
+        {"- - 5", "5"},
+        {"if a then b else c and d", "(if a then b else (c and d))"},
+        {"if a then b and c", "(if a then (b and c) else true)"},
+        {"a and if b then c <-> d", "(a and (if b then (c <-> d) else true))"},
+        {"if a then if b then c else d", "(if a then (if b then c else d) else true)"},
+        {"order(a) + 1", "((order(a)) + 1)"},
+    };
+    for (const auto& [source, expected] : rows) {
+        const Reports reports;
+        const ExprPtr tree = expression(source);
+        EXPECT_EQ(tree ? print(tree.get()) : reports.text(), expected) << source;
+    }
+}
+
+TEST(Scanner, NumbersAreExactUpToTheirLimits) {
+    Reports reports;
+    EXPECT_EQ(expression("2147483647")->args.intconst.value, 2147483647);
+    EXPECT_EQ(expression(std::string(5000, '0') + "12")->args.intconst.value, 12);
+    EXPECT_EQ(expression("000.5")->args.floatconst.value, 0.5);
+    EXPECT_EQ(expression("1234567890123456789.125")->args.floatconst.value,
+              1234567890123456789.125);
+    EXPECT_EQ(expression("0." + std::string(322, '0') + "5")->args.floatconst.value, 5e-323);
+    EXPECT_EQ(expression("00." + std::string(400, '0') + "5")->args.floatconst.value, 0.0);
+    EXPECT_EQ(expression(std::string(400, '5') + ".0")->args.floatconst.value, HUGE_VAL);
+    EXPECT_EQ(reports.text(), "");
+    EXPECT_EQ(expression("4294967297"), nullptr);
+    EXPECT_EQ(reports.names(), "ERR_INVALID_INT ERR_PARSER ERR_GRAM_RULEDEFL");
+}
+
+// The files that directives named, and where each variable and rule is, as FILE-INDEX:LINE.
+std::string places(const std::string& source) {
+    const Reports reports;
+    const ProjectPtr project = parse(source);
+    if (!project) return reports.text();
+    std::string text;
+    const auto place = [](unsigned line) {
+        return std::to_string(line >> 16) + ":" + std::to_string(line & 0xFFFF);
+    };
+    for (const char* file : items<const char>(project->line_info->files))
+        text += std::string(file) + " ";
+    text += "|";
+    for (const VarDecl* v : items<VarDecl>(project->vardecllist))
+        text += std::string(" ") + v->name + "@" + place(v->linenumber);
+    for (const RuleDecl* r : items<RuleDecl>(project->ruledecllist))
+        text += " rule@" + place(r->linenumber) + "/" + place(r->rule->linenumber);
+    return text;
+}
+
+TEST(Lines, AreThoseOfTheTokenThatEndsAConstruct) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"variable\nx :\nboolean\n;", "| x@0:2"},
+        {"rule\na\n+\nb\n;", "| rule@0:4/0:4"},
+        {"\r\n\f\v\t\nvariable x : boolean;", "| x@0:2"},
+        {"/*\n/*\n*/\n//\n*/ variable x : boolean;", "| x@0:4"},
+        {"#line 7 \"a.pm\"\nvariable x : boolean;\n#line 7 \"a.pm\"\n\nvariable y : boolean;",
+         "a.pm a.pm | x@0:7 y@1:8"},
+        {"#line 65534 \"a\"\n\n\n\nvariable x : boolean;", "a | x@0:1"},
+        {"#line 1 \"a\"\n#line 65535 \"b\"\n/*\n*/variable x : boolean;", "a b | x@1:0"},
+        {"#line 65537 \"a\"\nvariable x : boolean;", "a | x@1:1"},
+        {"#line -2 \"a\"\nvariable x : boolean;", "a | x@65535:65534"},
+        {"#line\t+3\"a b\" 2 3\nvariable x : boolean;", "a b | x@0:3"},
+        {"#line5\"a\"\nvariable x : boolean;", "a | x@0:5"},
+        {"#line 3 \"" + std::string(3000, 'f') + "\"\nvariable x : boolean;",
+         std::string(2047, 'f') + " | x@0:3"},
+        // What is no line directive is passed over.
+        {"#\n#pragma once\n#line\n#line \"a\"\n#line 1\n#line 1 a\nvariable x : boolean;",
+         "| x@0:6"},
+        {"# line 1 \"a\"\n#line 1 \"\"\n#line 1 \"a\n#LINE 1 \"a\"\nvariable x : boolean;",
+         "| x@0:4"},
+        {"#line 2147483648 \"a\"\n#line +-1 \"a\"\nvariable x : boolean;", "| x@0:2"},
+        {std::string("#line 1") + '\0' + " \"a\"\nvariable x : boolean;", "| x@0:1"},
+        // A "#" begins a directive at the start of a line alone.
+        {"variable x : boolean;\n #line 1 \"a\"\n",
+         "ERR_INVALID_TOKEN: model.pm (1): Invalid token '#' found\n"
+         "ERR_PARSER: model.pm (1): parse error, unexpected _ERROR\n"
+         "ERR_GRAM_DECL: model.pm (1): Expecting a section delimiter: one of 'constant', 'type', "
+         "'variable', or 'rule'.\n"},
+        // A name that starts with "#" is a text for messages.
+        {"#line 4 \"#Sheet 2, row 7:\"\nconstant a : 1 2;",
+         "ERR_PARSER: Sheet 2, row 7: parse error, unexpected \"Integer constant\", expecting "
+         "\";\"\nERR_GRAM_CONSTANTDEFL: Sheet 2, row 7: Illegal constant declaration.\n"},
+    };
+    for (const auto& [source, expected] : rows)
+        EXPECT_EQ(places(source), expected) << source;
+}
+
+TEST(Scanner, NewlinesInStringsGoToStandardOutputAndAreNotCounted) {
+    testing::internal::CaptureStdout();
+    const std::string found = places("rule a = \"x\n\ny\\\nn\";\nvariable x : boolean;");
+    const ExprPtr tree = expression("\"x\n\ny\\\nn\"");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n\n\n\n\n\n");
+    EXPECT_EQ(found, "| x@0:1 rule@0:0/0:0");
+    EXPECT_STREQ(tree->args.str, "xy\n");
+}
+
+TEST(Scanner, StringsAreUnescapedAndJoined) {
+    const std::pair<std::string, std::string> rows[] = {
+        {R"("")", ""},
+        {R"("a" "" "b"  "cd")", "abcd"},
+        {R"("\n\r\t\"\\\q/* */")", "\n\r\t\"\\q/* */"},
+        {R"("\"a\"")", "\"a\""},
+        {"\"\xE6\x01\xFE\"", "\xE6\x01\xFE"},
+        {std::string("\"ab\0cd\" \"e\"", 11), "abe"},
+        {std::string("\"ab\\\0cd\"", 8), "ab"},
+    };
+    for (const auto& [source, expected] : rows) {
+        const ExprPtr tree = expression(source);
+        ASSERT_TRUE(tree) << source;
+        EXPECT_STREQ(tree->args.str, expected.c_str()) << source;
+    }
+}
+
+TEST(Scanner, AByteFFEndsAReadAndTheInputWhereAReadBeginsWithIt) {
+    const std::string x = "variable x : boolean;";
+    const std::string y = "variable y : boolean;";
+    const auto padded = [&](std::size_t size) { return x + std::string(size - x.size(), ' '); };
+    const std::pair<std::string, std::string> rows[] = {
+        {"\xFF" + x, "|"},
+        {"vari\xFF" + std::string("able x : boo\xFFlean;"), "| x@0:0"},
+        {x + "\xFF" + y + "\xFF", "| x@0:0 y@0:0"},
+        {x + "\xFF\xFF" + y, "| x@0:0"},
+        {padded(8191) + "\xFF" + y, "| x@0:0 y@0:0"},
+        {padded(8192) + "\xFF" + y, "| x@0:0"},
+        {padded(8193) + "\xFF" + y, "| x@0:0 y@0:0"},
+        {padded(100) + "\xFF" + std::string(8192, ' ') + "\xFF" + y, "| x@0:0"},
+        {padded(40000) + "\xFF" + y, "| x@0:0 y@0:0"},
+    };
+    for (const auto& [source, expected] : rows)
+        EXPECT_EQ(places(source), expected) << source.substr(0, 60) << " " << source.size();
+}
+
+TEST(Scanner, ANulByteIsAnInvalidTokenWithAnEmptyText) {
+    EXPECT_EQ(outcome(std::string("rule a\0;", 8)),
+              "ERR_INVALID_TOKEN: model.pm (0): Invalid token '' found\n"
+              "ERR_PARSER: model.pm (0): parse error, unexpected _ERROR, expecting \";\"\n"
+              "ERR_GRAM_RULEDEFL: model.pm (0): Illegal rule declaration.\n");
+}
+
+TEST(Scanner, AnOpenCommentGoesOnInTheNextLoadAtDepthZero) {
+    EXPECT_EQ(places("variable x : boolean; /* /* left open"), "| x@0:0");
+    // One end is one too many for a depth of zero, so this does not close it, but the next does.
+    EXPECT_EQ(places("variable x : boolean; */ variable y : boolean;"), "|");
+    EXPECT_EQ(places("still /* closed\n*/ variable x : boolean;"), "| x@0:1");
+}
+
+TEST(Scanner, AnOpenStringGoesOnInTheNextLoad) {
+    for (const std::string open : {"rule a = \"left", "rule a = \"left\\"}) {
+        EXPECT_EQ(outcome(open), "ERR_PARSER: model.pm (0): parse error, unexpected $\n"
+                                 "ERR_GRAM_RULEDEFL: model.pm (0): Illegal rule declaration.\n");
+        EXPECT_TRUE(
+            outcome("variable x : boolean;\"")
+                .starts_with(
+                    "ERR_PARSER: model.pm (0): parse error, unexpected \"String constant\"\n"));
+        EXPECT_EQ(places("variable x : boolean;"), "| x@0:0");
+    }
+}
+
+TEST(Scanner, AnOpenDirectiveIsEchoedAndGoesOnInTheNextLoad) {
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(places("variable x : boolean;\n#line 5 \"a\""), "| x@0:0");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "line 5 \"a\"");
+    EXPECT_EQ(places("line 8 \"b\"\nvariable x : boolean;"), "b | x@0:8");
+}
+
+std::string repeated(const std::string& text, std::size_t times) {
+    std::string result;
+    result.reserve(text.size() * times);
+    for (; times > 0; --times)
+        result += text;
+    return result;
+}
+
+TEST(Limits, DeepNestingIsParsedOrReportedInASmallStack) {
+    with_small_stack([] {
+        const char* overflow = "ERR_PARSER: model.pm (0): parser stack overflow\n";
+        EXPECT_EQ(outcome("rule " + repeated("(", 250000) + "a"), overflow);
+        EXPECT_EQ(outcome("rule " + repeated("a[", 250000) + "a"), overflow);
+        EXPECT_EQ(outcome("type T : " + repeated("{ a : ", 250000) + "boolean"), overflow);
+        EXPECT_EQ(outcome("rule " + repeated("if a then \"x\" = ", 190000 / 5) + ";"),
+                  "ERR_PARSER: model.pm (0): parse error, unexpected \";\"\n"
+                  "ERR_GRAM_RULEDEFL: model.pm (0): Illegal rule declaration.\n");
+        EXPECT_NE(parse("rule " + repeated("not ", 190000) + "a;"), nullptr);
+        EXPECT_NE(parse("rule a" + repeated(" and a", 1000000) + ";"), nullptr);
+        EXPECT_NE(parse("variable x, y : " + repeated("optional ", 190000) + "boolean;"), nullptr);
+    });
+}
+
+TEST(Limits, LongTokensTakeLinearTime) {
+    constexpr std::size_t size = 20'000'000;
+    const std::string x(size, 'x');
+    const std::string nul(size, '\0');
+    const std::pair<const char*, std::string> rows[] = {
+        {"identifier", "variable " + x + " : boolean;"},
+        {"digits", "rule a = " + std::string(size, '0') + "1;"},
+        {"float", "rule a = 0." + std::string(size, '1') + ";"},
+        {"string", "rule a = \"" + x + "\";"},
+        {"string with escapes", "rule a = \"" + repeated("\\\"", size / 2) + "\";"},
+        {"string with NUL bytes", "rule a = \"" + nul + "\";"},
+        {"strings in a row", "rule a = " + repeated("\"x\" ", size / 4) + ";"},
+        {"comment", "/*" + x + "*/"},
+        {"comment with NUL bytes", "/*" + nul + "*/"},
+        {"comments", repeated("/*", size / 4) + repeated("*/", size / 4)},
+        {"directive", "#" + x + "\n"},
+        {"directive with NUL bytes", "#" + nul + "\n"},
+        {"reads ended early", repeated("/* */\xFF", size / 6)},
+    };
+    for (const auto& [what, source] : rows) {
+        const std::clock_t start = std::clock();
+        EXPECT_NE(parse(source), nullptr) << what;
+        // A rescan of the whole token at every read would take minutes.
+        EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 10) << what;
+    }
+}
+
+class Import : public testing::Test {
+  protected:
+    Import() { setenv("TMPDIR", temporary_.path().c_str(), 1); }
+    ~Import() override {
+        plist_delete(arguments_);
+        unsetenv("TMPDIR");
+    }
+    ProjectPtr import(std::string path) {
+        return ProjectPtr(proj_import_from_pmfile(path.data(), arguments_));
+    }
+    void argument(std::string text) { plist_append(arguments_, text.data()); }
+
+    TemporaryFolder temporary_;
+    TemporaryFolder sources_;
+    PolyList* arguments_ = plist_new(nullptr, poly_copy_string, poly_delete_string);
+    Reports reports_;
+};
+
+TEST_F(Import, RunsThePreprocessorAndNamesTheFilesOfTheSource) {
+    sources_.write("inc/sub.pm", "variable y : [0..MAX];\n");
+    const std::string path = sources_.write("main.pm", "#define WORD \"it's\"\n"
+                                                       "/* /* nested */ */\n"
+                                                       "#include \"sub.pm\"\n"
+                                                       "rule WORD = y;\n"
+                                                       "rule (y;\n");
+    argument("-I" + sources_.path() + "/inc");
+    argument("-DMAX=12");
+    EXPECT_EQ(import(path), nullptr);
+    EXPECT_EQ(reports_.text(), "ERR_PARSER: " + path + " (5): parse error, unexpected \";\"\n" +
+                                   "ERR_GRAM_RULEDEFL: " + path +
+                                   " (5): Illegal rule declaration.\n");
+    EXPECT_TRUE(temporary_.names().empty());
+
+    sources_.write("main.pm", "#include \"sub.pm\"\n");
+    const ProjectPtr project = import(path);
+    ASSERT_TRUE(project);
+    EXPECT_EQ(project->name, path);
+    EXPECT_EQ(project->filename, path);
+    EXPECT_EQ(project->description, nullptr);
+    EXPECT_NE(print(project.get()).find("public  y : [0..12];"), std::string::npos);
+    char position[MESSAGE_BUFFER_SIZE];
+    const auto* variable = static_cast<VarDecl*>(plist_hd(project->vardecllist));
+    proj_line_information(project->line_info, variable->linenumber, position);
+    EXPECT_EQ(std::string(position), sources_.path() + "/inc/sub.pm (1): ");
+    EXPECT_TRUE(temporary_.names().empty());
+}
+
+TEST_F(Import, OfAMissingFileIsReportedWithoutAPreprocessor) {
+    EXPECT_EQ(import(sources_.path() + "/absent.pm"), nullptr);
+    EXPECT_EQ(reports_.names(), "ERR_FILE_OPEN");
+    EXPECT_TRUE(temporary_.names().empty());
+}
+
+TEST_F(Import, AFailedPreprocessorIsReportedAndItsOutputStays) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(import(sources_.write("main.pm", "rule a;\n#error no such luck\n")), nullptr);
+    EXPECT_EQ(import(sources_.path()), nullptr);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("no such luck"), std::string::npos);
+    EXPECT_EQ(reports_.names(), "ERR_CPP ERR_CPP");
+    EXPECT_EQ(temporary_.names().size(), 2u);
+}
+
+TEST_F(Import, WithoutAPlaceForTemporaryFilesFailsWithoutAReport) {
+    setenv("TMPDIR", (temporary_.path() + "/absent").c_str(), 1);
+    EXPECT_EQ(import(sources_.write("main.pm", "")), nullptr);
+    EXPECT_EQ(reports_.names(), "");
+}
+
+TEST(Load, NullArgumentsBreak) {
+    EXPECT_EQ(thrown([] { lpm_load_file(nullptr, nullptr); }), "1: file");
+    EXPECT_EQ(thrown([] { lpm_load_file(stdin, nullptr); }), "1: filename");
+    EXPECT_EQ(thrown([] { proj_import_from_pmfile(nullptr, nullptr); }), "1: user_filename");
+}
+
+} // namespace
+} // namespace norvane::test

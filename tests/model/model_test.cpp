@@ -1,0 +1,530 @@
+// The model tree: constructors, copies, the order of expressions, rewrites, open types and their
+// labels, places in the source, and trees of great depth.
+#include <climits>
+#include <cstdint>
+#include <cstring>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "norvane/base/items.hpp"
+#include "rows.h"
+#include "support.h"
+
+using namespace norvane;
+using namespace norvane::test;
+using namespace std::string_literals;
+
+namespace {
+
+struct IdConDeleter {
+    void operator()(IdCon* idcon) const { expr_delete_idcon(idcon); }
+};
+using IdConPtr = std::unique_ptr<IdCon, IdConDeleter>;
+
+IdConPtr identifier(const std::string& path) {
+    return IdConPtr(expr_copy_idcon(expression(path)->args.idcon));
+}
+
+int order(const ExprPtr& a, const ExprPtr& b) {
+    Expr* left = a.get();
+    Expr* right = b.get();
+    const int result = expr_compare_expr(&left, &right);
+    return (result > 0) - (result < 0);
+}
+
+// Every kind of declaration and type; records in all places where they can stand.
+const char* const declarations =
+    "constant c : 1;\n"
+    "type t : [red, green]; u : array 2 of optional { private a : [0..c]; rule a > 0; };\n"
+    "r : { private s : { private d : t; rule d = red; }; b : array 2 of { e : u; rule e; }; rule "
+    "e; };"
+    "\nvariable private v : optional { x : float; rule x; }; private i : integer; s : string;\n"
+    "private w : { private y : boolean; rule y; };\n"
+    "rule w; i > 3;\n";
+
+} // namespace
+
+TEST(Constructors, FailWithTheToldTexts) {
+    const TypePtr integers(tc_new_integer_tc(1)), merged(tc_new_integer_tc(1));
+    const TypePtr floats(tc_new_float_tc(1)), strings(tc_new_string_tc(1)),
+        bools(tc_new_bool_tc(1));
+    tc_union(integers.get(), merged.get());
+    const IdConPtr simple = identifier("a");
+    char label[] = "label";
+    Expr bad{};
+    bad.structure = 42;
+    bad.type = 43;
+    const struct {
+        const char* text;
+        std::function<void()> body;
+    } cases[] = {
+        {"((opr == OPR_INTCONST) || (opr == OPR_BOOLCONST))",
+         [] { expr_new_intconst(OPR_AND, 0, 1); }},
+        {"((opr != OPR_BOOLCONST) || (value <= 1))",
+         [] { expr_new_intconst(OPR_BOOLCONST, 2, 1); }},
+        {"opr == OPR_FORALL || opr == OPR_EXIST || opr == OPR_SUM || opr == OPR_PROD",
+         [] { expr_new_range(OPR_AND, nullptr, nullptr, nullptr, nullptr, 1); }},
+        {"composit->contype == IDCON_COMPOSIT", [&] { expr_collaps_composit_idcon(simple.get()); }},
+        {"Invalid expression structure '42'", [&] { expr_delete(&bad); }},
+        {"Invalid expression type '43'", [&] { expr_type_to_string(&bad); }},
+        {"Type constructor is not of sum type", [&] { tc_add_label_to_sum(bools.get(), label); }},
+        {"typecon->p == typecon", [&] { tc_copy_typecon(integers.get()); }},
+        {"typecon", [&] { tc_create_integer_intervals(integers.get()); }},
+        {"typecon", [&] { tc_create_string_hash(floats.get()); }},
+        {"x->contype == TC_UBOUND_FLOAT || x->contype == TC_UBOUND_INTEGER || "
+         "x->contype == TC_STRING",
+         [&] { tc_union(bools.get(), bools.get()); }},
+        {"x->contype == y->contype", [&] { tc_union(floats.get(), strings.get()); }},
+        {"name", [] { proj_new_project(nullptr, nullptr, nullptr); }},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(thrown(c.body), "1: "s + c.text);
+}
+
+TEST(Constructors, FoldAMinusIntoANumberAndCopyOnlyAString) {
+    const auto minus = [](Expr* arg) { return ExprPtr(expr_new_unary(OPR_MINUS, arg, 99)); };
+    EXPECT_EQ(print(minus(expr_new_intconst(OPR_INTCONST, 5, 1)).get()), "-5");
+    EXPECT_EQ(print(minus(expr_new_intconst(OPR_INTCONST, INT_MIN, 1)).get()), "-2147483648");
+    EXPECT_EQ(print(minus(expr_new_floatconst(2.25, 1)).get()), "-2.25");
+    EXPECT_EQ(print(minus(expression("x").release()).get()), "( - x)");
+    const ExprPtr truth = minus(expr_new_intconst(OPR_BOOLCONST, 1, 7));
+    EXPECT_EQ(truth->args.intconst.value, -1);
+    EXPECT_EQ(truth->opr, OPR_BOOLCONST);
+    EXPECT_EQ(truth->linenumber, 7u) << "the constant keeps its own line";
+    char text[] = "abc";
+    const ExprPtr constant(expr_new_stringconst(text, 1));
+    text[0] = 'X';
+    EXPECT_EQ(print(constant.get()), "\"abc\"") << "the text stays the caller's";
+}
+
+TEST(Copies, OfDeclarationsKeepAllAndShareNothing) {
+    ProjectPtr original = parse(declarations);
+    ASSERT_TRUE(original);
+    proj_add_ruledecl(original.get(),
+                      decl_new_ruledecl_source_info(expression("a").release(), str_copy("comment"),
+                                                    str_copy("a sheet")));
+    const ProjectPtr copy(proj_new_project(str_copy("model.pm"), nullptr, nullptr));
+    for (ConstantDecl* decl : items<ConstantDecl>(original->constantdecllist))
+        proj_add_constantdecl(copy.get(), decl_copy_constantdecl(decl));
+    for (TypeDecl* decl : items<TypeDecl>(original->typedecllist))
+        proj_add_typedecl(copy.get(), decl_copy_typedecl(decl));
+    for (VarDecl* decl : items<VarDecl>(original->vardecllist))
+        proj_add_vardecl(copy.get(), decl_copy_vardecl(decl));
+    for (RuleDecl* decl : items<RuleDecl>(original->ruledecllist))
+        proj_add_ruledecl(copy.get(), decl_copy_ruledecl(decl));
+    const std::string text = print(original.get());
+    original.reset();
+    EXPECT_EQ(print(copy.get()), text);
+    const auto* var = static_cast<VarDecl*>(plist_hd(copy->vardecllist));
+    EXPECT_EQ(var->linenumber & 0xFFFF, 3u);
+    EXPECT_EQ(var->typecon->linenumber & 0xFFFF, 3u);
+}
+
+TEST(Order, IsByStructureThenOperatorThenOperandsAndCopiesAreEqual) {
+    std::vector<std::string> ascending;
+    for (const auto& row : rows(R"(
+a and b => a and c => b and a => a or b => not a => not b => -a
+A => a => ab => b => a[b] => a[1] => a[1][2] => a[2] => b[1] => a.b => a.c => a.b.c => a[1].b
+false => true => -3 => 0 => 2 => "" => "a" => "a)"
+                                "\xE6"
+                                R"(" => 1.5
+if a then b else c => if a then b else d => if a then c else a => if b then a else a
+forall i in [0..1] : (a) => forall i in [0..1] : (b) => forall i in [0..2] : (a)
+forall i in [1..1] : (a) => forall j in [0..1] : (a) => sum i in [0..1] : (a)
+case x of default a esac => case x of 1 then a | default a esac
+case x of 1 then a | default b esac => case x of 1 then b | default a esac
+case x of 1 then a | 2 then b | default a esac => case x of 2 then a | default a esac
+case y of default a esac
+)"))
+        ascending.insert(ascending.end(), row.begin(), row.end());
+    std::vector<ExprPtr> first, second;
+    for (const std::string& source : ascending) {
+        first.push_back(expression(source));
+        ASSERT_TRUE(first.back()) << source;
+        first.back()->type = ETYPE_PROD;
+        second.emplace_back(expr_copy_expr(first.back().get()));
+        EXPECT_EQ(second.back()->type, ETYPE_PROD) << source;
+        EXPECT_EQ(second.back()->linenumber, first.back()->linenumber) << source;
+        second.back()->linenumber = 77;
+        second.back()->type = ETYPE_ARRAY;
+    }
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        for (std::size_t j = 0; j < second.size(); ++j) {
+            if (i == j && first[i]->structure == EXPR_FLOAT_CONST) continue;
+            EXPECT_EQ(order(first[i], second[j]), i < j ? -1 : i > j)
+                << ascending[i] << " to " << ascending[j];
+        }
+    }
+}
+
+TEST(Order, OfTwoFloatsInOnePlaceIsAFailure) {
+    for (const char* text : {"1.5", "x[1.5]", "case x of 1.5 then a | default b esac"}) {
+        const ExprPtr a = expression(text), b = expression(text);
+        EXPECT_EQ(thrown([&] { order(a, b); }), "1: Invalid expression structure '5'") << text;
+    }
+    EXPECT_EQ(order(expression("a = 1.5"), expression("b = 1.5")), -1) << "decided before";
+}
+
+TEST(Hash, IsByThePrintedTextAndBelowTheSize) {
+    std::set<int> hashes;
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = "a.b" + std::to_string(i) + "[1]";
+        const int hash = expr_hash_idcon(identifier(name).get(), 1000);
+        EXPECT_EQ(hash, expr_hash_idcon(identifier("\n" + name).get(), 1000));
+        hashes.insert(hash);
+    }
+    EXPECT_GE(*hashes.begin(), 0);
+    EXPECT_LT(*hashes.rbegin(), 1000);
+    EXPECT_GT(hashes.size(), 100u);
+}
+
+TEST(FreeIdentifiers, AreThoseThatNoLoopBinds) {
+    for (const auto& row : rows(R"(
+a + b * a => a b
+not (if a then b.c else d[i]) => a b.c d[i]
+1 = 2 and "x" = "y" and 1.5 < 2.5 =>
+forall i in [0..n] : (x[i] and i > 2) => n x[i]
+forall i in [i..n] : (y) => n y
+i = 1 and forall i in [0..n] : (y) => n y
+(forall i in [0..n] : (y)) and i = 1 => n y i
+case x of a then b | c then d | default e esac => x a c b d e
+)")) {
+        PolySet* found = expr_get_free_idconstructors(expression(row[0]).get());
+        std::string names;
+        PolySetIter iter;
+        void* idcon;
+        pset_iter_init(&iter, found);
+        while (pset_iter_next(&iter, &idcon))
+            names += (names.empty() ? "" : " ") + print(static_cast<IdCon*>(idcon));
+        EXPECT_EQ(names, row[1]) << row[0];
+        pset_delete(found);
+    }
+}
+
+TEST(Rewrites, AppendToAPathAndTakeOffItsEnd) {
+    for (const auto& row : rows(R"(
+a => b => a.b
+a.b => c[1] => a.b.c[1]
+a[1] => b.c => a[1].b.c
+a.b[(i + 1)][2] => c => a.b[(i + 1)][2].c
+)")) {
+        const IdConPtr path = identifier(row[0]);
+        expr_expand_composit_idcon(path.get(), identifier(row[1]).get());
+        EXPECT_EQ(print(path.get()), row[2]);
+        for (const char* step = row[1].c_str(); step; step = std::strchr(step + 1, '.'))
+            expr_collaps_composit_idcon(path.get());
+        EXPECT_EQ(print(path.get()), row[0]);
+    }
+}
+
+TEST(Rewrites, PutAPathInFrontOfEveryIdentifier) {
+    const IdConPtr prefix = identifier("r.s");
+    for (const auto& row : rows(R"(
+x => r.s.x
+x[i].y => r.s.x[i].y
+not x and (if a then 1 else -y) => ((not r.s.x) and (if r.s.a then 1 else ( - r.s.y)))
+x = "t" or 1.5 < f => ((r.s.x = "t") or (1.5 < r.s.f))
+case x of a then b | default true esac => case r.s.x of^r.s.a then r.s.b^| default true^esac
+)")) {
+        const ExprPtr source = expression(row[0]);
+        const std::string before = print(source.get());
+        const ExprPtr result(expr_expand_expr_with_idcon(source.get(), prefix.get()));
+        EXPECT_EQ(print(result.get()), row[1]);
+        EXPECT_EQ(print(source.get()), before) << "the input stays";
+    }
+    const ExprPtr loop = expression("forall i in [0..1] : (x)");
+    EXPECT_EQ(thrown([&] { expr_expand_expr_with_idcon(loop.get(), prefix.get()); }),
+              "1: Range expressions should have been removed before expand");
+}
+
+TEST(Rewrites, PutAnExpressionInThePlaceOfAnIdentifier) {
+    for (const auto& row : rows(R"(
+x + y * x => x => a + 1 => ((a + 1) + (y * (a + 1)))
+x[1] + x[2] + x => x[1] => 7 => ((7 + x[2]) + x)
+a.x + a[x] + x => x => 7 => ((a.x + a[x]) + 7)
+-x => x => 3 => -3
+case x of 1 then x | default x esac => x => y => case x of^1 then y^| default y^esac
+forall x in [x..2] : (x > 1) => x => 0 => forall x in [0..2] : ((0 > 1))
+if x then "x" else 1.5 => x => true => (if true then "x" else 1.5)
+)")) {
+        const ExprPtr source = expression(row[0]), replacement = expression(row[2]);
+        const ExprPtr result(expr_replace_idcon_with_expr(source.get(), identifier(row[1]).get(),
+                                                          replacement.get()));
+        EXPECT_EQ(print(result.get()), row[3]);
+    }
+}
+
+TEST(Rewrites, LeaveTypesBehindButKeepLines) {
+    const ExprPtr source = expression("\na + 1");
+    source->type = source->args.binargs.leftarg->type = ETYPE_INT;
+    source->args.binargs.rightarg->type = ETYPE_ENUM_INTEGER;
+    const IdConPtr x = identifier("x");
+    const ExprPtr expanded(expr_expand_expr_with_idcon(source.get(), x.get()));
+    const ExprPtr replaced(expr_replace_idcon_with_expr(source.get(), x.get(), source.get()));
+    const auto types = [](const ExprPtr& e) {
+        const auto& args = e->args.binargs;
+        return std::vector<int>{e->type, args.leftarg->type, args.rightarg->type};
+    };
+    EXPECT_EQ(types(expanded), (std::vector<int>{ETYPE_UNDEF, ETYPE_UNDEF, ETYPE_INT}));
+    EXPECT_EQ(types(replaced), (std::vector<int>{ETYPE_UNDEF, ETYPE_INT, ETYPE_ENUM_INTEGER}))
+        << "leaves are copied as they are";
+    EXPECT_EQ(expanded->linenumber, source->linenumber);
+}
+
+namespace {
+
+// The labels, with each value in front of its label: "]-inf;0] 1=1 [2;inf[".
+template <typename Values, typename KeyText>
+std::string labels(const Values& values, KeyText key_text) {
+    std::vector<std::string> keys(values.labellist->len);
+    IntHashIter iter;
+    void* key;
+    int index;
+    ihash_iter_init(&iter, values.value_index);
+    while (ihash_iter_next(&iter, &key, &index))
+        keys.at(static_cast<std::size_t>(index)) += key_text(key) + "=";
+    std::string text;
+    auto next = keys.begin();
+    for (const char* label : items<char>(values.labellist))
+        text += (text.empty() ? "" : " ") + *next++ + label;
+    return text;
+}
+
+std::string labels(const TypePtr& type) {
+    switch (type->contype) {
+    case TC_UBOUND_INTEGER:
+        return labels(type->values.enum_int, [](void* key) {
+            return std::to_string(static_cast<int>(reinterpret_cast<std::intptr_t>(key)));
+        });
+    case TC_UBOUND_FLOAT:
+        return labels(type->values.enum_float, [](void* key) {
+            return std::string(util_double_to_str(static_cast<PolyValue*>(key)->number));
+        });
+    default:
+        return labels(type->values.enum_string,
+                      [](void* key) { return std::string(static_cast<char*>(key)); });
+    }
+}
+
+TypePtr integers_of(const std::vector<int>& values) {
+    TypePtr type(tc_new_integer_tc(1));
+    for (int value : values)
+        iset_insert(type->values.enum_int.int_set, value);
+    return type;
+}
+
+TypePtr floats_of(const std::vector<double>& values) {
+    TypePtr type(tc_new_float_tc(1));
+    for (double value : values)
+        pset_insert(type->values.enum_float.float_set, pchunk_new_poly_double(value));
+    return type;
+}
+
+TypePtr strings_of(const std::vector<std::string>& values) {
+    TypePtr type(tc_new_string_tc(1));
+    for (std::string value : values)
+        pset_insert(type->values.enum_string.string_set, value.data());
+    return type;
+}
+
+std::string made_labels(const TypePtr& type) {
+    const auto make = type->contype == TC_UBOUND_INTEGER ? tc_create_integer_intervals
+                      : type->contype == TC_UBOUND_FLOAT ? tc_create_float_intervals
+                                                         : tc_create_string_hash;
+    make(type.get());
+    const std::string text = labels(type);
+    make(type.get());
+    EXPECT_EQ(labels(type), text) << "labels are made once";
+    const TypePtr copy(tc_copy_typecon(type.get()));
+    EXPECT_EQ(labels(copy), text) << "copies know the labels";
+    return text;
+}
+
+} // namespace
+
+TEST(Labels, CutTheNumbersAndTheStringsIntoClasses) {
+    EXPECT_EQ(made_labels(integers_of({})), "]-inf;inf[");
+    EXPECT_EQ(made_labels(integers_of({0})), "]-inf;-1] 0=0 [1;inf[");
+    EXPECT_EQ(made_labels(integers_of({10, 3, 1, 4})),
+              "]-inf;0] 1=1 2 3=3 4=4 [5;9] 10=10 [11;inf[")
+        << "adjacent values have no class between them";
+    EXPECT_EQ(made_labels(integers_of({INT_MAX, INT_MIN})),
+              "]-inf;-2147483649] -2147483648=-2147483648 [-2147483647;2147483646] "
+              "2147483647=2147483647 [2147483648;inf[");
+    EXPECT_EQ(made_labels(floats_of({})), "]-inf;inf[");
+    EXPECT_EQ(made_labels(floats_of({1.5})), "]-inf;1.5[ 1.5=1.5 ]1.5;inf[");
+    EXPECT_EQ(made_labels(floats_of({2, -0.25})),
+              "]-inf;-0.25[ -0.25=-0.25 ]-0.25;2.0[ 2.0=2.0 ]2.0;inf[");
+    EXPECT_EQ(made_labels(strings_of({})), "[Other values]");
+    EXPECT_EQ(made_labels(strings_of({"b", "\xC8", "a", "B"})),
+              "[Other values] B=B a=a b=b \xC8=\xC8");
+}
+
+TEST(Copies, OfOpenTypesGatherOnFromTheNumbersButAnewForStrings) {
+    const TypePtr floats(tc_copy_typecon(floats_of({1.5}).get()));
+    const TypePtr integers(tc_copy_typecon(integers_of({4}).get()));
+    const TypePtr strings(tc_copy_typecon(strings_of({"a"}).get()));
+    EXPECT_EQ(made_labels(floats), "]-inf;1.5[ 1.5=1.5 ]1.5;inf[");
+    EXPECT_EQ(made_labels(integers), "]-inf;3] 4=4 [5;inf[");
+    EXPECT_EQ(made_labels(strings), "[Other values]");
+    EXPECT_EQ(tc_find_set(strings.get()), strings.get());
+}
+
+TEST(MergedTypes, HaveOneRootAndStraightPathsToIt) {
+    std::vector<TypePtr> types;
+    for (int i = 0; i < 1000; ++i)
+        types.emplace_back(tc_new_integer_tc(1));
+    for (std::size_t step = 1; step < types.size(); step *= 2)
+        for (std::size_t i = 0; i + step < types.size(); i += 2 * step)
+            tc_union(types[i].get(), types[i + step].get());
+    TypeCon* root = tc_find_set(types[0].get());
+    for (const TypePtr& type : types) {
+        EXPECT_EQ(tc_find_set(type.get()), root);
+        EXPECT_EQ(type->p, root);
+    }
+    const TypePtr a(tc_new_integer_tc(1)), b(tc_new_integer_tc(1));
+    tc_union(a.get(), b.get());
+    EXPECT_EQ(a->p, b.get()) << "of equals the second stays on top";
+    EXPECT_EQ(b->rank, 1u);
+    const unsigned rank = root->rank;
+    tc_union(types[7].get(), a.get());
+    EXPECT_EQ(b->p, root) << "the higher rank stays on top";
+    tc_union(b.get(), types[3].get());
+    EXPECT_EQ(root->rank, rank);
+}
+
+TEST(MergedTypes, NeedNoStackForAMillionLinks) {
+    std::vector<TypeCon> chain(1'000'000);
+    for (std::size_t i = 0; i < chain.size(); ++i)
+        chain[i].p = &chain[i ? i - 1 : 0];
+    with_small_stack([&] { EXPECT_EQ(tc_find_set(&chain.back()), &chain[0]); });
+    EXPECT_EQ(chain[500'000].p, &chain[0]);
+}
+
+TEST(Project, TellsPlacesInTheSource) {
+    const std::string long_name(5000, 'x');
+    const struct {
+        std::vector<const char*> files;
+        const char* filename;
+        unsigned linenumber;
+        std::string text;
+    } cases[] = {
+        {{}, "m.pm", 12, "m.pm (12): "},
+        {{}, nullptr, 12, " (12): "},
+        {{}, "m.pm", UNDEF_LINENO, ""},
+        {{"a.pm", "b.pm"}, "m.pm", 0x10003, "b.pm (3): "},
+        {{"a.pm", "#from the sheet"}, "m.pm", 0x10003, "from the sheet "},
+        {{"a.pm"}, "m.pm", 0x5FFFF, "m.pm (65535): "},
+        {{"a.pm"}, "#m.pm", 0x50001, "#m.pm (1): "},
+        {{}, "%s%n", 1, "%s%n (1): "},
+        {{}, long_name.c_str(), 1, long_name.substr(0, MESSAGE_BUFFER_SIZE - 1)},
+    };
+    for (const auto& c : cases) {
+        const ProjectPtr project(
+            proj_new_project(str_copy("p"), nullptr, str_null_copy(c.filename)));
+        for (const char* file : c.files)
+            plist_append(project->line_info->files, str_copy(file));
+        char buffer[MESSAGE_BUFFER_SIZE] = "old";
+        proj_line_information(project->line_info, c.linenumber, buffer);
+        EXPECT_EQ(buffer, c.text);
+    }
+}
+
+TEST(Project, MakesEveryVariablePublic) {
+    const ProjectPtr project = parse(declarations);
+    std::string expected = print(project.get());
+    for (std::size_t at; (at = expected.find("private ")) != std::string::npos;)
+        expected.replace(at, 8, "public  ");
+    proj_make_all_vars_public(project.get());
+    EXPECT_EQ(print(project.get()), expected);
+
+    TypeCon* type = static_cast<VarDecl*>(plist_hd(project->vardecllist))->typecon;
+    const auto contype = type->contype;
+    type->contype = 99;
+    EXPECT_EQ(thrown([&] { proj_make_all_vars_public(project.get()); }),
+              "1: Found invalid typecon type : 99");
+    type->contype = contype;
+}
+
+TEST(Project, RemovesItsRulesAndThoseOfDeclaredRecords) {
+    std::string left = declarations;
+    for (const std::string part : {"rule d = red; }", "rule e; };\nvariable", "rule w; i > 3;\n"}) {
+        const std::size_t at = left.find(part);
+        ASSERT_NE(at, std::string::npos) << part;
+        left.erase(at, part.find(';') + 1);
+    }
+    left.erase(left.find(" i > 3;"));
+    const ProjectPtr project = parse(declarations), expected = parse(left);
+    ASSERT_TRUE(expected);
+    proj_remove_rules(project.get());
+    EXPECT_EQ(print(project.get()), print(expected.get()))
+        << "records in arrays, optionals and variables keep theirs";
+}
+
+namespace {
+
+Expr* one_and(Expr* left) {
+    return expr_new_binary(OPR_AND, left, expr_new_intconst(OPR_BOOLCONST, 1, 1), 1);
+}
+
+Expr* one_not(Expr* arg) {
+    return expr_new_unary(OPR_NOT, arg, 1);
+}
+
+Expr* one_if(Expr* arg) {
+    Expr* test = expr_new_intconst(OPR_BOOLCONST, 1, 1);
+    return expr_new_ite(test, arg, expr_new_intconst(OPR_BOOLCONST, 0, 1), 1);
+}
+
+Expr* one_index(Expr* arg) {
+    PolyList* indices =
+        plist_new(nullptr, nullptr, [](void* e) { expr_delete(static_cast<Expr*>(e)); });
+    plist_append(indices, arg);
+    return expr_new_idcon(expr_new_arrayid(str_copy("a"), indices, 1), 1);
+}
+
+// Runs every operation over a tree of the given depth; a level prints as `width` characters.
+void exercise(Expr* (*level)(Expr*), int depth, std::size_t width) {
+    Expr* root = expression("x0").release();
+    for (int i = 0; i < depth; ++i)
+        root = level(root);
+    const ExprPtr tree(root), copy(expr_copy_expr(root)), y = expression("yyy");
+    EXPECT_EQ(order(tree, copy), 0);
+    const std::size_t size = width * static_cast<std::size_t>(depth) + 2;
+    EXPECT_EQ(print(root).size(), size);
+    PolySet* found = expr_get_free_idconstructors(root);
+    EXPECT_EQ(found->size, 1u);
+    pset_delete(found);
+    const IdConPtr x0 = identifier("x0");
+    const ExprPtr replaced(expr_replace_idcon_with_expr(root, x0.get(), y.get()));
+    EXPECT_EQ(print(replaced.get()).size(), level == one_index ? size : size + 1);
+    const ExprPtr expanded(expr_expand_expr_with_idcon(root, x0.get()));
+    EXPECT_EQ(print(expanded.get()).size(), size + 3);
+}
+
+} // namespace
+
+TEST(DeepTrees, OfExpressionsPassEveryOperation) {
+    with_small_stack([] {
+        exercise(one_and, 1'000'000, 11);
+        exercise(one_not, 190'000, 6);
+        exercise(one_if, 60'000, 26);
+        exercise(one_index, 60'000, 3);
+    });
+}
+
+TEST(DeepTrees, OfTypesPassEveryOperation) {
+    with_small_stack([] {
+        TypeCon* type = tc_new_bool_tc(1);
+        for (int i = 0; i < 60'000; ++i)
+            type = tc_new_array_tc(expr_new_intconst(OPR_INTCONST, 2, 1), type, 1);
+        for (int i = 0; i < 60'000; ++i)
+            type = tc_new_optional_tc(type, 1);
+        const TypePtr copy(tc_copy_typecon(type));
+        EXPECT_EQ(print(copy.get()).size(), 60'000 * std::strlen("array 2 of  optional ") + 7);
+        const ProjectPtr project(proj_new_project(str_copy("p"), nullptr, nullptr));
+        proj_add_typedecl(project.get(), decl_new_typedecl(str_copy("t"), type, 1));
+        proj_make_all_vars_public(project.get());
+    });
+}

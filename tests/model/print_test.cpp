@@ -1,0 +1,272 @@
+// The printed form of models, as source and in messages: identifiers, expressions with their depth
+// and their line breaks, types, declarations, whole projects, and that all of it reads back.
+#include <gtest/gtest.h>
+
+#include "rows.h"
+#include "support.h"
+
+using namespace norvane::test;
+using namespace std::string_literals;
+
+namespace {
+
+template <typename Printer>
+std::string on_stream(Printer printer) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    FILE* stream = open_memstream(&text, &size);
+    printer(stream);
+    fclose(stream);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}
+
+std::string taken(char* text) {
+    std::string result = text;
+    str_delete(text);
+    return result;
+}
+
+// A rule as its declaration prints it: with line breaks.
+std::string wrapped(const std::string& source) {
+    const ProjectPtr project = parse("rule " + source + ";");
+    auto* rule = static_cast<RuleDecl*>(plist_hd(project->ruledecllist));
+    return on_stream([&](FILE* stream) { ppm_print_ruledecl(stream, rule); });
+}
+
+void expect_identifier(std::string id, const std::string& quoted, const std::string& clean) {
+    unsigned quoted_length = 0, clean_length = 0;
+    EXPECT_EQ(on_stream([&](FILE* f) { quoted_length = ppm_print_id(f, id.data()); }), quoted);
+    EXPECT_EQ(on_stream([&](FILE* f) { clean_length = ppm_print_clean_id(f, id.data()); }), clean);
+    EXPECT_EQ(quoted_length, quoted.size()) << id;
+    EXPECT_EQ(clean_length, clean.size()) << id;
+    EXPECT_EQ(taken(ppm_quoted_id(id.data())), quoted);
+    EXPECT_EQ(taken(ppm_clean_id(id.data())), clean);
+}
+
+} // namespace
+
+TEST(PrintedIdentifiers, AreQuotedOrCleanedWhereTheyAreNotPlain) {
+    for (const char* plain : {"color", "_a1", "Type", "integer", "SOME", "orders"})
+        expect_identifier(plain, plain, plain);
+    for (const auto& row : rows(R"(
+2nd => "2nd" => A050nd
+a b => "a b" => aA032b
+a"b\ => "a\"b\\" => aA034bA092
+a^ => "a\n" => aA010
+ => "" => A000
+)"))
+        expect_identifier(row[0], row[1], row[2]);
+    expect_identifier("\xC8x", "\"\xC8x\"", "A200x");
+    expect_identifier("x\xE6", "\"x\xE6\"", "xA230");
+    std::istringstream reserved(
+        "and array boolean case constant default else esac exist false float forall if in not of "
+        "optional order or private product public rule string sum then true type variable xor");
+    for (std::string word; reserved >> word;)
+        expect_identifier(word, "\"" + word + "\"", word + "_");
+}
+
+TEST(PrintedExpressions, AreBracketedThroughout) {
+    for (const auto& row : rows(R"(
+a or b xor c => ((a or b) xor c)
+a -> b <-> not c => ((a -> b) <-> (not c))
+1 + 2 - 3 * 4 / 5 => ((1 + 2) - ((3 * 4) / 5))
+a < b and c <= d and e > f => (((a < b) and (c <= d)) and (e > f))
+a >= b or c = d or e <> f => (((a >= b) or (c = d)) or (e <> f))
+-x + -5 => (( - x) + -5)
+order(a) > order(b.c) => ((order(a)) > (order(b.c)))
+a.b[1].c[i + 1][2] => a.b[1].c[(i + 1)][2]
+true = false => (true = false)
+f = 2.50 or f = 1.0 => ((f = 2.5) or (f = 1.0))
+s = "a \"b\" \\ \n" => (s = "a \"b\" \\ \n")
+if a then b else not c => (if a then b else (not c))
+forall i in [0..3] : (x) => forall i in [0..3] : (x)
+exist i in [0..n+1] : (x[i]) => exist i in [0..(n + 1)] : (x[i])
+sum i in [0..3] : (i) = product j in [1..2] : (j) => (sum i in [0..3] : (i) = product j in [1..2] : (j))
+case a.b of 1 then x | 2 then y | default z esac => case a.b of^1 then x^| 2 then y^| default z^esac
+case x of default 1 esac => case x of^^| default 1^esac
+)")) {
+        const ExprPtr expr = expression(row[0]);
+        ASSERT_TRUE(expr) << row[0];
+        EXPECT_EQ(print(expr.get()), row[1]);
+    }
+}
+
+TEST(PrintedExpressions, ThatNoSourceHasPrintOrStop) {
+    const auto with = [](int opr) {
+        ExprPtr expr = expression("a and b");
+        expr->opr = static_cast<unsigned char>(opr);
+        return expr;
+    };
+    EXPECT_EQ(print(with(OPR_SHL).get()), "(a << b)");
+    EXPECT_EQ(print(with(OPR_SHR).get()), "(a >> b)");
+    EXPECT_EQ(print(with(OPR_UBOUND_EQ).get()), "(a = b)");
+    EXPECT_EQ(print(with(OPR_INTCONST).get()), "(ab)");
+
+    const ExprPtr no_operator = with(OPR_FLOATCONST), beyond = with(OPR_NONE);
+    const ExprPtr constant = expression("1");
+    constant->type = ETYPE_ENUM_INTEGER;
+    Expr odd{};
+    odd.structure = 42;
+    IdCon odd_id{};
+    odd_id.contype = 43;
+    TypeCon odd_type{};
+    odd_type.contype = 44;
+    const struct {
+        const char* text;
+        std::function<void(FILE*)> body;
+    } stops[] = {
+        {"Invalid operator '24'", [&](FILE* f) { ppm_print_expr(f, no_operator.get()); }},
+        {"Invalid operator '27'", [&](FILE* f) { ppm_print_expr(f, beyond.get()); }},
+        {"Constant expression is not of boolean or integer type",
+         [&](FILE* f) { ppm_print_expr(f, constant.get()); }},
+        {"Invalid expression structure '42'", [&](FILE* f) { ppm_print_expr(f, &odd); }},
+        {"Invalid id constructor type '43'", [&](FILE* f) { ppm_print_idcon(f, &odd_id); }},
+        {"Invalid type constructor '44'", [&](FILE* f) { ppm_print_typecon(f, &odd_type); }},
+        {"stream", [&](FILE*) { ppm_print_expr(nullptr, constant.get()); }},
+        {"expr", [&](FILE* f) { ppm_print_expr(f, nullptr); }},
+    };
+    for (const auto& stop : stops) {
+        std::string failure;
+        on_stream([&](FILE* f) { failure = thrown([&] { stop.body(f); }); });
+        EXPECT_EQ(failure, "1: "s + stop.text);
+    }
+}
+
+TEST(PrintedExpressions, StopAtADepth) {
+    UtilString* string = ustr_new();
+    for (const auto& row : rows(R"(
+0 => a => ...
+1 => a => a
+1 => a and b => (... and ...)
+2 => a and b or not c => ((... and ...) or (not ...))
+3 => ((a and b) or c) xor d[e + f] => (((... and ...) or c) xor d[(e + f)])
+1 => if a then b else c => (if ... then ... else ...)
+1 => forall i in [0..3] : (x) => forall i in [........] : (...)
+1 => case x of 1 then a | default b esac => case x of^... then ...^| default ...^esac
+-7 => not not not a => (not (not (not a)))
+)")) {
+        ustr_append_string(string, "is replaced");
+        ppm_printn_expr_str(expression(row[1]).get(), string, std::stoi(row[0]));
+        EXPECT_EQ(string->text, row[2]);
+    }
+    ustr_delete(string);
+}
+
+// The columns that each expression takes, begun in column 10.
+TEST(PrintedExpressions, CountColumnsByTheirOwnRules) {
+    for (const auto& row : rows(R"(
+abc => 3
+a.b.c => 0
+abc[1000] => 8
+ab[1][i + 1] => 12
+-123 => 4
+true => 4
+false => 5
+"a\n" => 5
+1.25 => 4
+a <-> b => 9
+not a => 7
+order(a) => 10
+if a then b else c => 20
+forall ij in [0..3] : (x) => 25
+case abc of 1 then a | default b esac => -6
+)")) {
+        unsigned column = 0;
+        const ExprPtr expr = expression(row[0]);
+        on_stream([&](FILE* f) { column = ppm_printn_expr(f, expr.get(), -1, 10, 0); });
+        EXPECT_EQ(static_cast<int>(column), 10 + std::stoi(row[1])) << row[0];
+    }
+}
+
+TEST(PrintedRules, BreakBehindTheOperandThatPassesColumn70) {
+    const std::string a60(60, 'a'), a70(70, 'a'), a71(71, 'a');
+    EXPECT_EQ(wrapped(a70), a70 + ";");
+    EXPECT_EQ(wrapped(a71), a71 + "\n;");
+    EXPECT_EQ(wrapped("x and " + a60 + " and y"), "((x and " + a60 + ") and y\n);");
+    EXPECT_EQ(wrapped(a70 + " and y"), "(" + a70 + "\n and y);");
+    EXPECT_EQ(wrapped("a." + a70 + " and b." + a70), "(a." + a70 + " and b." + a70 + ");")
+        << "paths count as nothing";
+    EXPECT_EQ(wrapped("case x of " + a70 + " then " + a70 + " | " + a71 + " then b | default " +
+                      a60 + " esac"),
+              "case x of\n" + a70 + " then " + a70 + "\n\n| " + a71 + "\n then b\n| default " +
+                  a60 + "\n\nesac;");
+    EXPECT_EQ(print(expression(a71 + " and y").get()), "(" + a71 + " and y)")
+        << "only rules are broken";
+    EXPECT_EQ(on_stream([](FILE* f) {
+                  EXPECT_EQ(ppm_printn_expr(f, expression("a").get(), 0, 80, 1), 83u);
+              }),
+              "...")
+        << "nor is an ellipsis";
+}
+
+namespace {
+
+const char* const model =
+    "constant N : 3; NAMES : \"a\\nb\";\n"
+    "type color : [red, \"dark red\", \"type\"]; size : [0..N];\n"
+    "variable c : color; private s : array N of array 2 of size; x : integer; f : float; b : "
+    "boolean;\n"
+    "o : optional { a, b : string; }; r : { p : { q : t; rule q; not q; }; rule p.q; };\n"
+    "rule c = red -> s[0] > 1; forall i in [0..N] : (s[i] < x);\n"
+    "case c of red then f < -1.5 | default b esac;\n";
+
+const std::string printed_head =
+    "/* Project     : model.pm\n   Description : \n*/\n\n"
+    "constant\n\n N : 3;\n NAMES : \"a\\nb\";\n\n"
+    "type\n\n color : [red\n, \"dark red\"\n, \"type\"\n];\n size : [0..N];\n\n"
+    "variable\n\n  public  c : color;\n  private s : array N of array 2 of size;\n"
+    "  public  x : integer;\n  public  f : float;\n  public  b : boolean;\n"
+    "  public  o :  optional {\n  public  a : string;\n  public  b : string;\n};\n"
+    "  public  r : {\n  public  p : {\n  public  q : t;\nrule\nq;\n(not q);\n};\n"
+    "rule\np.q;\n};\n\n"
+    "rule\n\n((c = red) -> (s[0] > 1));\nforall i in [0..N] : ((s[i] < x));\n"
+    "case c of\nred then (f < -1.5)\n| default b\nesac;\n";
+const std::string printed_model = printed_head + "#line 1 \"#row 7\"\n/* why */\n(x = 2);\n\n";
+
+ProjectPtr whole_model() {
+    ProjectPtr project = parse(model);
+    Expr* rule = expression("x = 2").release();
+    proj_add_ruledecl(project.get(),
+                      decl_new_ruledecl_source_info(rule, str_copy("why"), str_copy("row 7")));
+    return project;
+}
+
+} // namespace
+
+TEST(PrintedProjects, HaveTheirSectionsInOrderAndReadBack) {
+    EXPECT_EQ(print(whole_model().get()), printed_model);
+    const ProjectPtr again = parse(printed_model);
+    ASSERT_TRUE(again);
+    const auto* last = static_cast<RuleDecl*>(again->ruledecllist->last->element);
+    char place[MESSAGE_BUFFER_SIZE];
+    proj_line_information(again->line_info, last->linenumber, place);
+    EXPECT_STREQ(place, "row 7 ") << "a rule tells where it came from";
+    EXPECT_EQ(print(again.get()), printed_head + "(x = 2);\n\n");
+    const ProjectPtr empty(proj_new_project(str_copy("p"), str_copy("d %s"), nullptr));
+    EXPECT_EQ(print(empty.get()), "/* Project     : p\n   Description : d %s\n*/\n\n");
+}
+
+TEST(PrintedProjects, AreExportedToFiles) {
+    const TemporaryFolder folder;
+    const ProjectPtr project = whole_model();
+    const std::string path = folder.write("out.pm", std::string(10'000, 'x'));
+    Reports reports;
+    EXPECT_EQ(proj_export_to_pmfile(project.get(), path.c_str()), 0);
+    EXPECT_EQ(read_file(path), printed_model);
+    const std::string nowhere = folder.path() + "/missing/out.pm";
+    EXPECT_EQ(proj_export_to_pmfile(project.get(), nowhere.c_str()), -1);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN");
+    EXPECT_NE(reports.text().find(nowhere), std::string::npos);
+}
+
+TEST(PrintedStrings, EqualTheFileWhateverTheirLength) {
+    const std::string line(3000, 'x');
+    std::string name = line + "\n";
+    const ExprPtr expr(expr_new_idcon(expr_new_simpleid(str_copy(name.c_str()), 1), 1));
+    const std::string on_file = on_stream([&](FILE* f) { ppm_print_expr(f, expr.get()); });
+    EXPECT_EQ(on_file, "\"" + line + "\\n\"");
+    EXPECT_EQ(print(expr.get()), on_file);
+    EXPECT_EQ(print(expr->args.idcon), on_file);
+}

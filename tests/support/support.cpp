@@ -1,0 +1,206 @@
+#include "support.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <pthread.h>
+#include <sstream>
+#include <stdexcept>
+
+#include "norvane/base/items.hpp"
+
+// Of the leak checker, where there is one.
+extern "C" __attribute__((weak)) void __lsan_disable(void);
+extern "C" __attribute__((weak)) void __lsan_enable(void);
+
+namespace norvane::test {
+
+Reports::Reports() {
+    msg_set_error_sink(&Reports::receive, this);
+}
+
+Reports::~Reports() {
+    msg_set_error_sink(nullptr, nullptr);
+}
+
+void Reports::receive(ErrorType type, ErrorInfo* error, void* user) {
+    static_cast<Reports*>(user)->reports_.push_back({type, error->name, error->message});
+    err_delete(error);
+}
+
+std::string Reports::text() const {
+    std::string text;
+    for (const Report& r : reports_) {
+        if (r.type == ERROR_TYPE_WARNING) text += "warning ";
+        text += r.name + ": " + r.title + "\n";
+    }
+    return text;
+}
+
+std::string Reports::names() const {
+    std::string text;
+    for (const Report& r : reports_)
+        text += (text.empty() ? "" : " ") + r.name;
+    return text;
+}
+
+std::string thrown(const std::function<void()>& body) {
+    static ExceptionState state;
+    const auto run = [](void* user) { (*static_cast<const std::function<void()>*>(user))(); };
+    // What is held between a throw and its frame is lost, and that is no leak.
+    if (__lsan_disable != nullptr) __lsan_disable();
+    const int caught = except_catch(run, const_cast<std::function<void()>*>(&body), &state);
+    if (__lsan_enable != nullptr) __lsan_enable();
+    if (!caught) return "";
+    return std::to_string(state.kind) + ": " + state.message;
+}
+
+ProjectPtr parse(const std::string& source) {
+    std::string text = source;
+    std::string name = "model.pm";
+    // fmemopen refuses an empty buffer; a blank says the same.
+    if (text.empty()) text = " ";
+    FILE* stream = fmemopen(text.data(), text.size(), "r");
+    if (!stream) throw std::runtime_error("fmemopen");
+    Project* project = lpm_load_file(stream, name.data());
+    fclose(stream);
+    return ProjectPtr(project);
+}
+
+Model check(const std::string& source) {
+    Model model;
+    model.project = parse(source);
+    if (model.project) model.table.reset(proj_static_sem_check(model.project.get()));
+    return model;
+}
+
+ExprPtr expression(const std::string& text) {
+    ProjectPtr project = parse("rule " + text + ";");
+    if (!project) return nullptr;
+    auto* rule = static_cast<RuleDecl*>(plist_hd(project->ruledecllist));
+    return ExprPtr(expr_copy_expr(rule->rule));
+}
+
+namespace {
+
+template <typename Printer>
+std::string printed(Printer printer) {
+    UtilString* string = ustr_new();
+    printer(string);
+    std::string text(string->text, string->length);
+    ustr_delete(string);
+    return text;
+}
+
+} // namespace
+
+std::string print(Expr* expr) {
+    return printed([&](UtilString* s) { ppm_printn_expr_str(expr, s, -1); });
+}
+
+std::string print(IdCon* idcon) {
+    return printed([&](UtilString* s) { ppm_print_idcon_str(idcon, s); });
+}
+
+std::string print(TypeCon* typecon) {
+    return printed([&](UtilString* s) { ppm_print_typecon_str(typecon, s); });
+}
+
+std::string print(Project* project) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    FILE* stream = open_memstream(&text, &size);
+    ppm_print_project(stream, project);
+    fclose(stream);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}
+
+std::string flat_rules(const Model& model, bool simplify) {
+    ListPtr rules(
+        proj_get_expanded_rules(model.project.get(), model.table.get(), simplify ? 1 : 0));
+    std::string text;
+    for (Expr* rule : items<Expr>(rules.get()))
+        text += print(rule) + "\n";
+    return text;
+}
+
+void with_small_stack(const std::function<void()>& body) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 8u << 20);
+    pthread_t thread;
+    const auto run = [](void* user) -> void* {
+        (*static_cast<const std::function<void()>*>(user))();
+        return nullptr;
+    };
+    if (pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&body)) != 0)
+        throw std::runtime_error("pthread_create");
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TemporaryFolder::TemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "norvane-test-XXXXXX").string();
+    if (!mkdtemp(name.data())) throw std::runtime_error("mkdtemp");
+    path_ = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::string TemporaryFolder::write(const std::string& name, const std::string& content) const {
+    const std::filesystem::path path = std::filesystem::path(path_) / name;
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << content;
+    return path.string();
+}
+
+std::vector<std::string> TemporaryFolder::names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(path_))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::string read_file(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+}
+
+std::string model_data(const std::string& name) {
+#ifdef GOLDEN_DIR
+    const std::string tests = GOLDEN_DIR "/..";
+#else
+    const std::string tests = "tests"; // built by hand, run in the root of the source tree
+#endif
+    const std::string text = read_file(tests + "/model/data/" + name);
+    if (text.empty()) throw std::runtime_error("no such data: " + name);
+    return text;
+}
+
+std::string model_data_rerun(const std::string& name,
+                             const std::function<std::string(const std::string&)>& run) {
+    std::istringstream lines(model_data(name));
+    std::string text;
+    for (std::string line; std::getline(lines, line); text += "\n") {
+        const std::size_t arrow = line.find(" =>");
+        text += line.substr(0, arrow);
+        if (line.starts_with("#") || arrow == std::string::npos) continue;
+        std::string output = " " + run(line.substr(0, arrow));
+        std::replace(output.begin(), output.end(), '\n', ' ');
+        output.erase(output.find_last_not_of(' ') + 1);
+        text += " =>" + output;
+    }
+    return text;
+}
+
+} // namespace norvane::test

@@ -1,0 +1,120 @@
+// What the tests of all areas share: a sink that keeps the reports, throws as values, models and
+// expressions from text, and printed forms to compare.
+#ifndef NORVANE_TESTS_SUPPORT_H
+#define NORVANE_TESTS_SUPPORT_H
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "norvane/proj.h"
+
+namespace norvane::test {
+
+struct Report {
+    ErrorType type;
+    std::string name;
+    std::string title;
+    bool operator==(const Report&) const = default;
+};
+
+// Keeps every report that is made during its life, in order; then puts the default sink back.
+class Reports {
+  public:
+    Reports();
+    ~Reports();
+    Reports(const Reports&) = delete;
+    Reports& operator=(const Reports&) = delete;
+
+    const std::vector<Report>& all() const { return reports_; }
+    // One line a report: "NAME: title", warnings as "warning NAME: title".
+    std::string text() const;
+    // The names alone, joined by a blank.
+    std::string names() const;
+    void clear() { reports_.clear(); }
+
+  private:
+    static void receive(ErrorType type, ErrorInfo* error, void* user);
+    std::vector<Report> reports_;
+};
+
+// Runs the body in a frame; the text of what it threw as "kind: message", or "" if it returned.
+std::string thrown(const std::function<void()>& body);
+
+struct ProjectDeleter {
+    void operator()(Project* p) const { proj_delete(p); }
+};
+struct TableDeleter {
+    void operator()(SymbolTable* t) const { symtbl_delete_symbol_table(t); }
+};
+struct ExprDeleter {
+    void operator()(Expr* e) const { expr_delete(e); }
+};
+struct TypeDeleter {
+    void operator()(TypeCon* t) const { tc_delete_typecon(t); }
+};
+struct ListDeleter {
+    void operator()(PolyList* l) const { plist_delete(l); }
+};
+using ProjectPtr = std::unique_ptr<Project, ProjectDeleter>;
+using TablePtr = std::unique_ptr<SymbolTable, TableDeleter>;
+using ExprPtr = std::unique_ptr<Expr, ExprDeleter>;
+using TypePtr = std::unique_ptr<TypeCon, TypeDeleter>;
+using ListPtr = std::unique_ptr<PolyList, ListDeleter>;
+
+// Parses preprocessed source under the file name "model.pm"; null after reports.
+ProjectPtr parse(const std::string& source);
+
+// A model, parsed and checked; the table goes before the project. `table` is null after reports.
+struct Model {
+    ProjectPtr project;
+    TablePtr table;
+};
+Model check(const std::string& source);
+
+// The one rule of "rule TEXT;", parsed and not checked.
+ExprPtr expression(const std::string& text);
+
+// Printed forms.
+std::string print(Expr* expr);
+std::string print(IdCon* idcon);
+std::string print(TypeCon* typecon);
+std::string print(Project* project);
+
+// The flat rules, one a line.
+std::string flat_rules(const Model& model, bool simplify = true);
+
+// Runs the body with a stack of 8 MiB, whatever the process was started with.
+void with_small_stack(const std::function<void()>& body);
+
+// A folder of its own for a test, removed with all that is in it.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    const std::string& path() const { return path_; }
+    // Writes a file and returns its path.
+    std::string write(const std::string& name, const std::string& content) const;
+    // The names in the folder, sorted.
+    std::vector<std::string> names() const;
+
+  private:
+    std::string path_;
+};
+
+std::string read_file(const std::string& path);
+
+// The content of a data file of the model tests, tests/model/data/NAME.
+std::string model_data(const std::string& name);
+
+// A data file of lines "INPUT => OUTPUT" with each OUTPUT made anew by `run`, line feeds in it
+// shown as blanks, to be compared with the file. Empty lines and comments ("#") stay.
+std::string model_data_rerun(const std::string& name,
+                             const std::function<std::string(const std::string& input)>& run);
+
+} // namespace norvane::test
+
+#endif
