@@ -1,0 +1,16 @@
+// Texts of models as UTF-8.
+#ifndef NORVANE_PM_CODEPAGE_H
+#define NORVANE_PM_CODEPAGE_H
+
+#include <string>
+#include <string_view>
+
+namespace norvane::pm {
+
+// Models are in code page 1252, names of files in UTF-8, and messages quote both: what is not UTF-8
+// as it stands is taken for the former. The result is valid UTF-8 for any bytes.
+std::string to_utf8(std::string_view bytes);
+
+} // namespace norvane::pm
+
+#endif

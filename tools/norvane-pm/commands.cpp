@@ -1,0 +1,153 @@
+// The commands that work on a model: the road from its file to what was asked for, step by step.
+//
+// The library reports what is wrong with a model through the diagnostics sink, and throws where it
+// meets what it does not provide for. A throw runs no destructors: so the steps hold plain pointers
+// in a Work, which lives outside of the frame, and nothing else.
+#include "commands.h"
+
+#include <cstdio>
+#include <string_view>
+#include <unordered_set>
+
+#include "norvane/base/items.hpp"
+#include "norvane/proj.h"
+
+#include "diagnostics_sink.h"
+#include "failure.h"
+#include "output.h"
+#include "work.h"
+
+namespace norvane::pm {
+namespace {
+
+bool load(Work& work) {
+    begin_step(work, Step::load);
+    work.project = proj_import_from_pmfile(work.file, work.cpp_args);
+    return work.project != nullptr;
+}
+
+bool check(Work& work) {
+    begin_step(work, Step::check);
+    work.table = proj_static_sem_check(work.project);
+    return work.table != nullptr;
+}
+
+void print(Work& work, Project* project) {
+    begin_step(work, Step::print);
+    ppm_print_project(stdout, project);
+    results_refused();
+}
+
+void simplify(Work& work) {
+    begin_step(work, Step::simplify);
+    work.finite = simplify_project(work.project, work.table);
+    print(work, work.finite);
+}
+
+// Where the rule comes from, as every message about it begins. Rules of one record come in a row
+// once for each instance, but never twice in succession, so nothing is gained by remembering it.
+void print_origin(Project* project, const RuleDecl* origin) {
+    static char position[MESSAGE_BUFFER_SIZE];
+    proj_line_information(project->line_info, origin->linenumber, position);
+    std::fputs(position, stdout);
+}
+
+// A rule as it is written may hold a case, which is printed on several lines.
+void print_on_one_line(Expr* rule, UtilString* text) {
+    ppm_printn_expr_str(rule, text, -1);
+    for (std::size_t i = 0; i < text->length; ++i) {
+        if (text->text[i] == '\n') text->text[i] = ' ';
+    }
+    std::fwrite(text->text, 1, text->length, stdout);
+}
+
+void rules(Work& work) {
+    begin_step(work, Step::expand);
+    if (work.options->with_origin) work.origins = plist_new(nullptr, nullptr, nullptr);
+    work.rules = proj_get_expanded_rules_decls(work.project, work.table, !work.options->as_written,
+                                               work.origins);
+    begin_step(work, Step::print);
+    if (work.options->as_written) work.text = ustr_new();
+    const PolyListNode* origin = work.origins ? work.origins->first : nullptr;
+    for (Expr* rule : items<Expr>(work.rules)) {
+        if (origin) {
+            print_origin(work.project, static_cast<const RuleDecl*>(origin->element));
+            origin = origin->next;
+        }
+        if (work.text)
+            print_on_one_line(rule, work.text);
+        else
+            ppm_print_expr(stdout, rule);
+        putc_unlocked('\n', stdout);
+        if (results_refused()) return;
+    }
+}
+
+// Each file counts once, however often the preprocessor came back to it.
+std::size_t count_files(const Project* project) {
+    std::unordered_set<std::string_view> names;
+    for (const char* name : items<char>(project->line_info->files)) {
+        if (*name != '#') names.insert(name);
+    }
+    return names.size();
+}
+
+void info(const Project* project) {
+    std::size_t is_public = 0;
+    for (const VarDecl* variable : items<VarDecl>(project->vardecllist))
+        is_public += variable->vartype == VARTYPE_PUBLIC;
+    std::printf("%s\n", project->filename);
+    std::printf("  files       %zu\n", count_files(project));
+    std::printf("  constants   %u\n", project->constantdecllist->len);
+    std::printf("  types       %u\n", project->typedecllist->len);
+    std::printf("  variables   %u (%zu public)\n", project->vardecllist->len, is_public);
+    std::printf("  rules       %u\n", project->ruledecllist->len);
+}
+
+bool run_steps(Work& work) {
+    if (!load(work)) return false;
+    if (work.options->command == Command::info) return info(work.project), true;
+    if (work.options->command == Command::print) return print(work, work.project), true;
+    if (!check(work)) return false;
+    if (work.options->command == Command::simplify) simplify(work);
+    if (work.options->command == Command::rules) rules(work);
+    return true;
+}
+
+void run_in_frame(void* user) {
+    auto& work = *static_cast<Work*>(user);
+    work.succeeded = run_steps(work);
+}
+
+void release(Work& work) {
+    ustr_delete(work.text);
+    plist_delete(work.rules);
+    plist_delete(work.origins);
+    if (work.finite) proj_delete(work.finite);
+    if (work.table) symtbl_delete_symbol_table(work.table);
+    if (work.project) proj_delete(work.project);
+    plist_delete(work.cpp_args);
+}
+
+} // namespace
+
+int run_command(const Options& options) {
+    std::string file = options.file;
+    Work work{.options = &options, .file = file.data()};
+    work.cpp_args = plist_new(nullptr, nullptr, nullptr);
+    for (const std::string& argument : options.cpp_args)
+        plist_append(work.cpp_args, const_cast<char*>(argument.c_str()));
+
+    Diagnostics diagnostics(options.format);
+    work.diagnostics = &diagnostics;
+    static ExceptionState thrown;
+    if (except_catch(run_in_frame, &work, &thrown)) {
+        report_failure(work, thrown);
+        return STATUS_INTERNAL_FAILURE;
+    }
+    diagnostics.close(work.succeeded);
+    if (orderly_exit) release(work);
+    return work.succeeded ? STATUS_OK : STATUS_INPUT_AT_FAULT;
+}
+
+} // namespace norvane::pm

@@ -1,0 +1,239 @@
+// Internal failures: what the library threw, and what it was working on.
+//
+// The library says what it stopped on, and not where in the model. So the step is tried again with
+// fewer rules, until one remains that makes the difference. Each attempt works on the same project:
+// checking a project again is allowed, simplifying and expanding leave it as it is, and the table,
+// whose stack of environments a throw leaves as it stood, is taken back to its bottom.
+#include "failure.h"
+
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "norvane/base/items.hpp"
+
+#include "diagnostics_sink.h"
+
+namespace norvane::pm {
+namespace {
+
+// All rules: the global ones, and those of the records in declared types and in variables.
+class RuleCollector {
+  public:
+    explicit RuleCollector(const Project* project) {
+        for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))
+            add_type(type->typecon);
+        for (const VarDecl* variable : items<VarDecl>(project->vardecllist))
+            add_type(variable->typecon);
+        add_rules(project->ruledecllist);
+    }
+    const std::vector<RuleDecl*>& rules() const { return rules_; }
+
+  private:
+    void add_rules(const PolyList* list) {
+        for (RuleDecl* rule : items<RuleDecl>(list))
+            rules_.push_back(rule);
+    }
+
+    // Types nest as deep as their source does, hence no recursion.
+    void add_type(const TypeCon* outermost) {
+        std::vector<const TypeCon*> pending = {outermost};
+        while (!pending.empty()) {
+            const TypeCon* type = pending.back();
+            pending.pop_back();
+            if (type->contype == TC_ARRAY) pending.push_back(type->values.array.element);
+            if (type->contype == TC_OPTIONAL) pending.push_back(type->values.base);
+            if (type->contype != TC_PROD) continue;
+            for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
+                pending.push_back(field->typecon);
+            add_rules(type->values.prod.rules);
+        }
+    }
+
+    std::vector<RuleDecl*> rules_;
+};
+
+void repeat_step(void* user) {
+    auto& work = *static_cast<Work*>(user);
+    switch (work.step) {
+    case Step::check:
+        if (SymbolTable* table = proj_static_sem_check(work.project))
+            symtbl_delete_symbol_table(table);
+        return;
+    case Step::simplify: proj_delete(simplify_project(work.project, work.table)); return;
+    case Step::expand:
+        plist_delete(proj_get_expanded_rules(work.project, work.table, !work.options->as_written));
+        return;
+    case Step::load:
+    case Step::print: return;
+    }
+}
+
+bool step_fails(Work& work) {
+    while (work.table && work.table->local_table->len > 1)
+        symtbl_pop_env(work.table);
+    static ExceptionState ignored;
+    return except_catch(repeat_step, &work, &ignored) != 0;
+}
+
+// While this lives, the parts of the model from `first` on are replaced by one that does no harm.
+template <typename T>
+class Without {
+  public:
+    Without(const std::vector<T**>& places, std::size_t first, T* harmless)
+        : places_(places), first_(first) {
+        for (std::size_t i = first_; i < places_.size(); ++i)
+            parts_.push_back(std::exchange(*places_[i], harmless));
+    }
+    ~Without() {
+        for (std::size_t i = first_; i < places_.size(); ++i)
+            *places_[i] = parts_[i - first_];
+    }
+    Without(const Without&) = delete;
+    Without& operator=(const Without&) = delete;
+
+  private:
+    const std::vector<T**>& places_;
+    std::size_t first_;
+    std::vector<T*> parts_;
+};
+
+// The index of the first part with which the step fails, or nothing if it does not depend on these
+// parts. With the first `n` of them it fails from some n on, which is found by halving.
+template <typename T>
+std::optional<std::size_t> first_that_fails(Work& work, const std::vector<T**>& places,
+                                            T* harmless) {
+    const auto fails_with = [&](std::size_t n) {
+        const Without<T> rest(places, n, harmless);
+        return step_fails(work);
+    };
+    std::size_t good = 0;
+    std::size_t bad = places.size();
+    if (fails_with(good) || !fails_with(bad)) return std::nullopt;
+    while (bad - good > 1) {
+        const std::size_t middle = good + (bad - good) / 2;
+        (fails_with(middle) ? bad : good) = middle;
+    }
+    return good;
+}
+
+// What the step stopped on: null where it is neither.
+struct Culprit {
+    const RuleDecl* rule = nullptr;
+    const VarDecl* variable = nullptr;
+};
+
+// A variable can only be at fault where its type is simplified. In the other steps a model whose
+// variables are of another type would be another model.
+const VarDecl* find_variable(Work& work) {
+    if (work.step != Step::simplify) return nullptr;
+    std::vector<VarDecl*> variables;
+    std::vector<TypeCon**> types;
+    for (VarDecl* variable : items<VarDecl>(work.project->vardecllist)) {
+        variables.push_back(variable);
+        types.push_back(&variable->typecon);
+    }
+    TypeCon* harmless = tc_new_bool_tc(UNDEF_LINENO);
+    const auto found = first_that_fails(work, types, harmless);
+    tc_delete_typecon(harmless);
+    return found ? variables[*found] : nullptr;
+}
+
+Culprit find_culprit(Work& work) {
+    if (work.step == Step::load || work.step == Step::print) return {};
+    const RuleCollector collected(work.project);
+    std::vector<Expr**> rules;
+    for (RuleDecl* rule : collected.rules())
+        rules.push_back(&rule->rule);
+    Culprit culprit;
+    Expr* harmless = expr_new_intconst(OPR_BOOLCONST, 1, UNDEF_LINENO);
+    if (const auto found = first_that_fails(work, rules, harmless)) {
+        culprit.rule = collected.rules()[*found];
+    } else {
+        const Without<Expr> all_rules(rules, 0, harmless);
+        culprit.variable = find_variable(work);
+    }
+    expr_delete(harmless);
+    return culprit;
+}
+
+struct RuleText {
+    Expr* rule;
+    UtilString* text;
+};
+
+void print_rule(void* user) {
+    auto* rule = static_cast<RuleText*>(user);
+    ppm_printn_expr_str(rule->rule, rule->text, 6);
+}
+
+// The rule, cut at some depth; empty if it cannot be printed either.
+std::string rule_text(const RuleDecl& rule) {
+    static ExceptionState ignored;
+    RuleText printed{rule.rule, ustr_new()};
+    const bool threw = except_catch(print_rule, &printed, &ignored) != 0;
+    std::string text = threw ? std::string() : printed.text->text;
+    for (char& c : text)
+        if (c == '\n') c = ' ';
+    ustr_delete(printed.text);
+    return text;
+}
+
+std::string position_of(const Work& work, unsigned linenumber) {
+    static char position[MESSAGE_BUFFER_SIZE];
+    proj_line_information(work.project->line_info, linenumber, position);
+    return position;
+}
+
+// A culprit for a person: "rule" or "variable", where it stands, and its text.
+struct CulpritText {
+    const char* kind;
+    std::string position;
+    std::string text;
+};
+
+CulpritText describe(const Work& work, const Culprit& culprit) {
+    if (const RuleDecl* rule = culprit.rule)
+        return {"rule", position_of(work, rule->linenumber), rule_text(*rule)};
+    if (const VarDecl* variable = culprit.variable)
+        return {"variable", position_of(work, variable->linenumber), variable->name};
+    return {"", "", ""};
+}
+
+std::string text_report(const Work& work, const ExceptionState& thrown,
+                        const std::string& thrown_by, const CulpritText& culprit) {
+    std::string text = "norvane-pm: internal failure: " + std::string(thrown.message) + "\n";
+    text += "  while " + std::string(step_text(work.step)) + " " + work.file + "\n";
+    if (*culprit.kind != '\0') {
+        text +=
+            "  at the " + std::string(culprit.kind) + " " + culprit.position + culprit.text + "\n";
+    }
+    text += "  thrown by " + thrown_by + "\n";
+    return text + "This is a gap in the program. Another way to say the same may pass by it.\n";
+}
+
+std::string json_report(const Work& work, const ExceptionState& thrown,
+                        const std::string& thrown_by, const CulpritText& culprit) {
+    const std::string title = culprit.position + thrown.message;
+    return to_json({"failure", "", title, split_position(title)}, {{"step", step_text(work.step)},
+                                                                   {"kind", culprit.kind},
+                                                                   {"text", culprit.text},
+                                                                   {"thrown_by", thrown_by}});
+}
+
+} // namespace
+
+void report_failure(Work& work, const ExceptionState& thrown) {
+    work.diagnostics->mute();
+    const CulpritText culprit = describe(work, find_culprit(work));
+    const std::string thrown_by =
+        std::string(thrown.file) + " (" + std::to_string(thrown.line) + ")";
+    const bool text = work.diagnostics->format() == Format::text;
+    const std::string report = text ? text_report(work, thrown, thrown_by, culprit)
+                                    : json_report(work, thrown, thrown_by, culprit);
+    std::fwrite(report.data(), 1, report.size(), stderr);
+}
+
+} // namespace norvane::pm

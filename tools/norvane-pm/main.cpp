@@ -1,0 +1,121 @@
+// norvane-pm: product models from the command line. Here: arguments in, exit status out.
+#include <cstdio>
+#include <exception>
+#include <sstream>
+
+#include <CLI/CLI.hpp>
+
+#include "commands.h"
+#include "explain.h"
+#include "options.h"
+#include "output.h"
+
+namespace norvane::pm {
+namespace {
+
+// The preprocessor's defines and undefines count in the order in which they were given, so the
+// values of all three options go into one list as they are met.
+void add_preprocessor_option(CLI::App& command, Options& options, const char* names,
+                             const char* flag, const char* value, const char* help) {
+    command
+        .add_option_function<std::string>(
+            names,
+            [&options, flag](const std::string& text) {
+                if (text.empty()) throw CLI::ValidationError(flag, "needs a value");
+                options.cpp_args.push_back(flag + text);
+            },
+            help)
+        ->type_name(value)
+        ->trigger_on_parse();
+}
+
+CLI::App& add_command(CLI::App& app, Options& options, Command command, const char* name,
+                      const char* help) {
+    CLI::App& sub = *app.add_subcommand(name, help);
+    sub.callback([&options, command] { options.command = command; });
+    return sub;
+}
+
+CLI::App& add_model_command(CLI::App& app, Options& options, Command command, const char* name,
+                            const char* help) {
+    CLI::App& sub = add_command(app, options, command, name, help);
+    sub.add_option("FILE", options.file, "The product model")->required()->type_name("");
+    add_preprocessor_option(sub, options, "-I,--include-dir", "-I", "DIR",
+                            "Search DIR for included files");
+    add_preprocessor_option(sub, options, "-D,--define", "-D", "NAME[=VALUE]", "Define a macro");
+    add_preprocessor_option(sub, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
+    sub.add_option_function<std::string>(
+           "--format",
+           [&options](const std::string& text) {
+               options.format = text == "json" ? Format::json : Format::text;
+           },
+           "How to report what is wrong with the model: text (the default), or json, one object a "
+           "line")
+        ->type_name("FORMAT")
+        ->check(CLI::IsMember({"text", "json"}));
+    return sub;
+}
+
+void describe(CLI::App& app, Options& options) {
+    app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.require_subcommand(1);
+    app.footer(
+        "Results go to standard output, all else to standard error.\n"
+        "Exit status: 0 success, 1 the input is at fault, 2 wrong usage, 3 internal failure.");
+
+    add_model_command(app, options, Command::info, "info",
+                      "Load a model and count what it declares");
+    add_model_command(app, options, Command::check, "check", "Check a model");
+    add_model_command(app, options, Command::print, "print",
+                      "Load a model and print it as one source, includes and macros resolved");
+    add_model_command(app, options, Command::simplify, "simplify",
+                      "Check a model and print its finite form");
+    CLI::App& rules = add_model_command(app, options, Command::rules, "rules",
+                                        "Check a model and print its flat rules, one a line");
+    rules.add_flag("--no-simplify", options.as_written,
+                   "Print the rules as they are written, loops, cases and names included");
+    rules.add_flag("--origin", options.with_origin,
+                   "Print the file and line of the rule in front of each");
+
+    CLI::App& explain = add_command(app, options, Command::explain, "explain",
+                                    "Explain an error that was reported, by its name");
+    auto* name = explain
+                     .add_option("ERR_NAME", options.error_name,
+                                 "The name of the error, as it stands behind a report")
+                     ->type_name("");
+    explain.add_flag("--list", options.list, "List all errors, as without a name")->excludes(name);
+}
+
+int run(int argc, char** argv) {
+    Options options;
+    CLI::App app("Loads, checks, simplifies and prints product models.", "norvane-pm");
+    describe(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        std::ostringstream out;
+        std::ostringstream error;
+        const int code = app.exit(e, out, error);
+        std::fputs(out.str().c_str(), stdout);
+        std::fputs(error.str().c_str(), stderr);
+        return code == 0 ? STATUS_OK : STATUS_WRONG_USAGE;
+    }
+    if (options.command == Command::explain) return explain(options);
+    return run_command(options);
+}
+
+} // namespace
+} // namespace norvane::pm
+
+int main(int argc, char** argv) {
+    using namespace norvane::pm;
+    prepare_output();
+    int status = STATUS_INTERNAL_FAILURE;
+    try {
+        status = run(argc, argv);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "norvane-pm: internal failure: %s\n", e.what());
+    }
+    return leave(status);
+}

@@ -1,0 +1,35 @@
+// What the command line asks for.
+#ifndef NORVANE_PM_OPTIONS_H
+#define NORVANE_PM_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace norvane::pm {
+
+enum class Format { text, json };
+
+enum class Command { info, check, print, simplify, rules, explain };
+
+// The exit status of the program, for scripts to rely on.
+enum Status : int {
+    STATUS_OK = 0,
+    STATUS_INPUT_AT_FAULT = 1, // and reported; a result that cannot be written counts as such
+    STATUS_WRONG_USAGE = 2,
+    STATUS_INTERNAL_FAILURE = 3
+};
+
+struct Options {
+    Command command = Command::explain;
+    std::string file;
+    std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
+    Format format = Format::text;
+    bool as_written = false;
+    bool with_origin = false;
+    std::string error_name;
+    bool list = false;
+};
+
+} // namespace norvane::pm
+
+#endif
