@@ -1,0 +1,129 @@
+#!/usr/bin/env python3
+"""Measures the stages of the model pipeline on generated models, and prints one table.
+
+usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] PROGRAM [--against PROGRAM]
+
+PROGRAM is a built pipeline_bench. Each workload is measured at three sizes, a decade apart (the two
+smaller ones with --quick). Behind the figures of two sizes stands the growth of each stage from one
+to the next: the exponent by which its time follows the work that it does; 1 is linear.
+
+With --against, both programs run in turns, and the table shows how many times as long the other one
+takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster.
+"""
+import argparse
+import json
+import math
+import os
+import statistics
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+SIZES = {
+    'flat': (500, 5000, 50000),
+    'records': (30, 300, 3000),
+    'loops': (5000, 50000, 500000),
+    'values': (500, 5000, 50000),
+    'chain': (10000, 100000, 1000000),
+}
+STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'total')
+# Shorter than that, a stage is no measure of anything.
+LEAST_SECONDS = 0.0005
+
+
+def run(program, model, seconds):
+    done = subprocess.run([program, model, str(seconds)], capture_output=True, text=True, check=False)
+    if done.returncode != 0:
+        sys.exit('%s %s: %s' % (program, model, done.stderr or 'ended with %d' % done.returncode))
+    return json.loads(done.stdout)
+
+
+def generate(folder, workload, size):
+    model = os.path.join(folder, '%s_%d.pm' % (workload, size))
+    subprocess.run([sys.executable, os.path.join(HERE, 'generate.py'), workload, str(size), model], check=True)
+    return model
+
+
+def rate(stage):
+    if stage['seconds'] < LEAST_SECONDS:
+        return '-'
+    amount = stage['units'] / stage['seconds'] / 1e6
+    return '%.4g %s' % (amount, {'byte': 'MB/s', 'node': 'Mn/s'}[stage['unit']])
+
+
+def growth(smaller, larger):
+    work = larger['units'] / max(1, smaller['units'])
+    if work < 3 or smaller['seconds'] < LEAST_SECONDS:
+        return '-'
+    return '%.2f' % (math.log(larger['seconds'] / smaller['seconds']) / math.log(work))
+
+
+def memory_growth(smaller, larger):
+    work = larger['total']['units'] / max(1, smaller['total']['units'])
+    # Below that the program and its libraries are most of it.
+    if work < 3 or smaller['peak_kib'] < 20000:
+        return '-'
+    return '%.2f' % (math.log(larger['peak_kib'] / smaller['peak_kib']) / math.log(work))
+
+
+def row(*cells):
+    print('| %-8s | %8s |' % cells[:2] + ''.join(' %11s |' % cell for cell in cells[2:]), flush=True)
+
+
+def head(*names):
+    row(*names)
+    print('|' + '---|' * len(names))
+
+
+def measure(folder, arguments):
+    head('workload', 'size', *STAGES[:-1], 'total ms', 'peak MiB')
+    for workload, sizes in arguments.workloads.items():
+        before = None
+        for size in sizes:
+            result = run(arguments.program, generate(folder, workload, size), arguments.seconds)
+            if before:
+                row('', 'growth', *(growth(before[s], result[s]) for s in STAGES),
+                    memory_growth(before, result))
+            row(workload, size, *(rate(result[s]) for s in STAGES[:-1]),
+                '%.1f' % (1000 * result['total']['seconds']), '%.1f' % (result['peak_kib'] / 1024))
+            before = result
+
+
+def compare(folder, arguments):
+    head('workload', 'size', *STAGES, 'peak')
+    for workload, sizes in arguments.workloads.items():
+        for size in sizes:
+            model = generate(folder, workload, size)
+            ratios = {name: [] for name in STAGES + ('peak_kib',)}
+            for _ in range(arguments.rounds):
+                ours = run(arguments.program, model, arguments.seconds)
+                theirs = run(arguments.against, model, arguments.seconds)
+                for stage in STAGES:
+                    if ours[stage]['seconds'] >= LEAST_SECONDS:
+                        ratios[stage].append(theirs[stage]['seconds'] / ours[stage]['seconds'])
+                ratios['peak_kib'].append(theirs['peak_kib'] / ours['peak_kib'])
+            row(workload, size, *('%.2f' % statistics.median(r) if len(r) == arguments.rounds else '-'
+                                  for r in ratios.values()))
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__)
+    parser.add_argument('program')
+    parser.add_argument('--against')
+    parser.add_argument('--quick', action='store_true')
+    parser.add_argument('--only', default=','.join(SIZES))
+    parser.add_argument('--seconds', type=float, default=0.5)
+    parser.add_argument('--rounds', type=int, default=5)
+    arguments = parser.parse_args()
+    unknown = set(arguments.only.split(',')) - set(SIZES)
+    if unknown:
+        sys.exit('no such workload: ' + ' '.join(sorted(unknown)))
+    count = 2 if arguments.quick else 3
+    arguments.workloads = {name: SIZES[name][:count] for name in arguments.only.split(',')}
+    with tempfile.TemporaryDirectory(prefix='norvane-bench.') as folder:
+        compare(folder, arguments) if arguments.against else measure(folder, arguments)
+
+
+if __name__ == '__main__':
+    main()
