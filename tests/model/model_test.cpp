@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "norvane/base/items.hpp"
+#include "poly_adaptors.h"
 #include "rows.h"
 #include "support.h"
 
@@ -177,6 +178,16 @@ TEST(Hash, IsByThePrintedTextAndBelowTheSize) {
     EXPECT_GE(*hashes.begin(), 0);
     EXPECT_LT(*hashes.rbegin(), 1000);
     EXPECT_GT(hashes.size(), 100u);
+
+    const auto callback = [](const void* idcon, unsigned size) {
+        return static_cast<unsigned>(
+            expr_hash_idcon(static_cast<IdCon*>(const_cast<void*>(idcon)), static_cast<int>(size)));
+    };
+    PolySet* set = pset_new(16, poly<expr_compare_idcon>, poly<expr_copy_idcon>, callback,
+                            poly<expr_delete_idcon>);
+    pset_insert(set, identifier("a.b").get());
+    EXPECT_EQ(pset_peek(set, identifier("a.b").get(), nullptr), 0) << "serves the containers";
+    pset_delete(set);
 }
 
 TEST(FreeIdentifiers, AreThoseThatNoLoopBinds) {

@@ -103,6 +103,9 @@ TEST(PrintedExpressions, ThatNoSourceHasPrintOrStop) {
     EXPECT_EQ(print(with(OPR_SHR).get()), "(a >> b)");
     EXPECT_EQ(print(with(OPR_UBOUND_EQ).get()), "(a = b)");
     EXPECT_EQ(print(with(OPR_INTCONST).get()), "(ab)");
+    const ExprPtr uneven = expression("case x of 1 then a | 2 then b | default c esac");
+    plist_delete_nth(uneven->args.caseexpr.exprlist_evaluation, 1);
+    EXPECT_EQ(print(uneven.get()), "case x of\n1 then a\n| default c\nesac");
 
     const ExprPtr no_operator = with(OPR_FLOATCONST), beyond = with(OPR_NONE);
     const ExprPtr constant = expression("1");

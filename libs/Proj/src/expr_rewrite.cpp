@@ -78,8 +78,8 @@ void collect_free(const PolyList* list, PolySet* found) {
         collect_free(expr, found);
 }
 
-// The loop variable is taken out behind the walk, so a variable of its name that stands outside of
-// the body goes with it: callers rely on never seeing the name of a loop variable.
+// The loop variable is taken out behind the walk, so a variable of its name that was found before,
+// be it in the bounds or in front of the loop, goes with it: callers rely on this set.
 void collect_free_in_range(const Expr* expr, PolySet* found) {
     collect_free(expr->args.range.rangebegin, found);
     collect_free(expr->args.range.rangeend, found);

@@ -145,7 +145,7 @@ unsigned print_case(Page page, const Expr* expr, int depth) {
         print_expr(page, static_cast<Expr*>(evaluation->element), depth, column);
         condition = condition->next;
         evaluation = evaluation->next;
-        if (condition == nullptr) break;
+        if (condition == nullptr || evaluation == nullptr) break;
         put(page.stream, "\n| ");
         column = 2;
     }

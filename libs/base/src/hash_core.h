@@ -41,10 +41,10 @@ namespace norvane {
 void hash_init(HashCore* core, unsigned hint);
 
 // The hash of a key: the callback's number, mixed so that weak hashes (integers in steps,
-// addresses) spread over the index. The size is the largest prime of 32 bits, so that a callback
-// that takes a remainder loses nothing.
+// addresses) spread over the index. The size is the largest prime that an int holds too, because
+// some callbacks take it as one; a callback that takes a remainder loses next to nothing.
 inline std::uint32_t hash_key(PolyHashFunction function, const void* key) {
-    std::uint32_t hash = function(key, 4294967291u);
+    std::uint32_t hash = function(key, 2147483647u);
     hash = (hash ^ (hash >> 16)) * 0x85EBCA6Bu;
     hash = (hash ^ (hash >> 13)) * 0xC2B2AE35u;
     return hash ^ (hash >> 16);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Not inlined, so that the functions above it stay a call and a test.
+// Not inlined, so that the functions that call it stay a call and a test.
 [[noreturn, gnu::cold, gnu::noinline]] void out_of_memory() {
     except_report_errormsg("Out of memory");
     except_throw(EXCEPT_ASSERTION, __LINE__, __FILE__);

@@ -1,8 +1,10 @@
 /* Printing a model, or any part of it, as PM source.
  *
- * Every binary expression is bracketed, so reading the output back gives the same tree. Texts are
- * written as they are, in code page 1252. Null streams and records are broken invariants, and so is
- * what stops with a quoted text. Write errors on a stream are the caller's to look for (ferror). */
+ * Every binary expression is bracketed, so reading the output back gives the same tree, but for
+ * what the language cannot spell: a negative constant in front of `*` or `/`, a quoted name that is
+ * no label's, a label "integer". Texts are written as they are, in code page 1252. Null streams and
+ * records are broken invariants, and so is what stops with a quoted text. Write errors on a stream
+ * are the caller's to look for (ferror). */
 #ifndef NORVANE_PROJ_PRINTPMFILE_H
 #define NORVANE_PROJ_PRINTPMFILE_H
 
@@ -14,8 +16,8 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Writes the project to a new file: 0, or -1 after reporting ERR_FILE_OPEN if it cannot be opened.
- * */
+/* Writes the project to a file, replacing what is in it: 0, or -1 after reporting ERR_FILE_OPEN if
+ * it cannot be opened. */
 NORVANE_PROJ_API int proj_export_to_pmfile(Project* project, const char* filename);
 
 /* The identifier, in quotes if it is no plain identifier or a reserved word. The first returns the

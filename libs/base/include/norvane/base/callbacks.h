@@ -15,8 +15,8 @@ typedef int (*PolyCompare)(const void* a, const void* b);
 /* Returns a new element that the container owns. */
 typedef void* (*PolyCopy)(void* element);
 
-/* A number below `size`, for the element itself (not its slot). `size` is at least 1. Containers
- * call it once for an element and keep the result. */
+/* A number below `size`, for the element itself (not its slot). `size` is at least 1; that of the
+ * containers fits into an int. They call it once for an element and keep the result. */
 typedef unsigned (*PolyHashFunction)(const void* element, unsigned size);
 
 /* Releases the element. */

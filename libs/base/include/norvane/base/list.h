@@ -26,8 +26,7 @@ typedef struct PolyList {
     PolyDelete delete_element;
 } PolyList;
 
-/* Writes one element to the stream; what it returns, as the printers of the library return a
- * width, is not looked at. */
+/* Writes one element to the stream. */
 typedef void (*PolyPrinter)(FILE* stream, void* element);
 
 /* A new empty list, never null, freed with plist_delete. Any callback may be null: without `copy`

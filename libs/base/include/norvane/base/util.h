@@ -14,7 +14,7 @@ NORVANE_BASE_API const char* util_double_to_str(double value);
 
 /* The name of a file that does not exist, with the given extension (such as ".pm"), in the folder
  * $TMPDIR or else /tmp; unpredictable, and nothing is created. A new string that the caller owns;
- * null if there is no such folder. */
+ * null if there is no such folder, or no randomness. */
 NORVANE_BASE_API char* util_temp_filename(const char* extension);
 
 /* What a file holds, by its extension, in any case; a number each, FILETYPE_UNKNOWN for others. */
