@@ -100,6 +100,18 @@ bool is_static(const Simplification& in, Expr* expr) {
     return ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
 }
 
+Expr* encode_float(const Simplification& in, IdCon* variable, Expr* constant) {
+    if (!in.encode_values) return expr_copy_expr(constant);
+    const double value = ssem_static_evaluate_floatexpr(in.project, in.symboltable, constant);
+    return new_position(float_position(in, variable, value));
+}
+
+Expr* encode_integer(const Simplification& in, IdCon* variable, Expr* constant) {
+    if (!in.encode_values) return expr_copy_expr(constant);
+    const int value = ssem_static_evaluate_intexpr(in.project, in.symboltable, constant);
+    return new_position(integer_position(in, variable, value));
+}
+
 Expr* compare_floats(Simplification& in, Expr* expr) {
     Expr* left = expr->args.binargs.leftarg;
     Expr* right = expr->args.binargs.rightarg;
@@ -111,9 +123,7 @@ Expr* compare_floats(Simplification& in, Expr* expr) {
     NORVANE_ASSERT(left_static || right_static);
     Expr* variable = left_static ? right : left;
     NORVANE_ASSERT(variable->structure == EXPR_IDCONSTRUCTOR);
-    const double value =
-        ssem_static_evaluate_floatexpr(in.project, in.symboltable, left_static ? left : right);
-    Expr* position = new_position(float_position(in, variable->args.idcon, value));
+    Expr* position = encode_float(in, variable->args.idcon, left_static ? left : right);
     return new_comparison(expr, right_static, simplify(in, variable), position);
 }
 
@@ -127,8 +137,7 @@ Expr* compare_integers(Simplification& in, Expr* expr) {
     Expr* constant = variable_is_left ? right : left;
     NORVANE_ASSERT(is_static(in, constant));
     NORVANE_ASSERT(variable->structure == EXPR_IDCONSTRUCTOR);
-    const int value = ssem_static_evaluate_intexpr(in.project, in.symboltable, constant);
-    Expr* position = new_position(integer_position(in, variable->args.idcon, value));
+    Expr* position = encode_integer(in, variable->args.idcon, constant);
     return new_comparison(expr, variable_is_left, simplify(in, variable), position);
 }
 

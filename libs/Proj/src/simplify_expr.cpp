@@ -288,6 +288,6 @@ Expr* simplify_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(expr);
-    norvane::Simplification in{project, symboltable, {}};
+    norvane::Simplification in{project, symboltable, {}, true};
     return norvane::simplify(in, expr);
 }

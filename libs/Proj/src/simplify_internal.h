@@ -16,6 +16,9 @@ struct Simplification {
     // Unary nodes, borrowed, that are known not to be static, the next one to be met first.
     // (simplify_expr.cpp)
     PolyList not_static;
+    // Whether values that are compared become positions: not while a loop is closed, whose turns
+    // have had theirs encoded. (simplify_loop.cpp)
+    bool encode_values;
 };
 
 // simplify_expr, for its parts. (simplify_expr.cpp)

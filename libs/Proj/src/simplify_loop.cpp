@@ -3,7 +3,8 @@
 // can now be folded.
 //
 // That pass is over a tree which is already simplified, and which nobody else holds: it works in
-// place, on the few kinds of nodes that simplification leaves.
+// place, on the few kinds of nodes that simplification leaves. Only comparisons that it finds to be
+// of open types after all are made anew.
 #include <cstdlib>
 
 #include "norvane/base/deep.hpp"
@@ -79,7 +80,27 @@ void close_idcon(const Simplification& in, IdCon* idcon) {
         close_index(in, node);
 }
 
+// order() and literals that spell names leave bare identifiers behind, which have the types of what
+// they name. The chain is simplified like any other tree, so that now they compare by these types:
+// callers rely on a loop that compares two open variables by order() stopping. Null for all other
+// expressions; what is compared with a number has been encoded.
+[[gnu::noinline]] Expr* close_comparison(Simplification& in, Expr* expr) {
+    if (expr->args.binargs.leftarg->structure == EXPR_INT_CONST ||
+        expr->args.binargs.rightarg->structure == EXPR_INT_CONST) {
+        return nullptr;
+    }
+    in.encode_values = false;
+    Expr* result = simplify_comparison(in, expr);
+    in.encode_values = true;
+    return result;
+}
+
 Closed close_binary(Simplification& in, Expr* expr) {
+    if (Expr* comparison = close_comparison(in, expr)) {
+        const bool was_static = ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
+        expr_delete(expr);
+        return {comparison, was_static};
+    }
     const Closed left = close_expr(in, expr->args.binargs.leftarg);
     const Closed right = close_expr(in, expr->args.binargs.rightarg);
     const bool was_static = left.was_static && right.was_static;
@@ -130,15 +151,22 @@ Closed close_conditional(Simplification& in, Expr* expr) {
     return {expr, test.was_static && yes.was_static && no.was_static};
 }
 
-// Simplifies a simplified tree, which it takes over, without encoding anything a second time. What
-// simplification has left of identifiers are variables, which are not looked up again.
+// Constants of floats and strings have kept their names; all other identifiers are variables.
+bool names_constant(const Simplification& in, Expr* expr) {
+    return (expr->type == ETYPE_ENUM_FLOAT || expr->type == ETYPE_STRING) &&
+           ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
+}
+
+// Simplifies a simplified tree, which it takes over, without encoding anything a second time.
 Closed close_expr(Simplification& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return close_expr(in, expr); });
     expr->linenumber = UNDEF_LINENO;
     switch (expr->structure) {
     case EXPR_BINARY: return close_binary(in, expr);
     case EXPR_UNARY: return close_unary(in, expr);
-    case EXPR_IDCONSTRUCTOR: close_idcon(in, expr->args.idcon); return {expr, false};
+    case EXPR_IDCONSTRUCTOR:
+        close_idcon(in, expr->args.idcon);
+        return {expr, names_constant(in, expr)};
     case EXPR_INT_CONST:
         become_int(expr, expr->type == ETYPE_BOOL ? OPR_BOOLCONST : OPR_INTCONST,
                    expr->args.intconst.value);
