@@ -77,11 +77,15 @@ bool is_label(const Evaluation& in, const IdCon* idcon) {
 // The lower bound of a loop is tested twice: callers that collect reports see those of a loop
 // variable that collides inside of it twice. That is all that a second test can show, so without a
 // report from the first it is left out; else loops nested in lower bounds would double the work at
-// each level.
+// each level. Nobody reads more reports of one kind than `most_repeated`: beyond that a model with
+// such loops forty deep would go on reporting for hours.
+constexpr unsigned long long most_repeated = 1000;
+
 [[gnu::noinline]] bool is_static_lower_bound(const Evaluation& in, const Expr* bound) {
     const unsigned long long refused_before = refused_loop_variables;
     const bool result = is_static(in, bound);
-    return refused_loop_variables == refused_before ? result : is_static(in, bound);
+    const unsigned long long refused = refused_loop_variables - refused_before;
+    return refused == 0 || refused > most_repeated ? result : is_static(in, bound);
 }
 
 // The upper bound is not tested: checking has refused one that is not static. A variable that
@@ -224,13 +228,14 @@ int evaluate_int_binary(const Evaluation& in, const Expr* expr) {
     return combine_ints(expr->opr, left, right);
 }
 
-// The position of a label. The kind of the name is the predicate's to look at.
+// The position of a label. The kind of the name is the predicate's to look at: what has no position
+// gives 0, and no stop.
 int evaluate_order(const Evaluation& in, const IdCon* idcon) {
     NameData* namedata;
     NORVANE_ASSERT_TEXT(
         symtbl_lookup(in.symboltable, idcon->args.id.idname, 0, &namedata) == STATUS_SUCCESS,
         "symtbl_lookup( symboltable, idcon->args.id.idname, false, &namedata) == STATUS_SUCCESS");
-    return namedata->label_index;
+    return namedata->ndtype == ND_LABEL ? namedata->label_index : 0;
 }
 
 int evaluate_int_unary(const Evaluation& in, const Expr* expr) {

@@ -1,6 +1,6 @@
 // Checking of identifiers: what a name, an element of an array or a path stands for, and its type.
-// A loop checks its body once for every value of its variable, so a name costs one look-up here and
-// nothing is copied.
+// A loop checks its body once for every value of its variable, so a simple name costs one look-up
+// here and nothing is copied.
 
 #include <cstring>
 

@@ -1,10 +1,13 @@
 // Checking of a whole project: five passes over its declarations, which build the symbol table and
 // end at the first error. Environments of records and optionals come from staticsem_typecon.cpp.
 
+#include <cstdint>
+
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/progress.h"
+#include "norvane/base/set.h"
 #include "norvane/proj/proj_errors.h"
 #include "norvane/proj/staticsem.h"
 #include "report.h"
@@ -132,9 +135,21 @@ int check_types(const CheckContext& check) {
 
 // Variables.
 
-// Whether somebody can see a value of this type: a record shows its public fields only.
-bool holds_public(const CheckContext& check, TypeCon* typecon) {
-    if (stack_is_low()) return on_fresh_stack([&] { return holds_public(check, typecon); });
+int compare_addresses(const void* a, const void* b) {
+    const void* left = *static_cast<const void* const*>(a);
+    const void* right = *static_cast<const void* const*>(b);
+    return (left > right) - (left < right);
+}
+
+unsigned hash_address(const void* element, unsigned size) {
+    return static_cast<unsigned>((reinterpret_cast<std::uintptr_t>(element) >> 4) % size);
+}
+
+// Whether somebody can see a value of this type: a record shows its public fields only. Records
+// that show nothing are kept in `hidden`: types that name each other twice, level upon level, would
+// be walked as often as they have instances.
+bool holds_public(const CheckContext& check, TypeCon* typecon, PolySet* hidden) {
+    if (stack_is_low()) return on_fresh_stack([&] { return holds_public(check, typecon, hidden); });
     Project* project = check.project;
     SymbolTable* symboltable = check.symboltable;
     TypeCon* real_tc = nullptr;
@@ -144,17 +159,25 @@ bool holds_public(const CheckContext& check, TypeCon* typecon) {
                         "&real_tc, typecon->linenumber ) == STATUS_SUCCESS");
     switch (real_tc->contype) {
     case TC_PROD:
+        if (pset_peek(hidden, real_tc, nullptr) == STATUS_SUCCESS) return false;
         for (VarDecl* field : items<VarDecl>(real_tc->values.prod.fields))
-            if (field->vartype == VARTYPE_PUBLIC && holds_public(check, field->typecon))
+            if (field->vartype == VARTYPE_PUBLIC && holds_public(check, field->typecon, hidden))
                 return true;
+        pset_insert(hidden, real_tc);
         return false;
-    case TC_ARRAY: return holds_public(check, real_tc->values.array.element);
-    case TC_OPTIONAL: return holds_public(check, real_tc->values.base);
+    case TC_ARRAY: return holds_public(check, real_tc->values.array.element, hidden);
+    case TC_OPTIONAL: return holds_public(check, real_tc->values.base, hidden);
     default: return true;
     }
 }
 
-int check_variable(const CheckContext& check, VarDecl* variable, bool* has_public) {
+// What is known of the variables so far.
+struct Visibility {
+    bool has_public;
+    PolySet* hidden; // see holds_public
+};
+
+int check_variable(const CheckContext& check, VarDecl* variable, Visibility* seen) {
     if (*variable->name == '\0') {
         report_error(ERR_EMPTY_VAR_NAME(ssem_position(check.project, variable->linenumber)));
         return STATUS_FAILURE;
@@ -163,21 +186,28 @@ int check_variable(const CheckContext& check, VarDecl* variable, bool* has_publi
     const int status = ssem_check_typecon(check, variable->typecon, &environment);
     if (status != STATUS_SUCCESS) return status;
     const bool is_public = variable->vartype == VARTYPE_PUBLIC;
-    *has_public = *has_public || (is_public && holds_public(check, variable->typecon));
+    seen->has_public =
+        seen->has_public || (is_public && holds_public(check, variable->typecon, seen->hidden));
     NameData* namedata = symtbl_new_namedata(ND_VARIABLE, variable->typecon, environment, 0, 0.0,
                                              nullptr, is_public);
     return ssem_declare(check, variable->name, namedata, variable->linenumber);
 }
 
-int check_variables(const CheckContext& check) {
-    bool has_public = false;
+int check_each_variable(const CheckContext& check, Visibility* seen) {
     for (VarDecl* variable : items<VarDecl>(check.project->vardecllist)) {
-        const int status = check_variable(check, variable, &has_public);
+        const int status = check_variable(check, variable, seen);
         if (status != STATUS_SUCCESS) return status;
     }
-    if (has_public) return STATUS_SUCCESS;
+    if (seen->has_public) return STATUS_SUCCESS;
     report_error(ERR_NO_PUBLIC_VARS());
     return STATUS_FAILURE;
+}
+
+int check_variables(const CheckContext& check) {
+    Visibility seen{false, pset_new(16, compare_addresses, nullptr, hash_address, nullptr)};
+    const int status = check_each_variable(check, &seen);
+    pset_delete(seen.hidden);
+    return status;
 }
 
 // Rules.

@@ -2,11 +2,16 @@
 // names get environments here; and when two types are the same.
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/set.h"
 #include "norvane/proj/proj_errors.h"
 #include "norvane/proj/staticsem.h"
 #include "report.h"
@@ -191,26 +196,65 @@ PolyChunk* fields_by_name(const TypeCon* record) {
     return fields;
 }
 
-int compare_fields(const CheckContext& check, const PolyChunk* left, const PolyChunk* right) {
+// Two records that were found to be the same.
+struct SamePair {
+    const TypeCon* left;
+    const TypeCon* right;
+};
+
+int compare_pairs(const void* a, const void* b) {
+    const auto* one = *static_cast<const SamePair* const*>(a);
+    const auto* other = *static_cast<const SamePair* const*>(b);
+    return one->left == other->left && one->right == other->right ? 0 : 1;
+}
+
+void* copy_pair(void* pair) {
+    return new (util_malloc_throw(sizeof(SamePair))) SamePair(*static_cast<SamePair*>(pair));
+}
+
+unsigned hash_pair(const void* element, unsigned size) {
+    const auto* pair = static_cast<const SamePair*>(element);
+    const auto left = reinterpret_cast<std::uintptr_t>(pair->left) >> 4;
+    const auto right = reinterpret_cast<std::uintptr_t>(pair->right) >> 4;
+    return static_cast<unsigned>((left * 31 + right) % size);
+}
+
+// A comparison of two types. It keeps the pairs of records that it has found to be the same: types
+// that name each other twice, level upon level, would be walked as often as they have instances.
+// What is found to be the same holds no open type, so no stop is passed over.
+struct Comparison {
+    const CheckContext& check;
+    PolySet* same; // null while there are none
+};
+
+int compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2);
+
+int compare_fields(Comparison& in, const PolyChunk* left, const PolyChunk* right) {
     for (int i = 0; i < left->count; ++i) {
         const auto* l = static_cast<const VarDecl*>(left->elements[i]);
         const auto* r = static_cast<const VarDecl*>(right->elements[i]);
         if (std::strcmp(l->name, r->name) != 0) return STATUS_FAILURE;
-        const int status = ssem_compare_typecon(check, l->typecon, r->typecon);
+        const int status = compare(in, l->typecon, r->typecon);
         if (status != STATUS_SUCCESS) return status;
     }
     return STATUS_SUCCESS;
 }
 
-int compare_records(const CheckContext& check, const TypeCon* left, const TypeCon* right) {
+int compare_records(Comparison& in, const TypeCon* left, const TypeCon* right) {
+    SamePair pair{left, right};
+    if (in.same != nullptr && pset_peek(in.same, &pair, nullptr) == STATUS_SUCCESS)
+        return STATUS_SUCCESS;
     if (plist_length(left->values.prod.fields) != plist_length(right->values.prod.fields))
         return STATUS_FAILURE;
     PolyChunk* left_fields = fields_by_name(left);
     PolyChunk* right_fields = fields_by_name(right);
-    const int status = compare_fields(check, left_fields, right_fields);
+    const int status = compare_fields(in, left_fields, right_fields);
     pchunk_delete(left_fields);
     pchunk_delete(right_fields);
-    return status;
+    if (status != STATUS_SUCCESS) return status;
+    if (in.same == nullptr) in.same = pset_new(16, compare_pairs, copy_pair, hash_pair, std::free);
+    pset_insert(in.same, &pair);
+    return STATUS_SUCCESS;
 }
 
 // A label belongs to one enumeration, so the first tells them apart.
@@ -232,38 +276,45 @@ bool same_dimension(const CheckContext& check, Expr* left, Expr* right) {
            same_value(check, left, right);
 }
 
-} // namespace
-
-int ssem_compare_typecon(const CheckContext& check, TypeCon* typecon1, TypeCon* typecon2) {
-    if (stack_is_low())
-        return on_fresh_stack([&] { return ssem_compare_typecon(check, typecon1, typecon2); });
+int compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2) {
+    if (stack_is_low()) return on_fresh_stack([&] { return compare(in, typecon1, typecon2); });
+    LineInfo* line_info = in.check.project->line_info;
+    SymbolTable* symboltable = in.check.symboltable;
     TypeCon* left = nullptr;
-    int status = symtbl_lookup_typecon(check.project->line_info, check.symboltable, typecon1, &left,
-                                       typecon1->linenumber);
+    int status =
+        symtbl_lookup_typecon(line_info, symboltable, typecon1, &left, typecon1->linenumber);
     if (status != STATUS_SUCCESS) return status;
     TypeCon* right = nullptr;
-    status = symtbl_lookup_typecon(check.project->line_info, check.symboltable, typecon2, &right,
-                                   typecon2->linenumber);
+    status = symtbl_lookup_typecon(line_info, symboltable, typecon2, &right, typecon2->linenumber);
     if (status != STATUS_SUCCESS) return status;
     if (left->contype != right->contype) return STATUS_FAILURE;
 
     const auto status_of = [](bool same) { return same ? STATUS_SUCCESS : STATUS_FAILURE; };
     switch (left->contype) {
     case TC_BOOL: return STATUS_SUCCESS;
-    case TC_INT: return status_of(same_value(check, left->values.upper, right->values.upper));
+    case TC_INT: return status_of(same_value(in.check, left->values.upper, right->values.upper));
     case TC_SUM: return status_of(same_labels(left, right));
-    case TC_PROD: return compare_records(check, left, right);
+    case TC_PROD: return compare_records(in, left, right);
     case TC_ARRAY:
-        if (!same_dimension(check, left->values.array.size, right->values.array.size))
+        if (!same_dimension(in.check, left->values.array.size, right->values.array.size))
             return STATUS_FAILURE;
-        return ssem_compare_typecon(check, left->values.array.element, right->values.array.element);
-    case TC_OPTIONAL: return ssem_compare_typecon(check, left->values.base, right->values.base);
+        return compare(in, left->values.array.element, right->values.array.element);
+    case TC_OPTIONAL: return compare(in, left->values.base, right->values.base);
     case TC_UBOUND_FLOAT: NORVANE_FAIL("Method should not be called with float typecon");
     case TC_UBOUND_INTEGER: NORVANE_FAIL("Method should not be called with integer typecon");
     case TC_STRING: NORVANE_FAIL("Method should not be called with string typecon");
     case TC_NAMED: NORVANE_FAIL("Encountered unexpected typecon type : %d", left->contype);
     default: NORVANE_FAIL("Encountered invalid typecon type : %d", left->contype);
     }
+}
+
+} // namespace
+
+int ssem_compare_typecon(const CheckContext& check, TypeCon* typecon1, TypeCon* typecon2) {
+    Comparison in{check, nullptr};
+    const int status = compare(in, typecon1, typecon2);
+    pset_delete(in.same);
+    return status;
 }
 
 } // namespace norvane

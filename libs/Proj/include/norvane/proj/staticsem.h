@@ -35,7 +35,8 @@ NORVANE_PROJ_API int ssem_is_static_expr(Project* project, SymbolTable* symbolta
 
 /* The value of a static expression that ssem_check_expr has typed as range or boolean, float, or
  * string. Integers wrap around; both branches of a conditional are evaluated. The text of a string
- * belongs to the node or the table. They stop on anything that is not static. */
+ * belongs to the node or the table. They do not test that it is static: a variable's value stops
+ * them, but order(x) of a variable x gives a number without a meaning. */
 NORVANE_PROJ_API int ssem_static_evaluate_intexpr(Project* project, SymbolTable* symboltable,
                                                   Expr* expr);
 NORVANE_PROJ_API double ssem_static_evaluate_floatexpr(Project* project, SymbolTable* symboltable,
