@@ -18,7 +18,8 @@ A file begins with what the test is about. Then come sections, each behind a lin
   --- leaves           the number of files that stay in the folder for temporary files; 0 where it
                        is absent
 
-The folder of the test appears as $T in the output. With --refresh the expectations are written
+The folder of the test appears as $T in the output, and the line of a source file of the libraries as
+LINE. With --refresh the expectations are written
 anew from what the command does: read the difference before you keep it.
 """
 import argparse
@@ -89,7 +90,8 @@ def run(sections, driver):
         done = subprocess.run(['bash', '-c', command], cwd=work, env=environment, timeout=240,
                               stdin=subprocess.DEVNULL, capture_output=True)
         subprocess.run(['chmod', '-R', 'u+rwX', work], check=False)
-        text = lambda data: data.decode('latin-1').replace(top, '$T')
+        text = lambda data: re.sub(r'(libs/[\w/]+\.\w+) \(\d+\)', r'\1 (LINE)',
+                                   data.decode('latin-1').replace(top, '$T'))
         return {'stdout': text(done.stdout), 'stderr': text(done.stderr),
                 'status': '%d\n' % done.returncode, 'leaves': '%d\n' % len(os.listdir(temporary))}
     finally:

@@ -55,7 +55,8 @@ int leave(int status) {
         }
         if (status == STATUS_OK) status = STATUS_INPUT_AT_FAULT;
     }
-    if (!orderly_exit) std::_Exit(status);
+    // What a throw has left behind is lost, and no fault to look for.
+    if (!orderly_exit || status == STATUS_INTERNAL_FAILURE) std::_Exit(status);
     return status;
 }
 
