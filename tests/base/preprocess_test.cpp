@@ -121,6 +121,10 @@ TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
     EXPECT_EQ(run("-I.pm", {"-DN=$HOME;*"}), 0) << messages;
     EXPECT_EQ(read_file("out.pm"), "#line 1 \"./-I.pm\"\n$HOME;*\n");
     EXPECT_EQ(std::filesystem::status("out.pm").permissions(), std::filesystem::perms(0600));
+    folder.write("@options.pm", "x\n");
+    folder.write("options.pm", "-o stolen.pm");
+    EXPECT_EQ(run("@options.pm", {}, "at.pm"), 0) << messages;
+    EXPECT_EQ(read_file("at.pm"), "#line 1 \"./@options.pm\"\nx\n");
     const std::string odd = "o\"\\\001 \xc3\xa6.pm";
     folder.write(odd, "x\n");
     EXPECT_EQ(run(odd, {}, "odd.pm"), 0) << messages;
@@ -137,8 +141,9 @@ TEST_F(PreprocessTest, OnlyWhatThePreprocessorNeedsOfTheEnvironmentReachesIt) {
     for (const char* variable :
          {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES", "GCC_EXEC_PREFIX"})
         unsetenv(variable);
-    EXPECT_EQ(read_file("out.pm"), "-traditional-cpp|-C|-undef|-nostdinc|-w|-x|c|-DX|m.pm|\n"
-                                   "HOME\nLC_ALL\nPATH\nTMPDIR\n");
+    EXPECT_EQ(read_file("out.pm"),
+              "-traditional-cpp|-C|-undef|-nostdinc|-w|-dumpbase|model|-x|c|-DX|m.pm|\n"
+              "HOME\nLC_ALL\nPATH\nTMPDIR\n");
 }
 
 TEST_F(PreprocessTest, EveryFailureIsToldByTheStatus) {

@@ -31,8 +31,10 @@ constexpr std::size_t output_limit = std::size_t{1} << 30;
 constexpr rlim_t memory_limit = rlim_t{2} << 30;
 constexpr rlim_t seconds_limit = 60;
 
-constexpr const char* cpp_options[] = {
-    "cpp", "-traditional-cpp", "-C", "-undef", "-nostdinc", "-w", "-x", "c"};
+// A base name is given, since it would be that of the model otherwise: the program that does the
+// work gets it as an argument, and would take "@a.pm" for a file of options.
+constexpr const char* cpp_options[] = {"cpp", "-traditional-cpp", "-C",    "-undef", "-nostdinc",
+                                       "-w",  "-dumpbase",        "model", "-x",     "c"};
 
 // The file that is written.
 struct Output {
@@ -101,9 +103,9 @@ bool make_pipe(int (&ends)[2]) {
     return false;
 }
 
-// A name that begins with "-" is no option. To be freed.
+// A name that begins with "-" is no option, and one with "@" no file of options. To be freed.
 char* file_argument(const char* path) {
-    return path[0] == '-' ? str_cat("./", path) : str_copy(path);
+    return path[0] == '-' || path[0] == '@' ? str_cat("./", path) : str_copy(path);
 }
 
 // The argument vector, to be freed; it borrows the texts.
