@@ -22,7 +22,7 @@ PEERS = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'peers')
 
 def of_peers(workload, size, path):
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([sys.executable, os.path.join(PEERS, 'gen_%s.py' % workload), str(size), folder,
+        subprocess.run([sys.executable, '-B', os.path.join(PEERS, 'gen_%s.py' % workload), str(size), folder,
                         '--formats', 'pm'], check=True, stdout=subprocess.DEVNULL)
         with open(os.path.join(folder, workload + '.pm')) as source, open(path, 'w') as target:
             target.write(source.read())
