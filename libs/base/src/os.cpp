@@ -10,18 +10,16 @@
 
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
+#include "os_path.h"
 
-namespace {
-
-// The path with this system's separators, to be freed.
-char* native_path(const char* path) {
+char* norvane::native_path(const char* path) {
     char* native = str_copy(path);
     for (char* c = std::strchr(native, '\\'); c != nullptr; c = std::strchr(c, '\\'))
         *c = '/';
     return native;
 }
 
-} // namespace
+using norvane::native_path;
 
 int os_file_exists(const char* path) {
     NORVANE_ASSERT(path);
@@ -30,6 +28,15 @@ int os_file_exists(const char* path) {
     const int exists = stat(native, &info) == 0;
     std::free(native);
     return exists;
+}
+
+int os_file_is_readonly(const char* path) {
+    NORVANE_ASSERT(path);
+    char* native = native_path(path);
+    struct stat info;
+    const bool exists = stat(native, &info) == 0;
+    std::free(native);
+    return exists && (info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }
 
 void os_delete_file(const char* path) {

@@ -12,7 +12,14 @@
 #include "norvane/base/os.h"
 #include "norvane/base/progress.h"
 #include "norvane/base/set.h"
+#include "norvane/base/settings.h"
 #include "norvane/base/strings.h"
 #include "norvane/base/util.h"
+#include "norvane/base/xml.h"
+
+#ifdef __cplusplus
+#include "norvane/base/packages.hpp"
+#include "norvane/base/text.hpp"
+#endif
 
 #endif

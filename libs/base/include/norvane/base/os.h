@@ -6,8 +6,12 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Non-zero if the file exists. In this and os_delete_file a backslash separates folders too. */
+/* Non-zero if the file exists. In this and the next two a backslash separates folders too. */
 NORVANE_BASE_API int os_file_exists(const char* path);
+
+/* Non-zero if the file exists and nobody may write it, by its mode: so it means the same to a user
+ * who may do everything. */
+NORVANE_BASE_API int os_file_is_readonly(const char* path);
 
 /* Deletes a file; a file that is not there is no failure. */
 NORVANE_BASE_API void os_delete_file(const char* path);

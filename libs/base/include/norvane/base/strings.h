@@ -38,6 +38,13 @@ NORVANE_BASE_API void str_snprintf(char* buffer, size_t size, const char* format
 NORVANE_BASE_API void str_vsnprintf(char* buffer, size_t size, const char* format, va_list args)
     NORVANE_PRINTF(3, 0);
 
+/* The number at the start of a text, behind blanks and a sign; 0 if there is none. What stands
+ * behind it is not looked at, and there is a decimal point whatever the locale. A number that is
+ * too large gives the largest one of its sign, for a double infinity. str_to_double takes "inf",
+ * "nan" and hexadecimal numbers ("0x1p-3") too. */
+NORVANE_BASE_API int str_to_int(const char* text);
+NORVANE_BASE_API double str_to_double(const char* text);
+
 /* A growing string. Callers read `text`, which is always terminated, and may hold zero bytes
  * before its `length`; they write only through the functions. */
 typedef struct UtilString {

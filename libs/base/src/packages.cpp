@@ -1,0 +1,398 @@
+// Packages: ZIP archives through libzip.
+//
+// Whatever stands in an archive comes from somebody else: names that would climb out of a folder
+// are refused, and so are members that are damaged or would inflate without bound.
+
+#include "norvane/base/packages.hpp"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zip.h>
+
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/strings.h"
+#include "os_path.h"
+
+namespace NorvaneCpp {
+
+namespace {
+
+constexpr zip_uint64_t largest_member = zip_uint64_t{1} << 30;
+constexpr zip_uint32_t deflate_level = 6;
+// Noon of the second of January 1980, whenever and wherever a package is made.
+constexpr zip_uint16_t member_date = (1 << 5) | 2;
+constexpr zip_uint16_t member_time = 12 << 11;
+
+bool is_separator(char c) {
+    return c == '/' || c == '\\';
+}
+
+// True for a name that stays inside of the folder that it is put in.
+bool is_safe_name(const char* name) {
+    if (!*name || is_separator(*name) || name[1] == ':') return false;
+    for (const char* step = name; *step;) {
+        const std::size_t length = std::strcspn(step, "/\\");
+        if (length == 2 && step[0] == '.' && step[1] == '.') return false;
+        step += length;
+        if (*step) ++step;
+    }
+    return true;
+}
+
+// What lies in memory that is never null.
+struct Allocated {
+    static void* operator new(std::size_t size) { return util_malloc_throw(size); }
+    static void operator delete(void* memory) { std::free(memory); }
+};
+
+class WrittenMember;
+
+} // namespace
+
+struct Package : Allocated {
+    zip_t* archive = nullptr;
+    bool is_new = false;
+    bool has_failed = false;          // a member is lost
+    WrittenMember* written = nullptr; // the chain of members that are still being written
+    String path;                      // as it was given
+
+    bool has_member(const String& name) const;
+    bool add_member(const String& name, char* data, std::size_t size);
+};
+
+namespace {
+
+// A new member: its text is gathered, and added to the package when it is closed.
+class WrittenMember final : public CFile, public Allocated {
+  public:
+    WrittenMember(Package* package, const String& name)
+        : package_(package), next_(package->written), name_(name), text_(ustr_new()) {
+        package->written = this;
+    }
+    ~WrittenMember() override { WrittenMember::close(); }
+    WrittenMember(const WrittenMember&) = delete;
+    WrittenMember& operator=(const WrittenMember&) = delete;
+
+    std::size_t read(void*, std::size_t, std::size_t) override { return 0; }
+    int printf(const char* format, ...) override NORVANE_PRINTF(2, 3);
+    bool eof() override { return true; }
+    void close() override;
+
+    const String& name() const { return name_; }
+    WrittenMember* next() const { return next_; }
+
+  private:
+    Package* package_; // null once closed
+    WrittenMember* next_;
+    String name_;
+    UtilString* text_; // null once closed
+};
+
+int WrittenMember::printf(const char* format, ...) {
+    if (!package_) return -1;
+    va_list args;
+    va_start(args, format);
+    char* formatted = nullptr;
+    const int size = vasprintf(&formatted, format, args);
+    va_end(args);
+    if (size < 0) return -1;
+    ustr_append_chars(text_, formatted, static_cast<std::size_t>(size));
+    std::free(formatted);
+    return size;
+}
+
+void WrittenMember::close() {
+    if (!package_) return;
+    WrittenMember** link = &package_->written;
+    while (*link != this)
+        link = &(*link)->next_;
+    *link = next_;
+    const std::size_t size = text_->length;
+    char* data = text_->text;
+    text_->text = nullptr; // the package takes it over
+    ustr_delete(text_);
+    text_ = nullptr;
+    if (!package_->add_member(name_, data, size)) package_->has_failed = true;
+    package_ = nullptr;
+}
+
+// A member that is being read.
+class ReadMember final : public CFile, public Allocated {
+  public:
+    explicit ReadMember(zip_file_t* file) : file_(file) {}
+    ~ReadMember() override { ReadMember::close(); }
+    ReadMember(const ReadMember&) = delete;
+    ReadMember& operator=(const ReadMember&) = delete;
+
+    std::size_t read(void* buffer, std::size_t size, std::size_t count) override {
+        if (!file_ || size == 0 || count == 0) return 0;
+        const zip_int64_t got = zip_fread(file_, buffer, size * count);
+        eof_ = got < static_cast<zip_int64_t>(size * count);
+        return got > 0 ? static_cast<std::size_t>(got) / size : 0;
+    }
+    int printf(const char*, ...) override NORVANE_PRINTF(2, 3) { return -1; }
+    bool eof() override { return eof_; }
+    void close() override {
+        if (file_) zip_fclose(file_);
+        file_ = nullptr;
+        eof_ = true;
+    }
+
+  private:
+    zip_file_t* file_; // null once closed
+    bool eof_ = false;
+};
+
+// Reads the member through: damage must show before anybody relies on a part of it.
+bool is_sound(zip_t* archive, zip_uint64_t index) {
+    zip_file_t* file = zip_fopen_index(archive, index, 0);
+    if (!file) return false;
+    constexpr zip_uint64_t buffer_size = 64 << 10;
+    void* buffer = util_malloc_throw(buffer_size);
+    zip_uint64_t size = 0;
+    zip_int64_t got = 0;
+    while (size <= largest_member && (got = zip_fread(file, buffer, buffer_size)) > 0)
+        size += static_cast<zip_uint64_t>(got);
+    std::free(buffer);
+    zip_fclose(file);
+    return got == 0 && size <= largest_member;
+}
+
+// The whole of a regular file, to be freed; null if it cannot be read.
+char* file_content(const char* path, std::size_t* size) {
+    const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return nullptr;
+    struct stat status;
+    char* data = nullptr;
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
+        *size = static_cast<std::size_t>(status.st_size);
+        data = static_cast<char*>(util_malloc_throw(*size));
+    }
+    for (std::size_t done = 0; data && done < *size;) {
+        const ssize_t got = ::read(descriptor, data + done, *size - done);
+        if (got > 0) {
+            done += static_cast<std::size_t>(got);
+        } else if (got == 0 || errno != EINTR) {
+            std::free(data);
+            data = nullptr;
+        }
+    }
+    ::close(descriptor);
+    return data;
+}
+
+bool is_regular_file(const char* path, bool may_be_empty) {
+    struct stat status;
+    return stat(path, &status) == 0 && S_ISREG(status.st_mode) &&
+           (may_be_empty || status.st_size > 0);
+}
+
+// True if a file of this name can be made, or one that is there be replaced.
+bool can_be_written(const char* path) {
+    if (!*path || (access(path, F_OK) == 0 && !is_regular_file(path, true))) return false;
+    const char* slash = std::strrchr(path, '/');
+    const String folder = slash ? String(path, static_cast<std::size_t>(slash - path + 1)) : ".";
+    return access(folder.GetStr(), W_OK | X_OK) == 0;
+}
+
+} // namespace
+
+bool Package::has_member(const String& name) const {
+    for (const WrittenMember* member = written; member; member = member->next())
+        if (str_is_equal(member->name().GetStr(), name.GetStr())) return true;
+    return zip_name_locate(archive, UTF8::ToUnicode(name).GetStr(), 0) >= 0;
+}
+
+// Adds `size` bytes at `data`, which it takes over, as a member.
+bool Package::add_member(const String& name, char* data, std::size_t size) {
+    if (size == 0) { // libzip would not release it
+        std::free(data);
+        data = nullptr;
+    }
+    zip_source_t* source = zip_source_buffer(archive, data, size, 1);
+    if (!source) {
+        std::free(data);
+        return false;
+    }
+    const zip_int64_t added =
+        zip_file_add(archive, UTF8::ToUnicode(name).GetStr(), source, ZIP_FL_ENC_UTF_8);
+    if (added < 0) {
+        zip_source_free(source);
+        return false;
+    }
+    const auto index = static_cast<zip_uint64_t>(added);
+    return zip_set_file_compression(archive, index, ZIP_CM_DEFLATE, deflate_level) == 0 &&
+           zip_file_set_dostime(archive, index, member_time, member_date, 0) == 0;
+}
+
+CFilePtr& CFilePtr::operator=(CFilePtr&& other) noexcept {
+    if (this != &other) {
+        delete file_;
+        file_ = other.file_;
+        other.file_ = nullptr;
+    }
+    return *this;
+}
+
+CFilePtr::~CFilePtr() {
+    delete file_;
+}
+
+CFilePackage::CFilePackage() : package_(new Package) {}
+
+CFilePackage::~CFilePackage() {
+    closeAndSave();
+    delete package_;
+}
+
+bool CFilePackage::createPackage(const String& path, const String&) {
+    closeAndSave();
+    package_->path = path;
+    package_->is_new = true;
+    package_->has_failed = false;
+    char* native = norvane::native_path(path.GetStr());
+    if (can_be_written(native))
+        package_->archive = zip_open(native, ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    str_delete(native);
+    return isOpen();
+}
+
+bool CFilePackage::openPackage(const String& path, const String&) {
+    closeAndSave();
+    package_->path = path;
+    package_->is_new = false;
+    char* native = norvane::native_path(path.GetStr());
+    // An empty file would pass for an archive.
+    if (is_regular_file(native, false)) package_->archive = zip_open(native, ZIP_RDONLY, nullptr);
+    str_delete(native);
+    return isOpen();
+}
+
+bool CFilePackage::isOpen() const {
+    return package_->archive != nullptr;
+}
+
+bool CFilePackage::importFile(const String& path, const String& member) {
+    if (!isOpen() || !package_->is_new || package_->has_member(member)) return false;
+    std::size_t size = 0;
+    char* native = norvane::native_path(path.GetStr());
+    char* data = file_content(native, &size);
+    str_delete(native);
+    return data && package_->add_member(member, data, size);
+}
+
+CFilePtr CFilePackage::open(const String& member, EFileOpenArgs args) {
+    zip_t* archive = package_->archive;
+    if (!archive) return CFilePtr();
+    if (args & FILE_OPEN_WRITE) {
+        if (!package_->is_new || package_->has_member(member)) return CFilePtr();
+        return CFilePtr(new WrittenMember(package_, member));
+    }
+    if (!(args & FILE_OPEN_READ) || !is_safe_name(member.GetStr())) return CFilePtr();
+    const zip_int64_t found = zip_name_locate(archive, UTF8::ToUnicode(member).GetStr(), 0);
+    if (found < 0) return CFilePtr();
+    const auto index = static_cast<zip_uint64_t>(found);
+    if (!is_sound(archive, index)) return CFilePtr();
+    zip_file_t* file = zip_fopen_index(archive, index, 0);
+    return file ? CFilePtr(new ReadMember(file)) : CFilePtr();
+}
+
+String CFilePackage::packageFilename() const {
+    return package_->path;
+}
+
+bool CFilePackage::closeAndSave() {
+    if (!isOpen()) return false;
+    while (package_->written)
+        package_->written->close();
+    zip_t* archive = package_->archive;
+    package_->archive = nullptr;
+    // libzip would delete what is at the path rather than write an archive without members.
+    const bool is_lost =
+        package_->is_new && (package_->has_failed || zip_get_num_entries(archive, 0) == 0);
+    // It writes a new archive beside the path and renames it.
+    if (!is_lost && zip_close(archive) == 0) return true;
+    zip_discard(archive);
+    return false;
+}
+
+std::size_t CFilePackage::memberCount() const {
+    return isOpen() ? static_cast<std::size_t>(zip_get_num_entries(package_->archive, 0)) : 0;
+}
+
+String CFilePackage::memberName(std::size_t index) const {
+    if (index >= memberCount()) return String();
+    return UTF8::ToCodepage(zip_get_name(package_->archive, index, 0), 1252, false);
+}
+
+namespace {
+
+void delete_model(void* model) {
+    static_cast<CMubPackageModel*>(model)->~CMubPackageModel();
+    std::free(model);
+}
+
+// True if the index member has the line "main=MODEL".
+bool index_names(CFilePackage& package, const String& model) {
+    CFilePtr index = package.open("index.mui", FILE_OPEN_READ);
+    if (!index.isOpen()) return false;
+    constexpr std::size_t largest_index = 64 << 10;
+    auto* text = static_cast<char*>(util_malloc_throw(largest_index + 1));
+    text[index->read(text, 1, largest_index)] = '\0';
+    bool found = false;
+    for (char* line = text; line && !found;) {
+        char* end = std::strchr(line, '\n');
+        if (end) *end++ = '\0';
+        found = std::strncmp(line, "main=", 5) == 0 && str_is_equal(line + 5, model.GetStr());
+        line = end;
+    }
+    std::free(text);
+    return found;
+}
+
+bool has_members_of(const CFilePackage& package, const String& model) {
+    String folder;
+    folder.printf("workspace/%s/", model.GetStr());
+    const std::size_t count = package.memberCount();
+    for (std::size_t i = 0; i < count; ++i)
+        if (std::strncmp(package.memberName(i).GetStr(), folder.GetStr(), folder.Size()) == 0)
+            return true;
+    return false;
+}
+
+} // namespace
+
+CMubPackage::CMubPackage() : models_(plist_new(nullptr, nullptr, delete_model)) {}
+
+CMubPackage::~CMubPackage() {
+    plist_delete(models_);
+}
+
+CMubPackageModel* CMubPackage::getModel(const String& model) {
+    if (!index_names(*this, model) && !has_members_of(*this, model)) return nullptr;
+    for (CMubPackageModel* known : norvane::items<CMubPackageModel>(models_))
+        if (str_is_equal(known->name().GetStr(), model.GetStr())) return known;
+    void* memory = util_malloc_throw(sizeof(CMubPackageModel));
+    auto* made = new (memory) CMubPackageModel(*this, model);
+    plist_append(models_, made);
+    return made;
+}
+
+CMubPackageModel::CMubPackageModel(CMubPackage& package, const String& name)
+    : package_(package), name_(name) {}
+
+CFilePtr CMubPackageModel::OpenCalculation() {
+    String member;
+    member.printf("workspace/%s/build/%s.clx", name_.GetStr(), name_.GetStr());
+    return package_.open(member, FILE_OPEN_READ);
+}
+
+} // namespace NorvaneCpp

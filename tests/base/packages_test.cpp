@@ -1,0 +1,241 @@
+// Packages, and what the base library knows about files and tools.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <zip.h>
+
+#include "norvane/base/os.h"
+#include "norvane/base/packages.hpp"
+#include "norvane/base/settings.h"
+#include "support.h"
+
+namespace {
+
+using namespace NorvaneCpp;
+using norvane::test::read_file;
+using norvane::test::TemporaryFolder;
+
+std::string content(CFilePtr file) {
+    if (!file.isOpen()) return "(not open)";
+    std::string text;
+    char buffer[7];
+    for (;;) {
+        const size_t got = file->read(buffer, 1, sizeof buffer);
+        text.append(buffer, got);
+        if (file->eof()) return text;
+        EXPECT_EQ(sizeof buffer, got) << "short only at the end";
+    }
+}
+
+std::string content(CFilePackage& package, const char* member) {
+    return content(package.open(member, FILE_OPEN_READ));
+}
+
+// One line a member: "NAME: content".
+std::string listing(const std::string& path) {
+    CFilePackage package;
+    if (!package.openPackage(path.c_str(), "")) return "(not open)";
+    std::string text;
+    for (size_t i = 0; i < package.memberCount(); ++i) {
+        const String name = package.memberName(i);
+        text += std::string(name.GetStr()) + ": " + content(package, name.GetStr()) + "\n";
+    }
+    return text;
+}
+
+// A package of the model "M" as the maker of packages does it.
+void make(const std::string& path, const TemporaryFolder& sources) {
+    CFilePackage package;
+    ASSERT_TRUE(package.createPackage(path.c_str(), ""));
+    EXPECT_STREQ(path.c_str(), package.packageFilename().GetStr());
+    CFilePtr index = package.open("index.mui", FILE_OPEN_CREATE_WRITE);
+    ASSERT_TRUE(index.isOpen());
+    EXPECT_EQ(7, index->printf("main=%s\n", "M"));
+    index->printf("modeltype=%s\n", "StandardMu");
+    index->close();
+    index->close();
+    EXPECT_EQ(-1, index->printf("late"));
+    EXPECT_TRUE(package.importFile((sources.path() + "\\M.mu").c_str(), "workspace/M/build/M.mu"));
+    EXPECT_TRUE(package.importFile((sources.path() + "/M.clx").c_str(), "workspace/M/build/M.clx"));
+    EXPECT_TRUE(package.importFile((sources.path() + "/M.mu").c_str(), "workspace/M/\xE6/empty"));
+    EXPECT_FALSE(package.importFile((sources.path() + "/M.mu").c_str(), "index.mui")) << "double";
+    EXPECT_FALSE(package.importFile((sources.path() + "/none").c_str(), "none"));
+    EXPECT_FALSE(package.importFile(sources.path().c_str(), "folder"));
+    EXPECT_FALSE(package.importFile("/dev/zero", "device"));
+    EXPECT_FALSE(package.open("index.mui", FILE_OPEN_CREATE_WRITE).isOpen()) << "double";
+    EXPECT_FALSE(package.open("index.mui", FILE_OPEN_READ).isOpen()) << "not while it is made";
+}
+
+TEST(Packages, WhatIsPutInComesOut) {
+    const TemporaryFolder folder;
+    const std::string calculation = std::string(5000, 'x') + std::string("\0\xFF\n", 3);
+    folder.write("M.mu", "");
+    folder.write("M.clx", calculation);
+    std::filesystem::create_directory(folder.path() + "/sub");
+    make(folder.path() + "\\sub\\a.mub", folder);
+    const std::string path = folder.path() + "/sub/a.mub";
+    const std::string list = "index.mui: main=M\nmodeltype=StandardMu\n\n"
+                             "workspace/M/build/M.mu: \nworkspace/M/build/M.clx: " +
+                             calculation + "\nworkspace/M/\xE6/empty: \n";
+    EXPECT_EQ(list, listing(path));
+    if (std::system("command -v unzip >/dev/null") == 0) {
+        EXPECT_EQ(0, std::system(("unzip -tq " + path + " >/dev/null").c_str()));
+    }
+
+    CMubPackage package;
+    ASSERT_TRUE(package.openPackage((folder.path() + "\\sub\\a.mub").c_str(), ""));
+    EXPECT_FALSE(package.importFile((folder.path() + "/M.mu").c_str(), "x")) << "for reading";
+    EXPECT_FALSE(package.open("x", FILE_OPEN_CREATE_WRITE).isOpen());
+    CMubPackageModel* model = package.getModel("M");
+    ASSERT_NE(nullptr, model);
+    EXPECT_EQ(model, package.getModel("M"));
+    EXPECT_EQ(calculation, content(model->OpenCalculation()));
+    EXPECT_EQ(nullptr, package.getModel("m"));
+    EXPECT_EQ(nullptr, package.getModel(""));
+    EXPECT_TRUE(package.closeAndSave());
+    EXPECT_FALSE(package.closeAndSave());
+    EXPECT_EQ(nullptr, package.getModel("M"));
+    EXPECT_FALSE(model->OpenCalculation().isOpen());
+}
+
+TEST(Packages, EqualInputsGiveEqualBytes) {
+    const TemporaryFolder folder;
+    folder.write("M.mu", "mu");
+    folder.write("M.clx", "clx");
+    make(folder.path() + "/a.mub", folder);
+    const std::string first = read_file(folder.path() + "/a.mub");
+    for (const char* zone :
+         {"UTC", "America/Los_Angeles", "Asia/Kathmandu", "XXX-14:30YYY,0,365"}) {
+        setenv("TZ", zone, 1);
+        tzset();
+        make(folder.path() + "/other name.mub", folder);
+        EXPECT_TRUE(first == read_file(folder.path() + "/other name.mub")) << zone;
+    }
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.mub", "precious");
+    const auto attempt = [&](const std::function<void(CFilePackage&)>& body) {
+        CFilePackage package;
+        EXPECT_TRUE(package.createPackage(path.c_str(), ""));
+        body(package);
+        EXPECT_EQ("precious", read_file(path));
+        return package.closeAndSave();
+    };
+    EXPECT_FALSE(attempt([](CFilePackage&) {})) << "a package has members";
+    EXPECT_EQ("precious", read_file(path));
+    EXPECT_FALSE(attempt([&](CFilePackage& package) {
+        package.open("member", FILE_OPEN_CREATE_WRITE)->printf("%01000000d", 1);
+        package.importFile("/proc/self/exe", "program"); // does not fit
+        const rlimit small = {4096, RLIM_INFINITY};
+        signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &small);
+    }));
+    const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &unlimited);
+    EXPECT_EQ("precious", read_file(path));
+    EXPECT_EQ(std::vector<std::string>{"a.mub"}, folder.names()) << "nothing is left beside it";
+
+    CFilePtr open;
+    EXPECT_TRUE(attempt([&](CFilePackage& package) {
+        open = package.open("member", FILE_OPEN_CREATE_WRITE);
+        open->printf("text");
+    })) << "saving closes what is open";
+    EXPECT_EQ(-1, open->printf("late"));
+    EXPECT_EQ("member: text\n", listing(path));
+}
+
+TEST(Packages, CannotBeMadeWhereNoFileCanBe) {
+    const TemporaryFolder folder;
+    CFilePackage package;
+    for (const std::string& path : {std::string(), folder.path(), folder.path() + "/",
+                                    folder.path() + "/none/a.mub", std::string("/dev/full")}) {
+        EXPECT_FALSE(package.createPackage(path.c_str(), "")) << path;
+        EXPECT_FALSE(package.isOpen() || package.importFile("/dev/null", "x"));
+        EXPECT_FALSE(package.open("x", FILE_OPEN_CREATE_WRITE).isOpen());
+        EXPECT_FALSE(package.closeAndSave());
+    }
+}
+
+TEST(Packages, WhatIsNoPackageDoesNotOpen) {
+    const TemporaryFolder folder;
+    mkfifo((folder.path() + "/fifo").c_str(), 0600);
+    folder.write("M.mu", "mu");
+    folder.write("M.clx", std::string(3000, 'x'));
+    make(folder.path() + "/a.mub", folder);
+    const std::string whole = read_file(folder.path() + "/a.mub");
+    folder.write("text", "PK\3\4 and no more");
+    folder.write("empty", "");
+    folder.write("cut", whole.substr(0, whole.size() - 30));
+    for (const char* name : {"text", "empty", "cut", "none", "fifo", "."})
+        EXPECT_EQ("(not open)", listing(folder.path() + "/" + name)) << name;
+
+    // Damage inside: the member is not given at all, the others are.
+    std::string damaged = whole;
+    const size_t member = damaged.find("workspace/M/build/M.clx");
+    damaged[member + std::strlen("workspace/M/build/M.clx") + 2] ^= 1;
+    const std::string list = listing(folder.write("damaged", damaged));
+    EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.mu: mu\n"));
+    EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.clx: (not open)\n"));
+}
+
+// Archives that are not of our making, through libzip itself.
+TEST(Packages, HostileMembersAreNotGiven) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/hostile.mub";
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE, nullptr);
+    const auto add = [&](const char* name) {
+        zip_source_t* source = zip_source_buffer(archive, "text", 4, 0);
+        return static_cast<zip_uint64_t>(zip_file_add(archive, name, source, 0));
+    };
+    for (const char* name : {"/etc/passwd", "\\x", "../x", "a/../x", "a\\..\\x", "..", "C:x",
+                             "..a/b..", "workspace/N/x"})
+        add(name);
+    zip_file_set_encryption(archive, add("secret"), ZIP_EM_AES_256, "password");
+    ASSERT_EQ(0, zip_close(archive));
+    EXPECT_EQ("/etc/passwd: (not open)\n\\x: (not open)\n../x: (not open)\na/../x: (not open)\n"
+              "a\\..\\x: (not open)\n..: (not open)\nC:x: (not open)\n..a/b..: text\n"
+              "workspace/N/x: text\nsecret: (not open)\n",
+              listing(path));
+    CMubPackage package;
+    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
+    CMubPackageModel* model = package.getModel("N");
+    ASSERT_NE(nullptr, model) << "found by its members";
+    EXPECT_STREQ("N", model->name().GetStr());
+    EXPECT_FALSE(model->OpenCalculation().isOpen());
+}
+
+TEST(Files, AFileIsReadOnlyByItsMode) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("sub/file", "");
+    EXPECT_FALSE(os_file_is_readonly(path.c_str()));
+    chmod(path.c_str(), 0444);
+    EXPECT_TRUE(os_file_is_readonly(path.c_str()));
+    EXPECT_TRUE(os_file_is_readonly((folder.path() + "\\sub\\file").c_str()));
+    chmod(path.c_str(), 0464);
+    EXPECT_FALSE(os_file_is_readonly(path.c_str()));
+    EXPECT_FALSE(os_file_is_readonly((folder.path() + "/none").c_str()));
+}
+
+TEST(Settings, ToolsAreBesideTheLibraryUnlessTheHostSaysOtherwise) {
+    const std::string beside = settings_get_full_bin_path("kelcalc");
+    EXPECT_TRUE(beside.starts_with("/") && beside.ends_with("/bin/kelcalc")) << beside;
+    settings_set_bin_folder("/opt/tools");
+    EXPECT_STREQ("/opt/tools/kelcalc", settings_get_full_bin_path("kelcalc"));
+    settings_set_bin_folder(nullptr);
+    EXPECT_EQ(beside, settings_get_full_bin_path("kelcalc"));
+}
+
+} // namespace
