@@ -7,6 +7,7 @@
 #include "norvane/proj/expandrules.h"
 #include "norvane/proj/expr.h"
 #include "norvane/proj/loadpmfile.h"
+#include "norvane/proj/presentation.h"
 #include "norvane/proj/printpmfile.h"
 #include "norvane/proj/proj_errors.h"
 #include "norvane/proj/project.h"
@@ -14,5 +15,8 @@
 #include "norvane/proj/staticsem.h"
 #include "norvane/proj/symboltable.h"
 #include "norvane/proj/typecon.h"
+#include "norvane/proj/varorder.h"
+#include "norvane/proj/xml_export.h"
+#include "norvane/proj/xml_import.h"
 
 #endif

@@ -190,6 +190,68 @@ NORVANE_PROJ_API ErrorInfo* ERR_NO_PUBLIC_VARS(void);
 /* Not raised by the library; for its callers. */
 NORVANE_PROJ_API ErrorInfo* ERR_NO_PUBLIC_VARS_PROD(const char* position);
 
+/* Calculations. */
+
+/* By calc_add_function. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_FNC_REDEF(const char* position, const char* function_name,
+                                               const char* namespace_name);
+/* A warning. `current_line`: the last of the file. By the scanner of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_LEX_COMMENT_NOT_CLOSED(const char* file_name, int current_line,
+                                                            int start_line);
+/* A warning. By the parser of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_GRAM_COLON_DEPRECATED(const char* position);
+/* By the parser of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_GRAM_NS_NAME(const char* position);
+/* By calc_check_functions and calc_check_function. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_NS_NAME_RESERVED(const char* namespace_name);
+/* `message`: what is wrong, in words. By the check of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_FNC(const char* position, const char* namespace_name,
+                                         const char* function_name, const char* message);
+/* Not raised by the library; for its callers. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_VAR_VALUE(const char* position, const char* namespace_name,
+                                               const char* function_name, const char* value,
+                                               const char* variable_name);
+/* A warning. By the check of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_PM_VAR_EXISTS(const char* position, const char* variable_name,
+                                                   const char* namespace_name,
+                                                   const char* function_name);
+/* A warning, for the initial and for the incremental statement. By the check of calculations. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_FOR_INIT(const char* position);
+/* Not raised by the library; for its callers. */
+NORVANE_PROJ_API ErrorInfo* ERR_CALC_FOR_INCR(const char* position);
+
+/* Workspace and packages. */
+
+/* By zeb_project_check. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_NO_MAIN_FILE(void);
+/* By zeb_project_check. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_NO_MU_FILE(void);
+/* By zeb_workspace_new_project and zeb_workspace_copy_project. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_PROJECT_EXISTS(const char* project_name);
+/* By zeb_workspace_get_cmd. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_PROJECT_NOT_FOUND(const char* project_name);
+/* By the building of command lines. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_DEPLOY_CMD(const char* project_name);
+/* By zeb_project_add_target. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_TARGET_EXISTS(const char* target_name);
+/* By the making of packages. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_MUB_READ_ONLY(const char* file_name);
+/* By the making of packages. */
+NORVANE_PROJ_API ErrorInfo* ERR_ZEB_MUB_FAILED_TO_CREATE(const char* file_name);
+/* By calc_import_from_mubpackage. */
+NORVANE_PROJ_API ErrorInfo* ERR_MUB_NO_CLXFILE(const char* package_name, const char* model_name);
+
+/* Side data. */
+
+/* Not raised by the library; for its callers. */
+NORVANE_PROJ_API ErrorInfo* ERR_PRES_WRONG_NAME(const char* layer_name);
+/* `parser_message`: what the reader stopped on. By pres_import. */
+NORVANE_PROJ_API ErrorInfo* ERR_PRES_PARSER(const char* parser_message);
+/* `parser_message`: what the reader stopped on. By var_order_import. */
+NORVANE_PROJ_API ErrorInfo* ERR_VARORDER_PARSER(const char* parser_message);
+/* A warning, for each occurrence but the first. By var_order_import. */
+NORVANE_PROJ_API ErrorInfo* ERR_VARORDER_DUPLICATE_VAR(const char* variable_name);
+
 NORVANE_END_DECLS
 
 #endif

@@ -1,0 +1,273 @@
+// Presentations and variable orders: the tables, their files, whole and valid by their document
+// types, and what is refused.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "norvane/base/items.hpp"
+#include "norvane/proj/presentation.h"
+#include "norvane/proj/varorder.h"
+#include "support.h"
+#include "xml_files.h"
+
+namespace norvane::test {
+namespace {
+
+using NorvaneCpp::String;
+
+struct PresentationDeleter {
+    void operator()(PolyHash* p) const { pres_delete(p); }
+};
+using PresentationPtr = std::unique_ptr<PolyHash, PresentationDeleter>;
+
+struct Entry {
+    const char *layer, *key, *value;
+};
+
+PresentationPtr presentation(std::initializer_list<Entry> entries) {
+    PresentationPtr result(pres_new());
+    for (const Entry& e : entries)
+        pres_add_key_value_utf8(result.get(), e.layer, e.key, e.value);
+    return result;
+}
+
+// All of a presentation, in table order: "layer{key=value key=value} layer{...}".
+std::string text(PolyHash* presentation) {
+    std::string result;
+    const ListPtr layers(pres_get_layers(presentation));
+    for (const char* layer : items<char>(layers.get())) {
+        result += (result.empty() ? "" : " ") + std::string(layer) + "{";
+        PolyHashIter iter;
+        void *key, *value;
+        phash_iter_init(&iter, pres_get_layer(presentation, layer));
+        for (const char* blank = ""; phash_iter_next(&iter, &key, &value); blank = " ")
+            result +=
+                blank + (static_cast<char*>(key) + std::string("=")) + static_cast<char*>(value);
+        result += "}";
+    }
+    return result;
+}
+
+std::string text(const PolyList* order) {
+    std::string result;
+    for (const char* name : items<char>(order))
+        result += (result.empty() ? "" : "|") + std::string(name);
+    return result;
+}
+
+ListPtr order(std::initializer_list<const char*> names) {
+    ListPtr result(var_order_new());
+    for (const char* name : names)
+        var_order_add_variable(result.get(), name);
+    return result;
+}
+
+// A table of documents with everything that their reading tells: the reports, then what was read.
+template <typename Import>
+void expect_outcomes(const char* name, Import import) {
+    const TemporaryFolder folder;
+    const auto outcome = [&](std::string xml) {
+        std::replace(xml.begin(), xml.end(), '^', '\n');
+        const Reports reports;
+        const std::string result = import(folder.write("in.xml", xml).c_str());
+        return reports.text() + result;
+    };
+    EXPECT_EQ(model_data_rerun(name, outcome), model_data(name));
+}
+
+std::string read_presentation(const char* path) {
+    const PresentationPtr read(pres_import(path));
+    return read ? text(read.get()) : "null";
+}
+
+std::string read_order(const char* path) {
+    const ListPtr read(var_order_import(path));
+    return read ? "(" + text(read.get()) + ")" : "null";
+}
+
+TEST(Presentation, LaterValuesWinAndKeepTheirPlace) {
+    const PresentationPtr p = presentation({{"en", "b", "1"}, {"da", "b", "2"}, {"en", "a", "3"}});
+    pres_add_key_value_utf8(p.get(), "en", "b", "4");
+    EXPECT_EQ(text(p.get()), "en{b=4 a=3} da{b=2}");
+
+    const PresentationPtr other =
+        presentation({{"fr", "a", "5"}, {"en", "c", "6"}, {"en", "a", "7"}});
+    pres_merge(p.get(), other.get());
+    EXPECT_EQ(text(p.get()), "en{b=4 a=7 c=6} da{b=2} fr{a=5}");
+    EXPECT_EQ(text(other.get()), "fr{a=5} en{c=6 a=7}");
+
+    const PresentationPtr empty = presentation({});
+    pres_merge(empty.get(), p.get());
+    pres_merge(empty.get(), empty.get());
+    EXPECT_EQ(text(empty.get()), text(p.get()));
+}
+
+TEST(Presentation, ValuesAreKeptInUtf8AndSeenInEither) {
+    const PresentationPtr p = presentation({{"en", "k", "\xC3\xA9 \xE2\x82\xAC \xE6\x97\xA5"}});
+    String value("before");
+    EXPECT_FALSE(pres_get_value(p.get(), value, "en", "none"));
+    EXPECT_FALSE(pres_get_value_utf8(p.get(), value, "none", "k"));
+    EXPECT_STREQ(value.GetStr(), "before");
+    EXPECT_TRUE(pres_get_value(p.get(), value, "en", "k"));
+    EXPECT_STREQ(value.GetStr(), "\xE9 \x80 ?");
+    EXPECT_TRUE(pres_get_value_utf8(p.get(), value, "en", "k"));
+    EXPECT_STREQ(value.GetStr(), "\xC3\xA9 \xE2\x82\xAC \xE6\x97\xA5");
+    pres_add_key_value(p.get(), "en", "\xE9", "\xE9\x80");
+    EXPECT_TRUE(pres_get_value_utf8(p.get(), value, "en", "\xE9"));
+    EXPECT_STREQ(value.GetStr(), "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(pres_get_layer(p.get(), "none"), nullptr);
+}
+
+TEST(Presentation, IsWrittenWholeAndComesBackAsItWas) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/out.xml";
+    const PresentationPtr p =
+        presentation({{"\xE9", "\xE9<", "\xC3\xA9 \xE6\x97\xA5\xF0\x9F\x98\x80"},
+                      {"en", "", " two\nlines\r\n "},
+                      {"en", "none", ""}});
+    ASSERT_EQ(pres_export(p.get(), path.c_str()), 0);
+    const std::string xml = read_file(path);
+    EXPECT_EQ(xml, R"(<?xml version="1.0" encoding="UTF-8"?>
+<?xml-stylesheet type="text/xsl" href="presentation.xsl"?>
+<!DOCTYPE presentation SYSTEM "presentation.dtd">
+<presentation>
+  <layer name="é">
+    <entry>
+      <key>é&lt;</key>
+      <value>é 日😀</value>
+    </entry>
+  </layer>
+  <layer name="en">
+    <entry>
+      <key></key>
+      <value> two
+lines&#13;
+ </value>
+    </entry>
+    <entry>
+      <key>none</key>
+      <value></value>
+    </entry>
+  </layer>
+</presentation>
+)");
+    EXPECT_EQ(validity(path), "");
+    const PresentationPtr back(pres_import(path.c_str()));
+    EXPECT_EQ(text(back.get()), text(p.get()));
+    ASSERT_EQ(pres_export(back.get(), path.c_str()), 0);
+    EXPECT_EQ(read_file(path), xml);
+
+    // A layer that does not exist is an element without entries.
+    XmlDocument* none = xml_new(nullptr, pres_layer_to_xml(p.get(), "none"), nullptr);
+    testing::internal::CaptureStdout();
+    xml_print_indented(none, stdout);
+    EXPECT_EQ(pres_export(presentation({}).get(), "-"), 0);
+    EXPECT_GE(std::puts("still open"), 0);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), R"(<?xml version="1.0" encoding="UTF-8"?>
+<layer name="none"/>
+<?xml version="1.0" encoding="UTF-8"?>
+<?xml-stylesheet type="text/xsl" href="presentation.xsl"?>
+<!DOCTYPE presentation SYSTEM "presentation.dtd">
+<presentation/>
+still open
+)");
+    xml_delete(none);
+}
+
+TEST(Presentation, IsReadByItsFormatAndNoOther) {
+    expect_outcomes("xml/presentations.txt", read_presentation);
+}
+
+TEST(VarOrder, IsWrittenWithItsDoublesAndReadWithoutThem) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/out.xml";
+    const ListPtr names = order({"b", "a", "b", " b", "B", "", "\xE9<", "b"});
+    ASSERT_EQ(var_order_export(names.get(), path.c_str()), 0);
+    EXPECT_EQ(read_file(path), R"(<?xml version="1.0" encoding="UTF-8"?>
+<?xml-stylesheet type="text/xsl" href="varorder.xsl"?>
+<!DOCTYPE var_order SYSTEM "varorder.dtd">
+<var_order>
+  <var>b</var>
+  <var>a</var>
+  <var>b</var>
+  <var> b</var>
+  <var>B</var>
+  <var></var>
+  <var>é&lt;</var>
+  <var>b</var>
+</var_order>
+)");
+    EXPECT_EQ(validity(path), "");
+    const Reports reports;
+    const ListPtr back(var_order_import(path.c_str()));
+    EXPECT_EQ(text(back.get()), "b|a| b|B||\xE9<");
+    EXPECT_EQ(
+        reports.text(),
+        "warning ERR_VARORDER_DUPLICATE_VAR: Duplicate variable 'b' in variable ordering file\n"
+        "warning ERR_VARORDER_DUPLICATE_VAR: Duplicate variable 'b' in variable ordering file\n");
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(var_order_export(order({}).get(), "-"), 0);
+    EXPECT_GE(std::puts("still open"), 0);
+    const std::string output = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(output.ends_with("<var_order/>\nstill open\n")) << output;
+}
+
+TEST(VarOrder, IsReadByItsFormatAndNoOther) {
+    expect_outcomes("xml/var_orders.txt", read_order);
+}
+
+TEST(VarOrder, AFailureOfAnotherKindIsThrownOn) {
+    const TemporaryFolder folder;
+    const std::string path =
+        folder.write("in.xml", "<var_order><var>a</var><var>a</var></var_order>");
+    msg_set_error_sink(
+        [](ErrorType, ErrorInfo* error, void*) {
+            err_delete(error);
+            except_report_errormsg("the sink's own");
+            except_throw(EXCEPT_CHECKER, 7, "sink.cpp");
+        },
+        nullptr);
+    static ExceptionState state;
+    const auto import = [](void* user) { var_order_import(static_cast<const char*>(user)); };
+    EXPECT_EQ(except_catch(import, const_cast<char*>(path.c_str()), &state), 1);
+    msg_set_error_sink(nullptr, nullptr);
+    EXPECT_EQ(state.kind, EXCEPT_CHECKER);
+    EXPECT_STREQ(state.message, "the sink's own");
+    EXPECT_STREQ(state.file, "sink.cpp");
+    EXPECT_EQ(state.line, 7);
+}
+
+TEST(SideData, FilesThatCannotBeOpenedAreReported) {
+    const Reports reports;
+    EXPECT_EQ(pres_export(presentation({}).get(), "/nowhere/p.xml"), -1);
+    EXPECT_EQ(var_order_export(order({}).get(), "/nowhere/v.xml"), -1);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE ERR_FILE_OPEN_WRITE");
+    EXPECT_EQ(pres_import("/nowhere/p.xml"), nullptr);
+    EXPECT_EQ(var_order_import("/nowhere/v.xml"), nullptr);
+    EXPECT_EQ(reports.names(),
+              "ERR_FILE_OPEN_WRITE ERR_FILE_OPEN_WRITE ERR_FILE_OPEN ERR_FILE_OPEN");
+}
+
+TEST(SideData, NullArgumentsAreBrokenInvariants) {
+    const PresentationPtr owner = presentation({});
+    const ListPtr names = order({});
+    PolyHash* p = owner.get();
+    String value;
+    pres_delete(nullptr);
+    var_order_delete(nullptr);
+    const std::pair<const char*, std::function<void()>> rows[] = {
+        {"layer_name", [&] { pres_get_layer(p, nullptr); }},
+        {"key", [&] { pres_get_value(p, value, "", nullptr); }},
+        {"presentation", [&] { pres_add_key_value(nullptr, "", "", ""); }},
+        {"value", [&] { pres_add_key_value(p, "", "", nullptr); }},
+        {"value", [&] { pres_add_key_value_utf8(p, "", "", nullptr); }},
+        {"source", [&] { pres_merge(p, nullptr); }},
+        {"name", [&] { var_order_add_variable(names.get(), nullptr); }},
+    };
+    for (const auto& [parameter, body] : rows)
+        EXPECT_EQ(thrown(body), "1: " + std::string(parameter));
+    EXPECT_EQ(text(p), "");
+}
+
+} // namespace
+} // namespace norvane::test

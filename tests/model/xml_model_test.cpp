@@ -1,0 +1,373 @@
+// Models as XML: what is written, whole and valid by its document type; what is read, with its
+// leniencies, its lines and its refusals; round trips; and files that are hostile by their shape.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "norvane/base/items.hpp"
+#include "norvane/proj/xml_export.h"
+#include "norvane/proj/xml_import.h"
+#include "support.h"
+#include "xml_files.h"
+
+namespace norvane::test {
+namespace {
+
+// The tree with the line of every record, as "KIND@LINE".
+
+std::string at(unsigned line) {
+    return "@" + std::to_string(line);
+}
+
+std::string tree(const Expr* expr);
+
+template <typename T, typename Print>
+std::string tree_list(const PolyList* list, Print print) {
+    std::string text;
+    for (T* item : items<T>(list))
+        text += (text.empty() ? "" : ", ") + print(item);
+    return text;
+}
+
+std::string exprs(const PolyList* list) {
+    return tree_list<Expr>(list, [](const Expr* e) { return tree(e); });
+}
+
+std::string tree(const IdCon* idcon) {
+    const std::string place = at(idcon->linenumber);
+    if (idcon->contype == IDCON_SIMPLE) return idcon->args.id.idname + place;
+    if (idcon->contype == IDCON_ARRAY)
+        return idcon->args.array.idname + place + "[" + exprs(idcon->args.array.exprlist) + "]";
+    return "path" + place + "(" + tree(idcon->args.compositid.hier) + " . " +
+           tree(idcon->args.compositid.nested) + ")";
+}
+
+std::string tree(const Expr* expr) {
+    const auto& args = expr->args;
+    const std::string node = std::to_string(expr->opr) + at(expr->linenumber);
+    switch (expr->structure) {
+    case EXPR_BINARY:
+        return "op" + node + "(" + tree(args.binargs.leftarg) + ", " + tree(args.binargs.rightarg) +
+               ")";
+    case EXPR_UNARY: return "uop" + node + "(" + tree(args.arg) + ")";
+    case EXPR_IDCONSTRUCTOR: return "id" + at(expr->linenumber) + " " + tree(args.idcon);
+    case EXPR_INT_CONST: return "const" + node + " " + std::to_string(args.intconst.value);
+    case EXPR_STRING_CONST: return "string" + at(expr->linenumber) + " '" + args.str + "'";
+    case EXPR_FLOAT_CONST:
+        return "float" + at(expr->linenumber) + " " + util_double_to_str(args.floatconst.value);
+    case EXPR_ITE:
+        return "if" + at(expr->linenumber) + "(" + tree(args.ite.logictest) + ", " +
+               tree(args.ite.trueexpr) + ", " + tree(args.ite.falseexpr) + ")";
+    case EXPR_RANGE:
+        return "range" + node + " " + args.range.lambdavar + "(" + tree(args.range.rangebegin) +
+               ", " + tree(args.range.rangeend) + ", " + tree(args.range.lambdaexpr) + ")";
+    case EXPR_CASE:
+        return "case" + at(expr->linenumber) + " " + tree(args.caseexpr.casevar) + " of " +
+               exprs(args.caseexpr.exprlist_condition) + " then " +
+               exprs(args.caseexpr.exprlist_evaluation) + " default " +
+               tree(args.caseexpr.default_expr);
+    }
+    return "?";
+}
+
+std::string tree(const VarDecl* vardecl);
+
+std::string tree(const RuleDecl* rule) {
+    return "rule" + at(rule->linenumber) + ": " + tree(rule->rule);
+}
+
+std::string tree(TypeCon* type) {
+    const std::string node = tc_type_to_string(type) + at(type->linenumber);
+    const auto& values = type->values;
+    switch (type->contype) {
+    case TC_INT: return node + " " + tree(values.upper);
+    case TC_PROD:
+        return node + "{" +
+               tree_list<VarDecl>(values.prod.fields, [](const VarDecl* v) { return tree(v); }) +
+               " | " +
+               tree_list<RuleDecl>(values.prod.rules, [](const RuleDecl* r) { return tree(r); }) +
+               "}";
+    case TC_SUM:
+        return node + "[" +
+               tree_list<char>(values.labels, [](const char* l) { return std::string(l); }) + "]";
+    case TC_ARRAY:
+        return node + " " + tree(values.array.size) + " of " + tree(values.array.element);
+    case TC_NAMED: return node + " " + values.name;
+    case TC_OPTIONAL: return node + " " + tree(values.base);
+    default: return node;
+    }
+}
+
+std::string tree(const VarDecl* vardecl) {
+    return std::string(vardecl->vartype == VARTYPE_PRIVATE ? "private " : "") + vardecl->name +
+           at(vardecl->linenumber) + ": " + tree(vardecl->typecon);
+}
+
+std::string tree(const Project* project) {
+    std::string text;
+    for (const auto* c : items<ConstantDecl>(project->constantdecllist))
+        text += "constant " + (c->name + at(c->linenumber)) + ": " + tree(c->value) + "; ";
+    for (const auto* t : items<TypeDecl>(project->typedecllist))
+        text += "type " + (t->name + at(t->linenumber)) + ": " + tree(t->typecon) + "; ";
+    for (const auto* v : items<VarDecl>(project->vardecllist))
+        text += tree(v) + "; ";
+    for (const auto* r : items<RuleDecl>(project->ruledecllist))
+        text += tree(r) + "; ";
+    return text;
+}
+
+// A folder with one file, written and read.
+class XmlFile {
+  public:
+    std::string path() const { return folder_.path() + "/model.xml"; }
+    std::string written(Project* project) const {
+        EXPECT_EQ(proj_export_to_xmlfile(project, path().c_str()), 0);
+        return read_file(path());
+    }
+    ProjectPtr read() const { return ProjectPtr(proj_import_from_xmlfile(path().c_str())); }
+    void put(const std::string& xml) const { folder_.write("model.xml", xml); }
+
+  private:
+    TemporaryFolder folder_;
+};
+
+// Everything that the reading of a document tells: the reports, then the tree, if there is one.
+std::string outcome(const XmlFile& file, std::string xml) {
+    std::replace(xml.begin(), xml.end(), '^', '\n');
+    file.put(xml);
+    const Reports reports;
+    const ProjectPtr project = file.read();
+    std::string text = reports.text() + (project ? tree(project.get()) : "");
+    const std::size_t name = text.find(file.path());
+    return name == std::string::npos ? text : text.replace(name, file.path().size(), "FILE");
+}
+
+void expect_outcomes(const std::string& name) {
+    const XmlFile file;
+    EXPECT_EQ(model_data_rerun(name, [&](const std::string& xml) { return outcome(file, xml); }),
+              model_data(name));
+}
+
+TEST(ModelXml, EveryConstructIsWrittenAsItStandsInTheFormat) {
+    const XmlFile file;
+    const ProjectPtr project = parse(model_data("xml/every_construct.pm"));
+    EXPECT_EQ(joined(file.written(project.get())), model_data("xml/every_construct.xml"));
+    EXPECT_EQ(validity(file.path()), "");
+}
+
+TEST(ModelXml, WhatIsReadIsTheTreeWithTheLinesOfTheElements) {
+    expect_outcomes("xml/reads.txt");
+}
+
+TEST(ModelXml, WhatIsRefusedIsReportedOnceAndLeavesNothing) {
+    expect_outcomes("xml/refusals.txt");
+}
+
+TEST(ModelXml, TheProjectHasTheNameOfItsFile) {
+    const XmlFile file;
+    file.put("<model/>");
+    const ProjectPtr project = file.read();
+    ASSERT_TRUE(project);
+    EXPECT_EQ(project->name, file.path());
+    EXPECT_EQ(project->filename, file.path());
+    EXPECT_EQ(project->description, nullptr);
+    char position[MESSAGE_BUFFER_SIZE];
+    proj_line_information(project->line_info, 7, position);
+    EXPECT_EQ(position, file.path() + " (7): ");
+    EXPECT_EQ(joined(file.written(project.get())),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE model SYSTEM \"product_model.dtd\">\n<model/>\n");
+}
+
+TEST(ModelXml, FilesThatCannotBeReadAreReported) {
+    const TemporaryFolder folder;
+    const std::string missing = folder.path() + "/none.xml";
+    const Reports reports;
+    EXPECT_EQ(proj_import_from_xmlfile(missing.c_str()), nullptr);
+    EXPECT_EQ(proj_import_from_xmlfile(folder.path().c_str()), nullptr);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_FILE_OPEN");
+}
+
+// What is written reads back as what writes the same, and prints as source that does so too.
+TEST(ModelXml, RoundTripsReachAFixpoint) {
+    const XmlFile file;
+    for (const std::string& source :
+         {model_data("xml/every_construct.pm"), std::string("rule true;"),
+          std::string(
+              "variable x : [a]; rule ((a and (b and c)) or d) or (e -> (f and (g or h)));"),
+          std::string(
+              "rule forall i in [0..2] : (1 - (2 - (i - x[i][2].y)) * (3 * 4) < -(-5));")}) {
+        const ProjectPtr project = parse(source);
+        const std::string xml = file.written(project.get());
+        EXPECT_EQ(validity(file.path()), "");
+        const ProjectPtr back = file.read();
+        EXPECT_EQ(file.written(back.get()), xml);
+        const ProjectPtr from_source = parse(print(back.get()));
+        EXPECT_EQ(file.written(from_source.get()), xml);
+    }
+}
+
+TEST(ModelXml, FloatsAndTextsSurviveExactly) {
+    const XmlFile file;
+    const ProjectPtr project = parse("variable x : boolean;");
+    const double numbers[] = {0.1, 1.0, -2.25, 1e300, 5e-324, 123456789.123456789, HUGE_VAL, -0.0};
+    for (const double number : numbers)
+        proj_add_ruledecl(project.get(),
+                          decl_new_ruledecl(expr_new_floatconst(number, 1), nullptr, 1));
+    std::string text = " \t\n\r\n <&>\"'";
+    for (int c = 0x7F; c < 0x100; ++c)
+        text += static_cast<char>(c);
+    Expr* constant = expr_new_stringconst(text.c_str(), 1);
+    proj_add_constantdecl(project.get(),
+                          decl_new_constantdecl(str_copy(text.c_str()), constant, 1));
+    file.written(project.get());
+    const ProjectPtr back = file.read();
+    const auto* name = static_cast<ConstantDecl*>(plist_hd(back->constantdecllist));
+    EXPECT_EQ(name->name, text);
+    EXPECT_EQ(name->value->args.str, text);
+    const double* number = numbers;
+    for (const RuleDecl* rule : items<RuleDecl>(back->ruledecllist)) {
+        EXPECT_EQ(rule->rule->args.floatconst.value, *number);
+        EXPECT_EQ(std::signbit(rule->rule->args.floatconst.value), std::signbit(*number++));
+    }
+}
+
+TEST(ModelXml, WhatTheFormatCannotHoldStopsTheWriterBeforeTheFileIsTouched) {
+    const XmlFile file;
+    constexpr int same = -1;
+    const struct {
+        const char* source;
+        int structure, opr, id_kind, head_kind;
+        const char* message;
+    } rows[] = {
+        {"a / b", same, same, same, same, "Invalid binary operator"},
+        {"a + b", same, OPR_SHL, same, same, "Invalid binary operator"},
+        {"a + b", same, OPR_SHR, same, same, "Invalid binary operator"},
+        {"a = b", same, OPR_UBOUND_EQ, same, same, "Invalid binary operator"},
+        {"a = b", same, OPR_NOT, same, same, "Invalid binary operator"},
+        {"not a", same, OPR_PLUS, same, same, "Invalid binary operator"},
+        {"5", same, OPR_FLOATCONST, same, same, "Invalid constant expression"},
+        {"sum i in [0..1] : (i)", same, OPR_AND, same, same, "Invalid range expression"},
+        {"5", 42, same, same, same, "Invalid expression"},
+        {"a", same, same, 42, same, "Invalid id constructor"},
+        {"a.b", same, same, same, IDCON_COMPOSIT, "Invalid id constructor in record"},
+    };
+    for (const auto& row : rows) {
+        const ProjectPtr project = parse("rule not (" + std::string(row.source) + ");");
+        Expr* expr = static_cast<RuleDecl*>(plist_hd(project->ruledecllist))->rule->args.arg;
+        Expr before = *expr;
+        IdCon other_id{};
+        const auto change = [](unsigned char& tag, int value) {
+            if (value != same) tag = static_cast<unsigned char>(value);
+        };
+        change(expr->structure, row.structure);
+        change(expr->opr, row.opr);
+        if (expr->structure == EXPR_IDCONSTRUCTOR) {
+            other_id = *expr->args.idcon;
+            expr->args.idcon = &other_id;
+            change(other_id.contype, row.id_kind);
+            if (row.head_kind != same) other_id.args.compositid.hier = &other_id;
+        }
+        file.put("<untouched/>");
+        EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), file.path().c_str()); }),
+                  "1: " + std::string(row.message));
+        EXPECT_EQ(read_file(file.path()), "<untouched/>");
+        *expr = before;
+    }
+    const ProjectPtr project = parse("variable x : optional boolean;");
+    auto* variable = static_cast<VarDecl*>(plist_hd(project->vardecllist));
+    variable->typecon->values.base->contype = 10;
+    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), file.path().c_str()); }),
+              "1: Invalid type constructor type '10'");
+    variable->typecon->values.base->contype = TC_BOOL;
+    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(nullptr, "x"); }), "1: project");
+    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), nullptr); }), "1: filename");
+    EXPECT_EQ(thrown([&] { proj_import_from_xmlfile(nullptr); }), "1: filename");
+
+    const Reports reports;
+    EXPECT_EQ(proj_export_to_xmlfile(project.get(), "/nowhere/at.xml"), -1);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE");
+}
+
+std::size_t count(const std::string& text, const std::string& part) {
+    std::size_t found = 0;
+    for (std::size_t i = text.find(part); i != std::string::npos; i = text.find(part, i + 1))
+        ++found;
+    return found;
+}
+
+std::string repeated(std::size_t times, const std::string& text) {
+    std::string result;
+    result.reserve(times * text.size());
+    while (times-- > 0)
+        result += text;
+    return result;
+}
+
+TEST(ModelXml, AConjunctionOfAMillionTermsIsOneElementOutAndAChainIn) {
+    constexpr unsigned terms = 1'000'000;
+    const auto leaf = [] { return expr_new_intconst(OPR_BOOLCONST, 1, 1); };
+    Expr* to_the_left = leaf();
+    Expr* to_the_right = leaf();
+    for (unsigned i = 1; i < terms / 2; ++i) {
+        to_the_left = expr_new_binary(OPR_AND, to_the_left, leaf(), 1);
+        to_the_right = expr_new_binary(OPR_AND, leaf(), to_the_right, 1);
+    }
+    ProjectPtr project = parse("");
+    proj_add_ruledecl(
+        project.get(),
+        decl_new_ruledecl(expr_new_binary(OPR_AND, to_the_left, to_the_right, 1), nullptr, 1));
+    with_small_stack([&] {
+        const XmlFile file;
+        const std::string xml = file.written(project.get());
+        project.reset();
+        EXPECT_EQ(count(xml, "<op "), 1u);
+        EXPECT_EQ(count(xml, "<true/>"), terms);
+        project = file.read();
+        unsigned depth = 0;
+        const Expr* expr = static_cast<RuleDecl*>(plist_hd(project->ruledecllist))->rule;
+        for (; expr->structure == EXPR_BINARY; expr = expr->args.binargs.leftarg)
+            ++depth;
+        EXPECT_EQ(depth, terms - 1);
+        project.reset();
+    });
+}
+
+TEST(ModelXml, AMillionNestedElementsAreReadWrittenAndRefused) {
+    const struct {
+        unsigned levels;
+        const char *head, *begin, *core, *end, *tail;
+    } shapes[] = {
+        {500'000, "<ruledecl>", "<expr><uop opr='not'>", "<expr><true/></expr>", "</uop></expr>",
+         "</ruledecl>"},
+        {50'000, "<ruledecl>", "<expr><op opr='imp'><expr><true/></expr>", "<expr><true/></expr>",
+         "</op></expr>", "</ruledecl>"},
+        {50'000, "<ruledecl><expr>", "<idcon name='a'>", "", "</idcon>", "</expr></ruledecl>"},
+        {50'000, "<ruledecl><expr>", "<idcon name='a'><indexlist><expr>", "<true/>",
+         "</expr></indexlist></idcon>", "</expr></ruledecl>"},
+        {50'000, "<typedecl name='t'>", "<type><optional>", "<type><bool/></type>",
+         "</optional></type>", "</typedecl>"},
+        {50'000, "<typedecl name='t'>", "<type><record><vardecl is_private='' name='v'>",
+         "<type><bool/></type>", "</vardecl></record></type>", "</typedecl>"},
+    };
+    for (const auto& s : shapes) {
+        const std::string begin = "<model>" + (s.head + repeated(s.levels, s.begin));
+        const std::string end = repeated(s.levels, s.end) + s.tail + "</model>";
+        with_small_stack([&] {
+            const XmlFile file;
+            file.put(begin + s.core + end);
+            ProjectPtr project = file.read();
+            ASSERT_TRUE(project) << s.begin;
+            EXPECT_EQ(proj_export_to_xmlfile(project.get(), "/dev/null"), 0);
+            project.reset();
+            const Reports reports;
+            file.put(begin + "<idcon/>" + end);
+            EXPECT_EQ(file.read(), nullptr) << s.begin;
+            EXPECT_EQ(reports.names(), "ERR_XML_PARSER") << s.begin;
+        });
+    }
+}
+
+} // namespace
+} // namespace norvane::test
