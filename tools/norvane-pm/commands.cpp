@@ -20,9 +20,14 @@
 namespace norvane::pm {
 namespace {
 
+bool is_xml(const char* file) {
+    return util_get_filetype(file) == FILETYPE_XML;
+}
+
 bool load(Work& work) {
     begin_step(work, Step::load);
-    work.project = proj_import_from_pmfile(work.file, work.cpp_args);
+    work.project = is_xml(work.file) ? proj_import_from_xmlfile(work.file)
+                                     : proj_import_from_pmfile(work.file, work.cpp_args);
     return work.project != nullptr;
 }
 
@@ -83,13 +88,14 @@ void rules(Work& work) {
     }
 }
 
-// Each file counts once, however often the preprocessor came back to it.
+// Each file counts once, however often the preprocessor came back to it. A model in XML is one
+// file, and lists none.
 std::size_t count_files(const Project* project) {
     std::unordered_set<std::string_view> names;
     for (const char* name : items<char>(project->line_info->files)) {
         if (*name != '#') names.insert(name);
     }
-    return names.size();
+    return names.empty() ? 1 : names.size();
 }
 
 void info(const Project* project) {
@@ -133,6 +139,11 @@ void release(Work& work) {
 
 int run_command(const Options& options) {
     std::string file = options.file;
+    if (is_xml(file.c_str()) && !options.cpp_args.empty()) {
+        std::fprintf(stderr, "norvane-pm: -I, -D and -U have no meaning for a model in XML: %s\n",
+                     file.c_str());
+        return STATUS_WRONG_USAGE;
+    }
     Work work{.options = &options, .file = file.data()};
     work.cpp_args = plist_new(nullptr, nullptr, nullptr);
     for (const std::string& argument : options.cpp_args)
