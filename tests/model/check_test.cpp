@@ -21,7 +21,7 @@ struct Row {
 // The rows "SOURCE => EXPECTED" of a data file, whose other lines are comments and headings.
 std::vector<Row> rows(const std::string& name) {
     std::vector<Row> result;
-    std::istringstream lines(model_data(name));
+    std::istringstream lines(test_data("model/data/" + std::string(name)));
     for (std::string line; std::getline(lines, line);) {
         const std::size_t arrow = line.find(" => ");
         if (line.starts_with("#") || arrow == std::string::npos) continue;
@@ -134,7 +134,7 @@ std::string outcome(const Model& model, const std::string& text) {
 }
 
 TEST(CheckExpression, rows) {
-    const std::string data = model_data("check/expressions.txt");
+    const std::string data = test_data("model/data/check/expressions.txt");
     const std::size_t first = data.find("\n\n");
     const std::string declarations = data.substr(first, data.find("\n--") - first);
     for (const Row& row : rows("check/expressions.txt")) {

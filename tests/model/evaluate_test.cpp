@@ -35,8 +35,8 @@ TEST(Evaluate, GivesConstantsTheirValues) {
                                   "; variable v : boolean;");
         return model.table ? value_of(model, "c") : reports.text();
     };
-    EXPECT_EQ(model_data_rerun("evaluate/constants.txt", run),
-              model_data("evaluate/constants.txt"));
+    EXPECT_EQ(test_data_rerun("model/data/evaluate/constants.txt", run),
+              test_data("model/data/evaluate/constants.txt"));
 }
 
 class EvaluateInModel : public testing::Test {
@@ -62,7 +62,8 @@ TEST_F(EvaluateInModel, TellsWhatIsStatic) {
         const std::string result = std::to_string(is_static(expr.get()));
         return result + " " + reports.text();
     };
-    EXPECT_EQ(model_data_rerun("evaluate/static.txt", run), model_data("evaluate/static.txt"));
+    EXPECT_EQ(test_data_rerun("model/data/evaluate/static.txt", run),
+              test_data("model/data/evaluate/static.txt"));
 }
 
 TEST_F(EvaluateInModel, TestsLoopsNestedInLowerBoundsInLinearTime) {

@@ -54,7 +54,7 @@ std::string without_blank_end(std::string text) {
 }
 
 void expect_outcomes(const std::string& name) {
-    for (const Case& c : cases_of(model_data(name)))
+    for (const Case& c : cases_of(test_data("model/data/" + std::string(name))))
         EXPECT_EQ(without_blank_end(outcome(c.source)), without_blank_end(c.expected))
             << name << ":" << c.line << ": " << c.source;
 }

@@ -68,7 +68,7 @@ std::string printed(const ErrorInfo* error) {
 
 std::map<std::string, std::string> expected_entries() {
     std::map<std::string, std::string> entries;
-    std::istringstream lines(model_data("proj_errors.txt"));
+    std::istringstream lines(test_data("model/data/proj_errors.txt"));
     std::string name;
     for (std::string line; std::getline(lines, line);) {
         if (line.empty() || line[0] == '#') continue;

@@ -72,7 +72,8 @@ void expect_outcomes(const char* name, Import import) {
         const std::string result = import(folder.write("in.xml", xml).c_str());
         return reports.text() + result;
     };
-    EXPECT_EQ(model_data_rerun(name, outcome), model_data(name));
+    EXPECT_EQ(test_data_rerun("model/data/" + std::string(name), outcome),
+              test_data("model/data/" + std::string(name)));
 }
 
 std::string read_presentation(const char* path) {

@@ -33,14 +33,16 @@ std::string rules_or_failure(const std::string& source, bool simplify) {
 
 TEST(Simplify, RulesAreThoseOfTheTable) {
     const std::string name = "simplify/rules.txt";
-    EXPECT_EQ(model_data(name), model_data_rerun(name, [](const std::string& source) {
+    EXPECT_EQ(test_data("model/data/" + std::string(name)),
+              test_data_rerun("model/data/" + std::string(name), [](const std::string& source) {
                   return rules_or_failure(source, true);
               }));
 }
 
 TEST(ExpandRules, InstancesAreThoseOfTheTable) {
     const std::string name = "simplify/expansion.txt";
-    EXPECT_EQ(model_data(name), model_data_rerun(name, [](const std::string& source) {
+    EXPECT_EQ(test_data("model/data/" + std::string(name)),
+              test_data_rerun("model/data/" + std::string(name), [](const std::string& source) {
                   const std::string plain = rules_or_failure(source, false);
                   const std::string simplified = rules_or_failure(source, true);
                   return plain == simplified ? plain : plain + " ~ " + simplified;
@@ -92,7 +94,8 @@ std::string project_or_failure(const std::string& source) {
 
 TEST(SimplifyProject, ProjectsAreThoseOfTheTable) {
     const std::string name = "simplify/types.txt";
-    EXPECT_EQ(model_data(name), model_data_rerun(name, project_or_failure));
+    EXPECT_EQ(test_data("model/data/" + std::string(name)),
+              test_data_rerun("model/data/" + std::string(name), project_or_failure));
 }
 
 const char* spelling(unsigned opr) {

@@ -83,8 +83,8 @@ TEST(SymbolTable, ReportsEachKindOfClash) {
         names.run(script);
         return reports.text();
     };
-    EXPECT_EQ(model_data_rerun("symboltable/clashes.txt", run),
-              model_data("symboltable/clashes.txt"));
+    EXPECT_EQ(test_data_rerun("model/data/symboltable/clashes.txt", run),
+              test_data("model/data/symboltable/clashes.txt"));
 }
 
 TEST(SymbolTable, LooksUpGlobalNamesFirstAndThenFromTheInnermostEnvironmentOut) {
@@ -200,7 +200,8 @@ TEST(SymbolTable, FollowsPathsToTheirTypes) {
         return type_at(model, path->args.idcon, symtbl_typecon_for_idcon) + "| " +
                type_at(model, path->args.idcon, symtbl_deftypecon_for_idcon);
     };
-    EXPECT_EQ(model_data_rerun("symboltable/paths.txt", run), model_data("symboltable/paths.txt"));
+    EXPECT_EQ(test_data_rerun("model/data/symboltable/paths.txt", run),
+              test_data("model/data/symboltable/paths.txt"));
 
     LineInfo* line_info = model.project->line_info;
     const auto record_at = [&](const char* path) {

@@ -145,14 +145,15 @@ std::string outcome(const XmlFile& file, std::string xml) {
 
 void expect_outcomes(const std::string& name) {
     const XmlFile file;
-    EXPECT_EQ(model_data_rerun(name, [&](const std::string& xml) { return outcome(file, xml); }),
-              model_data(name));
+    EXPECT_EQ(test_data_rerun("model/data/" + std::string(name),
+                              [&](const std::string& xml) { return outcome(file, xml); }),
+              test_data("model/data/" + std::string(name)));
 }
 
 TEST(ModelXml, EveryConstructIsWrittenAsItStandsInTheFormat) {
     const XmlFile file;
-    const ProjectPtr project = parse(model_data("xml/every_construct.pm"));
-    EXPECT_EQ(joined(file.written(project.get())), model_data("xml/every_construct.xml"));
+    const ProjectPtr project = parse(test_data("model/data/xml/every_construct.pm"));
+    EXPECT_EQ(joined(file.written(project.get())), test_data("model/data/xml/every_construct.xml"));
     EXPECT_EQ(validity(file.path()), "");
 }
 
@@ -193,7 +194,7 @@ TEST(ModelXml, FilesThatCannotBeReadAreReported) {
 TEST(ModelXml, RoundTripsReachAFixpoint) {
     const XmlFile file;
     for (const std::string& source :
-         {model_data("xml/every_construct.pm"), std::string("rule true;"),
+         {test_data("model/data/xml/every_construct.pm"), std::string("rule true;"),
           std::string(
               "variable x : [a]; rule ((a and (b and c)) or d) or (e -> (f and (g or h)));"),
           std::string(

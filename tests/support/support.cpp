@@ -176,20 +176,20 @@ std::string read_file(const std::string& path) {
     return text.str();
 }
 
-std::string model_data(const std::string& name) {
+std::string test_data(const std::string& path) {
 #ifdef GOLDEN_DIR
     const std::string tests = GOLDEN_DIR "/..";
 #else
     const std::string tests = "tests"; // built by hand, run in the root of the source tree
 #endif
-    const std::string text = read_file(tests + "/model/data/" + name);
-    if (text.empty()) throw std::runtime_error("no such data: " + name);
+    const std::string text = read_file(tests + "/" + path);
+    if (text.empty()) throw std::runtime_error("no such data: " + path);
     return text;
 }
 
-std::string model_data_rerun(const std::string& name,
-                             const std::function<std::string(const std::string&)>& run) {
-    std::istringstream lines(model_data(name));
+std::string test_data_rerun(const std::string& path,
+                            const std::function<std::string(const std::string&)>& run) {
+    std::istringstream lines(test_data(path));
     std::string text;
     for (std::string line; std::getline(lines, line); text += "\n") {
         const std::size_t arrow = line.find(" =>");

@@ -107,13 +107,13 @@ class TemporaryFolder {
 
 std::string read_file(const std::string& path);
 
-// The content of a data file of the model tests, tests/model/data/NAME.
-std::string model_data(const std::string& name);
+// The content of a data file, by its path below tests, such as "model/data/check.txt".
+std::string test_data(const std::string& path);
 
 // A data file of lines "INPUT => OUTPUT" with each OUTPUT made anew by `run`, line feeds in it
 // shown as blanks, to be compared with the file. Empty lines and comments ("#") stay.
-std::string model_data_rerun(const std::string& name,
-                             const std::function<std::string(const std::string& input)>& run);
+std::string test_data_rerun(const std::string& path,
+                            const std::function<std::string(const std::string& input)>& run);
 
 } // namespace norvane::test
 

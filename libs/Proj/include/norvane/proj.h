@@ -3,6 +3,7 @@
 #define NORVANE_PROJ_H
 
 #include "norvane/base.h"
+#include "norvane/proj/calc.h"
 #include "norvane/proj/decl.h"
 #include "norvane/proj/expandrules.h"
 #include "norvane/proj/expr.h"

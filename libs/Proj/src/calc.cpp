@@ -1,0 +1,766 @@
+// The calculation tree: making, freeing and copying it, and the sets of functions. The parser and
+// the XML reader build their trees here; the checker, the printer and the writer walk them.
+#include "norvane/proj/calc.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/base/strings.h"
+#include "norvane/base/text.hpp"
+#include "norvane/proj/proj_errors.h"
+#include "poly_adaptors.h"
+#include "report.h"
+
+using norvane::items;
+using norvane::on_fresh_stack;
+using norvane::poly;
+using norvane::stack_is_low;
+
+namespace {
+
+struct Operator {
+    COprType opr;
+    const char* source;
+};
+
+// By number.
+constexpr Operator operators[] = {
+    {COPR_NOT, "not"}, {COPR_MINUS, "-"},   {COPR_EQ, "="},    {COPR_LT, "<"},
+    {COPR_GT, ">"},    {COPR_NEQ, "<>"},    {COPR_GTEQ, ">="}, {COPR_LTEQ, "<="},
+    {COPR_PLUS, "+"},  {COPR_MULT, "*"},    {COPR_DIV, "/"},   {COPR_MOD, "%"},
+    {COPR_EXP, "^"},   {COPR_AND, "and"},   {COPR_OR, "or"},   {COPR_XOR, "xor"},
+    {COPR_IMP, "->"},  {COPR_BIIMP, "<->"}, {COPR_DEF, "|"},   {COPR_ASSIGN, ":="},
+};
+
+constexpr bool numbered_in_order() {
+    int number = 0;
+    for (const Operator& row : operators) {
+        if (row.opr != number++) return false;
+    }
+    return number == COPR_ASSIGN + 1;
+}
+static_assert(numbered_in_order());
+
+// The namespaces of the built-in catalogue.
+constexpr const char* reserved_namespaces[] = {"CtrlMngr", "System",  "String",
+                                               "Calc",     "Pricing", "Environment"};
+
+template <typename T>
+T* new_record() {
+    return new (util_malloc_throw(sizeof(T))) T{};
+}
+
+CExpr* new_expr(CExprStructure structure, int line_no) {
+    auto* expr = new_record<CExpr>();
+    expr->structure = structure;
+    expr->line_no = line_no;
+    return expr;
+}
+
+CStmt* new_stmt(CStmtStructure structure, int line_no) {
+    auto* stmt = new_record<CStmt>();
+    stmt->structure = structure;
+    stmt->line_no = line_no;
+    return stmt;
+}
+
+bool is_ascii(const char* text) {
+    for (; *text != '\0'; ++text) {
+        if (static_cast<unsigned char>(*text) > 127) return false;
+    }
+    return true;
+}
+
+// A new heap copy of `text`, which is in code page 1252, in UTF-8.
+char* to_utf8(const char* text) {
+    const NorvaneCpp::String utf8 = NorvaneCpp::UTF8::ToUnicode(NorvaneCpp::String(text));
+    return str_copy(utf8.GetStr());
+}
+
+} // namespace
+
+const char* calc_type2string(CalcType type) {
+    switch (type) {
+    case CTYPE_BOOL: return "boolean";
+    case CTYPE_INT: return "integer";
+    case CTYPE_FLOAT: return "float";
+    case CTYPE_STRING: return "string";
+    case CTYPE_VOID: return "void";
+    default: return "undef";
+    }
+}
+
+const char* calc_opr2string(COprType opr) {
+    const auto number = static_cast<unsigned>(opr);
+    if (number >= std::size(operators))
+        NORVANE_FAIL("Invalid operator '%d'", static_cast<int>(opr));
+    return operators[number].source;
+}
+
+int calc_ns_name_is_reserved(const char* ns_name) {
+    for (const char* reserved : reserved_namespaces) {
+        if (str_is_equal(reserved, ns_name)) return 1;
+    }
+    return 0;
+}
+
+// Expressions.
+
+CExpr* calc_new_lvar_expr(char* varname, int line_no) {
+    NORVANE_ASSERT(varname);
+    CExpr* expr = new_expr(CEXPR_LVAR, line_no);
+    expr->args.lvar_name = varname;
+    return expr;
+}
+
+CExpr* calc_new_pmvar_expr(CPMVar* pmvar, int line_no) {
+    NORVANE_ASSERT(pmvar);
+    CExpr* expr = new_expr(CEXPR_PMVAR, line_no);
+    expr->args.pmvar = pmvar;
+    return expr;
+}
+
+CExpr* calc_new_intconst_expr(int value, int line_no) {
+    CExpr* expr = new_expr(CEXPR_INT_CONST, line_no);
+    expr->args.int_value = value;
+    return expr;
+}
+
+CExpr* calc_new_boolconst_expr(int value, int line_no) {
+    CExpr* expr = new_expr(CEXPR_BOOL_CONST, line_no);
+    expr->args.bool_value = value;
+    return expr;
+}
+
+CExpr* calc_new_floatconst_expr(double value, int line_no) {
+    CExpr* expr = new_expr(CEXPR_FLOAT_CONST, line_no);
+    expr->args.float_value = value;
+    return expr;
+}
+
+CExpr* calc_new_stringconst_expr(char* value, int line_no, bool is_utf8) {
+    if (value == nullptr) value = str_copy("");
+    // ASCII is the same in both, and by far the most texts are: they are kept as they came.
+    if (!is_utf8 && !is_ascii(value)) {
+        char* converted = to_utf8(value);
+        str_delete(value);
+        value = converted;
+    }
+    CExpr* expr = new_expr(CEXPR_STRING_CONST, line_no);
+    expr->args.string_value = value;
+    return expr;
+}
+
+CExpr* calc_new_unary_expr(COprType opr, CExpr* arg, int line_no) {
+    NORVANE_ASSERT(arg);
+    CExpr* expr = new_expr(CEXPR_UOP, line_no);
+    expr->args.uop = {opr, arg};
+    return expr;
+}
+
+CExpr* calc_new_binary_expr(COprType opr, CExpr* left_arg, CExpr* right_arg, int line_no) {
+    NORVANE_ASSERT(left_arg);
+    NORVANE_ASSERT(right_arg);
+    CExpr* expr = new_expr(CEXPR_BOP, line_no);
+    expr->args.bop = {opr, left_arg, right_arg};
+    return expr;
+}
+
+CExpr* calc_new_ite_expr(CExpr* cond, CExpr* then_expr, CExpr* else_expr, int line_no) {
+    NORVANE_ASSERT(cond);
+    NORVANE_ASSERT(then_expr);
+    NORVANE_ASSERT(else_expr);
+    CExpr* expr = new_expr(CEXPR_ITE, line_no);
+    expr->args.ite = {cond, then_expr, else_expr};
+    return expr;
+}
+
+CExpr* calc_new_call_expr(char* ns_name, char* fname, PolyList* args, int line_no) {
+    NORVANE_ASSERT(fname);
+    NORVANE_ASSERT(args);
+    CExpr* expr = new_expr(CEXPR_CALL, line_no);
+    expr->args.call = {ns_name, fname, args};
+    return expr;
+}
+
+void calc_add_call_argument(CExpr* call, CExpr* arg) {
+    NORVANE_ASSERT(call);
+    NORVANE_ASSERT(arg);
+    NORVANE_ASSERT(call->structure == CEXPR_CALL);
+    plist_append(call->args.call.args, arg);
+}
+
+void calc_delete_expr(CExpr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { calc_delete_expr(expr); });
+    NORVANE_ASSERT(expr);
+    auto& args = expr->args;
+    switch (expr->structure) {
+    case CEXPR_LVAR: str_delete(args.lvar_name); break;
+    case CEXPR_PMVAR: calc_delete_pmvar(args.pmvar); break;
+    case CEXPR_INT_CONST:
+    case CEXPR_FLOAT_CONST:
+    case CEXPR_BOOL_CONST: break;
+    case CEXPR_STRING_CONST: str_delete(args.string_value); break;
+    case CEXPR_UOP: calc_delete_expr(args.uop.arg); break;
+    case CEXPR_BOP:
+        calc_delete_expr(args.bop.left_arg);
+        calc_delete_expr(args.bop.right_arg);
+        break;
+    case CEXPR_ITE:
+        calc_delete_expr(args.ite.cond);
+        calc_delete_expr(args.ite.then_expr);
+        calc_delete_expr(args.ite.else_expr);
+        break;
+    case CEXPR_CALL:
+        str_null_delete(args.call.ns_name);
+        str_delete(args.call.fname);
+        plist_delete(args.call.args);
+        break;
+    default:
+        NORVANE_FAIL("Found invalid expression structure : %d", static_cast<int>(expr->structure));
+    }
+    std::free(expr);
+}
+
+namespace {
+
+CExpr* copy_call(const CExpr* expr) {
+    const auto& call = expr->args.call;
+    char* ns_name = str_null_copy(call.ns_name);
+    char* fname = str_copy(call.fname);
+    PolyList* args = plist_copy_with_copycon(call.args, poly<calc_copy_expr>);
+    return calc_new_call_expr(ns_name, fname, args, expr->line_no);
+}
+
+} // namespace
+
+CExpr* calc_copy_expr(const CExpr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { return calc_copy_expr(expr); });
+    NORVANE_ASSERT(expr);
+    const auto& args = expr->args;
+    const int line_no = expr->line_no;
+    switch (expr->structure) {
+    case CEXPR_LVAR: return calc_new_lvar_expr(str_copy(args.lvar_name), line_no);
+    case CEXPR_PMVAR: return calc_new_pmvar_expr(calc_copy_pmvar(args.pmvar), line_no);
+    case CEXPR_INT_CONST: return calc_new_intconst_expr(args.int_value, line_no);
+    case CEXPR_FLOAT_CONST: return calc_new_floatconst_expr(args.float_value, line_no);
+    // Callers rely on copies that are converted once more.
+    case CEXPR_STRING_CONST:
+        return calc_new_stringconst_expr(str_copy(args.string_value), line_no, false);
+    case CEXPR_BOOL_CONST: return calc_new_boolconst_expr(args.bool_value, line_no);
+    case CEXPR_UOP: return calc_new_unary_expr(args.uop.opr, calc_copy_expr(args.uop.arg), line_no);
+    case CEXPR_BOP: {
+        CExpr* left_arg = calc_copy_expr(args.bop.left_arg);
+        CExpr* right_arg = calc_copy_expr(args.bop.right_arg);
+        return calc_new_binary_expr(args.bop.opr, left_arg, right_arg, line_no);
+    }
+    case CEXPR_ITE: {
+        CExpr* cond = calc_copy_expr(args.ite.cond);
+        CExpr* then_expr = calc_copy_expr(args.ite.then_expr);
+        CExpr* else_expr = calc_copy_expr(args.ite.else_expr);
+        return calc_new_ite_expr(cond, then_expr, else_expr, line_no);
+    }
+    case CEXPR_CALL: return copy_call(expr);
+    default: return nullptr;
+    }
+}
+
+// Paths. They may be long: all of these walk the chain.
+
+CPMVar* calc_new_pmvar(char* name) {
+    NORVANE_ASSERT(name);
+    auto* pmvar = new_record<CPMVar>();
+    pmvar->name = name;
+    pmvar->arr_indices = plist_new(nullptr, nullptr, poly<calc_delete_expr>);
+    return pmvar;
+}
+
+void calc_add_pmvar_arr_index(CPMVar* pmvar, CExpr* idx) {
+    NORVANE_ASSERT(pmvar);
+    NORVANE_ASSERT(idx);
+    plist_append(pmvar->arr_indices, idx);
+}
+
+void calc_set_pmvar_nested(CPMVar* pmvar, CPMVar* nested) {
+    NORVANE_ASSERT(pmvar);
+    NORVANE_ASSERT(nested);
+    pmvar->nested = nested;
+}
+
+CPMVar* calc_copy_pmvar(CPMVar* pmvar) {
+    NORVANE_ASSERT(pmvar);
+    CPMVar* copy = nullptr;
+    CPMVar** end = &copy;
+    for (; pmvar != nullptr; pmvar = pmvar->nested) {
+        auto* component = new_record<CPMVar>();
+        component->name = str_copy(pmvar->name);
+        component->arr_indices = plist_copy_with_copycon(pmvar->arr_indices, poly<calc_copy_expr>);
+        *end = component;
+        end = &component->nested;
+    }
+    return copy;
+}
+
+void calc_delete_pmvar(CPMVar* pmvar) {
+    NORVANE_ASSERT(pmvar);
+    while (pmvar != nullptr) {
+        CPMVar* nested = pmvar->nested;
+        str_delete(pmvar->name);
+        plist_delete(pmvar->arr_indices);
+        std::free(pmvar);
+        pmvar = nested;
+    }
+}
+
+// Statements.
+
+CStmt* calc_new_ite_stmt(CExpr* cond, CStmt* then_stmt, CStmt* else_stmt, int line_no) {
+    NORVANE_ASSERT(cond);
+    NORVANE_ASSERT(then_stmt);
+    CStmt* stmt = new_stmt(CSTMT_ITE, line_no);
+    stmt->args.ite = {cond, then_stmt, else_stmt};
+    return stmt;
+}
+
+CStmt* calc_new_block_stmt(PolyList* stmts, int line_no) {
+    NORVANE_ASSERT(stmts);
+    CStmt* stmt = new_stmt(CSTMT_BLOCK, line_no);
+    stmt->args.block_stmts = stmts;
+    return stmt;
+}
+
+CStmt* calc_new_expr_stmt(CExpr* expr, int line_no) {
+    CStmt* stmt = new_stmt(CSTMT_EXPR, line_no);
+    stmt->args.expr = expr;
+    return stmt;
+}
+
+CStmt* calc_new_switch_stmt(CExpr* switch_value, int line_no) {
+    NORVANE_ASSERT(switch_value);
+    CStmt* stmt = new_stmt(CSTMT_SWITCH, line_no);
+    stmt->args.switch_args.switch_value = switch_value;
+    stmt->args.switch_args.cases = plist_new(nullptr, nullptr, poly<calc_delete_case>);
+    return stmt;
+}
+
+CStmt* calc_new_while_stmt(CExpr* cond, CStmt* stmt, int line_no) {
+    NORVANE_ASSERT(cond);
+    NORVANE_ASSERT(stmt);
+    CStmt* loop = new_stmt(CSTMT_WHILE, line_no);
+    loop->args.while_args = {cond, stmt};
+    return loop;
+}
+
+CStmt* calc_new_do_stmt(CExpr* cond, CStmt* stmt, int line_no) {
+    NORVANE_ASSERT(cond);
+    NORVANE_ASSERT(stmt);
+    CStmt* loop = new_stmt(CSTMT_DO, line_no);
+    loop->args.do_args = {cond, stmt};
+    return loop;
+}
+
+CStmt* calc_new_for_stmt(CExpr* init, CExpr* cond, CExpr* incr, CStmt* stmt, int line_no) {
+    NORVANE_ASSERT(stmt);
+    CStmt* loop = new_stmt(CSTMT_FOR, line_no);
+    loop->args.for_args = {init, cond, incr, stmt};
+    return loop;
+}
+
+CStmt* calc_new_return_stmt(CExpr* return_value, int line_no) {
+    NORVANE_ASSERT(return_value);
+    CStmt* stmt = new_stmt(CSTMT_RETURN, line_no);
+    stmt->args.return_value = return_value;
+    return stmt;
+}
+
+CStmt* calc_new_break_stmt(int line_no) {
+    return new_stmt(CSTMT_BREAK, line_no);
+}
+
+CStmt* calc_new_external_stmt(const char* external_ref, int line_no) {
+    NORVANE_ASSERT(external_ref);
+    CStmt* stmt = new_stmt(CSTMT_EXTERNAL, line_no);
+    stmt->args.external_ref = str_copy(external_ref);
+    return stmt;
+}
+
+CCase* calc_new_case(CExpr* expr, PolyList* stmts) {
+    NORVANE_ASSERT(stmts);
+    auto* ccase = new_record<CCase>();
+    ccase->expr = expr;
+    ccase->stmts = stmts;
+    return ccase;
+}
+
+void calc_add_switch_case(CStmt* switch_stmt, CCase* ccase) {
+    NORVANE_ASSERT(switch_stmt);
+    NORVANE_ASSERT(ccase);
+    NORVANE_ASSERT(switch_stmt->structure == CSTMT_SWITCH);
+    NORVANE_ASSERT(switch_stmt->args.switch_args.cases);
+    plist_append(switch_stmt->args.switch_args.cases, ccase);
+}
+
+void calc_add_switch_default(CStmt* switch_stmt, PolyList* stmts) {
+    NORVANE_ASSERT(switch_stmt);
+    NORVANE_ASSERT(stmts);
+    NORVANE_ASSERT_TEXT(switch_stmt->args.switch_args.default_case == nullptr,
+                        "switch_stmt->args.switch_args.default_case == NULL");
+    switch_stmt->args.switch_args.default_case = calc_new_case(nullptr, stmts);
+}
+
+namespace {
+
+// The parser's lists come without a delete callback.
+void delete_stmts(PolyList* stmts) {
+    stmts->delete_element = poly<calc_delete_stmt>;
+    plist_delete(stmts);
+}
+
+void null_delete_expr(CExpr* expr) {
+    if (expr != nullptr) calc_delete_expr(expr);
+}
+
+} // namespace
+
+void calc_delete_case(CCase* ccase) {
+    if (ccase == nullptr) return;
+    null_delete_expr(ccase->expr);
+    delete_stmts(ccase->stmts);
+    std::free(ccase);
+}
+
+void calc_delete_stmt(CStmt* stmt) {
+    if (stack_is_low()) return on_fresh_stack([&] { calc_delete_stmt(stmt); });
+    NORVANE_ASSERT(stmt);
+    auto& args = stmt->args;
+    switch (stmt->structure) {
+    case CSTMT_ITE:
+        calc_delete_expr(args.ite.cond);
+        calc_delete_stmt(args.ite.then_stmt);
+        if (args.ite.else_stmt != nullptr) calc_delete_stmt(args.ite.else_stmt);
+        break;
+    case CSTMT_BLOCK: delete_stmts(args.block_stmts); break;
+    case CSTMT_EXPR: null_delete_expr(args.expr); break;
+    case CSTMT_SWITCH:
+        calc_delete_expr(args.switch_args.switch_value);
+        plist_delete(args.switch_args.cases);
+        calc_delete_case(args.switch_args.default_case);
+        break;
+    case CSTMT_WHILE:
+        calc_delete_expr(args.while_args.cond);
+        calc_delete_stmt(args.while_args.stmt);
+        break;
+    case CSTMT_DO:
+        calc_delete_expr(args.do_args.cond);
+        calc_delete_stmt(args.do_args.stmt);
+        break;
+    case CSTMT_FOR:
+        null_delete_expr(args.for_args.init);
+        null_delete_expr(args.for_args.cond);
+        null_delete_expr(args.for_args.incr);
+        calc_delete_stmt(args.for_args.stmt);
+        break;
+    case CSTMT_RETURN: calc_delete_expr(args.return_value); break;
+    case CSTMT_BREAK: break;
+    case CSTMT_EXTERNAL: str_delete(args.external_ref); break;
+    default:
+        NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
+    }
+    std::free(stmt);
+}
+
+namespace {
+
+// Collects the names of calc_find_free_vars.
+void collect_expr(const CExpr* expr, PolySet* names);
+void collect_stmt(const CStmt* stmt, PolySet* names);
+
+void collect_stmts(const PolyList* stmts, PolySet* names) {
+    for (const CStmt* stmt : items<CStmt>(stmts))
+        collect_stmt(stmt, names);
+}
+
+// Callers look paths up by their names joined without a separator.
+void collect_pmvar(const CPMVar* pmvar, PolySet* names) {
+    UtilString* joined = ustr_new();
+    for (; pmvar != nullptr; pmvar = pmvar->nested)
+        ustr_append_string(joined, pmvar->name);
+    pset_insert(names, joined->text);
+    ustr_delete(joined);
+}
+
+void collect_case(const CCase* ccase, PolySet* names) {
+    collect_expr(ccase->expr, names);
+    collect_stmts(ccase->stmts, names);
+}
+
+void collect_switch(const CStmt* stmt, PolySet* names) {
+    const auto& args = stmt->args.switch_args;
+    collect_expr(args.switch_value, names);
+    for (const CCase* ccase : items<CCase>(args.cases))
+        collect_case(ccase, names);
+    if (args.default_case != nullptr) collect_case(args.default_case, names);
+}
+
+void collect_for(const CStmt* stmt, PolySet* names) {
+    const auto& args = stmt->args.for_args;
+    for (const CExpr* clause : {args.init, args.cond, args.incr}) {
+        if (clause != nullptr) collect_expr(clause, names);
+    }
+    collect_stmt(args.stmt, names);
+}
+
+void collect_expr(const CExpr* expr, PolySet* names) {
+    if (stack_is_low()) return on_fresh_stack([&] { collect_expr(expr, names); });
+    NORVANE_ASSERT(expr);
+    const auto& args = expr->args;
+    switch (expr->structure) {
+    case CEXPR_LVAR: pset_insert(names, args.lvar_name); break;
+    case CEXPR_PMVAR: collect_pmvar(args.pmvar, names); break;
+    case CEXPR_INT_CONST:
+    case CEXPR_FLOAT_CONST:
+    case CEXPR_STRING_CONST:
+    case CEXPR_BOOL_CONST: break;
+    case CEXPR_UOP: collect_expr(args.uop.arg, names); break;
+    case CEXPR_BOP:
+        collect_expr(args.bop.left_arg, names);
+        collect_expr(args.bop.right_arg, names);
+        break;
+    case CEXPR_ITE:
+        collect_expr(args.ite.cond, names);
+        collect_expr(args.ite.then_expr, names);
+        collect_expr(args.ite.else_expr, names);
+        break;
+    case CEXPR_CALL:
+        for (const CExpr* arg : items<CExpr>(args.call.args))
+            collect_expr(arg, names);
+        break;
+    }
+}
+
+void collect_stmt(const CStmt* stmt, PolySet* names) {
+    if (stack_is_low()) return on_fresh_stack([&] { collect_stmt(stmt, names); });
+    const auto& args = stmt->args;
+    switch (stmt->structure) {
+    case CSTMT_ITE:
+        collect_expr(args.ite.cond, names);
+        collect_stmt(args.ite.then_stmt, names);
+        if (args.ite.else_stmt != nullptr) collect_stmt(args.ite.else_stmt, names);
+        break;
+    case CSTMT_BLOCK: collect_stmts(args.block_stmts, names); break;
+    case CSTMT_EXPR: collect_expr(args.expr, names); break;
+    case CSTMT_SWITCH: collect_switch(stmt, names); break;
+    case CSTMT_WHILE:
+        collect_expr(args.while_args.cond, names);
+        collect_stmt(args.while_args.stmt, names);
+        break;
+    case CSTMT_DO:
+        collect_expr(args.do_args.cond, names);
+        collect_stmt(args.do_args.stmt, names);
+        break;
+    case CSTMT_FOR: collect_for(stmt, names); break;
+    case CSTMT_RETURN: collect_expr(args.return_value, names); break;
+    case CSTMT_BREAK:
+    case CSTMT_EXTERNAL: break;
+    }
+}
+
+} // namespace
+
+void calc_find_free_vars(PolyList* stmts, PolySet* free_vars) {
+    NORVANE_ASSERT(stmts);
+    NORVANE_ASSERT(free_vars);
+    collect_stmts(stmts, free_vars);
+}
+
+// Functions.
+
+CFuncArg* calc_new_func_arg(char* name, CalcType type, int line_no) {
+    NORVANE_ASSERT(name);
+    auto* arg = new_record<CFuncArg>();
+    *arg = {name, type, line_no};
+    return arg;
+}
+
+void calc_delete_func_arg(CFuncArg* arg) {
+    NORVANE_ASSERT(arg);
+    str_delete(arg->name);
+    std::free(arg);
+}
+
+CFuncLVar* calc_new_func_lvar(char* name, CalcType type, CExpr* init, int line_no) {
+    NORVANE_ASSERT(name);
+    auto* lvar = new_record<CFuncLVar>();
+    *lvar = {name, line_no, type, init};
+    return lvar;
+}
+
+void calc_delete_func_lvar(CFuncLVar* lvar) {
+    NORVANE_ASSERT(lvar);
+    str_delete(lvar->name);
+    null_delete_expr(lvar->init);
+    std::free(lvar);
+}
+
+CFunc* calc_new_func(char* name, CalcType type, CExpr* def_value, const char* filename,
+                     int line_no) {
+    NORVANE_ASSERT(name);
+    auto* func = new_record<CFunc>();
+    func->name = name;
+    func->filename = str_null_copy(filename);
+    func->line_no = line_no;
+    func->type = type;
+    func->def_value = def_value;
+    func->args = plist_new(nullptr, nullptr, poly<calc_delete_func_arg>);
+    func->vardefs = plist_new(nullptr, nullptr, poly<calc_delete_func_lvar>);
+    func->stmts = plist_new(nullptr, nullptr, poly<calc_delete_stmt>);
+    return func;
+}
+
+void calc_add_function_arg(CFunc* func, CFuncArg* arg) {
+    NORVANE_ASSERT(func);
+    NORVANE_ASSERT(arg);
+    plist_append(func->args, arg);
+}
+
+void calc_add_function_vardef(CFunc* func, CFuncLVar* lvar) {
+    NORVANE_ASSERT(func);
+    NORVANE_ASSERT(lvar);
+    plist_append(func->vardefs, lvar);
+}
+
+void calc_add_function_stmt(CFunc* func, CStmt* stmt) {
+    NORVANE_ASSERT(func);
+    NORVANE_ASSERT(stmt);
+    plist_append(func->stmts, stmt);
+}
+
+void calc_delete_func(CFunc* func) {
+    NORVANE_ASSERT(func);
+    str_delete(func->name);
+    str_null_delete(func->filename);
+    null_delete_expr(func->def_value);
+    plist_delete(func->args);
+    plist_delete(func->vardefs);
+    plist_delete(func->stmts);
+    std::free(func);
+}
+
+// Calculations.
+
+namespace {
+
+constexpr unsigned table_size = 10;
+
+PolyHash* new_table(PolyDelete delete_value) {
+    return phash_new(table_size, poly_compare_string, poly_copy_string, nullptr, poly_hash_string,
+                     poly_delete_string, delete_value);
+}
+
+void report_redefinition(const CFunc* func, const char* ns_name) {
+    char position[MESSAGE_BUFFER_SIZE] = "";
+    if (func->filename != nullptr && func->line_no != CALC_UNDEF_LINENO) {
+        str_snprintf(position, sizeof position, "%s (%d): ", func->filename, func->line_no);
+    }
+    norvane::report_error(ERR_CALC_FNC_REDEF(position, func->name, ns_name));
+}
+
+} // namespace
+
+PolyHash* calc_new(void) {
+    return new_table(poly<calc_delete_namespace>);
+}
+
+void calc_delete(PolyHash* calc) {
+    NORVANE_ASSERT(calc);
+    phash_delete(calc);
+}
+
+CNameSpace* calc_new_namespace(const char* name) {
+    NORVANE_ASSERT(name);
+    auto* ns = new_record<CNameSpace>();
+    ns->name = str_copy(name);
+    ns->functions = new_table(poly<calc_delete_func>);
+    ns->func_list = plist_new(nullptr, nullptr, nullptr);
+    return ns;
+}
+
+void calc_delete_namespace(CNameSpace* ns) {
+    NORVANE_ASSERT(ns);
+    str_delete(ns->name);
+    plist_delete(ns->func_list);
+    phash_delete(ns->functions);
+    std::free(ns);
+}
+
+CNameSpace* calc_get_namespace(const PolyHash* calc, const char* ns_name) {
+    NORVANE_ASSERT(calc);
+    NORVANE_ASSERT(ns_name);
+    void* ns = nullptr;
+    phash_peek(calc, ns_name, &ns);
+    return static_cast<CNameSpace*>(ns);
+}
+
+CNameSpace* calc_add_namespace(PolyHash* calc, const char* ns_name) {
+    if (CNameSpace* present = calc_get_namespace(calc, ns_name)) return present;
+    CNameSpace* ns = calc_new_namespace(ns_name);
+    phash_insert(calc, ns->name, ns);
+    return ns;
+}
+
+CFunc* calc_get_function(const CNameSpace* ns, const char* f_name) {
+    NORVANE_ASSERT(ns);
+    NORVANE_ASSERT(f_name);
+    void* func = nullptr;
+    phash_peek(ns->functions, f_name, &func);
+    return static_cast<CFunc*>(func);
+}
+
+int calc_add_function(PolyHash* calc, const char* ns_name, CFunc* func) {
+    NORVANE_ASSERT(calc);
+    NORVANE_ASSERT(ns_name);
+    NORVANE_ASSERT(func);
+    CNameSpace* ns = calc_add_namespace(calc, ns_name);
+    if (calc_get_function(ns, func->name) != nullptr) {
+        report_redefinition(func, ns_name);
+        return -1;
+    }
+    phash_insert(ns->functions, func->name, func);
+    plist_append(ns->func_list, func);
+    return 0;
+}
+
+int calc_remove_function(PolyHash* calc, const char* ns_name, const char* f_name) {
+    CNameSpace* ns = calc_get_namespace(calc, ns_name);
+    if (ns == nullptr) return -1;
+    NORVANE_ASSERT(f_name);
+    NORVANE_ASSERT(ns->functions);
+    PolyList* rest = plist_new(nullptr, nullptr, nullptr);
+    for (CFunc* func : items<CFunc>(ns->func_list)) {
+        if (!str_is_equal(func->name, f_name)) plist_append(rest, func);
+    }
+    plist_delete(ns->func_list);
+    ns->func_list = rest;
+    return phash_remove(ns->functions, f_name);
+}
+
+void calc_merge(PolyHash* calc1, PolyHash* calc2) {
+    NORVANE_ASSERT(calc1);
+    NORVANE_ASSERT(calc2);
+    PolyHashIter iter;
+    phash_iter_init(&iter, calc2);
+    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
+        auto* ns = static_cast<CNameSpace*>(value);
+        // What moves to calc1 outlives calc2; so does what is refused, which callers may still
+        // point to.
+        ns->functions->delete_value = nullptr;
+        for (CFunc* func : items<CFunc>(ns->func_list))
+            calc_add_function(calc1, ns->name, func);
+    }
+    calc_delete(calc2);
+}

@@ -1,0 +1,253 @@
+// The calculation tree: who owns what, the sets of functions, copies, and the names that statements
+// use.
+#include "norvane/proj/calc.h"
+
+#include <gtest/gtest.h>
+
+#include "norvane/base/items.hpp"
+#include "support.h"
+
+namespace norvane::test {
+namespace {
+
+struct CalcDeleter {
+    void operator()(PolyHash* c) const { calc_delete(c); }
+};
+using CalcPtr = std::unique_ptr<PolyHash, CalcDeleter>;
+
+CExpr* local(const char* name) {
+    return calc_new_lvar_expr(str_copy(name), 1);
+}
+
+CExpr* number(int value) {
+    return calc_new_intconst_expr(value, 1);
+}
+
+CExpr* text(const char* value, bool is_utf8) {
+    return calc_new_stringconst_expr(str_copy(value), 1, is_utf8);
+}
+
+// The path of the names, with an index behind the first.
+CPMVar* path(std::initializer_list<const char*> names, CExpr* index = nullptr) {
+    CPMVar* head = nullptr;
+    CPMVar* last = nullptr;
+    for (const char* name : names) {
+        CPMVar* component = calc_new_pmvar(str_copy(name));
+        if (last != nullptr) calc_set_pmvar_nested(last, component);
+        if (head == nullptr) head = component;
+        last = component;
+    }
+    if (index != nullptr) calc_add_pmvar_arr_index(head, index);
+    return head;
+}
+
+// A list as the parser makes it: nobody's statements.
+PolyList* statements(std::initializer_list<CStmt*> stmts) {
+    PolyList* list = plist_new(nullptr, nullptr, nullptr);
+    for (CStmt* stmt : stmts)
+        plist_append(list, stmt);
+    return list;
+}
+
+CStmt* statement(CExpr* expr) {
+    return calc_new_expr_stmt(expr, 1);
+}
+
+CFunc* function(const char* name, int line_no = 7, const char* filename = "f.cl") {
+    return calc_new_func(str_copy(name), CTYPE_INT, nullptr, filename, line_no);
+}
+
+// "ns: f g; ns2: h", both containers being compared on the way.
+std::string functions(const PolyHash* calc) {
+    std::string result;
+    PolyHashIter iter;
+    phash_iter_init(&iter, calc);
+    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
+        const auto* ns = static_cast<CNameSpace*>(value);
+        EXPECT_EQ(phash_size(ns->functions), plist_length(ns->func_list));
+        result += (result.empty() ? "" : "; ") + std::string(ns->name) + ":";
+        for (CFunc* func : items<CFunc>(ns->func_list)) {
+            EXPECT_EQ(calc_get_function(ns, func->name), func);
+            result += std::string(" ") + func->name;
+        }
+    }
+    return result;
+}
+
+TEST(Calculation, NamesArePerNamespaceAndTheFirstDefinitionStays) {
+    const CalcPtr calc(calc_new());
+    const Reports reports;
+    CFunc* first = function("f");
+    EXPECT_EQ(calc_add_function(calc.get(), "A", first), 0);
+    EXPECT_EQ(calc_add_function(calc.get(), "B.C", function("f")), 0);
+    EXPECT_EQ(calc_add_function(calc.get(), "A", function("g")), 0);
+
+    // A refused function stays the caller's, and the place is told only where it is known.
+    for (CFunc* refused :
+         {function("f"), function("f", CALC_UNDEF_LINENO), function("f", 7, nullptr)}) {
+        EXPECT_EQ(calc_add_function(calc.get(), "A", refused), -1);
+        calc_delete_func(refused);
+    }
+    EXPECT_EQ(calc_get_function(calc_get_namespace(calc.get(), "A"), "f"), first);
+    EXPECT_EQ(functions(calc.get()), "A: f g; B.C: f");
+    ASSERT_EQ(reports.all().size(), 3u);
+    EXPECT_EQ(reports.all()[0].name, "ERR_CALC_FNC_REDEF");
+    EXPECT_EQ(reports.all()[0].title, "f.cl (7): " + reports.all()[1].title);
+    EXPECT_EQ(reports.all()[1].title, reports.all()[2].title);
+}
+
+TEST(Calculation, RemovesFromBothContainers) {
+    const CalcPtr calc(calc_new());
+    for (const char* name : {"f", "g", "h"})
+        calc_add_function(calc.get(), "A", function(name));
+    EXPECT_EQ(calc_remove_function(calc.get(), "A", "g"), 0);
+    EXPECT_EQ(calc_remove_function(calc.get(), "A", "g"), -1);
+    EXPECT_EQ(calc_remove_function(calc.get(), "B", "f"), -1);
+    EXPECT_EQ(functions(calc.get()), "A: f h");
+}
+
+TEST(Calculation, MergesInOrderAndLeavesTheRefusedAlone) {
+    const CalcPtr target(calc_new());
+    PolyHash* source = calc_new();
+    CFunc* refused = function("f");
+    calc_add_function(target.get(), "N", function("f"));
+    calc_add_function(source, "N", refused);
+    calc_add_function(source, "N", function("b"));
+    calc_add_function(source, "N", function("a"));
+    calc_add_function(source, "M", function("f"));
+    const Reports reports;
+    calc_merge(target.get(), source);
+    EXPECT_EQ(reports.names(), "ERR_CALC_FNC_REDEF");
+    EXPECT_EQ(functions(target.get()), "N: f b a; M: f");
+    calc_delete_func(refused); // nobody's, and still whole
+}
+
+TEST(Calculation, CatalogueNamespacesAreReservedToTheLetter) {
+    for (const char* name : {"CtrlMngr", "System", "String", "Calc", "Pricing", "Environment"})
+        EXPECT_EQ(calc_ns_name_is_reserved(name), 1) << name;
+    for (const char* name : {"calc", "Calc.Extra", ""})
+        EXPECT_EQ(calc_ns_name_is_reserved(name), 0) << name;
+}
+
+TEST(Calculation, TextsAreUtf8AndCopiesAreConvertedOnceMore) {
+    CExpr* expr = text("\xE9", false);
+    EXPECT_STREQ(expr->args.string_value, "\xC3\xA9");
+    CExpr* copy = calc_copy_expr(expr);
+    EXPECT_STREQ(copy->args.string_value, "\xC3\x83\xC2\xA9");
+    calc_delete_expr(copy);
+    calc_delete_expr(expr);
+
+    expr = text("\xC3\xA9", true);
+    EXPECT_STREQ(expr->args.string_value, "\xC3\xA9");
+    calc_delete_expr(expr);
+    expr = calc_new_stringconst_expr(nullptr, 1, true);
+    EXPECT_STREQ(expr->args.string_value, "");
+    calc_delete_expr(expr);
+}
+
+TEST(Calculation, CopiesShareNothing) {
+    PolyList* args =
+        plist_new(nullptr, nullptr, [](void* e) { calc_delete_expr(static_cast<CExpr*>(e)); });
+    CExpr* call = calc_new_call_expr(nullptr, str_copy("f"), args, 3);
+    calc_add_call_argument(call, calc_new_pmvar_expr(path({"a", "b"}, number(4)), 5));
+    CExpr* copy = calc_copy_expr(call);
+    calc_delete_expr(call);
+
+    EXPECT_EQ(copy->line_no, 3);
+    EXPECT_EQ(copy->args.call.ns_name, nullptr);
+    EXPECT_STREQ(copy->args.call.fname, "f");
+    const auto* arg = static_cast<CExpr*>(plist_hd(copy->args.call.args));
+    EXPECT_EQ(arg->line_no, 5);
+    EXPECT_STREQ(arg->args.pmvar->name, "a");
+    EXPECT_EQ(static_cast<CExpr*>(plist_hd(arg->args.pmvar->arr_indices))->args.int_value, 4);
+    EXPECT_STREQ(arg->args.pmvar->nested->name, "b");
+    EXPECT_EQ(arg->args.pmvar->nested->nested, nullptr);
+    calc_delete_expr(copy);
+}
+
+TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {
+    CStmt* choice = calc_new_switch_stmt(local("s"), 1);
+    calc_add_switch_case(choice,
+                         calc_new_case(local("c"), statements({statement(local("in_case"))})));
+    PolyList* stmts = statements({
+        statement(calc_new_binary_expr(COPR_ASSIGN, local("x"),
+                                       calc_new_pmvar_expr(path({"a", "b"}, local("i")), 1), 1)),
+        calc_new_ite_stmt(local("t"), statement(local("x")), statement(local("e")), 1),
+        choice,
+        calc_new_for_stmt(nullptr, local("limit"), nullptr, calc_new_break_stmt(1), 1),
+        calc_new_do_stmt(number(1), calc_new_block_stmt(statements({}), 1), 1),
+    });
+    PolySet* names =
+        pset_new(10, poly_compare_string, poly_copy_string, poly_hash_string, poly_delete_string);
+    calc_find_free_vars(stmts, names);
+    std::string found;
+    PolySetIter iter;
+    pset_iter_init(&iter, names);
+    for (void* name; pset_iter_next(&iter, &name);)
+        found += static_cast<char*>(name) + std::string(" ");
+    EXPECT_EQ(found, "x ab t e s c in_case limit ");
+
+    // Lists with these two are never handed in.
+    CStmt* empty = statement(nullptr);
+    plist_append(stmts, empty);
+    EXPECT_EQ(thrown([&] { calc_find_free_vars(stmts, names); }), "1: expr");
+    empty->args.expr = number(1);
+    calc_add_switch_default(choice, statements({}));
+    EXPECT_EQ(thrown([&] { calc_find_free_vars(stmts, names); }), "1: expr");
+    PolyList* second = statements({});
+    EXPECT_EQ(thrown([&] { calc_add_switch_default(choice, second); }),
+              "1: switch_stmt->args.switch_args.default_case == NULL");
+    plist_delete(second);
+
+    pset_delete(names);
+    calc_delete_stmt(calc_new_block_stmt(stmts, 1));
+}
+
+TEST(Calculation, DeepTreesFitIntoASmallStack) {
+    with_small_stack([] {
+        constexpr int depth = 1'000'000;
+        CExpr* sum = local("x");
+        CStmt* nest = calc_new_break_stmt(1);
+        CPMVar* chain = path({"p"});
+        CPMVar* last = chain;
+        for (int i = 0; i < depth; ++i) {
+            sum = calc_new_binary_expr(COPR_PLUS, sum, number(i), 1);
+            nest = calc_new_block_stmt(statements({nest}), 1);
+            calc_set_pmvar_nested(last, path({"q"}));
+            last = last->nested;
+        }
+        CExpr* copy = calc_copy_expr(sum);
+        CPMVar* chain_copy = calc_copy_pmvar(chain);
+        PolyList* stmts = statements({statement(sum), nest, statement(copy)});
+        PolySet* names = pset_new(10, poly_compare_string, poly_copy_string, poly_hash_string,
+                                  poly_delete_string);
+        calc_find_free_vars(stmts, names);
+        EXPECT_EQ(pset_size(names), 1u);
+        pset_delete(names);
+        calc_delete_stmt(calc_new_block_stmt(stmts, 1));
+        calc_delete_pmvar(chain);
+        calc_delete_pmvar(chain_copy);
+    });
+}
+
+TEST(Calculation, UnknownTagsAreBrokenInvariants) {
+    CExpr* expr = number(1);
+    expr->structure = static_cast<CExprStructure>(15);
+    EXPECT_EQ(calc_copy_expr(expr), nullptr);
+    EXPECT_EQ(thrown([&] { calc_delete_expr(expr); }),
+              "1: Found invalid expression structure : 15");
+    expr->structure = CEXPR_INT_CONST;
+    EXPECT_EQ(thrown([&] { calc_add_call_argument(expr, expr); }),
+              "1: call->structure == CEXPR_CALL");
+    calc_delete_expr(expr);
+    CStmt* stmt = calc_new_break_stmt(1);
+    stmt->structure = static_cast<CStmtStructure>(15);
+    EXPECT_EQ(thrown([&] { calc_delete_stmt(stmt); }), "1: Found invalid statement structure : 15");
+    stmt->structure = CSTMT_BREAK;
+    calc_delete_stmt(stmt);
+    EXPECT_EQ(thrown([] { calc_opr2string(static_cast<COprType>(20)); }),
+              "1: Invalid operator '20'");
+}
+
+} // namespace
+} // namespace norvane::test
