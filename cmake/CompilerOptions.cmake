@@ -24,6 +24,12 @@ if(NORVANE_SANITIZE)
   target_link_options(norvane_options INTERFACE ${sanitizers})
 endif()
 
+if(NORVANE_FUZZ)
+  set(sanitizers -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+  target_compile_options(norvane_options INTERFACE ${sanitizers})
+  target_link_options(norvane_options INTERFACE ${sanitizers})
+endif()
+
 if(NORVANE_COVERAGE)
   target_compile_options(norvane_options INTERFACE --coverage)
   target_link_options(norvane_options INTERFACE --coverage)

@@ -1,0 +1,27 @@
+// What every target does with a model that it has read.
+#ifndef NORVANE_FUZZ_MODELS_H
+#define NORVANE_FUZZ_MODELS_H
+
+#include <memory>
+#include <string>
+
+#include "norvane/proj/project.h"
+
+namespace norvane::fuzz {
+
+struct ProjectDeleter {
+    void operator()(Project* p) const { proj_delete(p); }
+};
+using ProjectPtr = std::unique_ptr<Project, ProjectDeleter>;
+
+std::string print(Project& project);
+
+// The model as XML reads back as the same XML.
+void check_xml_round_trip(Project& project);
+
+// Check, finite form and flat rules: each ends in a result, a report or a defined failure.
+void check_pipeline(Project& project);
+
+} // namespace norvane::fuzz
+
+#endif

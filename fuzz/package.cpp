@@ -1,0 +1,38 @@
+// Packages: all members of what opens are read to their end, and the calculation of a model is
+// looked for.
+#include <string>
+
+#include "harness.h"
+#include "norvane/base/packages.hpp"
+
+using namespace norvane::fuzz;
+using NorvaneCpp::CFilePtr;
+using NorvaneCpp::CMubPackage;
+using NorvaneCpp::CMubPackageModel;
+using NorvaneCpp::FILE_OPEN_READ;
+
+namespace {
+
+// Some members expand a thousandfold: a look at the first mebibyte is enough.
+void read_some(CFilePtr member) {
+    if (!member.isOpen()) return;
+    static char buffer[1 << 16];
+    for (int i = 0; i < 16 && !member->eof(); ++i)
+        member->read(buffer, 1, sizeof buffer);
+    member->close();
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static MemoryFile file;
+    const QuietSink sink;
+    file.write({reinterpret_cast<const char*>(data), size});
+    CMubPackage package;
+    if (!package.openPackage(file.path(), "")) return 0;
+    for (std::size_t i = 0; i < package.memberCount(); ++i)
+        read_some(package.open(package.memberName(i), FILE_OPEN_READ));
+    if (CMubPackageModel* model = package.getModel("a")) read_some(model->OpenCalculation());
+    package.closeAndSave();
+    return 0;
+}
