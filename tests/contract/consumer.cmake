@@ -1,5 +1,5 @@
-# Installs into a folder of its own, and builds and runs two programs against what lies there: the
-# first program of the README, in C by pkg-config, and one in C++ by find_package.
+# Installs into a folder of its own, and builds and runs programs against what lies there: the first
+# program of the README, and one consumer in C by pkg-config, in C++ by find_package, and in Python.
 set(prefix ${BUILD_DIR}/consumer/prefix)
 set(work ${BUILD_DIR}/consumer/work)
 set(model ${SOURCE_DIR}/examples/bicycle.pm)
@@ -21,22 +21,49 @@ get_filename_component(library_folder ${pc_folder} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc_folder})
 set(ENV{LD_LIBRARY_PATH} ${library_folder})
 
-# What the driver that was installed says is what the programs are to say.
-run(expected ${prefix}/bin/norvane-pm rules ${model})
-
 run(flags pkg-config --cflags --libs norvane_proj)
 separate_arguments(flags UNIX_COMMAND "${flags}")
-run(ignored ${C_COMPILER} -std=c11 -Wall -Wextra -pedantic -Werror ${FLAGS} -o ${work}/first
-    ${SOURCE_DIR}/examples/first.c ${flags})
+function(build_c program source)
+  run(ignored ${C_COMPILER} -std=c11 -Wall -Wextra -pedantic -Werror ${FLAGS} -o ${program} ${source}
+      ${flags})
+endfunction()
+
+# What the driver that was installed says is what the first program says.
+run(expected ${prefix}/bin/norvane-pm rules ${model})
+build_c(${work}/first ${SOURCE_DIR}/examples/first.c)
 run(actual ${work}/first ${model})
 if(NOT actual STREQUAL expected)
   message(FATAL_ERROR "examples/first.c prints\n${actual}\nand not\n${expected}")
 endif()
 
-run(ignored ${CMAKE_COMMAND} -S ${SOURCE_DIR}/tests/contract/consumer -B ${work}/cxx -G Ninja
+# The consumers say the same, of a good model and of a broken one.
+set(consumer ${SOURCE_DIR}/tests/contract/consumer)
+build_c(${work}/consumer_c ${consumer}/consumer.c)
+run(ignored ${CMAKE_COMMAND} -S ${consumer} -B ${work}/cxx -G Ninja
     -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX_COMPILER} "-DCMAKE_CXX_FLAGS=${FLAGS}")
 run(ignored ${CMAKE_COMMAND} --build ${work}/cxx)
-run(actual ${work}/cxx/consumer)
+set(python ${PYTHON} ${consumer}/consumer.py ${library_folder})
+if(FLAGS)
+  # The interpreter was not built with the sanitizers that the libraries want.
+  run(runtime ${C_COMPILER} -print-file-name=libasan.so)
+  string(STRIP "${runtime}" runtime)
+  set(python ${CMAKE_COMMAND} -E env LD_PRELOAD=${runtime} ASAN_OPTIONS=detect_leaks=0 ${python})
+endif()
+
+function(expect_consumer status expected file)
+  foreach(program ${work}/consumer_c ${work}/cxx/consumer "${python}")
+    execute_process(COMMAND ${program} ${file} RESULT_VARIABLE result OUTPUT_VARIABLE text
+                    ERROR_VARIABLE error)
+    if(NOT result EQUAL status OR NOT text STREQUAL expected)
+      message(FATAL_ERROR
+              "${program} ${file}\nends with ${result} and prints\n${text}${error}\nand not\n${expected}")
+    endif()
+  endforeach()
+endfunction()
+
+expect_consumer(0 "variables 7\n${expected}" ${model})
+expect_consumer(1 "report 2 ERR_ID_UNDECLARED: ${consumer}/broken.pm (3): Undeclared identifier 'colour'\n"
+                ${consumer}/broken.pm)
 
 file(READ ${SOURCE_DIR}/examples/first.c program)
 file(READ ${SOURCE_DIR}/README.md readme)
