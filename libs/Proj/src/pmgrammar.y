@@ -20,7 +20,6 @@
 }
 
 %code {
-#include <cstdio>
 #include <cstring>
 #include <type_traits>
 
@@ -30,6 +29,7 @@
 
 #include "poly_adaptors.h"
 #include "report.h"
+#include "syntax_error.h"
 
 /* Deep nesting and long case lists need a deep stack; the limit keeps hostile input from taking all
  * memory. */
@@ -439,50 +439,18 @@ void warn_of_bar() {
     report(ERROR_TYPE_WARNING, ERR_GRAM_BAR_DEPRECATED(pm_position()));
 }
 
-/* Whether messages show the name without quotes. */
-bool is_bare(int symbol) {
-    return symbol == YYSYMBOL_YYEOF || symbol == YYSYMBOL_YYerror || symbol == YYSYMBOL_BAD_TOKEN;
-}
-
-/* Writes `prefix` and the symbol's name at `text`, and returns the end. */
-char* print_symbol(char* text, const char* prefix, int symbol) {
-    const char* quote = is_bare(symbol) ? "" : "\"";
-    return text + std::sprintf(text, "%s%s%s%s", prefix, quote,
-                               yysymbol_name(static_cast<yysymbol_kind_t>(symbol)), quote);
-}
-
-/* Calls each(symbol) for every terminal that has an entry in the row of actions at `row`. */
-template <typename Each>
-void for_each_in_row(int row, Each each) {
-    for (int symbol = row < 0 ? -row : 0; symbol < YYNTOKENS && row + symbol <= YYLAST; ++symbol)
-        if (yycheck[row + symbol] == symbol) each(symbol);
-}
-
-/* What is wrong: callers know these words. What would have fitted is told where that is little; the
- * recovery from an error is among it where there is one. */
-void print_syntax_error(char* text, int state, int unexpected) {
-    const int row = yypact[state];
-    text += std::sprintf(text, "parse error");
-    if (yypact_value_is_default(row)) return;
-    text = print_symbol(text, ", unexpected ", unexpected);
-    int count = 0;
-    for_each_in_row(row, [&](int) { ++count; });
-    if (count >= 5) return;
-    const char* prefix = ", expecting ";
-    for_each_in_row(row, [&](int symbol) {
-        text = print_symbol(text, prefix, symbol);
-        prefix = " or ";
-    });
-}
-
 /* Called by the parser for one thing alone: its stack is full. */
 void pmerror(const char*) { report_error(ERR_PARSER(pm_position(), "parser stack overflow")); }
 
 } // namespace
 
 static int yyreport_syntax_error(const yypcontext_t* context) {
+    const int row = yypact[*context->yyssp];
+    const ActionRow<std::remove_extent_t<decltype(yycheck)>> actions = {
+        yycheck, YYLAST, YYNTOKENS, row, yypact_value_is_default(row), YYSYMBOL_BAD_TOKEN,
+        [](int symbol) { return yysymbol_name(static_cast<yysymbol_kind_t>(symbol)); }};
     char message[MESSAGE_BUFFER_SIZE];
-    print_syntax_error(message, *context->yyssp, context->yytoken);
+    actions.print_syntax_error(message, context->yytoken);
     report_error(ERR_PARSER(pm_position(), message));
     return 0;
 }

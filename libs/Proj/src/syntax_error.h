@@ -1,0 +1,56 @@
+// The words about a syntax error, which callers know: those of both grammars, made from the tables
+// of their parsers.
+#ifndef NORVANE_PROJ_SYNTAX_ERROR_H
+#define NORVANE_PROJ_SYNTAX_ERROR_H
+
+#include <cstdio>
+
+namespace norvane {
+
+// The row of a state in the table of actions of a parser that bison made, and the names of the
+// symbols. Those of the end of the input, of bison's `error` and of `bad_token` show without
+// quotes.
+template <typename Check>
+struct ActionRow {
+    const Check* check; // yycheck
+    int last;           // YYLAST
+    int tokens;         // YYNTOKENS
+    int row;            // yypact of the state
+    bool is_default;    // the state has no row
+    int bad_token;
+    const char* (*name)(int symbol);
+
+    // Calls each(symbol) for every terminal that has an entry.
+    template <typename Each>
+    void for_each(Each each) const {
+        for (int symbol = row < 0 ? -row : 0; symbol < tokens && row + symbol <= last; ++symbol)
+            if (check[row + symbol] == symbol) each(symbol);
+    }
+
+    // Writes `prefix` and the symbol's name at `text`, and returns the end.
+    char* print_symbol(char* text, const char* prefix, int symbol) const {
+        const bool is_bare = symbol <= 1 || symbol == bad_token;
+        const char* quote = is_bare ? "" : "\"";
+        return text + std::sprintf(text, "%s%s%s%s", prefix, quote, name(symbol), quote);
+    }
+
+    // What would have fitted is told where that is little; the recovery from an error is among it
+    // where there is one.
+    void print_syntax_error(char* text, int unexpected) const {
+        text += std::sprintf(text, "parse error");
+        if (is_default) return;
+        text = print_symbol(text, ", unexpected ", unexpected);
+        int count = 0;
+        for_each([&](int) { ++count; });
+        if (count >= 5) return;
+        const char* prefix = ", expecting ";
+        for_each([&](int symbol) {
+            text = print_symbol(text, prefix, symbol);
+            prefix = " or ";
+        });
+    }
+};
+
+} // namespace norvane
+
+#endif
