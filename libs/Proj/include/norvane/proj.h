@@ -7,6 +7,7 @@
 #include "norvane/proj/decl.h"
 #include "norvane/proj/expandrules.h"
 #include "norvane/proj/expr.h"
+#include "norvane/proj/loadclfile.h"
 #include "norvane/proj/loadpmfile.h"
 #include "norvane/proj/presentation.h"
 #include "norvane/proj/printpmfile.h"

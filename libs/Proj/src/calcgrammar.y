@@ -1,0 +1,541 @@
+/* The grammar of calculation source: builds the calculation set, namespace by namespace.
+ *
+ * A record has the line of its first symbol, but for unary and binary expressions, which have that
+ * of the operator. The first syntax error ends the parse. */
+
+%require "3.8"
+%define api.prefix {cl}
+%define api.token.prefix {CL_}
+%define api.token.raw
+%define api.location.type {int}
+%define parse.error custom
+%locations
+/* A statement may follow a condition directly, as in "if a b := 1;". Two of the conflicts are "(" behind
+ * a name there, which makes it a call, and two are "else", which belongs to the nearest "if". */
+%expect 4
+
+%code requires {
+#include "norvane/proj/calc.h"
+
+#include "clfrontend.h"
+}
+
+%code {
+#include <cstring>
+#include <type_traits>
+
+#include "norvane/base/items.hpp"
+#include "norvane/base/memory.h"
+#include "norvane/proj/proj_errors.h"
+
+#include "poly_adaptors.h"
+#include "report.h"
+#include "scanning.h"
+#include "syntax_error.h"
+
+/* The limit is part of the language. */
+#define YYINITDEPTH 200
+#define YYMAXDEPTH 10000
+
+/* A location is a line. An empty symbol has that of the one before it. */
+#define YYLLOC_DEFAULT(current, rhs, n) ((current) = (rhs)[(n) != 0])
+
+using namespace norvane;
+
+namespace {
+
+void delete_with(PolyList* list, PolyDelete delete_element);
+void delete_name(ClName* name);
+ClName* new_name(char* text, PolyList* indices, ClName* rest);
+char* number_text(int number);
+void add_functions(ClName* ns_name, PolyList* functions);
+CFunc* finished(CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts);
+CFuncArg* argument(CalcType type, char* name, int line);
+CFuncLVar* local_variable(CalcType type, char* name, CExpr* init, int line);
+CStmt* switch_statement(CExpr* value, PolyList* cases, PolyList* default_stmts, int line);
+CExpr* variable(char* name, int line);
+CExpr* product_variable(ClName* name, int line);
+CExpr* call(ClName* name, PolyList* args, int line);
+PolyList* bare_list();
+PolyList* list_of_expressions();
+PolyList* appended(PolyList* list, void* element);
+void warn_of_colon();
+void clerror(const char* message);
+
+} // namespace
+}
+
+%union {
+    int integer;
+    double real;
+    char* text;
+    CalcType type;
+    CExpr* expr; /* null where it is absent */
+    CStmt* stmt;
+    CFunc* func;
+    CFuncArg* arg;
+    CFuncLVar* lvar;
+    CCase* ccase;
+    norvane::ClName* name;
+    PolyList* exprs; /* owns its elements */
+    /* These have no delete callback. */
+    PolyList* funcs;
+    PolyList* args; /* null if there are none */
+    PolyList* lvars;
+    PolyList* stmts;
+    PolyList* cases;
+}
+
+/* Their order is the order of names in messages. */
+%token END 0 "$"
+%token BOOLEAN "boolean"
+%token TRUE "true"
+%token FALSE "false"
+%token IF "if"
+%token THEN "then"
+%token ELSE "else"
+%token SWITCH "switch"
+%token DEFAULT "default"
+%token EXTERNAL "external"
+%token DO "do"
+%token CASE "case"
+%token WHILE "while"
+%token DOT "."
+%token COMMA ","
+%token COLON ":"
+%token LPAREN "("
+%token RPAREN ")"
+%token LBRACKET "["
+%token RBRACKET "]"
+%token LBRACE "{"
+%token RBRACE "}"
+%token STRING "string"
+%token INTEGER "integer"
+%token SEMICOLON ";"
+%token VOID "void"
+%token BIIMPLIES "<->"
+%token IMPLIES "->"
+%token XOR "xor"
+%token OR "or"
+%token AND "and"
+%token NOT "not"
+%token LT "<"
+%token LE "<="
+%token GT ">"
+%token GE ">="
+%token EQ "="
+%token NEQ "<>"
+%token PLUS "+"
+%token MINUS "-"
+%token TIMES "*"
+%token DIV "/"
+%token FLOAT "float"
+%token ASSIGN ":="
+%token QUESTION "?"
+%token RETURN "return"
+%token BREAK "break"
+%token FOR "for"
+%token NAMESPACE "namespace"
+%token MOD "%"
+%token POWER "^"
+%token BAR "|"
+%token BAD_TOKEN "_ERROR"
+%token <integer> INTCONST "An integer constant"
+%token <real> FLOATCONST "A float constant"
+%token <text> IDENTIFIER "An identifier"
+%token <text> STRINGCONST "A string constant"
+%token <text> NAMESPACEID "Namespace Identifier"
+
+%precedence ":="
+%left "|"
+%right "<->"
+%left "?" ":"
+%right "->"
+%left "xor"
+%left "or"
+%left "and"
+%precedence "not"
+%nonassoc "=" "<" ">" "<>" ">=" "<="
+%left "+" "-"
+%left "*" "/"
+%left "%" "^"
+
+%type <funcs> functions
+%type <func> function
+%type <expr> opt_default opt_expr condition expr
+%type <args> args args1
+%type <arg> arg
+%type <lvars> vardefs
+%type <lvar> vardef
+%type <stmts> stmts default_label
+%type <stmt> stmt
+%type <cases> case_labels
+%type <ccase> case_label
+%type <exprs> fnargs fnargs1 arrayindex
+%type <name> ns_name dotted_name path
+%type <text> ns_component
+%type <type> type
+
+%destructor { str_delete($$); } <text>
+%destructor { if ($$) calc_delete_expr($$); } <expr>
+%destructor { calc_delete_stmt($$); } <stmt>
+%destructor { calc_delete_func($$); } <func>
+%destructor { calc_delete_func_arg($$); } <arg>
+%destructor { calc_delete_func_lvar($$); } <lvar>
+%destructor { calc_delete_case($$); } <ccase>
+%destructor { delete_name($$); } <name>
+%destructor { plist_delete($$); } <exprs>
+%destructor { delete_with($$, poly<calc_delete_func>); } <funcs>
+%destructor { if ($$) delete_with($$, poly<calc_delete_func_arg>); } <args>
+%destructor { delete_with($$, poly<calc_delete_func_lvar>); } <lvars>
+%destructor { delete_with($$, poly<calc_delete_stmt>); } <stmts>
+%destructor { delete_with($$, poly<calc_delete_case>); } <cases>
+
+%start start
+
+%%
+
+start: namespaces;
+
+namespaces: namespace
+          | namespaces namespace
+          ;
+
+namespace: "namespace" ns_name "{" functions "}" { add_functions($2, $4); };
+
+functions: function           { $$ = appended(bare_list(), $1); }
+         | functions function { $$ = appended($1, $2); }
+         ;
+
+function: type "An identifier" "(" args ")" opt_default "{" vardefs stmts "}" {
+              $$ = finished(calc_new_func($2, $1, $6, cl.input_name, @2), $4, $8, $9);
+          }
+        | type "An identifier" "(" args ")" "=" expr ";" {
+              PolyList* stmts = appended(bare_list(), calc_new_return_stmt($7, @7));
+              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2), $4, nullptr, stmts);
+          }
+        | type "An identifier" "(" args ")" ":" "external" "A string constant" ";" {
+              PolyList* stmts = appended(bare_list(), calc_new_external_stmt($8, @8));
+              str_delete($8);
+              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2), $4, nullptr, stmts);
+          }
+        ;
+
+opt_default: %empty   { $$ = nullptr; }
+           | ":" expr { $$ = $2; warn_of_colon(); }
+           | "|" expr { $$ = $2; }
+           ;
+
+args: %empty { $$ = nullptr; }
+    | args1
+    ;
+
+args1: args1 "," arg { $$ = appended($1, $3); }
+     | arg           { $$ = appended(bare_list(), $1); }
+     ;
+
+arg: type "An identifier" { $$ = argument($1, $2, @2); };
+
+vardefs: %empty         { $$ = bare_list(); }
+       | vardefs vardef { $$ = appended($1, $2); }
+       ;
+
+vardef: type "An identifier" ":=" expr ";" { $$ = local_variable($1, $2, $4, @2); }
+      | type "An identifier" ";"           { $$ = local_variable($1, $2, nullptr, @2); }
+      ;
+
+stmts: %empty     { $$ = bare_list(); }
+     | stmts stmt { $$ = appended($1, $2); }
+     ;
+
+/* What can go on as the condition does: "if a - b;" tests a - b. */
+condition: expr %prec ":=";
+
+stmt: "if" condition stmt               { $$ = calc_new_ite_stmt($2, $3, nullptr, @1); }
+    | "if" condition "then" stmt        { $$ = calc_new_ite_stmt($2, $4, nullptr, @1); }
+    | "if" condition stmt "else" stmt   { $$ = calc_new_ite_stmt($2, $3, $5, @1); }
+    | "if" condition "then" stmt "else" stmt {
+          $$ = calc_new_ite_stmt($2, $4, $6, @1);
+      }
+    | "{" stmts "}"                     { $$ = calc_new_block_stmt($2, @1); }
+    | opt_expr ";"                      { $$ = calc_new_expr_stmt($1, $1 ? @1 : @2); }
+    | "switch" expr "{" case_labels "}" { $$ = switch_statement($2, $4, nullptr, @1); }
+    | "switch" expr "{" case_labels default_label "}" { $$ = switch_statement($2, $4, $5, @1); }
+    | "break" ";"                       { $$ = calc_new_break_stmt(@1); }
+    | "while" condition stmt            { $$ = calc_new_while_stmt($2, $3, @1); }
+    | "do" stmt "while" expr ";"        { $$ = calc_new_do_stmt($4, $2, @1); }
+    | "for" "(" opt_expr ";" opt_expr ";" opt_expr ")" stmt {
+          $$ = calc_new_for_stmt($3, $5, $7, $9, @1);
+      }
+    | "return" expr ";"                 { $$ = calc_new_return_stmt($2, @1); }
+    ;
+
+case_labels: %empty                 { $$ = bare_list(); }
+           | case_labels case_label { $$ = appended($1, $2); }
+           ;
+
+case_label: "case" expr ":" stmts { $$ = calc_new_case($2, $4); };
+
+default_label: "default" ":" stmts { $$ = $3; };
+
+opt_expr: %empty { $$ = nullptr; }
+        | expr
+        ;
+
+expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2); }
+    | expr "or" expr  { $$ = calc_new_binary_expr(COPR_OR, $1, $3, @2); }
+    | expr "xor" expr { $$ = calc_new_binary_expr(COPR_XOR, $1, $3, @2); }
+    | expr "->" expr  { $$ = calc_new_binary_expr(COPR_IMP, $1, $3, @2); }
+    | expr "<->" expr { $$ = calc_new_binary_expr(COPR_BIIMP, $1, $3, @2); }
+    | expr "|" expr   { $$ = calc_new_binary_expr(COPR_DEF, $1, $3, @2); }
+    | expr "+" expr   { $$ = calc_new_binary_expr(COPR_PLUS, $1, $3, @2); }
+    | expr "-" expr   { $$ = calc_new_binary_expr(COPR_MINUS, $1, $3, @2); }
+    | expr "*" expr   { $$ = calc_new_binary_expr(COPR_MULT, $1, $3, @2); }
+    | expr "/" expr   { $$ = calc_new_binary_expr(COPR_DIV, $1, $3, @2); }
+    | expr "%" expr   { $$ = calc_new_binary_expr(COPR_MOD, $1, $3, @2); }
+    | expr "^" expr   { $$ = calc_new_binary_expr(COPR_EXP, $1, $3, @2); }
+    | expr "<" expr   { $$ = calc_new_binary_expr(COPR_LT, $1, $3, @2); }
+    | expr "<=" expr  { $$ = calc_new_binary_expr(COPR_LTEQ, $1, $3, @2); }
+    | expr ">" expr   { $$ = calc_new_binary_expr(COPR_GT, $1, $3, @2); }
+    | expr ">=" expr  { $$ = calc_new_binary_expr(COPR_GTEQ, $1, $3, @2); }
+    | expr "=" expr   { $$ = calc_new_binary_expr(COPR_EQ, $1, $3, @2); }
+    | expr "<>" expr  { $$ = calc_new_binary_expr(COPR_NEQ, $1, $3, @2); }
+    | "not" expr      { $$ = calc_new_unary_expr(COPR_NOT, $2, @1); }
+    | "-" expr        { $$ = calc_new_unary_expr(COPR_MINUS, $2, @1); }
+    | "(" expr ")"    { $$ = $2; }
+    | expr "?" expr ":" expr { $$ = calc_new_ite_expr($1, $3, $5, @1); }
+    | "An integer constant" { $$ = calc_new_intconst_expr($1, @1); }
+    | "true"          { $$ = calc_new_boolconst_expr(1, @1); }
+    | "false"         { $$ = calc_new_boolconst_expr(0, @1); }
+    | "A float constant" { $$ = calc_new_floatconst_expr($1, @1); }
+    | "A string constant" { $$ = calc_new_stringconst_expr($1, @1, false); }
+    /* Most names are single identifiers, hence rules of their own. */
+    | "An identifier" { $$ = variable($1, @1); }
+    | "An identifier" ":=" expr {
+          $$ = calc_new_binary_expr(COPR_ASSIGN, variable($1, @1), $3, @2);
+      }
+    | "An identifier" "(" fnargs ")" { $$ = calc_new_call_expr(nullptr, $1, $3, @1); }
+    | path            { $$ = product_variable($1, @1); }
+    | path ":=" expr  {
+          $$ = calc_new_binary_expr(COPR_ASSIGN, product_variable($1, @1), $3, @2);
+      }
+    | path "(" fnargs ")" {
+          $$ = call($1, $3, @1);
+          if (!$$) YYABORT;
+      }
+    ;
+
+fnargs: %empty  { $$ = list_of_expressions(); }
+      | fnargs1
+      ;
+
+/* Callers rely on a comma being allowed before the first argument. */
+fnargs1: expr            { $$ = appended(list_of_expressions(), $1); }
+       | fnargs "," expr { $$ = appended($1, $3); }
+       ;
+
+ns_name: ns_component             { $$ = new_name($1, nullptr, nullptr); }
+       | ns_component "." ns_name { $$ = new_name($1, nullptr, $3); }
+       ;
+
+ns_component: "Namespace Identifier"
+            | "An identifier"
+            | "An integer constant" { $$ = number_text($1); }
+            | "A string constant"
+            ;
+
+dotted_name: "An identifier" { $$ = new_name($1, nullptr, nullptr); }
+           | path
+           ;
+
+path: "An identifier" arrayindex                 { $$ = new_name($1, $2, nullptr); }
+    | "An identifier" "." dotted_name            { $$ = new_name($1, nullptr, $3); }
+    | "An identifier" arrayindex "." dotted_name { $$ = new_name($1, $2, $4); }
+    ;
+
+arrayindex: arrayindex "[" expr "]" { $$ = appended($1, $3); }
+          | "[" expr "]"            { $$ = appended(list_of_expressions(), $2); }
+          ;
+
+type: "integer" { $$ = CTYPE_INT; }
+    | "string"  { $$ = CTYPE_STRING; }
+    | "boolean" { $$ = CTYPE_BOOL; }
+    | "float"   { $$ = CTYPE_FLOAT; }
+    | "void"    { $$ = CTYPE_VOID; }
+    ;
+
+%%
+
+namespace {
+
+/* The stacks of the parser are moved about as plain memory when they grow. */
+static_assert(std::is_trivially_copyable_v<YYSTYPE> && sizeof(YYSTYPE) == 8);
+
+/* The warning about colons is given once in a process. */
+bool colon_warned;
+
+PolyList* bare_list() { return plist_new(nullptr, nullptr, nullptr); }
+
+PolyList* list_of_expressions() { return plist_new(nullptr, nullptr, poly<calc_delete_expr>); }
+
+PolyList* appended(PolyList* list, void* element) {
+    plist_append(list, element);
+    return list;
+}
+
+void delete_with(PolyList* list, PolyDelete delete_element) {
+    list->delete_element = delete_element;
+    plist_delete(list);
+}
+
+/* Puts a list of the parser, if there is one, in the place of an empty one of the tree. */
+void adopt(PolyList** place, PolyList* list) {
+    if (!list) return;
+    list->delete_element = (*place)->delete_element;
+    plist_delete(*place);
+    *place = list;
+}
+
+ClName* new_name(char* text, PolyList* indices, ClName* rest) {
+    auto* name = static_cast<ClName*>(util_malloc_throw(sizeof(ClName)));
+    *name = {text, indices, rest};
+    return name;
+}
+
+/* Frees one component without its parts, and returns the next one. */
+ClName* freed(ClName* name) {
+    ClName* rest = name->rest;
+    std::free(name);
+    return rest;
+}
+
+void delete_name(ClName* name) {
+    while (name) {
+        str_delete(name->text);
+        plist_delete(name->indices);
+        name = freed(name);
+    }
+}
+
+char* number_text(int number) {
+    char digits[16];
+    str_snprintf(digits, sizeof digits, "%d", number);
+    return str_copy(digits);
+}
+
+/* The components joined by points, as a new text; null after a report if one has indices. */
+char* calc_make_dotted_name(const ClName* name) {
+    std::size_t size = 0;
+    for (const ClName* part = name; part; part = part->rest) {
+        if (part->indices) {
+            report_error(ERR_CALC_GRAM_NS_NAME(cl_position()));
+            return nullptr;
+        }
+        size += std::strlen(part->text) + 1;
+    }
+    auto* text = static_cast<char*>(util_malloc_throw(size));
+    char* end = text;
+    for (; name; name = name->rest) {
+        const std::size_t length = std::strlen(name->text);
+        std::memcpy(end, name->text, length);
+        end[length] = name->rest ? '.' : '\0';
+        end += length + 1;
+    }
+    return text;
+}
+
+/* A namespace that comes again goes on. A function that is refused has been reported. */
+void add_functions(ClName* ns_name, PolyList* functions) {
+    char* name = calc_make_dotted_name(ns_name);
+    for (CFunc* func : items<CFunc>(functions))
+        if (calc_add_function(cl.calc, name, func) != 0) calc_delete_func(func);
+    str_delete(name);
+    delete_name(ns_name);
+    plist_delete(functions);
+}
+
+/* Fills in what may be null of a function, whose local names end here. */
+CFunc* finished(CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts) {
+    adopt(&func->args, args);
+    adopt(&func->vardefs, vardefs);
+    adopt(&func->stmts, stmts);
+    pset_empty(cl.local_names);
+    return func;
+}
+
+CFuncArg* argument(CalcType type, char* name, int line) {
+    pset_insert(cl.local_names, name);
+    return calc_new_func_arg(name, type, line);
+}
+
+CFuncLVar* local_variable(CalcType type, char* name, CExpr* init, int line) {
+    pset_insert(cl.local_names, name);
+    return calc_new_func_lvar(name, type, init, line);
+}
+
+CStmt* switch_statement(CExpr* value, PolyList* cases, PolyList* default_stmts, int line) {
+    CStmt* stmt = calc_new_switch_stmt(value, line);
+    adopt(&stmt->args.switch_args.cases, cases);
+    if (default_stmts) calc_add_switch_default(stmt, default_stmts);
+    return stmt;
+}
+
+/* A local one if there is one so far, else one of the product model. */
+CExpr* variable(char* name, int line) {
+    if (pset_peek(cl.local_names, name, nullptr) == 0) return calc_new_lvar_expr(name, line);
+    return calc_new_pmvar_expr(calc_new_pmvar(name), line);
+}
+
+/* What is indexed or dotted is of the product model, whatever its first component names. */
+CExpr* product_variable(ClName* name, int line) {
+    CPMVar* first = nullptr;
+    CPMVar* last = nullptr;
+    for (; name; name = freed(name)) {
+        CPMVar* component = calc_new_pmvar(name->text);
+        adopt(&component->arr_indices, name->indices);
+        if (last)
+            calc_set_pmvar_nested(last, component);
+        else
+            first = component;
+        last = component;
+    }
+    return calc_new_pmvar_expr(first, line);
+}
+
+/* The last component names the function, those before it the namespace. Null after a report; all
+ * is freed then. */
+CExpr* call(ClName* name, PolyList* args, int line) {
+    char* ns_name = calc_make_dotted_name(name);
+    CExpr* result = nullptr;
+    if (ns_name) {
+        char* point = std::strrchr(ns_name, '.');
+        *point = '\0';
+        result = calc_new_call_expr(ns_name, str_copy(point + 1), args, line);
+    } else {
+        plist_delete(args);
+    }
+    delete_name(name);
+    return result;
+}
+
+void warn_of_colon() {
+    if (colon_warned) return;
+    colon_warned = true;
+    report(ERROR_TYPE_WARNING, ERR_CALC_GRAM_COLON_DEPRECATED(cl_position()));
+}
+
+/* Called by the parser for one thing alone: its stack is full. */
+void clerror(const char*) { report_error(ERR_PARSER(cl_position(), "parser stack overflow")); }
+
+} // namespace
+
+static int yyreport_syntax_error(const yypcontext_t* context) {
+    const int row = yypact[*context->yyssp];
+    const ActionRow<std::remove_extent_t<decltype(yycheck)>> actions = {
+        yycheck, YYLAST, YYNTOKENS, row, yypact_value_is_default(row), YYSYMBOL_BAD_TOKEN,
+        [](int symbol) { return yysymbol_name(static_cast<yysymbol_kind_t>(symbol)); }};
+    char message[MESSAGE_BUFFER_SIZE];
+    actions.print_syntax_error(message, context->yytoken);
+    report_error(ERR_PARSER(cl_position(), message));
+    return 0;
+}
