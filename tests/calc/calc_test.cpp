@@ -10,11 +10,6 @@
 namespace norvane::test {
 namespace {
 
-struct CalcDeleter {
-    void operator()(PolyHash* c) const { calc_delete(c); }
-};
-using CalcPtr = std::unique_ptr<PolyHash, CalcDeleter>;
-
 CExpr* local(const char* name) {
     return calc_new_lvar_expr(str_copy(name), 1);
 }

@@ -5,11 +5,10 @@
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
-#include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "cases.h"
 #include "norvane/base/items.hpp"
 #include "support.h"
 
@@ -23,48 +22,12 @@ std::string outcome(const std::string& source) {
     return reports.text() + (project ? print(project.get()) : "");
 }
 
-struct Case {
-    int line;
-    std::string source;
-    std::string expected;
-};
-
-// A case is a block of lines "> SOURCE" and, up to the next such block, what is expected.
-std::vector<Case> cases_of(const std::string& data) {
-    std::vector<Case> cases;
-    std::istringstream lines(data);
-    bool in_source = false;
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        ++number;
-        const bool is_source = line.starts_with(">");
-        if (is_source && !in_source) cases.push_back({number, "", ""});
-        if (is_source)
-            cases.back().source += (in_source ? "\n" : "") + line.substr(line.size() > 1 ? 2 : 1);
-        else if (!cases.empty())
-            cases.back().expected += line + "\n";
-        in_source = is_source;
-    }
-    return cases;
-}
-
-std::string without_blank_end(std::string text) {
-    text.erase(text.find_last_not_of('\n') + 1);
-    return text;
-}
-
-void expect_outcomes(const std::string& name) {
-    for (const Case& c : cases_of(test_data("model/data/" + std::string(name))))
-        EXPECT_EQ(without_blank_end(outcome(c.source)), without_blank_end(c.expected))
-            << name << ":" << c.line << ": " << c.source;
-}
-
 TEST(Grammar, SourcesGiveTheirTrees) {
-    expect_outcomes("frontend_trees.txt");
+    expect_outcomes("model/data/frontend_trees.txt", outcome);
 }
 
 TEST(Grammar, SyntaxErrorsNameTheTokenAndTheOpenConstruct) {
-    expect_outcomes("frontend_errors.txt");
+    expect_outcomes("model/data/frontend_errors.txt", outcome);
 }
 
 TEST(Grammar, OperatorsBindAndAssociate) {

@@ -57,11 +57,15 @@ struct TypeDeleter {
 struct ListDeleter {
     void operator()(PolyList* l) const { plist_delete(l); }
 };
+struct CalcDeleter {
+    void operator()(PolyHash* c) const { calc_delete(c); }
+};
 using ProjectPtr = std::unique_ptr<Project, ProjectDeleter>;
 using TablePtr = std::unique_ptr<SymbolTable, TableDeleter>;
 using ExprPtr = std::unique_ptr<Expr, ExprDeleter>;
 using TypePtr = std::unique_ptr<TypeCon, TypeDeleter>;
 using ListPtr = std::unique_ptr<PolyList, ListDeleter>;
+using CalcPtr = std::unique_ptr<PolyHash, CalcDeleter>;
 
 // Parses preprocessed source under the file name "model.pm"; null after reports.
 ProjectPtr parse(const std::string& source);

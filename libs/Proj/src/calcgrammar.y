@@ -7,7 +7,6 @@
 %define api.prefix {cl}
 %define api.token.prefix {CL_}
 %define api.token.raw
-%define api.location.type {int}
 %define parse.error custom
 %locations
 /* A statement may follow a condition directly, as in "if a b := 1;". Two of the conflicts are "(" behind
@@ -37,7 +36,7 @@
 #define YYINITDEPTH 200
 #define YYMAXDEPTH 10000
 
-/* A location is a line. An empty symbol has that of the one before it. */
+/* Of a location the first line alone is used. An empty symbol has that of the one before it. */
 #define YYLLOC_DEFAULT(current, rhs, n) ((current) = (rhs)[(n) != 0])
 
 using namespace norvane;
@@ -208,16 +207,16 @@ functions: function           { $$ = appended(bare_list(), $1); }
          ;
 
 function: type "An identifier" "(" args ")" opt_default "{" vardefs stmts "}" {
-              $$ = finished(calc_new_func($2, $1, $6, cl.input_name, @2), $4, $8, $9);
+              $$ = finished(calc_new_func($2, $1, $6, cl.input_name, @2.first_line), $4, $8, $9);
           }
         | type "An identifier" "(" args ")" "=" expr ";" {
-              PolyList* stmts = appended(bare_list(), calc_new_return_stmt($7, @7));
-              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2), $4, nullptr, stmts);
+              PolyList* stmts = appended(bare_list(), calc_new_return_stmt($7, @7.first_line));
+              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line), $4, nullptr, stmts);
           }
         | type "An identifier" "(" args ")" ":" "external" "A string constant" ";" {
-              PolyList* stmts = appended(bare_list(), calc_new_external_stmt($8, @8));
+              PolyList* stmts = appended(bare_list(), calc_new_external_stmt($8, @8.first_line));
               str_delete($8);
-              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2), $4, nullptr, stmts);
+              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line), $4, nullptr, stmts);
           }
         ;
 
@@ -234,14 +233,14 @@ args1: args1 "," arg { $$ = appended($1, $3); }
      | arg           { $$ = appended(bare_list(), $1); }
      ;
 
-arg: type "An identifier" { $$ = argument($1, $2, @2); };
+arg: type "An identifier" { $$ = argument($1, $2, @2.first_line); };
 
 vardefs: %empty         { $$ = bare_list(); }
        | vardefs vardef { $$ = appended($1, $2); }
        ;
 
-vardef: type "An identifier" ":=" expr ";" { $$ = local_variable($1, $2, $4, @2); }
-      | type "An identifier" ";"           { $$ = local_variable($1, $2, nullptr, @2); }
+vardef: type "An identifier" ":=" expr ";" { $$ = local_variable($1, $2, $4, @2.first_line); }
+      | type "An identifier" ";"           { $$ = local_variable($1, $2, nullptr, @2.first_line); }
       ;
 
 stmts: %empty     { $$ = bare_list(); }
@@ -251,23 +250,23 @@ stmts: %empty     { $$ = bare_list(); }
 /* What can go on as the condition does: "if a - b;" tests a - b. */
 condition: expr %prec ":=";
 
-stmt: "if" condition stmt               { $$ = calc_new_ite_stmt($2, $3, nullptr, @1); }
-    | "if" condition "then" stmt        { $$ = calc_new_ite_stmt($2, $4, nullptr, @1); }
-    | "if" condition stmt "else" stmt   { $$ = calc_new_ite_stmt($2, $3, $5, @1); }
+stmt: "if" condition stmt               { $$ = calc_new_ite_stmt($2, $3, nullptr, @1.first_line); }
+    | "if" condition "then" stmt        { $$ = calc_new_ite_stmt($2, $4, nullptr, @1.first_line); }
+    | "if" condition stmt "else" stmt   { $$ = calc_new_ite_stmt($2, $3, $5, @1.first_line); }
     | "if" condition "then" stmt "else" stmt {
-          $$ = calc_new_ite_stmt($2, $4, $6, @1);
+          $$ = calc_new_ite_stmt($2, $4, $6, @1.first_line);
       }
-    | "{" stmts "}"                     { $$ = calc_new_block_stmt($2, @1); }
-    | opt_expr ";"                      { $$ = calc_new_expr_stmt($1, $1 ? @1 : @2); }
-    | "switch" expr "{" case_labels "}" { $$ = switch_statement($2, $4, nullptr, @1); }
-    | "switch" expr "{" case_labels default_label "}" { $$ = switch_statement($2, $4, $5, @1); }
-    | "break" ";"                       { $$ = calc_new_break_stmt(@1); }
-    | "while" condition stmt            { $$ = calc_new_while_stmt($2, $3, @1); }
-    | "do" stmt "while" expr ";"        { $$ = calc_new_do_stmt($4, $2, @1); }
+    | "{" stmts "}"                     { $$ = calc_new_block_stmt($2, @1.first_line); }
+    | opt_expr ";"                      { $$ = calc_new_expr_stmt($1, $1 ? @1.first_line : @2.first_line); }
+    | "switch" expr "{" case_labels "}" { $$ = switch_statement($2, $4, nullptr, @1.first_line); }
+    | "switch" expr "{" case_labels default_label "}" { $$ = switch_statement($2, $4, $5, @1.first_line); }
+    | "break" ";"                       { $$ = calc_new_break_stmt(@1.first_line); }
+    | "while" condition stmt            { $$ = calc_new_while_stmt($2, $3, @1.first_line); }
+    | "do" stmt "while" expr ";"        { $$ = calc_new_do_stmt($4, $2, @1.first_line); }
     | "for" "(" opt_expr ";" opt_expr ";" opt_expr ")" stmt {
-          $$ = calc_new_for_stmt($3, $5, $7, $9, @1);
+          $$ = calc_new_for_stmt($3, $5, $7, $9, @1.first_line);
       }
-    | "return" expr ";"                 { $$ = calc_new_return_stmt($2, @1); }
+    | "return" expr ";"                 { $$ = calc_new_return_stmt($2, @1.first_line); }
     ;
 
 case_labels: %empty                 { $$ = bare_list(); }
@@ -282,45 +281,45 @@ opt_expr: %empty { $$ = nullptr; }
         | expr
         ;
 
-expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2); }
-    | expr "or" expr  { $$ = calc_new_binary_expr(COPR_OR, $1, $3, @2); }
-    | expr "xor" expr { $$ = calc_new_binary_expr(COPR_XOR, $1, $3, @2); }
-    | expr "->" expr  { $$ = calc_new_binary_expr(COPR_IMP, $1, $3, @2); }
-    | expr "<->" expr { $$ = calc_new_binary_expr(COPR_BIIMP, $1, $3, @2); }
-    | expr "|" expr   { $$ = calc_new_binary_expr(COPR_DEF, $1, $3, @2); }
-    | expr "+" expr   { $$ = calc_new_binary_expr(COPR_PLUS, $1, $3, @2); }
-    | expr "-" expr   { $$ = calc_new_binary_expr(COPR_MINUS, $1, $3, @2); }
-    | expr "*" expr   { $$ = calc_new_binary_expr(COPR_MULT, $1, $3, @2); }
-    | expr "/" expr   { $$ = calc_new_binary_expr(COPR_DIV, $1, $3, @2); }
-    | expr "%" expr   { $$ = calc_new_binary_expr(COPR_MOD, $1, $3, @2); }
-    | expr "^" expr   { $$ = calc_new_binary_expr(COPR_EXP, $1, $3, @2); }
-    | expr "<" expr   { $$ = calc_new_binary_expr(COPR_LT, $1, $3, @2); }
-    | expr "<=" expr  { $$ = calc_new_binary_expr(COPR_LTEQ, $1, $3, @2); }
-    | expr ">" expr   { $$ = calc_new_binary_expr(COPR_GT, $1, $3, @2); }
-    | expr ">=" expr  { $$ = calc_new_binary_expr(COPR_GTEQ, $1, $3, @2); }
-    | expr "=" expr   { $$ = calc_new_binary_expr(COPR_EQ, $1, $3, @2); }
-    | expr "<>" expr  { $$ = calc_new_binary_expr(COPR_NEQ, $1, $3, @2); }
-    | "not" expr      { $$ = calc_new_unary_expr(COPR_NOT, $2, @1); }
-    | "-" expr        { $$ = calc_new_unary_expr(COPR_MINUS, $2, @1); }
+expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2.first_line); }
+    | expr "or" expr  { $$ = calc_new_binary_expr(COPR_OR, $1, $3, @2.first_line); }
+    | expr "xor" expr { $$ = calc_new_binary_expr(COPR_XOR, $1, $3, @2.first_line); }
+    | expr "->" expr  { $$ = calc_new_binary_expr(COPR_IMP, $1, $3, @2.first_line); }
+    | expr "<->" expr { $$ = calc_new_binary_expr(COPR_BIIMP, $1, $3, @2.first_line); }
+    | expr "|" expr   { $$ = calc_new_binary_expr(COPR_DEF, $1, $3, @2.first_line); }
+    | expr "+" expr   { $$ = calc_new_binary_expr(COPR_PLUS, $1, $3, @2.first_line); }
+    | expr "-" expr   { $$ = calc_new_binary_expr(COPR_MINUS, $1, $3, @2.first_line); }
+    | expr "*" expr   { $$ = calc_new_binary_expr(COPR_MULT, $1, $3, @2.first_line); }
+    | expr "/" expr   { $$ = calc_new_binary_expr(COPR_DIV, $1, $3, @2.first_line); }
+    | expr "%" expr   { $$ = calc_new_binary_expr(COPR_MOD, $1, $3, @2.first_line); }
+    | expr "^" expr   { $$ = calc_new_binary_expr(COPR_EXP, $1, $3, @2.first_line); }
+    | expr "<" expr   { $$ = calc_new_binary_expr(COPR_LT, $1, $3, @2.first_line); }
+    | expr "<=" expr  { $$ = calc_new_binary_expr(COPR_LTEQ, $1, $3, @2.first_line); }
+    | expr ">" expr   { $$ = calc_new_binary_expr(COPR_GT, $1, $3, @2.first_line); }
+    | expr ">=" expr  { $$ = calc_new_binary_expr(COPR_GTEQ, $1, $3, @2.first_line); }
+    | expr "=" expr   { $$ = calc_new_binary_expr(COPR_EQ, $1, $3, @2.first_line); }
+    | expr "<>" expr  { $$ = calc_new_binary_expr(COPR_NEQ, $1, $3, @2.first_line); }
+    | "not" expr      { $$ = calc_new_unary_expr(COPR_NOT, $2, @1.first_line); }
+    | "-" expr        { $$ = calc_new_unary_expr(COPR_MINUS, $2, @1.first_line); }
     | "(" expr ")"    { $$ = $2; }
-    | expr "?" expr ":" expr { $$ = calc_new_ite_expr($1, $3, $5, @1); }
-    | "An integer constant" { $$ = calc_new_intconst_expr($1, @1); }
-    | "true"          { $$ = calc_new_boolconst_expr(1, @1); }
-    | "false"         { $$ = calc_new_boolconst_expr(0, @1); }
-    | "A float constant" { $$ = calc_new_floatconst_expr($1, @1); }
-    | "A string constant" { $$ = calc_new_stringconst_expr($1, @1, false); }
+    | expr "?" expr ":" expr { $$ = calc_new_ite_expr($1, $3, $5, @1.first_line); }
+    | "An integer constant" { $$ = calc_new_intconst_expr($1, @1.first_line); }
+    | "true"          { $$ = calc_new_boolconst_expr(1, @1.first_line); }
+    | "false"         { $$ = calc_new_boolconst_expr(0, @1.first_line); }
+    | "A float constant" { $$ = calc_new_floatconst_expr($1, @1.first_line); }
+    | "A string constant" { $$ = calc_new_stringconst_expr($1, @1.first_line, false); }
     /* Most names are single identifiers, hence rules of their own. */
-    | "An identifier" { $$ = variable($1, @1); }
+    | "An identifier" { $$ = variable($1, @1.first_line); }
     | "An identifier" ":=" expr {
-          $$ = calc_new_binary_expr(COPR_ASSIGN, variable($1, @1), $3, @2);
+          $$ = calc_new_binary_expr(COPR_ASSIGN, variable($1, @1.first_line), $3, @2.first_line);
       }
-    | "An identifier" "(" fnargs ")" { $$ = calc_new_call_expr(nullptr, $1, $3, @1); }
-    | path            { $$ = product_variable($1, @1); }
+    | "An identifier" "(" fnargs ")" { $$ = calc_new_call_expr(nullptr, $1, $3, @1.first_line); }
+    | path            { $$ = product_variable($1, @1.first_line); }
     | path ":=" expr  {
-          $$ = calc_new_binary_expr(COPR_ASSIGN, product_variable($1, @1), $3, @2);
+          $$ = calc_new_binary_expr(COPR_ASSIGN, product_variable($1, @1.first_line), $3, @2.first_line);
       }
     | path "(" fnargs ")" {
-          $$ = call($1, $3, @1);
+          $$ = call($1, $3, @1.first_line);
           if (!$$) YYABORT;
       }
     ;

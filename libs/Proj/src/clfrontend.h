@@ -41,7 +41,7 @@ void cl_read_text(const char* text);
 
 } // namespace norvane
 
-// The next token, its value in cllval and the current line in cllloc; 0 at the end of the input.
+// The next token, its value in cllval and the current line in cllloc.first_line; 0 at the end of the input.
 int cllex();
 
 #endif

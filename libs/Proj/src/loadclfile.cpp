@@ -18,7 +18,7 @@ ClFrontEnd cl;
 
 const char* cl_position() {
     static char position[MESSAGE_BUFFER_SIZE];
-    str_snprintf(position, sizeof position, "%s (%d): ", cl.input_name, cllloc);
+    str_snprintf(position, sizeof position, "%s (%d): ", cl.input_name, cllloc.first_line);
     return position;
 }
 

@@ -1,0 +1,457 @@
+// From calculation source to a set: the language as its trees show and as it refuses, the lines
+// that records and reports carry, what outlives a parse, and input that is hostile by its bytes or
+// its size.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <random>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "calc_dump.h"
+#include "cases.h"
+#include "norvane/base/items.hpp"
+#include "support.h"
+
+namespace norvane::test {
+namespace {
+
+CalcPtr parse_text(const std::string& source) {
+    return CalcPtr(calc_import_from_string(source.c_str()));
+}
+
+// Source with any bytes in it, as a file can hold them.
+CalcPtr parse_bytes(const std::string& source) {
+    static const TemporaryFolder folder;
+    return CalcPtr(calc_import_from_clfile(folder.write("bytes.cl", source).c_str()));
+}
+
+// Everything that a parse tells: the reports, then the tree.
+std::string outcome(const std::string& source, bool lines = false) {
+    const Reports reports;
+    const CalcPtr calc = parse_text(source);
+    return reports.text() + (calc ? dump(calc.get(), lines) : "");
+}
+
+CalcPtr parse_expression(const std::string& text) {
+    return parse_text("namespace N { void f() = " + text + "; }");
+}
+
+// What the one function of a set returns.
+const CExpr* result_of(const CalcPtr& calc) {
+    const auto* f = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+    return static_cast<CStmt*>(plist_hd(f->stmts))->args.return_value;
+}
+
+// A file or a text that ends inside something leaves the next parse there; this leaves it nowhere.
+void end_what_is_open() {
+    const Reports reports;
+    testing::internal::CaptureStdout();
+    parse_text("\n*/ x");
+    parse_text("\"x\"");
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(CalcSyntax, SourcesGiveTheirTrees) {
+    expect_outcomes("calc/data/syntax_trees.txt", [](const auto& s) { return outcome(s); });
+}
+
+TEST(CalcSyntax, ErrorsNameTheTokenAndWhatWouldHaveFitted) {
+    expect_outcomes("calc/data/syntax_errors.txt", [](const auto& s) { return outcome(s); });
+}
+
+TEST(CalcSyntax, OperatorsBindAndAssociate) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"a := b | c <-> d ? e : f -> g xor h or i and not j = k + l * m ^ n",
+         "(:= $a (| $b (<-> $c (? $d $e (-> $f (xor $g (or $h (and $i (not (= $j (+ $k (* $l (^ "
+         "$m $n)))))))))))))"},
+        {"a ^ b * c + d = e and f or g xor h -> i ? j : k <-> l | m",
+         "(| (<-> (? (-> (xor (or (and (= (+ (* (^ $a $b) $c) $d) $e) $f) $g) $h) $i) $j $k) $l) "
+         "$m)"},
+        {"a := b := c | d", "(:= $a (:= $b (| $c $d)))"},
+        {"a + b := c + d", "(+ $a (:= $b (+ $c $d)))"},
+        {"a.b[1] := c", "(:= $a.b[1] $c)"},
+        {"a | b | c", "(| (| $a $b) $c)"},
+        {"a <-> b <-> c", "(<-> $a (<-> $b $c))"},
+        {"a ? b : c ? d : e", "(? (? $a $b $c) $d $e)"},
+        {"a ? b ? c : d : e", "(? $a (? $b $c $d) $e)"},
+        {"a ? b := c : d := e", "(? $a (:= $b $c) (:= $d $e))"},
+        {"a -> b -> c", "(-> $a (-> $b $c))"},
+        {"a xor b or c", "(xor $a (or $b $c))"},
+        {"a or b and c or d", "(or (or $a (and $b $c)) $d)"},
+        {"not a = b", "(not (= $a $b))"},
+        {"not not a and b", "(and (not (not $a)) $b)"},
+        {"(a = b) = c", "(= (= $a $b) $c)"},
+        {"a <= b + 1", "(<= $a (+ $b 1))"},
+        {"a >= b and c <> d or e < f xor g > h",
+         "(xor (or (and (>= $a $b) (<> $c $d)) (< $e $f)) (> $g $h))"},
+        {"a - b + c - d", "(- (+ (- $a $b) $c) $d)"},
+        {"-a * b", "(- (* $a $b))"},
+        {"-a + b", "(+ (- $a) $b)"},
+        {"- -a - -1", "(- (- (- $a)) (- 1))"},
+        {"a / b * c / d", "(/ (* (/ $a $b) $c) $d)"},
+        {"a * b % c * d", "(* (* $a (% $b $c)) $d)"},
+        {"2 ^ 3 ^ 2 % 4 ^ 5", "(^ (% (^ (^ 2 3) 2) 4) 5)"},
+        {"((true)) and (false)", "(and true false)"},
+    };
+    for (const auto& [source, expected] : rows) {
+        const Reports reports;
+        const CalcPtr calc = parse_expression(source);
+        EXPECT_EQ(calc ? dump(result_of(calc)) : reports.text(), expected) << source;
+    }
+}
+
+TEST(CalcSyntax, LinesAreThoseOfTheFirstSymbolAndOfOperators) {
+    EXPECT_EQ(outcome("namespace\nN {\ninteger\nf\n(integer\na\n,float\nb)\n|\n1 { float\nc\n;"
+                      "integer\nd\n:=\n1\n+\nnot\n2\n;\nif\na\nthen\n{\n;\n} else\n;do\na\n(\n)\n"
+                      ";\nwhile\na\n.\nb\n(\n)\n?\n\"x\"\n:\na\n:=\n2;}}",
+                      true),
+              "namespace N\n"
+              " integer f(integer a@6, float b@8)@4 | 1@10\n"
+              "  float c@11 := -\n"
+              "  integer d@13 := (+ 1@15 (not 2@18)@17)@16\n"
+              "  if a@21@20\n"
+              "    block@23\n"
+              "      -@24\n"
+              "  else\n"
+              "    -@26\n"
+              "  do (? a:b()@32 \"x\"@38 (:= a@40 2@42)@41)@32@26\n"
+              "    a()@27@27\n");
+    EXPECT_EQ(outcome("namespace N { integer f()\n=\n(\n1\n+\n2); integer g()\n:\nexternal\n\"x\"\n"
+                      ";// \n/*\n\r\n**/\v\fvoid h(){\"a\\nb\";\nx;}}",
+                      true),
+              "namespace N\n"
+              " integer f()@1\n"
+              "  return (+ 1@4 2@6)@5@3\n"
+              " integer g()@6\n"
+              "  external x@9\n"
+              " void h()@13\n"
+              "  \"a\nb\"@13@13\n"
+              "  $x@14@14\n");
+}
+
+TEST(CalcScanner, NumbersAreExactUpToTheirLimits) {
+    const Reports reports;
+    EXPECT_EQ(result_of(parse_expression("2147483647"))->args.int_value, 2147483647);
+    EXPECT_EQ(result_of(parse_expression(std::string(5000, '0') + "12"))->args.int_value, 12);
+    EXPECT_EQ(result_of(parse_expression("000.5"))->args.float_value, 0.5);
+    EXPECT_EQ(result_of(parse_expression("0.1"))->args.float_value, 0.1);
+    EXPECT_EQ(result_of(parse_expression("0." + std::string(322, '0') + "5"))->args.float_value,
+              5e-323);
+    EXPECT_EQ(result_of(parse_expression(std::string(400, '5') + ".0"))->args.float_value,
+              HUGE_VAL);
+    EXPECT_EQ(reports.text(), "");
+}
+
+TEST(CalcScanner, StringsAreUnescapedAndHeldAsUtf8) {
+    const std::pair<std::string, std::string> rows[] = {
+        {R"("")", ""},
+        {R"("\n\r\t\"\\\q/* */ //")", "\n\r\t\"\\q/* */ //"},
+        {R"("\"a\"")", "\"a\""},
+        {"\"\xE6 \x80 \x01\xFE\"", "\xC3\xA6 \xE2\x82\xAC \x01\xC3\xBE"},
+        {std::string("\"ab\0cd\"", 7), "ab"},
+        {std::string("\"ab\\\0cd\"", 8), "ab"},
+    };
+    for (const auto& [source, expected] : rows) {
+        const CalcPtr calc = parse_bytes("namespace N { void f() = " + source + "; }");
+        ASSERT_TRUE(calc) << source;
+        EXPECT_STREQ(result_of(calc)->args.string_value, expected.c_str()) << source;
+    }
+    // A byte 0xFF means nothing in a text in memory.
+    EXPECT_STREQ(result_of(parse_expression("\"\xFF\""))->args.string_value, "\xC3\xBF");
+}
+
+TEST(CalcScanner, LineFeedsInStringsGoToStandardOutputAndAreNotCounted) {
+    testing::internal::CaptureStdout();
+    const std::string found =
+        outcome("namespace N { void f() {\n\"a\\nb\n\n\\\nc\";\nx; } }", true);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n\n\n");
+    EXPECT_EQ(found, "namespace N\n void f()@1\n  \"a\nbc\"@2@2\n  $x@3@3\n");
+}
+
+TEST(CalcScanner, BytesThatBeginNoTokenAreRefused) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const char c = static_cast<char>(byte);
+        if (byte < 127 && std::strchr("\t\n\v\f\r <>=+-*/.,:;()[]{}?%^|\"_", c) && c) continue;
+        if (byte < 127 && std::isalnum(byte)) continue;
+        if (byte == 0xFF) continue;
+        const Reports reports;
+        EXPECT_FALSE(parse_bytes(std::string("namespace N\n") + c));
+        const std::string shown = c ? std::string(1, c) : "";
+        ASSERT_EQ(reports.names(), "ERR_INVALID_TOKEN ERR_PARSER") << byte;
+        EXPECT_EQ(reports.all()[0].title, "Invalid token '" + shown + "' found");
+        EXPECT_TRUE(reports.all()[1].title.ends_with(
+            "bytes.cl (2): parse error, unexpected _ERROR, expecting \"{\""));
+    }
+}
+
+TEST(CalcScanner, AByteFFEndsAReadAndTheFileWhereAReadBeginsWithIt) {
+    const std::string x = "namespace X { void f() {} }";
+    const std::string y = "namespace Y { void f() {} }";
+    const auto padded = [&](std::size_t size) { return x + std::string(size - x.size(), ' '); };
+    const std::pair<std::string, unsigned> rows[] = {
+        {"\xFF" + x, 0},
+        {"names\xFFpace X { void f() { \"\xFF\"; } }\xFF", 1},
+        {x + "\xFF" + y, 2},
+        {x + "\xFF\xFF" + y, 1},
+        {padded(8191) + "\xFF" + y, 2},
+        {padded(8192) + "\xFF" + y, 1},
+        {padded(40000) + "\xFF" + y, 2},
+    };
+    for (const auto& [source, namespaces] : rows) {
+        const Reports reports;
+        const CalcPtr calc = parse_bytes(source);
+        EXPECT_EQ(calc ? phash_size(calc.get()) : 0, namespaces) << source.substr(0, 60);
+    }
+}
+
+const char* const sound = "namespace N { void f() { } }";
+const char* const sound_tree = "namespace N\n void f()\n";
+
+TEST(CalcState, AnOpenBlockCommentIsWarnedOfAndGoesOnInTheNextParse) {
+    EXPECT_EQ(outcome(std::string(sound) + "\n/* open\n"),
+              std::string("warning ERR_CALC_LEX_COMMENT_NOT_CLOSED: input string (3): comment "
+                          "starting on line 2 not closed before reaching end of input\n") +
+                  sound_tree);
+    const std::string at_once = "ERR_PARSER: input string (1): parse error, unexpected $, "
+                                "expecting \"namespace\"\n";
+    EXPECT_EQ(outcome("still /* open"),
+              "warning ERR_CALC_LEX_COMMENT_NOT_CLOSED: input string (1): comment starting on line "
+              "2 not closed before reaching end of input\n" +
+                  at_once);
+    EXPECT_EQ(outcome(std::string("closed **/ ") + sound), sound_tree);
+    EXPECT_EQ(outcome(sound), sound_tree);
+}
+
+TEST(CalcState, AnOpenLineCommentGoesOnInTheNextParse) {
+    EXPECT_EQ(outcome(std::string(sound) + "// open"), sound_tree);
+    EXPECT_EQ(outcome(std::string("still open\n") + sound + "//\n"), sound_tree);
+    EXPECT_EQ(outcome(sound), sound_tree);
+}
+
+TEST(CalcState, AnOpenStringGoesOnInTheNextParse) {
+    for (const std::string open : {"namespace \"left", "namespace \"left\\", "\"\\\"\\\\"}) {
+        EXPECT_TRUE(outcome(open).starts_with("ERR_PARSER: input string (1): parse error, "
+                                              "unexpected $, expecting "));
+        EXPECT_EQ(outcome("n closed \" namespace"),
+                  "ERR_PARSER: input string (1): parse error, unexpected \"A string constant\", "
+                  "expecting \"namespace\"\n");
+        EXPECT_EQ(outcome(sound), sound_tree);
+    }
+}
+
+// A process of its own, since nothing takes the warning back.
+TEST(CalcStateDeathTest, TheColonIsWarnedOfOnceInAProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto run = [] {
+        const std::string first = outcome("namespace N {\nvoid f() : 1\n{ } void g() : a { } ?");
+        std::fprintf(stderr, "%s", first.c_str());
+        std::exit(outcome("namespace N { void f() : 2 { } }") == "namespace N\n void f() | 2\n"
+                      ? EXIT_SUCCESS
+                      : EXIT_FAILURE);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(EXIT_SUCCESS),
+                "^warning ERR_CALC_GRAM_COLON_DEPRECATED: input string .3.: Using a colon to "
+                "define a default expression is deprecated, use a bar instead\n"
+                "ERR_PARSER: input string .3.: parse error, unexpected \"\\?\"");
+}
+
+std::string repeated(const std::string& text, std::size_t times) {
+    std::string result;
+    result.reserve(text.size() * times);
+    for (; times > 0; --times)
+        result += text;
+    return result;
+}
+
+TEST(CalcLimits, NestingIsParsedUpToTheStackOfTheParser) {
+    // How often each fits beside what stands around it in a stack of 10000 entries.
+    const struct {
+        std::string before, opening, middle, closing, behind;
+        std::size_t times;
+    } rows[] = {
+        {"namespace N { void f() = ", "(", "a", ")", "; }", 9987},
+        {"namespace N { void f() = ", "not ", "a", "", "; }", 9988},
+        {"namespace N { void f() = ", "a[", "a", "]", "; }", 4993},
+        {"namespace N { void f() = ", "a.", "a", "", "; }", 4994},
+        {"namespace N { void f() = ", "a.b(", "a", ")", "; }", 4993},
+        {"namespace N { void f() { ", "{", ";", "}", "} }", 4992},
+        {"namespace N { void f() { ", "if a ", ";", "", "} }", 4992},
+        {"namespace ", "\"\".", "N", "", "{ void f() { } }", 4998},
+    };
+    with_small_stack([&] {
+        for (const auto& row : rows) {
+            const auto source = [&](std::size_t times) {
+                return row.before + repeated(row.opening, times) + row.middle +
+                       repeated(row.closing, times) + row.behind;
+            };
+            const Reports reports;
+            EXPECT_TRUE(parse_text(source(row.times))) << row.opening << reports.text();
+            EXPECT_FALSE(parse_text(source(row.times + 1))) << row.opening;
+            EXPECT_EQ(reports.text(), "ERR_PARSER: input string (1): parser stack overflow\n");
+        }
+    });
+}
+
+TEST(CalcLimits, LongSourceTakesLinearTimeInASmallStack) {
+    constexpr std::size_t count = 200'000;
+    const std::string long_text(5'000'000, 'x');
+    std::string functions;
+    std::string locals;
+    std::string namespaces;
+    for (std::size_t i = 0; i < count / 4; ++i) {
+        const std::string name = "n" + std::to_string(i);
+        functions += "void " + name + "(){}";
+        locals += "float " + name + ":=" + name + ";";
+        namespaces += "namespace " + name + "{void f(){}}";
+    }
+    const auto in_body = [](const std::string& text) {
+        return "namespace N { void f() { " + text + "; } void g() {} }";
+    };
+    const std::pair<const char*, std::string> rows[] = {
+        {"functions", "namespace N {" + functions + "}"},
+        {"local names", in_body(locals)},
+        {"functions behind many local names",
+         "namespace N { void f() { " + locals + " } void g() {} " + functions + "}"},
+        {"namespaces", namespaces},
+        {"terms", in_body("a" + repeated("+a", 1'000'000))},
+        {"assignments in a row", in_body(repeated("a:=b;", count))},
+        {"arguments", in_body("a(" + repeated("1,", count) + "1)")},
+        {"indices", in_body("a" + repeated("[1]", count))},
+        {"else branches", in_body(repeated("if a {} ", count))},
+        {"cases", in_body("switch a { " + repeated("case 1:", count) + "}")},
+        {"parameters", "namespace N { void f(" + repeated("void a,", count) + "void a) {} }"},
+        {"identifier", in_body(long_text)},
+        {"digits", in_body(std::string(5'000'000, '0') + "1")},
+        {"string", in_body("\"" + long_text + "\"")},
+        {"string with escapes", in_body("\"" + repeated("\\\"", 2'500'000) + "\"")},
+        {"comment", "/*" + long_text + "*/" + sound},
+        {"stars", "/*" + std::string(5'000'000, '*') + "*/" + sound},
+        {"line comment", "//" + long_text + "\n" + sound},
+        {"line feeds", std::string(5'000'000, '\n') + sound},
+    };
+    with_small_stack([&] {
+        for (const auto& [what, source] : rows) {
+            const Reports reports;
+            const std::clock_t start = std::clock();
+            EXPECT_TRUE(parse_text(source)) << what << ": " << reports.text();
+            EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 10) << what;
+        }
+    });
+}
+
+TEST(CalcLimits, AnyBytesAreParsedOrReportedAndTheNextParseIsWhole) {
+    const std::string tokens[] = {
+        "namespace N {",
+        "void f(",
+        "integer a",
+        ") {",
+        "float b := ",
+        "if ",
+        "then ",
+        "else ",
+        "switch a {",
+        "case ",
+        "default:",
+        "do ",
+        "while ",
+        "for (",
+        "a.b[",
+        "] ",
+        "return ",
+        "break;",
+        "a",
+        "(",
+        ")",
+        "}",
+        ";",
+        ",",
+        ":=",
+        "?",
+        ":",
+        "|",
+        "-",
+        "not ",
+        "=",
+        "<->",
+        "1",
+        "1.5",
+        "\"s\"",
+        "2d ",
+        "external ",
+        "\n",
+        "/*",
+        "*/",
+        "//",
+        "\"",
+        "\\",
+        "\xFF",
+        "\xE6",
+        "#",
+        " ",
+        ".",
+    };
+    std::mt19937 random(7);
+    for (int round = 0; round < 500; ++round) {
+        std::string source = round % 2 ? "namespace N { void f() { " : "";
+        for (auto length = random() % 60; length > 0; --length)
+            source += random() % 20 ? tokens[random() % std::size(tokens)]
+                                    : std::string(1, static_cast<char>(random()));
+        const Reports reports;
+        testing::internal::CaptureStdout();
+        const CalcPtr calc = parse_bytes(source);
+        testing::internal::GetCapturedStdout();
+        EXPECT_TRUE(calc || !reports.all().empty()) << source;
+        end_what_is_open();
+        ASSERT_EQ(outcome(sound), sound_tree) << source;
+    }
+}
+
+TEST(CalcFiles, GiveTheirNameToReportsAndFunctions) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a%s%n.cl", std::string(sound) + "\n" + sound);
+    const Reports reports;
+    const CalcPtr calc(calc_import_from_clfile(path.c_str()));
+    EXPECT_EQ(reports.text(), "ERR_CALC_FNC_REDEF: " + path +
+                                  " (2): Multiple definitions of function 'f' in namespace 'N'\n");
+    ASSERT_TRUE(calc);
+    const auto* ns = calc_get_namespace(calc.get(), "N");
+    EXPECT_EQ(calc_get_function(ns, "f")->filename, path);
+
+    const std::string detour = folder.path() + repeated("/.", 1200) + "/a%s%n.cl";
+    const CalcPtr again(calc_import_from_clfile(detour.c_str()));
+    ASSERT_TRUE(again);
+    ns = calc_get_namespace(again.get(), "N");
+    EXPECT_EQ(calc_get_function(ns, "f")->filename, detour.substr(0, 2047));
+}
+
+TEST(CalcFiles, ThatAreMissingOrCannotBeOpenedAreReported) {
+    const TemporaryFolder folder;
+    const std::string socket_path = folder.path() + "/socket";
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    socket_path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+
+    Reports reports;
+    EXPECT_EQ(calc_import_from_clfile((folder.path() + "/absent").c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_clfile(socket_path.c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_clfile(folder.path().c_str()), nullptr);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_CPP_OUTPUT_NOT_FOUND ERR_PARSER");
+    close(descriptor);
+}
+
+TEST(CalcFiles, NullArgumentsBreak) {
+    EXPECT_EQ(thrown([] { calc_import_from_clfile(nullptr); }), "1: path");
+    EXPECT_EQ(thrown([] { calc_import_from_string(nullptr); }), "1: text");
+}
+
+} // namespace
+} // namespace norvane::test

@@ -1,0 +1,17 @@
+// Calculations as text that shows each node: operators stand before their operands, names of the
+// product model have a "$", and lines can be shown.
+#ifndef NORVANE_TESTS_CALC_DUMP_H
+#define NORVANE_TESTS_CALC_DUMP_H
+
+#include <string>
+
+#include "norvane/proj/calc.h"
+
+namespace norvane::test {
+
+std::string dump(const CExpr* expr, bool lines = false);
+std::string dump(const PolyHash* calc, bool lines = false);
+
+} // namespace norvane::test
+
+#endif
