@@ -9,8 +9,9 @@
 %define api.token.raw
 %define parse.error custom
 %locations
-/* A statement may follow a condition directly, as in "if a b := 1;". Two of the conflicts are "(" behind
- * a name there, which makes it a call, and two are "else", which belongs to the nearest "if". */
+/* A statement may follow a condition directly, as in "if a b := 1;". Two of the conflicts are "("
+ * behind a name there, which makes it a call, and two are "else", which belongs to the nearest
+ * "if". */
 %expect 4
 
 %code requires {
@@ -20,8 +21,11 @@
 }
 
 %code {
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
@@ -207,16 +211,19 @@ functions: function           { $$ = appended(bare_list(), $1); }
          ;
 
 function: type "An identifier" "(" args ")" opt_default "{" vardefs stmts "}" {
-              $$ = finished(calc_new_func($2, $1, $6, cl.input_name, @2.first_line), $4, $8, $9);
+              CFunc* func = calc_new_func($2, $1, $6, cl.input_name, @2.first_line);
+              $$ = finished(func, $4, $8, $9);
           }
         | type "An identifier" "(" args ")" "=" expr ";" {
-              PolyList* stmts = appended(bare_list(), calc_new_return_stmt($7, @7.first_line));
-              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line), $4, nullptr, stmts);
+              CFunc* func = calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line);
+              calc_add_function_stmt(func, calc_new_return_stmt($7, @7.first_line));
+              $$ = finished(func, $4, nullptr, nullptr);
           }
         | type "An identifier" "(" args ")" ":" "external" "A string constant" ";" {
-              PolyList* stmts = appended(bare_list(), calc_new_external_stmt($8, @8.first_line));
+              CFunc* func = calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line);
+              calc_add_function_stmt(func, calc_new_external_stmt($8, @8.first_line));
               str_delete($8);
-              $$ = finished(calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line), $4, nullptr, stmts);
+              $$ = finished(func, $4, nullptr, nullptr);
           }
         ;
 
@@ -250,23 +257,25 @@ stmts: %empty     { $$ = bare_list(); }
 /* What can go on as the condition does: "if a - b;" tests a - b. */
 condition: expr %prec ":=";
 
-stmt: "if" condition stmt               { $$ = calc_new_ite_stmt($2, $3, nullptr, @1.first_line); }
-    | "if" condition "then" stmt        { $$ = calc_new_ite_stmt($2, $4, nullptr, @1.first_line); }
-    | "if" condition stmt "else" stmt   { $$ = calc_new_ite_stmt($2, $3, $5, @1.first_line); }
+stmt: "if" condition stmt { $$ = calc_new_ite_stmt($2, $3, nullptr, @1.first_line); }
+    | "if" condition "then" stmt { $$ = calc_new_ite_stmt($2, $4, nullptr, @1.first_line); }
+    | "if" condition stmt "else" stmt { $$ = calc_new_ite_stmt($2, $3, $5, @1.first_line); }
     | "if" condition "then" stmt "else" stmt {
           $$ = calc_new_ite_stmt($2, $4, $6, @1.first_line);
       }
-    | "{" stmts "}"                     { $$ = calc_new_block_stmt($2, @1.first_line); }
-    | opt_expr ";"                      { $$ = calc_new_expr_stmt($1, $1 ? @1.first_line : @2.first_line); }
+    | "{" stmts "}" { $$ = calc_new_block_stmt($2, @1.first_line); }
+    | opt_expr ";" { $$ = calc_new_expr_stmt($1, $1 ? @1.first_line : @2.first_line); }
     | "switch" expr "{" case_labels "}" { $$ = switch_statement($2, $4, nullptr, @1.first_line); }
-    | "switch" expr "{" case_labels default_label "}" { $$ = switch_statement($2, $4, $5, @1.first_line); }
-    | "break" ";"                       { $$ = calc_new_break_stmt(@1.first_line); }
-    | "while" condition stmt            { $$ = calc_new_while_stmt($2, $3, @1.first_line); }
-    | "do" stmt "while" expr ";"        { $$ = calc_new_do_stmt($4, $2, @1.first_line); }
+    | "switch" expr "{" case_labels default_label "}" {
+          $$ = switch_statement($2, $4, $5, @1.first_line);
+      }
+    | "break" ";" { $$ = calc_new_break_stmt(@1.first_line); }
+    | "while" condition stmt { $$ = calc_new_while_stmt($2, $3, @1.first_line); }
+    | "do" stmt "while" expr ";" { $$ = calc_new_do_stmt($4, $2, @1.first_line); }
     | "for" "(" opt_expr ";" opt_expr ";" opt_expr ")" stmt {
           $$ = calc_new_for_stmt($3, $5, $7, $9, @1.first_line);
       }
-    | "return" expr ";"                 { $$ = calc_new_return_stmt($2, @1.first_line); }
+    | "return" expr ";" { $$ = calc_new_return_stmt($2, @1.first_line); }
     ;
 
 case_labels: %empty                 { $$ = bare_list(); }
@@ -311,12 +320,14 @@ expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2.first_lin
     /* Most names are single identifiers, hence rules of their own. */
     | "An identifier" { $$ = variable($1, @1.first_line); }
     | "An identifier" ":=" expr {
-          $$ = calc_new_binary_expr(COPR_ASSIGN, variable($1, @1.first_line), $3, @2.first_line);
+          CExpr* target = variable($1, @1.first_line);
+          $$ = calc_new_binary_expr(COPR_ASSIGN, target, $3, @2.first_line);
       }
     | "An identifier" "(" fnargs ")" { $$ = calc_new_call_expr(nullptr, $1, $3, @1.first_line); }
     | path            { $$ = product_variable($1, @1.first_line); }
     | path ":=" expr  {
-          $$ = calc_new_binary_expr(COPR_ASSIGN, product_variable($1, @1.first_line), $3, @2.first_line);
+          CExpr* target = product_variable($1, @1.first_line);
+          $$ = calc_new_binary_expr(COPR_ASSIGN, target, $3, @2.first_line);
       }
     | path "(" fnargs ")" {
           $$ = call($1, $3, @1.first_line);
@@ -410,7 +421,7 @@ ClName* freed(ClName* name) {
 
 void delete_name(ClName* name) {
     while (name) {
-        str_delete(name->text);
+        str_null_delete(name->text);
         plist_delete(name->indices);
         name = freed(name);
     }
@@ -422,30 +433,36 @@ char* number_text(int number) {
     return str_copy(digits);
 }
 
-/* The components joined by points, as a new text; null after a report if one has indices. */
-char* calc_make_dotted_name(const ClName* name) {
-    std::size_t size = 0;
-    for (const ClName* part = name; part; part = part->rest) {
-        if (part->indices) {
-            report_error(ERR_CALC_GRAM_NS_NAME(cl_position()));
-            return nullptr;
-        }
-        size += std::strlen(part->text) + 1;
-    }
-    auto* text = static_cast<char*>(util_malloc_throw(size));
-    char* end = text;
+/* Reports a component that has indices. */
+bool is_plain(const ClName* name) {
     for (; name; name = name->rest) {
-        const std::size_t length = std::strlen(name->text);
-        std::memcpy(end, name->text, length);
-        end[length] = name->rest ? '.' : '\0';
-        end += length + 1;
+        if (!name->indices) continue;
+        report_error(ERR_CALC_GRAM_NS_NAME(cl_position()));
+        return false;
     }
+    return true;
+}
+
+/* The components before `end` joined by points, as a new text; there is at least one. */
+char* calc_make_dotted_name(const ClName* name, const ClName* end) {
+    std::size_t size = 0;
+    for (const ClName* part = name; part != end; part = part->rest)
+        size += std::strlen(part->text) + 1;
+    auto* text = static_cast<char*>(util_malloc_throw(size));
+    char* to = text;
+    for (; name != end; name = name->rest) {
+        const std::size_t length = std::strlen(name->text);
+        std::memcpy(to, name->text, length);
+        to += length;
+        *to++ = '.';
+    }
+    text[size - 1] = '\0';
     return text;
 }
 
 /* A namespace that comes again goes on. A function that is refused has been reported. */
 void add_functions(ClName* ns_name, PolyList* functions) {
-    char* name = calc_make_dotted_name(ns_name);
+    char* name = calc_make_dotted_name(ns_name, nullptr);
     for (CFunc* func : items<CFunc>(functions))
         if (calc_add_function(cl.calc, name, func) != 0) calc_delete_func(func);
     str_delete(name);
@@ -459,16 +476,32 @@ CFunc* finished(CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts)
     adopt(&func->vardefs, vardefs);
     adopt(&func->stmts, stmts);
     pset_empty(cl.local_names);
+    cl.local_places = 0;
     return func;
 }
 
-CFuncArg* argument(CalcType type, char* name, int line) {
+/* One of 64 places for a name. */
+std::uint64_t place_of(const char* name) {
+    return std::uint64_t{1} << ((name[0] * 5 + name[1]) & 63);
+}
+
+/* The set borrows the text, which the definition keeps. */
+void insert_local(char* name) {
     pset_insert(cl.local_names, name);
+    cl.local_places |= place_of(name);
+}
+
+bool is_local(const char* name) {
+    return (cl.local_places & place_of(name)) && pset_peek(cl.local_names, name, nullptr) == 0;
+}
+
+CFuncArg* argument(CalcType type, char* name, int line) {
+    insert_local(name);
     return calc_new_func_arg(name, type, line);
 }
 
 CFuncLVar* local_variable(CalcType type, char* name, CExpr* init, int line) {
-    pset_insert(cl.local_names, name);
+    insert_local(name);
     return calc_new_func_lvar(name, type, init, line);
 }
 
@@ -481,7 +514,7 @@ CStmt* switch_statement(CExpr* value, PolyList* cases, PolyList* default_stmts, 
 
 /* A local one if there is one so far, else one of the product model. */
 CExpr* variable(char* name, int line) {
-    if (pset_peek(cl.local_names, name, nullptr) == 0) return calc_new_lvar_expr(name, line);
+    if (is_local(name)) return calc_new_lvar_expr(name, line);
     return calc_new_pmvar_expr(calc_new_pmvar(name), line);
 }
 
@@ -504,17 +537,20 @@ CExpr* product_variable(ClName* name, int line) {
 /* The last component names the function, those before it the namespace. Null after a report; all
  * is freed then. */
 CExpr* call(ClName* name, PolyList* args, int line) {
-    char* ns_name = calc_make_dotted_name(name);
-    CExpr* result = nullptr;
-    if (ns_name) {
-        char* point = std::strrchr(ns_name, '.');
-        *point = '\0';
-        result = calc_new_call_expr(ns_name, str_copy(point + 1), args, line);
-    } else {
+    if (!is_plain(name)) {
+        delete_name(name);
         plist_delete(args);
+        return nullptr;
     }
+    ClName* last = name;
+    while (last->rest)
+        last = last->rest;
+    /* Nearly all names have two components, whose texts will do. */
+    char* ns_name = name->rest == last ? std::exchange(name->text, nullptr)
+                                       : calc_make_dotted_name(name, last);
+    char* fname = std::exchange(last->text, nullptr);
     delete_name(name);
-    return result;
+    return calc_new_call_expr(ns_name, fname, args, line);
 }
 
 void warn_of_colon() {

@@ -6,6 +6,7 @@
 #ifndef NORVANE_PROJ_CLFRONTEND_H
 #define NORVANE_PROJ_CLFRONTEND_H
 
+#include <cstdint>
 #include <cstdio>
 
 #include "norvane/base/set.h"
@@ -26,6 +27,7 @@ struct ClFrontEnd {
     PolyHash* calc;                       // the calculation set under construction
     PolySet* local_names;                 // the arguments and variables of the current function so
                                           // far; borrows the texts
+    std::uint64_t local_places;           // of those names; most others are known by it
     UtilString* buffer;                   // the string literal that is being read
     char input_name[MESSAGE_BUFFER_SIZE]; // of the file; for messages and functions
 };
@@ -41,7 +43,8 @@ void cl_read_text(const char* text);
 
 } // namespace norvane
 
-// The next token, its value in cllval and the current line in cllloc.first_line; 0 at the end of the input.
+// The next token, its value in cllval; 0 at the end of the input. The current line is kept in
+// cllloc.first_line.
 int cllex();
 
 #endif
