@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <memory>
 #include <random>
 #include <string>
@@ -81,6 +82,13 @@ std::string malformed(int line, const std::string& text) {
 XmlNode* add(XmlNode* parent, XmlNode* child) {
     xml_node_add_child(parent, child);
     return child;
+}
+
+std::string times(size_t n, const std::string& text) {
+    std::string result;
+    for (result.reserve(n * text.size()); n > 0; --n)
+        result += text;
+    return result;
 }
 
 TEST(XmlPrint, WritesTheWholeDocument) {
@@ -367,13 +375,6 @@ TEST(XmlRoundTrip, DamagedFilesGiveOneReportOrAWholeTree) {
     }
 }
 
-std::string times(size_t n, const std::string& text) {
-    std::string result;
-    for (result.reserve(n * text.size()); n > 0; --n)
-        result += text;
-    return result;
-}
-
 TEST(XmlSize, DeepAndWideDocumentsNeedNoStackAndNoPatience) {
     constexpr size_t n = 1000000;
     std::string attributes;
@@ -405,6 +406,17 @@ TEST(XmlSize, DeepAndWideDocumentsNeedNoStackAndNoPatience) {
         add(node, xml_node_new_text("x"));
         xml_node_delete(root);
     });
+}
+
+// Half a minute, if the parser went through what it holds of a token again with each piece of it.
+TEST(XmlSize, ATokenAsLargeAsTheFileIsReadInTimeThatFollowsItsSize) {
+    const std::string large(40'000'000, 'x');
+    const Reports reports;
+    const std::clock_t begin = std::clock();
+    EXPECT_TRUE(parse("<a><!--" + large + "--></a>"));
+    EXPECT_FALSE(parse("<a v='" + large));
+    EXPECT_LT(std::clock() - begin, 8 * CLOCKS_PER_SEC);
+    EXPECT_EQ("ERR_XML_MALFORMED", reports.names());
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 // expat then takes an entity that it does not know for one that is declared there, and drops the
 // reference: that would lose text in silence, so such references are refused here.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -44,7 +45,8 @@ namespace norvane {
 namespace {
 
 constexpr std::size_t block_size = 256 * 1024;
-constexpr int chunk_size = 64 * 1024;
+constexpr int smallest_chunk = 64 * 1024;
+constexpr int largest_chunk = 256 * 1024 * 1024;
 
 using TagPredicate = int (*)(const char*);
 
@@ -380,20 +382,39 @@ int open_file(const char* path) {
     return descriptor;
 }
 
-ssize_t read_chunk(int descriptor, void* buffer) {
-    for (;;) {
-        const ssize_t size = read(descriptor, buffer, chunk_size);
-        if (size >= 0 || errno != EINTR) return size;
+// expat goes through a token that is not complete again from its beginning each time it is called.
+// So it is given as much as it holds already, and a token as large as the file takes no longer than
+// many small ones.
+int next_chunk_size(const Builder* b) {
+    int offset;
+    int buffered;
+    if (!XML_GetInputContext(b->parser, &offset, &buffered)) return smallest_chunk;
+    return std::clamp(buffered - offset, smallest_chunk, largest_chunk);
+}
+
+// Fills the buffer unless the file ends; -1 where it cannot be read.
+ssize_t read_chunk(int descriptor, char* buffer, int wanted) {
+    ssize_t done = 0;
+    while (done < wanted) {
+        const ssize_t size =
+            read(descriptor, buffer + done, static_cast<std::size_t>(wanted - done));
+        if (size == 0) break;
+        if (size > 0)
+            done += size;
+        else if (errno != EINTR)
+            return -1;
     }
+    return done;
 }
 
 enum class Result { Parsed, Unreadable, Malformed, OutOfMemory };
 
 Result parse_descriptor(Builder* b, int descriptor) {
     for (;;) {
-        void* buffer = XML_GetBuffer(b->parser, chunk_size);
+        const int wanted = next_chunk_size(b);
+        auto* buffer = static_cast<char*>(XML_GetBuffer(b->parser, wanted));
         if (!buffer) return Result::OutOfMemory;
-        const ssize_t size = read_chunk(descriptor, buffer);
+        const ssize_t size = read_chunk(descriptor, buffer, wanted);
         if (size < 0) return Result::Unreadable;
         if (XML_ParseBuffer(b->parser, static_cast<int>(size), size == 0) != XML_STATUS_OK) break;
         if (size == 0) return Result::Parsed;
