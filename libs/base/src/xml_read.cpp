@@ -146,7 +146,7 @@ NorvaneCpp::String xml_parse_mustbe_attr(XmlNode* node, const char* name) {
 
 void xml_parse_report_error(XmlNode* node, const char* format, ...) {
     NORVANE_ASSERT(format);
-    char text[MESSAGE_BUFFER_SIZE - 32]; // leaves room for the line
+    char text[MESSAGE_BUFFER_SIZE - 128]; // leaves room for the line, and for a title around it
     va_list args;
     va_start(args, format);
     str_vsnprintf(text, sizeof text, format, args);
