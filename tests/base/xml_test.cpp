@@ -202,6 +202,19 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
         EXPECT_EQ(malformed(line, expected), outcome_of_text(text)) << text;
 }
 
+// A default of the document type comes with each element: that may not fill the memory either.
+TEST(XmlParse, RefusesDefaultsThatOutgrowTheFile) {
+    const auto document = [](int declared, size_t elements) {
+        std::string text = "<!DOCTYPE a [";
+        for (int i = 0; i < declared; ++i)
+            text += "<!ATTLIST b v" + std::to_string(i) + " CDATA 'default'>";
+        return text + "]>\n<a>" + times(elements, "<b/>") + "</a>";
+    };
+    EXPECT_EQ(malformed(2, "limit on input amplification factor (from DTD and entities) breached"),
+              outcome_of_text(document(2000, 1000)));
+    EXPECT_TRUE(parse(document(8, 100'000))) << "twenty times the file, which is harmless";
+}
+
 TEST(XmlParse, OpensNothingButTheFile) {
     const TemporaryFolder folder;
     const std::string other =

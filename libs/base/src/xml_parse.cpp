@@ -82,8 +82,9 @@ struct Builder {
     std::size_t name_count;
     std::size_t name_capacity;
     std::uint32_t hash_start;
-    bool must_check_entities; // expat does not
-    XML_Error failure;        // the first one; also why a callback has stopped expat
+    bool must_check_entities;  // expat does not
+    std::size_t default_bytes; // of attributes that come from the document type
+    XML_Error failure;         // the first one; also why a callback has stopped expat
     const char* error_text;
     int error_line;
 };
@@ -221,6 +222,16 @@ bool end_text(Builder* b, bool is_whole) {
     return true;
 }
 
+// A default stands once in the document type and comes with each element. expat bounds what
+// entities grow to, and not this, so the same bounds hold here.
+bool defaults_are_out_of_proportion(const Builder* b) {
+    constexpr std::size_t harmless = 8 << 20;
+    constexpr std::size_t largest_factor = 100;
+    if (b->default_bytes < harmless) return false;
+    return b->default_bytes / largest_factor >
+           static_cast<std::size_t>(XML_GetCurrentByteIndex(b->parser));
+}
+
 bool set_attributes(Builder* b, XmlNode* node, const char** attributes) {
     unsigned count = 0;
     while (attributes[2 * count])
@@ -229,15 +240,20 @@ bool set_attributes(Builder* b, XmlNode* node, const char** attributes) {
     node->attributes = static_cast<char**>(arena_alloc(b, 2 * count * sizeof(char*)));
     if (!node->attributes) return false;
     node->attribute_count = count & largest_attribute_count;
+    const auto in_the_tag = static_cast<unsigned>(XML_GetSpecifiedAttributeCount(b->parser)) / 2;
     for (unsigned i = 0; i < count; ++i) {
         Name* name = intern(b, attributes[2 * i]);
         const char* value = attributes[2 * i + 1];
+        const std::size_t size = std::strlen(value);
         if (!name) return false;
         node->attributes[2 * i] = name->text;
-        node->attributes[2 * i + 1] = stored_text(b, value, std::strlen(value), false);
+        node->attributes[2 * i + 1] = stored_text(b, value, size, false);
         if (!node->attributes[2 * i + 1]) return false;
+        if (i >= in_the_tag) b->default_bytes += 2 * sizeof(char*) + size;
     }
-    return true;
+    if (!defaults_are_out_of_proportion(b)) return true;
+    set_failure(b, XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
+    return false;
 }
 
 template <typename T>
