@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 
+#include "calc_position.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -663,11 +664,8 @@ PolyHash* new_table(PolyDelete delete_value) {
 }
 
 void report_redefinition(const CFunc* func, const char* ns_name) {
-    char position[MESSAGE_BUFFER_SIZE] = "";
-    if (func->filename != nullptr && func->line_no != CALC_UNDEF_LINENO) {
-        str_snprintf(position, sizeof position, "%s (%d): ", func->filename, func->line_no);
-    }
-    norvane::report_error(ERR_CALC_FNC_REDEF(position, func->name, ns_name));
+    const norvane::CalcPosition position = norvane::calc_position(func, func->line_no);
+    norvane::report_error(ERR_CALC_FNC_REDEF(position.text, func->name, ns_name));
 }
 
 } // namespace

@@ -1,9 +1,10 @@
 // Turns the typed functions of this library into the untyped callbacks of containers: calling a
 // function through a pointer of another type is undefined, so each callback is a function of its
-// own.
+// own. And callbacks over addresses.
 #ifndef NORVANE_PROJ_POLY_ADAPTORS_H
 #define NORVANE_PROJ_POLY_ADAPTORS_H
 
+#include <cstdint>
 #include <cstdio>
 
 namespace norvane {
@@ -49,6 +50,17 @@ struct PolyAdaptor<function> {
 // poly<expr_delete> is expr_delete as a callback.
 template <auto function>
 inline constexpr auto* poly = &PolyAdaptor<function>::call;
+
+// The callbacks of containers that tell their elements apart by address.
+inline int compare_addresses(const void* a, const void* b) {
+    const void* left = *static_cast<const void* const*>(a);
+    const void* right = *static_cast<const void* const*>(b);
+    return (left > right) - (left < right);
+}
+
+inline unsigned hash_address(const void* element, unsigned size) {
+    return static_cast<unsigned>((reinterpret_cast<std::uintptr_t>(element) >> 4) % size);
+}
 
 } // namespace norvane
 

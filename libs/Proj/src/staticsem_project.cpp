@@ -10,6 +10,7 @@
 #include "norvane/base/set.h"
 #include "norvane/proj/proj_errors.h"
 #include "norvane/proj/staticsem.h"
+#include "poly_adaptors.h"
 #include "report.h"
 #include "staticsem_internal.h"
 
@@ -134,16 +135,6 @@ int check_types(const CheckContext& check) {
 }
 
 // Variables.
-
-int compare_addresses(const void* a, const void* b) {
-    const void* left = *static_cast<const void* const*>(a);
-    const void* right = *static_cast<const void* const*>(b);
-    return (left > right) - (left < right);
-}
-
-unsigned hash_address(const void* element, unsigned size) {
-    return static_cast<unsigned>((reinterpret_cast<std::uintptr_t>(element) >> 4) % size);
-}
 
 // Whether somebody can see a value of this type: a record shows its public fields only. Records
 // that show nothing are kept in `hidden`: types that name each other twice, level upon level, would

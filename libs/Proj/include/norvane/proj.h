@@ -4,6 +4,7 @@
 
 #include "norvane/base.h"
 #include "norvane/proj/calc.h"
+#include "norvane/proj/calc_typecheck.h"
 #include "norvane/proj/decl.h"
 #include "norvane/proj/expandrules.h"
 #include "norvane/proj/expr.h"

@@ -1,0 +1,14 @@
+constant N : 3;
+type Color : [Blue, "{1}Red", "{2}", "{open"];
+     Tint : Color;
+     Leaf : { public q : [0..9]; private hidden : boolean; public color : Tint;
+              public cells : array 2 of array N of integer; };
+     Twig : Leaf;
+     Branch : { public leaf : Twig; public leaves : array 2 of Twig; private shade : Leaf; };
+     Stem : { public mid : { public Late : { public x : boolean; }; }; };
+     Late : boolean;
+variable public flag : boolean; range : [0..9]; count : integer; weight : float; text : string;
+     color : Color; tint : Tint; tints : array 2 of array 2 of Tint; leaf : Leaf; branch : Branch;
+     maybe : optional [0..5]; maybe_leaf : optional Twig; bits : array 3 of boolean;
+     grid : array 2 of array N of integer; twigs : array 2 of Twig; stem : Stem;
+     private secret : integer; private vault : Leaf;
