@@ -4,9 +4,7 @@
 #include <functional>
 
 #include "calc_builtins.h"
-#include "calc_source.h"
 #include "norvane/base/items.hpp"
-#include "norvane/proj/calc_typecheck.h"
 #include "support.h"
 
 namespace norvane::test {
@@ -17,6 +15,10 @@ std::string replaced(std::string text, const std::string& from, const std::strin
     for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
         text.replace(at, from.size(), to);
     return text;
+}
+
+CalcPtr calculation(const std::string& source) {
+    return CalcPtr(calc_import_from_string(source.c_str()));
 }
 
 class CalcCheckTest : public ::testing::Test {
@@ -67,7 +69,8 @@ TEST_F(CalcCheckTest, Expressions) {
                                  "statement is ";
     const auto type_or_report = [&](const std::string& expression) {
         std::string output = run(head + expression + others);
-        output = replaced(output, "0 ERR_CALC_FNC: calc.cl (1): Error in function 'N.f': ", "");
+        output =
+            replaced(output, "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': ", "");
         if (output == "1 ") return std::string("void");
         if (!output.starts_with(mismatch)) return output;
         output.erase(0, mismatch.size());
@@ -84,8 +87,8 @@ TEST_F(CalcCheckTest, FunctionsAndSets) {
             run(row.starts_with("namespace") ? source : "namespace N { " + source + " }");
         for (int line = 1; line < 6; ++line) {
             const std::string number = std::to_string(line);
-            output =
-                replaced(output, "calc.cl (" + number + "): Error in function 'N.f'", "@" + number);
+            output = replaced(output, "input string (" + number + "): Error in function 'N.f'",
+                              "@" + number);
         }
         return output;
     };
@@ -101,7 +104,7 @@ TEST_F(CalcCheckTest, LabelsAreComparedInTheEncodingOfTheModel) {
     EXPECT_EQ(run(head + "Gr\xFCn\"; color = \"\x80\"; } }"), "1 ");
     EXPECT_EQ(
         run(head + "Gr\xDCn\"; } }"),
-        "0 ERR_CALC_FNC: calc.cl (1): Error in function 'N.f': 'Gr\xDCn' is not a legal value "
+        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': 'Gr\xDCn' is not a legal value "
         "for the variable 'color'\n");
 }
 
@@ -128,7 +131,7 @@ TEST_F(CalcCheckTest, LongNames) {
     const std::string name(100'000, 'x');
     const std::string output =
         run("namespace " + name + " { void f() { " + name + "." + name + "; } }");
-    EXPECT_TRUE(output.starts_with("0 ERR_CALC_FNC: calc.cl (1): Error in function 'xxx"));
+    EXPECT_TRUE(output.starts_with("0 ERR_CALC_FNC: input string (1): Error in function 'xxx"));
     EXPECT_LT(output.size(), 2100u);
 }
 
@@ -178,10 +181,17 @@ TEST_F(CalcCheckTest, BrokenTrees) {
     EXPECT_EQ(
         text_of(calc_new_expr_stmt(calc_new_binary_expr(COPR_NOT, truth(), truth(), 1), 1), [] {}),
         "1: Invalid operator: not  ");
+    EXPECT_EQ(
+        text_of(calc_new_expr_stmt(calc_new_binary_expr(COPR_ASSIGN, number(), number(), 1), 1),
+                [] {}),
+        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Left-hand operand to "
+        "assignment operator (':=') must be either a local variable or a product model "
+        "variable\n");
     e = calc_new_binary_expr(COPR_PLUS, number(), number(), 1);
-    EXPECT_EQ(with_expr(e, e->args.bop.right_arg),
-              "0 ERR_CALC_FNC: calc.cl (1): Error in function 'N.f': Right operand to '+' is of "
-              "type undefined, it must be of numeric type\n");
+    EXPECT_EQ(
+        with_expr(e, e->args.bop.right_arg),
+        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Right operand to '+' is of "
+        "type undefined, it must be of numeric type\n");
 
     CStmt* s = calc_new_ite_stmt(truth(), empty(), nullptr, 1);
     EXPECT_EQ(without(s, s->args.ite.cond), "1: stmt->args.ite.cond ");
@@ -226,8 +236,12 @@ TEST_F(CalcCheckTest, BrokenTrees) {
 
 class CalcCheckOneTest : public CalcCheckTest {
   protected:
+    // A function of no set.
     static CFunc* function(const std::string& source) {
-        return CalcSource(source, "new.cl").function();
+        const CalcPtr calc = calculation("namespace N { " + source + " }");
+        const CNameSpace* ns = calc_get_namespace(calc.get(), "N");
+        ns->functions->delete_value = nullptr;
+        return static_cast<CFunc*>(plist_hd(ns->func_list));
     }
 
     std::string run_one(CFunc* func, const char* ns_name, PolyHash* calc) {
@@ -242,12 +256,13 @@ class CalcCheckOneTest : public CalcCheckTest {
 
 TEST_F(CalcCheckOneTest, TheFunctionReplacesItsNamesakeAndStays) {
     const CalcPtr calc = calculation("namespace A { void f() { nobody; } void g() { nobody; } }");
-    EXPECT_EQ(run_one(function("integer f(integer flag) = A.g();"), "A", calc.get()),
-              "0 warning ERR_CALC_PM_VAR_EXISTS: new.cl (1): Local variable 'flag' in function "
-              "'A.f' shadows a product model variable\n"
-              "ERR_CALC_FNC: new.cl (1): Error in function 'A.f': Type mis-match: The type of the "
-              "expression in the return statement is void while the type of the function is "
-              "integer\n");
+    EXPECT_EQ(
+        run_one(function("integer f(integer flag) = A.g();"), "A", calc.get()),
+        "0 warning ERR_CALC_PM_VAR_EXISTS: input string (1): Local variable 'flag' in function "
+        "'A.f' shadows a product model variable\n"
+        "ERR_CALC_FNC: input string (1): Error in function 'A.f': Type mis-match: The type of the "
+        "expression in the return statement is void while the type of the function is "
+        "integer\n");
     EXPECT_EQ(functions(calc.get()), "A: g f");
     EXPECT_EQ(run_one(function("integer h() = System.Max(A.f(1), 2);"), "B.C", calc.get()), "1 ");
     EXPECT_EQ(functions(calc.get()), "A: g f; B.C: h");
@@ -301,9 +316,11 @@ TEST(CalcBuiltins, AreThoseOfTheDataFile) {
     EXPECT_EQ(thrown([] { calc_get_build_in_func_signature("N", nullptr); }), "1: fn_name");
 }
 
+constexpr int longest = 1'000'000; // sum, which no parser limits
+constexpr int depth = 200'000;
+
 // Trees of any depth. A fault at the bottom unwinds all of it.
 TEST_F(CalcCheckTest, DeepTreesInASmallStack) {
-    constexpr int depth = 1'000'000;
     const auto number = [] { return calc_new_intconst_expr(1, 1); };
     const auto truth = [] { return calc_new_boolconst_expr(1, 1); };
     const auto nobody = [] { return calc_new_pmvar_expr(calc_new_pmvar(str_copy("nobody")), 1); };
@@ -312,17 +329,19 @@ TEST_F(CalcCheckTest, DeepTreesInASmallStack) {
         calc_add_function_stmt(calc_get_function(calc_get_namespace(calc.get(), "N"), "f"), stmt);
         return run(calc.get());
     };
-    const auto nested = [&](CExpr* e, const std::function<CExpr*(CExpr*)>& around) {
-        for (int i = 0; i < depth; ++i)
+    const auto nested = [&](CExpr* e, const std::function<CExpr*(CExpr*)>& around,
+                            int levels = depth) {
+        for (int i = 0; i < levels; ++i)
             e = around(e);
         return checked(calc_new_expr_stmt(e, 1));
     };
-    const std::string fault = "0 ERR_CALC_FNC: calc.cl (1): Error in function 'N.f': No product "
-                              "model variable named 'nobody'\n";
+    const std::string fault =
+        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': No product "
+        "model variable named 'nobody'\n";
     with_small_stack([&] {
         const auto left = [&](CExpr* e) { return calc_new_binary_expr(COPR_PLUS, e, number(), 1); };
-        EXPECT_EQ(nested(number(), left), "1 ");
-        EXPECT_EQ(nested(nobody(), left), fault);
+        EXPECT_EQ(nested(number(), left, longest), "1 ");
+        EXPECT_EQ(nested(nobody(), left, longest), fault);
         EXPECT_EQ(nested(number(),
                          [&](CExpr* e) { return calc_new_binary_expr(COPR_PLUS, number(), e, 1); }),
                   "1 ");
@@ -343,10 +362,10 @@ TEST_F(CalcCheckTest, DeepTreesInASmallStack) {
                   "1 ");
         EXPECT_EQ(nested(number(),
                          [&](CExpr* e) {
-                             CPMVar* tints = calc_new_pmvar(str_copy("grid"));
-                             calc_add_pmvar_arr_index(tints, number());
-                             calc_add_pmvar_arr_index(tints, e);
-                             return calc_new_pmvar_expr(tints, 1);
+                             CPMVar* grid = calc_new_pmvar(str_copy("grid"));
+                             calc_add_pmvar_arr_index(grid, number());
+                             calc_add_pmvar_arr_index(grid, e);
+                             return calc_new_pmvar_expr(grid, 1);
                          }),
                   "1 ");
 
@@ -368,9 +387,10 @@ TEST_F(CalcCheckTest, DeepTreesInASmallStack) {
             if (path != nullptr) calc_set_pmvar_nested(outer, path);
             path = outer;
         }
-        EXPECT_EQ(checked(calc_new_expr_stmt(calc_new_pmvar_expr(path, 1), 1)),
-                  "0 ERR_CALC_FNC: calc.cl (1): Error in function 'N.f': Product model variable "
-                  "'SOME' is not of product or optional type\n");
+        EXPECT_EQ(
+            checked(calc_new_expr_stmt(calc_new_pmvar_expr(path, 1), 1)),
+            "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Product model variable "
+            "'SOME' is not of product or optional type\n");
     });
 }
 

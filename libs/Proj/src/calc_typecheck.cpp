@@ -2,6 +2,8 @@
 // Expressions are in calc_typecheck_expr.cpp.
 #include "norvane/proj/calc_typecheck.h"
 
+#include <cstdarg>
+
 #include "calc_builtins.h"
 #include "calc_position.h"
 #include "calc_typecheck_internal.h"
@@ -156,12 +158,16 @@ void check_do(CalcCheck& check, const CStmt* stmt) {
     --check.loop_depth;
 }
 
+// Out of line, so that the position does not lie in the frame of every loop.
+[[gnu::noinline]] void warn_of_comparison(const CalcCheck& check, const CExpr* clause) {
+    const CalcPosition position = calc_position(check.func, clause->line_no);
+    report(ERROR_TYPE_WARNING, ERR_CALC_FOR_INIT(position.text));
+}
+
 // A comparison, where an assignment is wanted, is most likely a slip. Callers know both clauses by
 // the one report.
 void check_for_clause(CalcCheck& check, const CExpr* clause) {
-    if (calc_check_expr(check, clause) != CTYPE_BOOL) return;
-    const CalcPosition position = calc_position(check.func, clause->line_no);
-    report(ERROR_TYPE_WARNING, ERR_CALC_FOR_INIT(position.text));
+    if (calc_check_expr(check, clause) == CTYPE_BOOL) warn_of_comparison(check, clause);
 }
 
 void check_for(CalcCheck& check, const CStmt* stmt) {

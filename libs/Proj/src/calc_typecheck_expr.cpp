@@ -1,7 +1,5 @@
 // The types of expressions of calculations: operands are typed first, from left to right, and the
 // first fault ends the check of the function. Model variables are in calc_typecheck_pmvar.cpp.
-#include <cstdint>
-
 #include "calc_typecheck_internal.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
@@ -20,7 +18,7 @@ inline bool is_comparable(CalcType left, CalcType right) {
     return left == right || (is_numeric(left) && is_numeric(right));
 }
 
-CalcType type_of_local(const CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_of_local(const CalcCheck& check, const CExpr* e) {
     NORVANE_ASSERT(e->args.lvar_name);
     int type;
     if (ihash_peek(check.locals, e->args.lvar_name, &type) != STATUS_SUCCESS)
@@ -32,7 +30,7 @@ CalcType type_of_local(const CalcCheck& check, const CExpr* e) {
     NORVANE_FAIL("Invalid operator: %s ", calc_opr2string(opr));
 }
 
-CalcType type_unary(const CalcCheck& check, const CExpr* e, CalcType arg) {
+[[gnu::noinline]] CalcType type_unary(const CalcCheck& check, const CExpr* e, CalcType arg) {
     switch (e->args.uop.opr) {
     case COPR_NOT:
         if (arg != CTYPE_BOOL)
@@ -124,7 +122,8 @@ CalcType type_assignment(CalcCheck& check, const CExpr* e, CalcType left, CalcTy
     return left;
 }
 
-CalcType type_binary(CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+[[gnu::noinline]] CalcType type_binary(CalcCheck& check, const CExpr* e, CalcType left,
+                                       CalcType right) {
     switch (e->args.bop.opr) {
     case COPR_PLUS:
         // A string beside anything else is refused as an operand that is not numeric.
@@ -152,7 +151,7 @@ CalcType type_binary(CalcCheck& check, const CExpr* e, CalcType left, CalcType r
     }
 }
 
-CalcType type_conditional(CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_conditional(CalcCheck& check, const CExpr* e) {
     NORVANE_ASSERT(e->args.ite.cond);
     NORVANE_ASSERT(e->args.ite.then_expr);
     NORVANE_ASSERT(e->args.ite.else_expr);
@@ -192,7 +191,7 @@ void require_argument_count(const CalcCheck& check, const CExpr* e, unsigned dec
                     given < 2 ? "" : "s", given < 2 ? "is" : "are");
 }
 
-CalcType type_of_call(CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_of_call(CalcCheck& check, const CExpr* e) {
     const CFunc* func = function_of_call(check, e);
     require_argument_count(check, e, plist_length(func->args));
     int position = 0;

@@ -121,7 +121,7 @@ CalcType type_of_value(const CalcCheck& check, const TypeCon* typecon, const CEx
 bool is_public_path(const CalcCheck& check, const CPMVar* head) {
     unsigned env_push = 0;
     bool is_public = true;
-    for (const CPMVar* pmvar = head; pmvar != nullptr && is_public; pmvar = pmvar->nested) {
+    for (const CPMVar* pmvar = head; pmvar != nullptr; pmvar = pmvar->nested) {
         NameData* namedata = nullptr;
         const bool found =
             symtbl_lookup(check.symtbl, pmvar->name, true, &namedata) == STATUS_SUCCESS &&
