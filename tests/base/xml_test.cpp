@@ -167,6 +167,10 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
             bomb += "&e" + std::to_string(i) + ";";
         bomb += "'>";
     }
+    // Each is no more than the one before, but expat follows them on its stack.
+    std::string chain = "<!DOCTYPE a [\n<!ENTITY e0 'x'>";
+    for (int i = 0; i < 100'000; ++i)
+        chain += "<!ENTITY e" + std::to_string(i + 1) + " '&e" + std::to_string(i) + ";'>";
     const std::string undefined = "undefined entity";
     const std::string bomb_text = "limit on input amplification factor (from DTD and entities) "
                                   "breached";
@@ -195,6 +199,8 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
         {"<!DOCTYPE a [<!ENTITY e '<b v=\"&no;\"/>'> %p; ]>\n<a>&e;</a>", 2, undefined},
         {"<!DOCTYPE a [<!ENTITY x '&y;'><!ENTITY y '&x;'>]><a>&x;</a>", 1,
          "recursive entity reference"},
+        {chain + "]>\n<a>&e100000;</a>", 2, bomb_text},
+        {chain + "]>\n<a v='&e100000;'/>", 2, bomb_text},
         {bomb + "]>\n<a>&e10;</a>", 2, bomb_text},
         {bomb + "]>\n<a v='&e10;'/>", 2, bomb_text},
     };

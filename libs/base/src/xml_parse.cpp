@@ -7,20 +7,16 @@
 // White space between elements is layout and is not kept: it would double the nodes. White space
 // that is the whole content of an element is its text.
 //
-// Nothing outside of the file is ever opened. Documents name a document type in another file, and
-// expat then takes an entity that it does not know for one that is declared there, and drops the
-// reference: that would lose text in silence, so such references are refused here.
+// Nothing outside of the file is ever opened, and nothing in it may grow out of proportion
+// (xml_entities.h).
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <expat.h>
 #include <fcntl.h>
-#include <initializer_list>
 #include <new>
-#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +24,7 @@
 #include "norvane/base/diagnostics.h"
 #include "norvane/base/except.h"
 #include "norvane/base/xml.h"
+#include "xml_entities.h"
 #include "xml_node.h"
 
 // Blocks of memory in a chain; a block that is larger than usual holds one large text.
@@ -46,20 +43,17 @@ namespace {
 
 constexpr std::size_t block_size = 256 * 1024;
 constexpr int smallest_chunk = 64 * 1024;
-constexpr int largest_chunk = 256 * 1024 * 1024;
 
 using TagPredicate = int (*)(const char*);
 
-// A name of a tag, an attribute or an entity, once.
+// A name of a tag or an attribute, once.
 struct Name {
     std::uint32_t hash;
-    bool is_utf;    // as a tag: the texts below it stay in UTF-8
-    bool is_entity; // it may be referred to
-    char text[1];   // terminated; as long as need be
+    bool is_utf;  // as a tag: the texts below it stay in UTF-8
+    char text[1]; // terminated; as long as need be
 };
 
-struct Builder {
-    XML_Parser parser;
+struct Builder : XmlEntities {
     XmlArena* arena;
     TagPredicate is_utf;
     XmlNode* root;
@@ -82,21 +76,9 @@ struct Builder {
     std::size_t name_count;
     std::size_t name_capacity;
     std::uint32_t hash_start;
-    bool must_check_entities;  // expat does not
-    std::size_t default_bytes; // of attributes that come from the document type
-    XML_Error failure;         // the first one; also why a callback has stopped expat
     const char* error_text;
     int error_line;
 };
-
-void set_failure(Builder* b, XML_Error failure) {
-    if (b->failure == XML_ERROR_NONE) b->failure = failure;
-}
-
-void stop(Builder* b, XML_Error failure) {
-    set_failure(b, failure);
-    XML_StopParser(b->parser, XML_FALSE);
-}
 
 void* arena_alloc(Builder* b, std::size_t size) {
     size = (size + 7) & ~std::size_t{7};
@@ -181,7 +163,6 @@ Name* intern(Builder* b, const char* text, std::size_t size) {
     std::memcpy(name->text, text, size);
     name->text[size] = '\0';
     name->is_utf = b->is_utf && b->is_utf(name->text);
-    name->is_entity = false;
     ++b->name_count;
     return *slot = name;
 }
@@ -222,16 +203,6 @@ bool end_text(Builder* b, bool is_whole) {
     return true;
 }
 
-// A default stands once in the document type and comes with each element. expat bounds what
-// entities grow to, and not this, so the same bounds hold here.
-bool defaults_are_out_of_proportion(const Builder* b) {
-    constexpr std::size_t harmless = 8 << 20;
-    constexpr std::size_t largest_factor = 100;
-    if (b->default_bytes < harmless) return false;
-    return b->default_bytes / largest_factor >
-           static_cast<std::size_t>(XML_GetCurrentByteIndex(b->parser));
-}
-
 bool set_attributes(Builder* b, XmlNode* node, const char** attributes) {
     unsigned count = 0;
     while (attributes[2 * count])
@@ -240,20 +211,15 @@ bool set_attributes(Builder* b, XmlNode* node, const char** attributes) {
     node->attributes = static_cast<char**>(arena_alloc(b, 2 * count * sizeof(char*)));
     if (!node->attributes) return false;
     node->attribute_count = count & largest_attribute_count;
-    const auto in_the_tag = static_cast<unsigned>(XML_GetSpecifiedAttributeCount(b->parser)) / 2;
     for (unsigned i = 0; i < count; ++i) {
         Name* name = intern(b, attributes[2 * i]);
         const char* value = attributes[2 * i + 1];
-        const std::size_t size = std::strlen(value);
         if (!name) return false;
         node->attributes[2 * i] = name->text;
-        node->attributes[2 * i + 1] = stored_text(b, value, size, false);
+        node->attributes[2 * i + 1] = stored_text(b, value, std::strlen(value), false);
         if (!node->attributes[2 * i + 1]) return false;
-        if (i >= in_the_tag) b->default_bytes += 2 * sizeof(char*) + size;
     }
-    if (!defaults_are_out_of_proportion(b)) return true;
-    set_failure(b, XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
-    return false;
+    return true;
 }
 
 template <typename T>
@@ -294,98 +260,28 @@ bool character_data(Builder* b, const char* text, std::size_t size) {
     return true;
 }
 
-bool is_known_entity(Builder* b, std::string_view name) {
-    for (const std::string_view predefined : {"amp", "apos", "gt", "lt", "quot"})
-        if (name == predefined) return true;
-    const Name* entity = intern(b, name.data(), name.size());
-    return entity && entity->is_entity;
-}
-
-// True if all general entities that the markup refers to are declared in the document.
-bool knows_entities(Builder* b, const char* markup, std::size_t size) {
-    const char* const end = markup + size;
-    const auto find = [end](const char* from, char c) {
-        return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
-    };
-    while (const char* ampersand = find(markup, '&')) {
-        const char* name = ampersand + 1;
-        const char* semicolon = find(name, ';');
-        if (!semicolon) return false;
-        markup = semicolon + 1;
-        if (*name == '#') continue; // the number of a character
-        if (!is_known_entity(b, {name, semicolon})) return false;
-    }
-    return true;
-}
-
-// The same for the markup that expat is at, which is in the encoding of the file. In UTF-16 only
-// what is ASCII is told apart, which all that we look for is.
-bool knows_current_entities(Builder* b) {
-    int offset;
-    int buffered;
-    const char* buffer = XML_GetInputContext(b->parser, &offset, &buffered);
-    if (!buffer) return true;
-    const char* markup = buffer + offset;
-    const auto size = static_cast<std::size_t>(XML_GetCurrentByteCount(b->parser));
-    if (size < 2 || !std::memchr(markup, '&', size)) return true;
-    if (markup[0] && markup[1]) return knows_entities(b, markup, size);
-    const std::size_t low = markup[0] ? 0 : 1;
-    auto* ascii = static_cast<char*>(std::malloc(size / 2));
-    if (!ascii) {
-        set_failure(b, XML_ERROR_NO_MEMORY);
-        return false;
-    }
-    for (std::size_t i = 0; i < size / 2; ++i)
-        ascii[i] = markup[2 * i + 1 - low] ? '?' : markup[2 * i + low];
-    const bool known = knows_entities(b, ascii, size / 2);
-    std::free(ascii);
-    return known;
-}
-
-// From here on expat accepts unknown entities, and drops references to them in attributes without
-// a word.
-int on_not_standalone(void* user) {
-    static_cast<Builder*>(user)->must_check_entities = true;
-    return XML_STATUS_OK;
-}
-
-// An entity whose own text refers to one that is not declared further up stays unknown.
-void on_entity_declared(void* user, const char* name, int is_parameter, const char* text, int size,
-                        const char*, const char*, const char*, const char*) {
-    auto* b = static_cast<Builder*>(user);
-    if (is_parameter || !text || !knows_entities(b, text, static_cast<std::size_t>(size))) return;
-    if (Name* entity = intern(b, name)) entity->is_entity = true;
-}
-
-// A reference in a text to an entity that is unknown ...
-void on_skipped_entity(void* user, const char*, int) {
-    stop(static_cast<Builder*>(user), XML_ERROR_UNDEFINED_ENTITY);
-}
-
-// ... or in another file.
-int on_external_entity(XML_Parser, const char*, const char*, const char*, const char*) {
-    return XML_STATUS_ERROR;
+Builder* builder(void* user) {
+    return static_cast<Builder*>(static_cast<XmlEntities*>(user));
 }
 
 void on_start(void* user, const char* tag, const char** attributes) {
-    auto* b = static_cast<Builder*>(user);
+    Builder* b = builder(user);
     if (b->failure != XML_ERROR_NONE) return;
-    if (b->must_check_entities && attributes[0] && !knows_current_entities(b))
-        return stop(b, XML_ERROR_UNDEFINED_ENTITY);
-    if (!start_element(b, tag, attributes)) stop(b, XML_ERROR_NO_MEMORY);
+    if (!xml_accepts_attributes(b, attributes)) return xml_stop(b, b->failure);
+    if (!start_element(b, tag, attributes)) xml_stop(b, XML_ERROR_NO_MEMORY);
 }
 
 void on_end(void* user, const char*) {
-    auto* b = static_cast<Builder*>(user);
+    Builder* b = builder(user);
     if (b->failure != XML_ERROR_NONE) return;
-    if (!end_text(b, true)) return stop(b, XML_ERROR_NO_MEMORY);
+    if (!end_text(b, true)) return xml_stop(b, XML_ERROR_NO_MEMORY);
     --b->open_count;
 }
 
 void on_text(void* user, const char* text, int size) {
-    auto* b = static_cast<Builder*>(user);
+    Builder* b = builder(user);
     if (b->failure != XML_ERROR_NONE) return;
-    if (!character_data(b, text, static_cast<std::size_t>(size))) stop(b, XML_ERROR_NO_MEMORY);
+    if (!character_data(b, text, static_cast<std::size_t>(size))) xml_stop(b, XML_ERROR_NO_MEMORY);
 }
 
 int open_file(const char* path) {
@@ -396,16 +292,6 @@ int open_file(const char* path) {
         return -1;
     }
     return descriptor;
-}
-
-// expat goes through a token that is not complete again from its beginning each time it is called.
-// So it is given as much as it holds already, and a token as large as the file takes no longer than
-// many small ones.
-int next_chunk_size(const Builder* b) {
-    int offset;
-    int buffered;
-    if (!XML_GetInputContext(b->parser, &offset, &buffered)) return smallest_chunk;
-    return std::clamp(buffered - offset, smallest_chunk, largest_chunk);
 }
 
 // Fills the buffer unless the file ends; -1 where it cannot be read.
@@ -427,7 +313,7 @@ enum class Result { Parsed, Unreadable, Malformed, OutOfMemory };
 
 Result parse_descriptor(Builder* b, int descriptor) {
     for (;;) {
-        const int wanted = next_chunk_size(b);
+        const int wanted = xml_next_chunk(b, smallest_chunk);
         auto* buffer = static_cast<char*>(XML_GetBuffer(b->parser, wanted));
         if (!buffer) return Result::OutOfMemory;
         const ssize_t size = read_chunk(descriptor, buffer, wanted);
@@ -443,13 +329,9 @@ Result parse_descriptor(Builder* b, int descriptor) {
 }
 
 void set_handlers(Builder* b) {
-    XML_SetUserData(b->parser, b);
     XML_SetElementHandler(b->parser, on_start, on_end);
     XML_SetCharacterDataHandler(b->parser, on_text);
-    XML_SetSkippedEntityHandler(b->parser, on_skipped_entity);
-    XML_SetExternalEntityRefHandler(b->parser, on_external_entity);
-    XML_SetNotStandaloneHandler(b->parser, on_not_standalone);
-    XML_SetEntityDeclHandler(b->parser, on_entity_declared);
+    xml_watch_entities(b);
 }
 
 // Leaves nothing open, and nothing in memory but the arena.
@@ -466,6 +348,7 @@ Result parse_path(Builder* b, const char* path) {
         result = parse_descriptor(b, descriptor);
     }
     if (b->parser) XML_ParserFree(b->parser);
+    xml_forget_entities(b);
     std::free(b->open);
     std::free(b->text);
     std::free(b->names);
