@@ -19,6 +19,7 @@
 
 #ifdef __cplusplus
 #include "norvane/base/packages.hpp"
+#include "norvane/base/sax_include.hpp"
 #include "norvane/base/text.hpp"
 #endif
 
