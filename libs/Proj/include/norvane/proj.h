@@ -4,6 +4,8 @@
 
 #include "norvane/base.h"
 #include "norvane/proj/calc.h"
+#include "norvane/proj/calc_export.h"
+#include "norvane/proj/calc_import.h"
 #include "norvane/proj/calc_typecheck.h"
 #include "norvane/proj/decl.h"
 #include "norvane/proj/expandrules.h"

@@ -1,0 +1,65 @@
+#!/usr/bin/env python3
+"""Writes the pages that the driver knows best: every diagnostic, and the built-in functions of
+calculations.
+
+usage: generate.py [--check] DRIVER
+
+With --check it changes nothing, and fails if a page is not as it would be written."""
+import json
+import os
+import subprocess
+import sys
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+
+
+def output(*command):
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def diagnostics(driver):
+    names = [line.split()[0] for line in output(driver, 'explain', '--list').splitlines()]
+    page = ['# Diagnostics', '',
+            'Every fault that a modeller can cause has a name, a title and an explanation, which',
+            '`norvane-pm explain NAME` shows. Dots stand for what a report fills in.', '']
+    for name in names:
+        title, _, text = output(driver, 'explain', name).partition('\n')
+        page += ['## ' + name, '', title.partition(': ')[2], '']
+        # What the driver indents is code, which is what an indented block is here too.
+        page += text.strip('\n').splitlines() + ['']
+    return '\n'.join(page)
+
+
+def builtins(driver):
+    page = ['# Built-in functions of calculations', '',
+            'What the evaluator of calculations offers. A call names the namespace too:',
+            '`System.Max(a, b)`.', '']
+    namespace = None
+    for row in json.loads(output(driver, 'calc', 'builtins', '--format', 'json')):
+        if row['namespace'] != namespace:
+            namespace = row['namespace']
+            page += ['', '## ' + namespace, '', '| function | result |', '|---|---|']
+        arguments = ', '.join('%s %s' % (a['type'], a['name']) for a in row['arguments'])
+        page.append('| `%s(%s)` | %s |' % (row['name'], arguments, row['type']))
+    return '\n'.join(page) + '\n'
+
+
+def main():
+    check = '--check' in sys.argv
+    driver = sys.argv[-1]
+    stale = 0
+    for name, make in (('diagnostics.md', diagnostics), ('builtins.md', builtins)):
+        path = os.path.join(HERE, name)
+        text = make(driver)
+        if not check:
+            with open(path, 'w') as stream:
+                stream.write(text)
+            continue
+        with open(path) as stream:
+            if stream.read() != text:
+                print('docs/%s is not up to date: run docs/generate.py %s' % (name, driver))
+                stale += 1
+    return stale
+
+
+sys.exit(main())

@@ -1,0 +1,323 @@
+// Writes a calculation as XML.
+//
+// The whole tree of nodes is built before the file is opened, so that a calculation which is broken
+// leaves an existing file as it was.
+
+#include "norvane/proj/calc_export.h"
+
+#include <cstdio>
+
+#include "calc_xml_names.h"
+#include "norvane/base/deep.hpp"
+#include "norvane/base/except.h"
+#include "norvane/base/items.hpp"
+#include "norvane/base/strings.h"
+#include "norvane/base/util.h"
+#include "report.h"
+
+namespace norvane {
+
+namespace {
+
+// What holds for a whole walk.
+struct Writer {
+    bool line_info;
+    const char* ns_name; // of the namespace that is being written
+};
+
+// An attribute that is to be written.
+struct Attribute {
+    const char* name;
+    const char* value;
+};
+
+XmlNode* add(XmlNode* parent, CalcTag tag) {
+    XmlNode* node = xml_node_new_tag(tag_name(tag));
+    xml_node_add_child(parent, node);
+    return node;
+}
+
+template <typename... Attributes>
+XmlNode* add(XmlNode* parent, CalcTag tag, Attributes... attributes) {
+    XmlNode* node = add(parent, tag);
+    char** slots = xml_node_alloc_attributes(node, sizeof...(attributes));
+    int index = 0;
+    (xml_set_attr(slots, index++, attributes.name, attributes.value), ...);
+    return node;
+}
+
+// The decimal text of a number, as long as the expression it is written in.
+struct Number {
+    char text[16];
+    explicit Number(int value) { str_snprintf(text, sizeof text, "%d", value); }
+};
+
+// Behind the attributes that the node has; the line is left out where it is not known.
+void set_line(const Writer* w, XmlNode* node, int line_no, int index) {
+    if (!w->line_info || line_no == CALC_UNDEF_LINENO) return;
+    char** slots = xml_node_alloc_attributes(node, index + 1);
+    xml_set_attr(slots, index, "line_no", Number(line_no).text);
+}
+
+const char* type_word(CalcType type) {
+    const char* word = word_of(calc_type_words, type);
+    if (!word) NORVANE_FAIL("Found invalid calculational type : %d", static_cast<int>(type));
+    return word;
+}
+
+const char* operator_word(COprType opr) {
+    const char* word = word_of(calc_operator_words, opr);
+    if (!word) NORVANE_FAIL("Found invalid operator : %d", static_cast<int>(opr));
+    return word;
+}
+
+void write_expr(const Writer* w, XmlNode* parent, const CExpr* expr);
+void write_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt);
+
+void write_exprs(const Writer* w, XmlNode* parent, const PolyList* exprs) {
+    for (const CExpr* expr : items<CExpr>(exprs))
+        write_expr(w, parent, expr);
+}
+
+void write_stmts(const Writer* w, XmlNode* parent, const PolyList* stmts) {
+    for (const CStmt* stmt : items<CStmt>(stmts))
+        write_stmt(w, parent, stmt);
+}
+
+// Expressions.
+
+// Each component of a path nests the next one in its element.
+void write_pmvar(const Writer* w, XmlNode* parent, const CPMVar* pmvar) {
+    for (; pmvar; pmvar = pmvar->nested) {
+        parent = add(parent, CalcTag::PmVar, Attribute{"name", pmvar->name});
+        write_exprs(w, parent, pmvar->arr_indices);
+    }
+}
+
+// The tree holds the texts of strings in UTF-8, and all other texts in code page 1252.
+void write_string_const(XmlNode* parent, const char* text) {
+    char** slots = xml_node_alloc_attributes(add(parent, CalcTag::StringConst), 1);
+    xml_set_attr_utf8(slots, 0, "value", text);
+}
+
+void write_call(const Writer* w, XmlNode* parent, const CExpr* expr) {
+    const auto& call = expr->args.call;
+    // A call without a namespace means the one that it stands in.
+    const char* ns_name = call.ns_name ? call.ns_name : w->ns_name;
+    XmlNode* node =
+        add(parent, CalcTag::Call, Attribute{"namespace", ns_name}, Attribute{"fname", call.fname});
+    write_exprs(w, node, call.args);
+}
+
+void write_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { write_expr(w, parent, expr); });
+    NORVANE_ASSERT(expr);
+    XmlNode* node = add(parent, CalcTag::Expr);
+    set_line(w, node, expr->line_no, 0);
+    const auto& args = expr->args;
+    switch (expr->structure) {
+    case CEXPR_LVAR: add(node, CalcTag::Lvar, Attribute{"name", args.lvar_name}); return;
+    case CEXPR_PMVAR: return write_pmvar(w, node, args.pmvar);
+    case CEXPR_INT_CONST:
+        add(node, CalcTag::IntConst, Attribute{"value", Number(args.int_value).text});
+        return;
+    case CEXPR_FLOAT_CONST:
+        add(node, CalcTag::FloatConst, Attribute{"value", util_double_to_str(args.float_value)});
+        return;
+    case CEXPR_STRING_CONST: return write_string_const(node, args.string_value);
+    case CEXPR_BOOL_CONST: add(node, args.bool_value ? CalcTag::True : CalcTag::False); return;
+    case CEXPR_UOP:
+        node = add(node, CalcTag::Uop, Attribute{"opr", operator_word(args.uop.opr)});
+        return write_expr(w, node, args.uop.arg);
+    case CEXPR_BOP:
+        node = add(node, CalcTag::Bop, Attribute{"opr", operator_word(args.bop.opr)});
+        write_expr(w, node, args.bop.left_arg);
+        return write_expr(w, node, args.bop.right_arg);
+    case CEXPR_ITE:
+        node = add(node, CalcTag::IteExpr);
+        write_expr(w, node, args.ite.cond);
+        write_expr(w, node, args.ite.then_expr);
+        return write_expr(w, node, args.ite.else_expr);
+    case CEXPR_CALL: return write_call(w, node, expr);
+    }
+    NORVANE_FAIL("Found invalid expression structure : %d", static_cast<int>(expr->structure));
+}
+
+// Statements.
+
+void write_opt_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
+    XmlNode* node = add(parent, CalcTag::OptExpr);
+    if (expr) write_expr(w, node, expr);
+}
+
+void write_ite_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
+    const auto& ite = stmt->args.ite;
+    XmlNode* node = add(parent, CalcTag::IteStmt);
+    write_expr(w, node, ite.cond);
+    write_stmt(w, node, ite.then_stmt);
+    if (ite.else_stmt) write_stmt(w, node, ite.else_stmt);
+}
+
+void write_switch(const Writer* w, XmlNode* parent, const CStmt* stmt) {
+    const auto& args = stmt->args.switch_args;
+    XmlNode* node = add(parent, CalcTag::SwitchStmt);
+    write_expr(w, node, args.switch_value);
+    for (const CCase* branch : items<CCase>(args.cases)) {
+        XmlNode* label = add(node, CalcTag::CaseLabel);
+        write_expr(w, label, branch->expr);
+        write_stmts(w, label, branch->stmts);
+    }
+    if (args.default_case)
+        write_stmts(w, add(node, CalcTag::DefaultLabel), args.default_case->stmts);
+}
+
+void write_for(const Writer* w, XmlNode* parent, const CStmt* stmt) {
+    const auto& args = stmt->args.for_args;
+    XmlNode* node = add(parent, CalcTag::ForStmt);
+    write_opt_expr(w, node, args.init);
+    write_opt_expr(w, node, args.cond);
+    write_opt_expr(w, node, args.incr);
+    write_stmt(w, node, args.stmt);
+}
+
+// The condition comes first in both kinds of loop.
+void write_loop(const Writer* w, XmlNode* node, const CExpr* cond, const CStmt* body) {
+    write_expr(w, node, cond);
+    write_stmt(w, node, body);
+}
+
+void write_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
+    if (stack_is_low()) return on_fresh_stack([&] { write_stmt(w, parent, stmt); });
+    NORVANE_ASSERT(stmt);
+    XmlNode* node = add(parent, CalcTag::Stmt);
+    set_line(w, node, stmt->line_no, 0);
+    const auto& args = stmt->args;
+    switch (stmt->structure) {
+    case CSTMT_ITE: return write_ite_stmt(w, node, stmt);
+    case CSTMT_BLOCK: return write_stmts(w, add(node, CalcTag::BlockStmt), args.block_stmts);
+    case CSTMT_EXPR:
+        node = add(node, CalcTag::ExprStmt);
+        if (args.expr) write_expr(w, node, args.expr);
+        return;
+    case CSTMT_SWITCH: return write_switch(w, node, stmt);
+    case CSTMT_WHILE:
+        return write_loop(w, add(node, CalcTag::WhileStmt), args.while_args.cond,
+                          args.while_args.stmt);
+    case CSTMT_DO:
+        return write_loop(w, add(node, CalcTag::DoStmt), args.do_args.cond, args.do_args.stmt);
+    case CSTMT_FOR: return write_for(w, node, stmt);
+    case CSTMT_RETURN: return write_expr(w, add(node, CalcTag::ReturnStmt), args.return_value);
+    case CSTMT_BREAK: add(node, CalcTag::BreakStmt); return;
+    case CSTMT_EXTERNAL:
+        add(add(node, CalcTag::ExternalStmt), CalcTag::StringConst,
+            Attribute{"value", args.external_ref});
+        return;
+    }
+    NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
+}
+
+// Functions.
+
+CExpr* zero_of(CalcType type, int line_no) {
+    switch (type) {
+    case CTYPE_BOOL: return calc_new_boolconst_expr(0, line_no);
+    case CTYPE_INT: return calc_new_intconst_expr(0, line_no);
+    case CTYPE_FLOAT: return calc_new_floatconst_expr(0.0, line_no);
+    case CTYPE_STRING: return calc_new_stringconst_expr(str_copy(""), line_no, true);
+    case CTYPE_UNDEF:
+    case CTYPE_VOID: break;
+    }
+    NORVANE_FAIL("Found invalid calculational type : %d", static_cast<int>(type));
+}
+
+// Readers demand an initial expression. It goes into the tree too: what was written is what is
+// there.
+void write_vardef(const Writer* w, XmlNode* parent, CFuncLVar* lvar) {
+    XmlNode* node = add(parent, CalcTag::VarDef, Attribute{"name", lvar->name},
+                        Attribute{"type", type_word(lvar->type)});
+    set_line(w, node, lvar->line_no, 2);
+    if (!lvar->init) lvar->init = zero_of(lvar->type, lvar->line_no);
+    write_expr(w, node, lvar->init);
+}
+
+void write_arg(const Writer* w, XmlNode* parent, const CFuncArg* arg) {
+    XmlNode* node = add(parent, CalcTag::Arg, Attribute{"name", arg->name},
+                        Attribute{"type", type_word(arg->type)});
+    set_line(w, node, arg->line_no, 2);
+}
+
+XmlNode* add_function(const Writer* w, XmlNode* parent, const CFunc* func) {
+    const Attribute name{"name", func->name};
+    const Attribute type{"type", type_word(func->type)};
+    // Neither says where the function came from without the other.
+    if (!w->line_info || !func->filename || func->line_no == CALC_UNDEF_LINENO)
+        return add(parent, CalcTag::Function, name, type);
+    return add(parent, CalcTag::Function, name, type, Attribute{"filename", func->filename},
+               Attribute{"line_no", Number(func->line_no).text});
+}
+
+void write_function(const Writer* w, XmlNode* parent, const CFunc* func) {
+    XmlNode* node = add_function(w, parent, func);
+    if (func->def_value) write_expr(w, add(node, CalcTag::DefValue), func->def_value);
+    for (const CFuncArg* arg : items<CFuncArg>(func->args))
+        write_arg(w, node, arg);
+    for (CFuncLVar* lvar : items<CFuncLVar>(func->vardefs))
+        write_vardef(w, node, lvar);
+    write_stmts(w, node, func->stmts);
+}
+
+} // namespace
+
+} // namespace norvane
+
+using namespace norvane;
+
+XmlNode* calc_export_to_xml_node(PolyHash* calc, int line_info) {
+    NORVANE_ASSERT(calc);
+    XmlNode* root = xml_node_new_tag(tag_name(CalcTag::Calculation));
+    PolyHashIter iter;
+    phash_iter_init(&iter, calc);
+    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
+        const auto* ns = static_cast<CNameSpace*>(value);
+        const Writer writer{line_info != 0, ns->name};
+        XmlNode* node = add(root, CalcTag::Namespace, Attribute{"name", ns->name});
+        for (const CFunc* func : items<CFunc>(ns->func_list))
+            write_function(&writer, node, func);
+    }
+    return root;
+}
+
+namespace {
+
+XmlDocument* document_of(PolyHash* calc, int line_info) {
+    return xml_new("clx.dtd", calc_export_to_xml_node(calc, line_info), "clx.xsl");
+}
+
+} // namespace
+
+void calc_export_to_stream(FILE* out, PolyHash* calc, int line_info) {
+    NORVANE_ASSERT(out);
+    NORVANE_ASSERT(calc);
+    XmlDocument* document = document_of(calc, line_info);
+    xml_print_indented(document, out);
+    xml_delete(document);
+}
+
+int calc_export_to_file(const char* filename, PolyHash* calc, int line_info) {
+    NORVANE_ASSERT(filename);
+    NORVANE_ASSERT(calc);
+    if (str_is_equal(filename, "-")) {
+        calc_export_to_stream(stdout, calc, line_info);
+        return STATUS_SUCCESS;
+    }
+    XmlDocument* document = document_of(calc, line_info);
+    FILE* out = std::fopen(filename, "we");
+    if (out) {
+        xml_print_indented(document, out);
+        std::fclose(out);
+    } else {
+        report_error(ERR_FILE_OPEN_WRITE(filename));
+    }
+    xml_delete(document);
+    return out ? STATUS_SUCCESS : STATUS_FAILURE;
+}
