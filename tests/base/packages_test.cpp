@@ -229,6 +229,28 @@ TEST(Files, AFileIsReadOnlyByItsMode) {
     EXPECT_FALSE(os_file_is_readonly((folder.path() + "/none").c_str()));
 }
 
+TEST(Files, NamesMayBeInTheCodePage) {
+    const TemporaryFolder folder;
+    const std::string bytes = folder.path() + "/\xE9.pm";
+    const std::string utf8 = folder.path() + "/\xC3\xA9.pm";
+    EXPECT_FALSE(os_file_exists(bytes.c_str()));
+    folder.write("\xC3\xA9.pm", "");
+    EXPECT_TRUE(os_file_exists(bytes.c_str()));
+    EXPECT_TRUE(os_file_exists(utf8.c_str()));
+    os_delete_file(bytes.c_str());
+    EXPECT_FALSE(os_file_exists(utf8.c_str()));
+    folder.write("\xE9.pm", ""); // of a system that had it so
+    EXPECT_TRUE(os_file_exists(bytes.c_str()));
+    os_delete_file(bytes.c_str());
+    EXPECT_TRUE(folder.names().empty());
+
+    CFilePackage package;
+    ASSERT_TRUE(package.createPackage((folder.path() + "\\\xE9.mub").c_str(), ""));
+    EXPECT_TRUE(package.open("m", FILE_OPEN_CREATE_WRITE).isOpen());
+    EXPECT_TRUE(package.closeAndSave());
+    EXPECT_EQ(std::vector<std::string>{"\xC3\xA9.mub"}, folder.names());
+}
+
 TEST(Settings, ToolsAreBesideTheLibraryUnlessTheHostSaysOtherwise) {
     const std::string beside = settings_get_full_bin_path("kelcalc");
     EXPECT_TRUE(beside.starts_with("/") && beside.ends_with("/bin/kelcalc")) << beside;

@@ -3,7 +3,7 @@
 // A package is a ZIP archive, so that any unzip tool can look inside. Members are written in the
 // order in which they were added, deflated, with one fixed time: equal inputs give equal bytes.
 // Member names are in code page 1252 here and in UTF-8 in the archive. File paths take a backslash
-// as a separator of folders too.
+// as a separator of folders too, and may be in either encoding (os.h).
 #ifndef NORVANE_BASE_PACKAGES_HPP
 #define NORVANE_BASE_PACKAGES_HPP
 
