@@ -23,5 +23,6 @@
 #include "norvane/proj/varorder.h"
 #include "norvane/proj/xml_export.h"
 #include "norvane/proj/xml_import.h"
+#include "norvane/proj/zeb.h"
 
 #endif

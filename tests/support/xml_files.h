@@ -1,7 +1,7 @@
 // XML files in tests: what was written, joined to fewer lines, and whether its document type allows
 // it.
-#ifndef NORVANE_TESTS_MODEL_XML_FILES_H
-#define NORVANE_TESTS_MODEL_XML_FILES_H
+#ifndef NORVANE_TESTS_XML_FILES_H
+#define NORVANE_TESTS_XML_FILES_H
 
 #include <algorithm>
 #include <cstdio>

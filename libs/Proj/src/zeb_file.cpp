@@ -1,0 +1,367 @@
+// The workspace file: written as a tree of XML, and read back element by element.
+//
+// The writer has one order of elements; the reader takes them in any order and number, since
+// workspaces are also written by hand and by other tools.
+
+#include <cstdio>
+#include <cstring>
+
+#include "norvane/base/except.h"
+#include "norvane/base/strings.h"
+#include "norvane/base/xml.h"
+#include "norvane/proj/proj_errors.h"
+#include "norvane/proj/zeb.h"
+#include "report.h"
+#include "xml_reading.h"
+#include "zeb_internal.h"
+
+namespace norvane {
+
+namespace {
+
+enum class Content : unsigned char { Uris, Uri, Defines, Targets };
+
+// A child of a project, and the field that it stands for where there is more than one of its kind.
+struct ProjectElement {
+    const char* tag;
+    Content content;
+    PolyList* ZEBProject::*list = nullptr;
+    char* ZEBProject::*text = nullptr;
+};
+
+// In the order of a written file.
+constexpr ProjectElement project_elements[] = {
+    {.tag = "product_model", .content = Content::Uris, .list = &ZEBProject::pm_files},
+    {.tag = "defines", .content = Content::Defines},
+    {.tag = "includes", .content = Content::Uris, .list = &ZEBProject::includes},
+    {.tag = "virtual_table", .content = Content::Uri, .text = &ZEBProject::virtual_table},
+    {.tag = "main", .content = Content::Uri, .text = &ZEBProject::main_file},
+    {.tag = "presentation", .content = Content::Uris, .list = &ZEBProject::pres_files},
+    {.tag = "calculation", .content = Content::Uris, .list = &ZEBProject::calc_files},
+    {.tag = "table", .content = Content::Uris, .list = &ZEBProject::table_files},
+    {.tag = "var_order", .content = Content::Uris, .list = &ZEBProject::var_order_files},
+    {.tag = "fileincludes", .content = Content::Uris, .list = &ZEBProject::fileincludes},
+    {.tag = "targets", .content = Content::Targets},
+};
+
+int zeb_known_tag(const char* tag) {
+    static constexpr const char* tags[] = {
+        "zeb",      "project",      "product_model", "uri",    "defines",      "define",
+        "includes", "fileincludes", "virtual_table", "main",   "presentation", "calculation",
+        "table",    "var_order",    "targets",       "target", "timeout",      "options",
+        "option",   "precmds",      "postcmds",      "cmd"};
+    for (const char* known : tags)
+        if (std::strcmp(known, tag) == 0) return 1;
+    return 0;
+}
+
+// Writing. ---------------------------------------------------------------------------------------
+
+XmlNode* add_tag(XmlNode* parent, const char* tag) {
+    XmlNode* node = xml_node_new_tag(tag);
+    xml_node_add_child(parent, node);
+    return node;
+}
+
+void add_text_tag(XmlNode* parent, const char* tag, const char* text) {
+    xml_node_add_child(add_tag(parent, tag), xml_node_new_text(text));
+}
+
+// A child with a name and, unless it is null, a value.
+void add_named_tag(XmlNode* parent, const char* tag, const char* name, const char* value) {
+    XmlNode* node = add_tag(parent, tag);
+    char** attributes = xml_node_alloc_attributes(node, value ? 2 : 1);
+    xml_set_attr(attributes, 0, "name", name);
+    if (value) xml_set_attr(attributes, 1, "value", value);
+}
+
+void add_text_tags(XmlNode* parent, const char* tag, const PolyList* texts) {
+    for (const char* text : items<char>(texts))
+        add_text_tag(parent, tag, text);
+}
+
+void write_defines(XmlNode* parent, const PolyHash* defines) {
+    PolyHashIter iter;
+    void* name;
+    void* value;
+    phash_iter_init(&iter, defines);
+    while (phash_iter_next(&iter, &name, &value)) {
+        NORVANE_ASSERT(name);
+        NORVANE_ASSERT(value);
+        // The very object, and not its content: a table of copies, as ours is, writes the value of
+        // every define, and a define that was read without one has an empty one from then on.
+        const char* text = value == zeb_empty_text() ? nullptr : static_cast<char*>(value);
+        add_named_tag(parent, "define", static_cast<char*>(name), text);
+    }
+}
+
+void write_option(XmlNode* parent, const char* key, const PolyList* values) {
+    if (values->len == 0) add_named_tag(parent, "option", key, nullptr);
+    for (const char* value : items<char>(values))
+        add_named_tag(parent, "option", key, str_is_set(value) ? value : nullptr);
+}
+
+void write_options(XmlNode* parent, const PolyHash* options) {
+    PolyHashIter iter;
+    void* key;
+    void* values;
+    phash_iter_init(&iter, options);
+    while (phash_iter_next(&iter, &key, &values))
+        write_option(parent, static_cast<char*>(key), static_cast<PolyList*>(values));
+}
+
+void write_target(XmlNode* parent, const ZEBTarget* target) {
+    XmlNode* node = add_tag(parent, "target");
+    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, "name", target->name);
+    if (target->timeout != -1) {
+        char number[16];
+        str_snprintf(number, sizeof number, "%ld", static_cast<long>(target->timeout));
+        add_text_tag(node, "timeout", number);
+    }
+    if (target->options->size > 0) write_options(add_tag(node, "options"), target->options);
+    add_text_tags(add_tag(node, "precmds"), "cmd", target->precmds);
+    add_text_tags(add_tag(node, "postcmds"), "cmd", target->postcmds);
+}
+
+// The elements that have nothing in them are not written.
+void write_element(XmlNode* parent, const ProjectElement& element, const ZEBProject* project) {
+    switch (element.content) {
+    case Content::Uris: {
+        const PolyList* uris = project->*element.list;
+        if (uris->len > 0) add_text_tags(add_tag(parent, element.tag), "uri", uris);
+        return;
+    }
+    case Content::Uri: {
+        const char* uri = project->*element.text;
+        if (uri) add_text_tag(add_tag(parent, element.tag), "uri", uri);
+        return;
+    }
+    case Content::Defines:
+        if (project->defines->size > 0)
+            write_defines(add_tag(parent, element.tag), project->defines);
+        return;
+    case Content::Targets:
+        if (project->targets->len == 0) return;
+        XmlNode* node = add_tag(parent, element.tag);
+        for (const ZEBTarget* target : items<ZEBTarget>(project->targets))
+            write_target(node, target);
+        return;
+    }
+}
+
+void write_project(XmlNode* parent, const ZEBProject* project) {
+    XmlNode* node = add_tag(parent, "project");
+    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, "name", project->name);
+    for (const ProjectElement& element : project_elements)
+        write_element(node, element, project);
+}
+
+// Reading. ---------------------------------------------------------------------------------------
+
+struct Reader {
+    XmlDocument* document;
+    ZEBWorkspace* workspace;
+};
+
+// The next child, which must have this tag; null at the end.
+XmlNode* next_child(XmlNodeIter* iter, const char* tag) {
+    return iter->current ? xml_parse_mustbe(iter, tag) : nullptr;
+}
+
+void mustbe_childless(XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    xml_parse_mustbe_empty(&iter);
+}
+
+void read_uris(PolyList* uris, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (XmlNode* uri = next_child(&iter, "uri"))
+        zeb_append(uris, xml_parse_mustbe_text_node(uri));
+}
+
+const char* read_uri(XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    const char* text = xml_parse_mustbe_text_node(xml_parse_mustbe(&iter, "uri"));
+    xml_parse_mustbe_empty(&iter);
+    return text;
+}
+
+void read_defines(PolyHash* defines, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (XmlNode* define = next_child(&iter, "define")) {
+        mustbe_childless(define);
+        const char* name = xml_parse_mustbe_attr_text(define, "name");
+        const char* value = xml_node_find_attr(define, "value");
+        if (!value) value = zeb_empty_text();
+        phash_insert(defines, const_cast<char*>(name), const_cast<char*>(value));
+    }
+}
+
+void read_options(ZEBTarget* target, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (XmlNode* option = next_child(&iter, "option")) {
+        mustbe_childless(option);
+        const char* name = xml_parse_mustbe_attr_text(option, "name");
+        zeb_target_add_option(target, name, xml_node_find_attr(option, "value"));
+    }
+}
+
+void read_commands(PolyList* commands, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (XmlNode* command = next_child(&iter, "cmd")) {
+        const char* text = xml_parse_mustbe_text_node(command);
+        if (str_is_set(text)) zeb_append(commands, text);
+    }
+}
+
+// The number that the text begins with; -1, as without a timeout, if there is none. Numbers that
+// are too large are the largest.
+int read_timeout(XmlNode* node) {
+    const char* text = xml_parse_mustbe_text_node(node);
+    const char* number = text + std::strspn(text, " \t\n\v\f\r");
+    if (*number == '-' || *number == '+') ++number;
+    const bool is_number = *number >= '0' && *number <= '9';
+    return is_number ? str_to_int(text) : -1;
+}
+
+void read_target_children(ZEBTarget* target, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (iter.current) {
+        if (XmlNode* timeout = xml_parse_have(&iter, "timeout"))
+            target->timeout = read_timeout(timeout);
+        else if (XmlNode* options = xml_parse_have(&iter, "options"))
+            read_options(target, options);
+        else if (XmlNode* before = xml_parse_have(&iter, "precmds"))
+            read_commands(target->precmds, before);
+        else if (XmlNode* behind = xml_parse_have(&iter, "postcmds"))
+            read_commands(target->postcmds, behind);
+        else
+            xml_parse_report_error(iter.current,
+                                   "Unexpected tag. I was expecting one of the following tags:\n"
+                                   "  <timeout> <options>, <precmds> or <postcmds>.");
+    }
+}
+
+// Records are put into place before they are read: what a failure leaves half read is freed with
+// its workspace.
+void read_targets(ZEBProject* project, XmlNode* node) {
+    XmlNodeIter iter = children_of(node);
+    while (XmlNode* child = next_child(&iter, "target")) {
+        ZEBTarget* target = zeb_target_new(xml_parse_mustbe_attr_text(child, "name"));
+        plist_append(project->targets, target);
+        read_target_children(target, child);
+    }
+}
+
+void replace(char*& field, const char* text) {
+    str_null_delete(field);
+    field = str_copy(text);
+}
+
+void read_element(ZEBProject* project, const ProjectElement& element, XmlNode* node) {
+    switch (element.content) {
+    case Content::Uris: return read_uris(project->*element.list, node);
+    case Content::Uri: return replace(project->*element.text, read_uri(node));
+    case Content::Defines: return read_defines(project->defines, node);
+    case Content::Targets: return read_targets(project, node);
+    }
+}
+
+const ProjectElement* find_element(const char* tag) {
+    if (!tag) return nullptr;
+    for (const ProjectElement& element : project_elements)
+        if (std::strcmp(element.tag, tag) == 0) return &element;
+    return nullptr;
+}
+
+void read_project(ZEBWorkspace* workspace, XmlNode* node) {
+    ZEBProject* project = zeb_project_new(xml_parse_mustbe_attr_text(node, "name"));
+    plist_append(workspace->projects, project);
+    XmlNodeIter iter = children_of(node);
+    while (iter.current) {
+        const ProjectElement* element = find_element(xml_node_get_tag(iter.current));
+        // Neither <calculation> nor <table> is in the list, and both are taken: editors match the
+        // text as it stands.
+        if (!element)
+            xml_parse_report_error(iter.current,
+                                   "Unexpected tag. I was expecting one of the following tags:\n"
+                                   "<product_mode>, <presentation>, <var_order>, <defines>, "
+                                   "<includes>, <virtual_table>, <main>, <targets> or "
+                                   "<fileincludes>");
+        read_element(project, *element, xml_parse_mustbe(&iter, element->tag));
+    }
+}
+
+void read_workspace(void* user) {
+    auto* reader = static_cast<Reader*>(user);
+    XmlNode* root = reader->document->root;
+    NORVANE_ASSERT(root);
+    reader->workspace = zeb_workspace_new();
+    if (!str_is_equal(xml_node_get_tag(root), "zeb"))
+        xml_parse_report_error(root, "Expecting a <zeb> tag");
+    XmlNodeIter iter = children_of(root);
+    while (XmlNode* project = xml_parse_have(&iter, "project"))
+        read_project(reader->workspace, project);
+    xml_parse_mustbe_empty(&iter);
+}
+
+// Frees a workspace that nobody has seen, with what projects leave to those who have seen them.
+void delete_unseen(ZEBWorkspace* workspace) {
+    for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
+        plist_delete(project->fileincludes);
+    zeb_workspace_delete(workspace);
+}
+
+} // namespace
+
+} // namespace norvane
+
+using namespace norvane;
+
+int zeb_workspace_save_fptr(ZEBWorkspace* workspace, FILE* stream) {
+    NORVANE_ASSERT(workspace);
+    NORVANE_ASSERT(stream);
+    XmlNode* root = xml_node_new_tag("zeb");
+    for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
+        write_project(root, project);
+    XmlDocument* document = xml_new("zeb.dtd", root, "zeb.xsl");
+    NORVANE_ASSERT(document);
+    xml_print_indented(document, stream);
+    xml_delete(document);
+    return STATUS_SUCCESS;
+}
+
+int zeb_workspace_save(ZEBWorkspace* workspace, const char* filename) {
+    NORVANE_ASSERT(workspace);
+    NORVANE_ASSERT(filename);
+    std::FILE* stream = std::fopen(filename, "we");
+    if (!stream) {
+        // Callers know this failure by the name that opening for reading has.
+        report_error(ERR_FILE_OPEN(filename));
+        return STATUS_FAILURE;
+    }
+    const int status = zeb_workspace_save_fptr(workspace, stream);
+    // A write that failed before need not show again at the end.
+    const bool is_incomplete = std::ferror(stream) != 0;
+    if (std::fclose(stream) != 0 || is_incomplete)
+        NORVANE_FAIL("Could not close file '%s'", filename);
+    return status;
+}
+
+ZEBWorkspace* zeb_workspace_load(const char* filename) {
+    NORVANE_ASSERT(filename);
+    XmlDocument* document = xml_parse_file(filename, zeb_known_tag);
+    if (!document) return nullptr;
+    Reader reader{document, nullptr};
+    ExceptionState state;
+    const int caught = except_catch(read_workspace, &reader, &state);
+    xml_delete(document);
+    if (!caught) {
+        reader.workspace->filename = str_copy(filename);
+        return reader.workspace;
+    }
+    if (reader.workspace) delete_unseen(reader.workspace);
+    if (state.kind != EXCEPT_MALFORMED_INPUT) except_rethrow(&state);
+    report_error(ERR_XML_PARSER(state.message));
+    return nullptr;
+}

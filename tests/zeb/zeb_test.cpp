@@ -1,0 +1,752 @@
+// Workspaces: their records, their file, the commands and the packages that are made from them.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+
+#include <sys/stat.h>
+
+#include "norvane/base/items.hpp"
+#include "norvane/base/packages.hpp"
+#include "norvane/proj/zeb.h"
+#include "support.h"
+#include "xml_files.h"
+
+namespace norvane::test {
+namespace {
+
+using NorvaneCpp::String;
+
+// A project does not free its list of extra files: who is done with it does.
+void delete_project(ZEBProject* project) {
+    plist_delete(project->fileincludes);
+    zeb_project_delete(project);
+}
+
+void delete_workspace(ZEBWorkspace* workspace) {
+    for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
+        plist_delete(project->fileincludes);
+    zeb_workspace_delete(workspace);
+}
+
+struct TargetDeleter {
+    void operator()(ZEBTarget* t) const { zeb_target_delete(t); }
+};
+struct ZebProjectDeleter {
+    void operator()(ZEBProject* p) const { delete_project(p); }
+};
+struct WorkspaceDeleter {
+    void operator()(ZEBWorkspace* w) const { delete_workspace(w); }
+};
+using TargetPtr = std::unique_ptr<ZEBTarget, TargetDeleter>;
+using ZebProjectPtr = std::unique_ptr<ZEBProject, ZebProjectDeleter>;
+using WorkspacePtr = std::unique_ptr<ZEBWorkspace, WorkspaceDeleter>;
+
+std::string text(const PolyList* list) {
+    std::string result;
+    for (const char* entry : items<char>(list))
+        result += (result.empty() ? "" : "|") + std::string(entry);
+    return result;
+}
+
+// "-a=1|2 -b=", in table order.
+std::string options(const ZEBTarget* target) {
+    std::string result;
+    PolyHashIter iter;
+    void *key, *values;
+    phash_iter_init(&iter, target->options);
+    while (phash_iter_next(&iter, &key, &values))
+        result += (result.empty() ? "" : " ") + std::string(static_cast<char*>(key)) + "=" +
+                  text(static_cast<PolyList*>(values));
+    return result;
+}
+
+// All of a workspace, as its file has it.
+std::string saved(ZEBWorkspace* workspace) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    FILE* stream = open_memstream(&text, &size);
+    EXPECT_EQ(zeb_workspace_save_fptr(workspace, stream), 0);
+    EXPECT_EQ(std::fclose(stream), 0);
+    std::string result(text, size);
+    std::free(text);
+    return result;
+}
+
+WorkspacePtr loaded(const std::string& xml) {
+    const TemporaryFolder folder;
+    return WorkspacePtr(zeb_workspace_load(folder.write("in.zeb", xml).c_str()));
+}
+
+TEST(ZebTarget, OptionsHoldAnyNumberOfValues) {
+    const TargetPtr owner(zeb_target_new("compile"));
+    ZEBTarget* t = owner.get();
+    EXPECT_STREQ(t->name, "compile");
+    EXPECT_EQ(t->timeout, -1);
+    zeb_target_add_option(t, "-b", "1");
+    zeb_target_add_option(t, "-a", "");
+    zeb_target_add_option(t, "-b", "1");
+    zeb_target_add_option(t, "-b", nullptr);
+    zeb_target_add_option(t, "-c", "3");
+    EXPECT_EQ(options(t), "-b=1|1 -a= -c=3");
+    EXPECT_EQ(zeb_target_get_option(t, "-b"), nullptr) << "there are two";
+    EXPECT_EQ(zeb_target_get_option(t, "-a"), nullptr) << "there is none";
+    EXPECT_STREQ(zeb_target_get_option(t, "-c"), "3");
+    EXPECT_EQ(zeb_target_get_options(t, "-B"), nullptr);
+    EXPECT_EQ(zeb_target_has_option(t, "-a"), 1);
+    EXPECT_EQ(zeb_target_has_option(t, "-B"), 0);
+
+    zeb_target_set_option(t, "-b", "2");
+    zeb_target_set_option(t, "-c", zeb_target_get_option(t, "-c"));
+    zeb_target_set_option(t, "-d", "4");
+    EXPECT_EQ(options(t), "-b=2 -a= -c=3 -d=4");
+    zeb_target_set_option(t, "-b", "");
+    zeb_target_set_option(t, "-c", nullptr);
+    EXPECT_EQ(options(t), "-b= -a= -c= -d=4");
+
+    zeb_target_add_precmd(t, "");
+    zeb_target_add_precmd(t, "make ready");
+    zeb_target_add_postcmd(t, "make clean");
+    zeb_target_add_postcmd(t, "");
+    zeb_target_add_postcmd(t, "make clean");
+    t->timeout = 7;
+    const TargetPtr copy(zeb_target_copy(t));
+    zeb_target_delete_all(t);
+    EXPECT_EQ(options(t) + text(t->precmds) + text(t->postcmds), "");
+    EXPECT_EQ(t->timeout, 7);
+    EXPECT_EQ(options(copy.get()), "-b= -a= -c= -d=4");
+    EXPECT_EQ(text(copy->precmds), "make ready");
+    EXPECT_EQ(text(copy->postcmds), "make clean|make clean");
+    EXPECT_EQ(copy->timeout, 7);
+    EXPECT_STREQ(copy->name, "compile");
+}
+
+TEST(ZebProject, ListsRefuseDoublesInSilence) {
+    const ZebProjectPtr owner(zeb_project_new("p"));
+    ZEBProject* p = owner.get();
+    const Reports reports;
+    EXPECT_EQ(zeb_project_add_include(p, "a"), 0);
+    EXPECT_EQ(zeb_project_add_include(p, "A"), 0);
+    EXPECT_EQ(zeb_project_add_include(p, "a"), -1);
+    plist_append(p->includes, const_cast<char*>("a")); // as a loaded list can have it
+    plist_append(p->includes, const_cast<char*>("b"));
+    EXPECT_EQ(zeb_project_remove_include(p, "a"), 0);
+    EXPECT_EQ(zeb_project_remove_include(p, "c"), -1);
+    EXPECT_EQ(text(p->includes), "a|A|b");
+    zeb_project_includes_clear(p);
+    EXPECT_EQ(zeb_project_remove_include(p, "a"), -1);
+
+    const std::pair<ZEBFileType, PolyList*> lists[] = {{ZEB_FILE_PM, p->pm_files},
+                                                       {ZEB_FILE_PRES, p->pres_files},
+                                                       {ZEB_FILE_VAR_ORDER, p->var_order_files},
+                                                       {ZEB_FILE_CALC, p->calc_files},
+                                                       {ZEB_FILE_TABLE, p->table_files}};
+    for (int i = 0; i < 5; ++i) {
+        const auto& [type, list] = lists[i];
+        EXPECT_EQ(static_cast<int>(type), i);
+        EXPECT_EQ(zeb_project_get_list(p, type), list);
+        EXPECT_EQ(zeb_project_add_file(p, "f", type), 0);
+        EXPECT_EQ(zeb_project_add_file(p, "f", type), -1);
+        EXPECT_EQ(zeb_project_add_file(p, "g", type), 0);
+        EXPECT_EQ(zeb_project_remove_file(p, "f", type), 0);
+        EXPECT_EQ(zeb_project_remove_file(p, "f", type), -1);
+        EXPECT_EQ(text(list), "g");
+    }
+
+    EXPECT_EQ(zeb_project_add_define(p, "N", "1"), 0);
+    EXPECT_EQ(zeb_project_add_define(p, "N", "2"), -1);
+    void* value = nullptr;
+    EXPECT_EQ(phash_peek(p->defines, "N", &value), 0);
+    EXPECT_STREQ(static_cast<char*>(value), "1");
+    EXPECT_EQ(zeb_project_remove_define(p, "N"), 0);
+    EXPECT_EQ(zeb_project_remove_define(p, "N"), -1);
+    zeb_project_add_define(p, "M", "");
+    zeb_project_defines_clear(p);
+    EXPECT_EQ(p->defines->size, 0u);
+    EXPECT_EQ(reports.names(), "");
+}
+
+TEST(ZebProject, TargetsAreFoundOrMade) {
+    const ZebProjectPtr owner(zeb_project_new("p"));
+    ZEBProject* p = owner.get();
+    ZEBTarget* view = zeb_project_get_target(p, "view");
+    EXPECT_EQ(zeb_project_get_target(p, "view"), view);
+    EXPECT_EQ(p->targets->len, 1u);
+
+    const Reports reports;
+    const TargetPtr other(zeb_target_new("view"));
+    EXPECT_EQ(zeb_project_add_target(p, other.get()), -1);
+    EXPECT_EQ(reports.text(), "ERR_ZEB_TARGET_EXISTS: Attempting to add target 'view' to project, "
+                              "but a target with this name already exists\n");
+    ZEBTarget* deploy = zeb_target_new("deploy");
+    EXPECT_EQ(zeb_project_add_target(p, deploy), 0);
+    EXPECT_EQ(zeb_project_get_target(p, "deploy"), deploy);
+    const TargetPtr nameless(zeb_target_new(""));
+    EXPECT_EQ(thrown([&] { zeb_project_add_target(p, nameless.get()); }),
+              "1: str_is_set(target->name)");
+    EXPECT_EQ(p->targets->len, 2u);
+}
+
+// What each element of a project is for; the order of the targets' options is not the alphabet's.
+constexpr const char* full = R"(<?xml version="1.0" encoding="UTF-8"?>
+<?xml-stylesheet type="text/xsl" href="zeb.xsl"?>
+<!DOCTYPE zeb SYSTEM "zeb.dtd">
+<zeb>
+  <project name="Größe &quot;2&quot; %s">
+    <product_model>
+      <uri>a b.pm</uri>
+      <uri>é.pm</uri>
+    </product_model>
+    <defines>
+      <define name="Z" value="1"/>
+      <define name="A" value=""/>
+    </defines>
+    <includes>
+      <uri>inc</uri>
+    </includes>
+    <virtual_table>
+      <uri>a.mu</uri>
+    </virtual_table>
+    <main>
+      <uri>a.pm</uri>
+    </main>
+    <presentation>
+      <uri>a.prs</uri>
+    </presentation>
+    <calculation>
+      <uri>a.cl</uri>
+    </calculation>
+    <table>
+      <uri>a.tbl</uri>
+    </table>
+    <var_order>
+      <uri>a.vof</uri>
+    </var_order>
+    <fileincludes>
+      <uri>extra/logo.png</uri>
+    </fileincludes>
+    <targets>
+      <target name="compile">
+        <timeout>-2</timeout>
+        <options>
+          <option name="-vof" value="a.vof"/>
+          <option name="-q"/>
+          <option name="-m" value="1"/>
+          <option name="-m" value="1"/>
+        </options>
+        <precmds>
+          <cmd>make "x y"</cmd>
+        </precmds>
+        <postcmds>
+          <cmd>rm a</cmd>
+          <cmd> </cmd>
+        </postcmds>
+      </target>
+      <target name="view">
+        <precmds/>
+        <postcmds/>
+      </target>
+    </targets>
+  </project>
+  <project name="empty"/>
+</zeb>
+)";
+
+TEST(ZebWorkspace, NamesOfProjectsAreUnique) {
+    const WorkspacePtr owner(zeb_workspace_new());
+    ZEBWorkspace* w = owner.get();
+    const Reports reports;
+    ZEBProject* first = zeb_workspace_new_project(w, "a");
+    ASSERT_NE(first, nullptr);
+    zeb_project_set_main_file(first, "a.pm");
+    EXPECT_EQ(zeb_workspace_new_project(w, "a"), nullptr);
+    EXPECT_EQ(zeb_workspace_copy_project(w, first, "a"), nullptr);
+    const std::string taken = "ERR_ZEB_PROJECT_EXISTS: Project with name 'a' already exists in "
+                              "workspace. Project names must be unique\n";
+    EXPECT_EQ(reports.text(), taken + taken);
+    ZEBProject* copy = zeb_workspace_copy_project(w, first, "b");
+    ASSERT_NE(copy, nullptr);
+    zeb_project_set_main_file(first, first->main_file);
+    EXPECT_STREQ(copy->main_file, "a.pm");
+    const ListPtr names(zeb_workspace_proj_names(w));
+    EXPECT_EQ(text(names.get()), "a|b");
+    EXPECT_EQ(zeb_workspace_get_project(w, "b"), copy);
+    EXPECT_EQ(zeb_workspace_get_project(w, "c"), nullptr);
+    EXPECT_EQ(zeb_workspace_remove_project(w, "c"), -1);
+    plist_delete(first->fileincludes);
+    EXPECT_EQ(zeb_workspace_remove_project(w, first->name), 0);
+    EXPECT_EQ(w->projects->len, 1u);
+    EXPECT_EQ(w->filename, nullptr);
+    EXPECT_EQ(reports.all().size(), 2u);
+}
+
+TEST(ZebWorkspace, ACopyLeavesOutWhatBelongsToTheOriginal) {
+    const WorkspacePtr from = loaded(full);
+    const WorkspacePtr to(zeb_workspace_new());
+    auto* source = static_cast<ZEBProject*>(plist_hd(from->projects));
+    ASSERT_NE(zeb_workspace_copy_project(to.get(), source, "copy"), nullptr);
+    std::string expected = full;
+    const auto cut = [&](const char* begin, const char* end) {
+        const std::size_t from_here = expected.find(begin);
+        expected.erase(from_here, expected.find(end) - from_here);
+    };
+    cut("Größe", "\">\n    <product");
+    expected.insert(expected.find("\">\n    <product"), "copy");
+    cut("    <calculation>", "    <var_order>");
+    cut("    <fileincludes>", "    <targets>");
+    cut("  <project name=\"empty\"/>", "</zeb>");
+    EXPECT_EQ(saved(to.get()), expected);
+}
+
+TEST(ZebFile, IsWrittenWholeAndComesBackAsItWas) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("full.zeb", full);
+    EXPECT_EQ(validity(path), "");
+    const WorkspacePtr w(zeb_workspace_load(path.c_str()));
+    ASSERT_NE(w, nullptr);
+    EXPECT_EQ(w->filename, path);
+    const auto* project = static_cast<ZEBProject*>(plist_hd(w->projects));
+    EXPECT_STREQ(project->name, "Gr\xF6\xDF"
+                                "e \"2\" %s");
+    EXPECT_EQ(text(project->pm_files), "a b.pm|\xE9.pm");
+    EXPECT_EQ(text(project->fileincludes), "extra/logo.png");
+    const auto* compile = static_cast<ZEBTarget*>(plist_hd(project->targets));
+    EXPECT_EQ(options(compile), "-vof=a.vof -q= -m=1|1");
+    EXPECT_EQ(compile->timeout, -2);
+    ASSERT_EQ(zeb_workspace_save(w.get(), path.c_str()), 0);
+    EXPECT_EQ(read_file(path), full);
+}
+
+TEST(ZebFile, IsReadByItsFormatAndNoOther) {
+    const TemporaryFolder folder;
+    const auto outcome = [&](std::string xml) {
+        std::replace(xml.begin(), xml.end(), '^', '\n');
+        const Reports reports;
+        const WorkspacePtr w(zeb_workspace_load(folder.write("in.zeb", xml).c_str()));
+        std::string titles = reports.text();
+        for (std::size_t at; (at = titles.find(folder.path() + "/")) != std::string::npos;)
+            titles.erase(at, folder.path().size() + 1);
+        if (!w) return titles;
+        const std::string written = saved(w.get());
+        EXPECT_EQ(validity(folder.write("out.zeb", written)), "");
+        EXPECT_EQ(saved(loaded(written).get()), written);
+        return titles + joined(written.substr(written.find("<zeb")));
+    };
+    EXPECT_EQ(test_data_rerun("zeb/data/files.txt", outcome), test_data("zeb/data/files.txt"));
+}
+
+TEST(ZebFile, AnyBytesAreReadOrRefused) {
+    const TemporaryFolder folder;
+    const std::string whole = full;
+    const auto attempt = [&](const std::string& bytes) {
+        const Reports reports;
+        const WorkspacePtr w(zeb_workspace_load(folder.write("in.zeb", bytes).c_str()));
+        EXPECT_EQ(reports.all().size(), w ? 0u : 1u);
+        if (!w) return;
+        const std::string written = saved(w.get());
+        folder.write("in.zeb", written);
+        const WorkspacePtr back(zeb_workspace_load((folder.path() + "/in.zeb").c_str()));
+        EXPECT_EQ(saved(back.get()), written);
+    };
+    const std::size_t root = whole.find("<zeb>");
+    for (std::size_t i = root; i < whole.size(); i += 11) {
+        attempt(whole.substr(0, i));
+        for (const char byte : {'\0', '<', '/', ' ', '\xFF'}) {
+            std::string bytes = whole;
+            bytes[i] = byte;
+            attempt(bytes);
+        }
+    }
+    attempt("");
+    attempt(std::string(10000, '\0'));
+    const Reports reports;
+    EXPECT_EQ(zeb_workspace_load(folder.path().c_str()), nullptr);
+    EXPECT_EQ(zeb_workspace_load((folder.path() + "/none.zeb").c_str()), nullptr);
+    EXPECT_EQ(reports.all().size(), 2u);
+}
+
+TEST(ZebFile, ADefineWithTheSharedEmptyTextHasNoValue) {
+    const WorkspacePtr w(zeb_workspace_new());
+    ZEBProject* p = zeb_workspace_new_project(w.get(), "p");
+    char own_empty[] = "";
+    zeb_project_add_define(p, "copied", String().GetStr());
+    p->defines->copy_value = nullptr; // a table that holds what it is given
+    zeb_project_add_define(p, "shared", String().GetStr());
+    zeb_project_add_define(p, "own", own_empty);
+    const std::string written = joined(saved(w.get()));
+    EXPECT_NE(written.find(R"(<define name="copied" value=""/><define name="shared"/>)"
+                           R"(<define name="own" value=""/>)"),
+              std::string::npos)
+        << written;
+    p->defines->delete_value = nullptr;
+    zeb_project_remove_define(p, "shared");
+    zeb_project_remove_define(p, "own");
+    phash_insert(p->defines, const_cast<char*>("null"), nullptr);
+    EXPECT_EQ(thrown([&] { zeb_workspace_save_fptr(w.get(), stderr); }), "1: value");
+    zeb_project_remove_define(p, "null");
+    p->defines->delete_value = poly_delete_string;
+}
+
+TEST(ZebFile, WhatCannotBeWrittenIsToldInTwoWays) {
+    const TemporaryFolder folder;
+    const WorkspacePtr w = loaded(full);
+    const Reports reports;
+    EXPECT_EQ(zeb_workspace_save(w.get(), folder.path().c_str()), -1);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN");
+    EXPECT_EQ(thrown([&] { zeb_workspace_save(w.get(), "/dev/full"); }),
+              "1: Could not close file '/dev/full'");
+}
+
+TEST(ZebFile, LargeOnesComeBackWhole) {
+    constexpr int count = 50000;
+    const WorkspacePtr w(zeb_workspace_new());
+    ZEBProject* p = zeb_workspace_new_project(w.get(), "p");
+    ZEBTarget* t = zeb_project_get_target(p, std::string(10000, '"').c_str());
+    for (int i = 0; i < count; ++i) {
+        const std::string name = std::to_string(i);
+        zeb_project_add_define(p, name.c_str(), name.c_str());
+        zeb_target_add_option(t, name.c_str(), name.c_str());
+        zeb_target_add_option(t, "-many", name.c_str());
+        zeb_target_add_precmd(t, "same");
+        plist_append(p->calc_files, const_cast<char*>("same.cl"));
+        plist_append(p->targets, zeb_target_new("t"));
+        plist_append(w->projects, zeb_project_new("p"));
+    }
+    const std::string written = saved(w.get());
+    const WorkspacePtr back = loaded(written);
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(back->projects->len, count + 1u);
+    EXPECT_TRUE(saved(back.get()) == written);
+}
+
+// Commands. --------------------------------------------------------------------------------------
+
+// A command a line, its arguments divided by "|"; temporary names become "TEMP1" and so on.
+std::string text_of_commands(const PolyList* commands) {
+    if (!commands) return "null\n";
+    std::string result;
+    for (char* const* argv : items<char*>(commands)) {
+        if (!argv) {
+            result += "(blank)\n";
+            continue;
+        }
+        for (; *argv; ++argv)
+            result += *argv + std::string(argv[1] ? "|" : "\n");
+    }
+    std::vector<std::string> names;
+    const std::string begin = std::filesystem::temp_directory_path().string() + "/norvane-";
+    for (std::size_t at = 0; (at = result.find(begin, at)) != std::string::npos; ++at) {
+        const std::string name =
+            result.substr(at, begin.size() + std::strlen("0123456789012345.clx"));
+        if (!name.ends_with(".clx")) continue; // a folder of the test
+        auto known = std::find(names.begin(), names.end(), name);
+        if (known == names.end()) known = names.insert(names.end(), name);
+        result.replace(at, name.size(), "TEMP" + std::to_string(known - names.begin() + 1));
+    }
+    return result;
+}
+
+struct Asked {
+    ZEBCommandType type;
+    const char* extra_arg = nullptr;
+    const char* order_type = nullptr;
+    const char* extra_arg2 = nullptr;
+    int statistics = 0;
+};
+
+std::string commands(ZEBWorkspace* workspace, const Asked& asked) {
+    const ListPtr list(zeb_workspace_get_cmd(workspace, "p", asked.type, asked.extra_arg,
+                                             asked.order_type, asked.extra_arg2, asked.statistics));
+    return text_of_commands(list.get());
+}
+
+class ZebCommands : public testing::Test {
+  protected:
+    ZebCommands() { settings_set_bin_folder("/bin"); }
+    ~ZebCommands() override { settings_set_bin_folder(nullptr); }
+
+    // A workspace "w.zeb" with the project "p", whose main file "dir/m.pm" does not exist.
+    void load(const std::string& content) {
+        const std::string xml = "<zeb><project name=\"p\"><main><uri>dir/m.pm</uri></main>" +
+                                content + "</project></zeb>";
+        workspace_.reset(zeb_workspace_load(folder_.write("w.zeb", xml).c_str()));
+        std::free(workspace_->filename);
+        workspace_->filename = str_copy("w.zeb");
+        project_ = static_cast<ZEBProject*>(plist_hd(workspace_->projects));
+    }
+
+    TemporaryFolder folder_;
+    WorkspacePtr workspace_;
+    ZEBProject* project_ = nullptr;
+};
+
+TEST_F(ZebCommands, AreBuiltForEachType) {
+    load("<defines><define name='N' value='1 2'/><define name='M'/></defines>"
+         "<includes><uri>a b</uri><uri>c</uri></includes>"
+         "<virtual_table><uri>v.mu</uri></virtual_table>"
+         "<targets><target name='compile'><options><option name='-x' value='1'/></options>"
+         "<precmds><cmd>one \"t w o\" th\"r ee</cmd><cmd> \t</cmd></precmds>"
+         "<postcmds><cmd>after</cmd></postcmds></target>"
+         "<target name='view'><options><option name='-vof' value='a b'/>"
+         "<option name='-s' value='a b'/><option name='-s' value='c'/><option name='-q'/></options>"
+         "<precmds><cmd>unused</cmd></precmds></target>"
+         "<target name='deploy'><options><option name='-cmd' value='cp x y'/>"
+         "<option name='-cmd' value=' '/></options></target>"
+         "<target name='erp_relay'><options><option name='-vof' value='z'/></options></target>"
+         "</targets>");
+    const std::string common = "-options_from_zeb_file|\"w.zeb\"|-options_from_zeb_project|\"p\"|"
+                               "-I|\"a b\"|-I|\"c\"|-D|N=\"1 2\"|-D|M|";
+    const std::string before = "one|\"t w o\"|th\"r|ee\n(blank)\n";
+    const std::pair<Asked, std::string> rows[] = {
+        {{ZEB_CMD_CHECK}, before + "/bin/kelc|-c|" + common + "\"dir/m.pm\"\n"},
+        {{.type = ZEB_CMD_BUILD, .statistics = 7},
+         before + "/bin/kelc|-mu_compile_stats|" + common + "-o|v.mu|\"dir/m.pm\"\nafter\n"},
+        {{ZEB_CMD_VIEW}, "/bin/kelscope|-vof|\"a b\"|-s|a b|-s|c|-q|\"v.mu\"\n"},
+        {{ZEB_CMD_DEPLOY}, "cp|x|y\n(blank)\n"},
+        {{.type = ZEB_CMD_PPL, .extra_arg = "o ut", .statistics = 1},
+         before + "/bin/kelc|-ppl|o ut|-mu_compile_stats|" + common + "\"dir/m.pm\"\n"},
+        {{.type = ZEB_CMD_OPTIMIZE, .extra_arg = "out", .order_type = "fast", .statistics = 1},
+         before + "/bin/keltrim|-q|-o|out|fast|-I|\"a b\"|-I|\"c\"|-D|N=\"1 2\"|-D|M|"
+                  "\"dir/m.pm\"\n"},
+        {{ZEB_CMD_OPTIMIZE, "", "", "more"},
+         before + "/bin/keltrim|-q|-o|||more|-I|\"a b\"|-I|\"c\"|-D|N=\"1 2\"|-D|M|\"dir/m.pm\"\n"},
+        {{ZEB_CMD_ERP_RELAY}, "/bin/erp_relay|-vof|\"z\"\n"},
+    };
+    const Reports reports;
+    for (const auto& [asked, expected] : rows)
+        EXPECT_EQ(commands(workspace_.get(), asked), expected);
+    EXPECT_EQ(reports.names(), "");
+}
+
+TEST_F(ZebCommands, ConvertCalculationsAndCleanUp) {
+    load("");
+    for (const char* name : {"b.cl", "a.CLX", "c d.xml"})
+        zeb_project_add_file(project_, folder_.write(name, "").c_str(), ZEB_FILE_CALC);
+    zeb_project_add_file(project_, folder_.write("p.prs", "").c_str(), ZEB_FILE_PRES);
+    const std::string expected =
+        "/bin/kelcalc|-o|TEMP1|DIR/b.cl\n/bin/kelcalc|-o|TEMP2|DIR/c d.xml\n"
+        "/bin/kelc|-c|-options_from_zeb_file|\"w.zeb\"|-options_from_zeb_project|\"p\"|"
+        "-prs|\"DIR/p.prs\"|-clc|\"DIR/a.CLX\"|-clc|\"TEMP1\"|-clc|\"TEMP2\"|\"dir/m.pm\"\n"
+        "cmd|/c|del /F TEMP1\ncmd|/c|del /F TEMP2\n";
+    const auto in_folder = [&](std::string list) {
+        for (std::size_t at; (at = list.find(folder_.path())) != std::string::npos;)
+            list.replace(at, folder_.path().size(), "DIR");
+        return list;
+    };
+    EXPECT_EQ(in_folder(commands(workspace_.get(), {ZEB_CMD_CHECK})), expected);
+    EXPECT_EQ(in_folder(commands(workspace_.get(), {ZEB_CMD_CHECK})), expected);
+    EXPECT_EQ(project_->targets->len, 1u) << "made once, and kept";
+    EXPECT_EQ(
+        commands(workspace_.get(), {.type = ZEB_CMD_OPTIMIZE, .extra_arg = "o", .order_type = "t"}),
+        "/bin/keltrim|-q|-o|o|t|\"dir/m.pm\"\n");
+
+    const char* before = std::getenv("TMPDIR");
+    const std::string kept = before ? before : "";
+    setenv("TMPDIR", "/nowhere", 1);
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_CHECK}), "null\n");
+    if (before)
+        setenv("TMPDIR", kept.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
+}
+
+TEST_F(ZebCommands, ViewTheTableOfTheMainFile) {
+    load("");
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_VIEW}), "/bin/kelscope|\"dir/m.mu\"\n");
+    zeb_project_set_virtual_table(project_, "");
+    zeb_project_set_main_file(project_, "dir.d/m");
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_VIEW}), "/bin/kelscope|\"dir.d/m.mu\"\n");
+    zeb_project_set_main_file(project_, "");
+    const Reports reports;
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_VIEW}), "null\n");
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_DEPLOY}), "");
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_ERP_RELAY}), "/bin/erp_relay\n");
+    const ListPtr none(
+        zeb_workspace_get_cmd(workspace_.get(), "P", ZEB_CMD_VIEW, nullptr, nullptr, nullptr, 0));
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(reports.text(),
+              "ERR_ZEB_NO_MU_FILE: No virtual table and no main file is specified.\n"
+              "ERR_ZEB_DEPLOY_CMD: No deploy command for project 'p' is specified\n"
+              "ERR_ZEB_PROJECT_NOT_FOUND: Project 'P' not found in workspace\n");
+}
+
+TEST_F(ZebCommands, AreGivenOnlyIfTheFilesExist) {
+    load("<product_model><uri>a.pm</uri></product_model>"
+         "<presentation><uri>a.prs</uri></presentation><calculation><uri>a.cl</uri></calculation>"
+         "<table><uri>a.tbl</uri></table><var_order><uri>b.vof</uri></var_order>"
+         "<targets><target name='compile'><options><option name='-vof' value='a.vof'/></options>"
+         "</target></targets>");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.path());
+    const auto missing = [&](ZEBCommandType type) {
+        const Reports reports;
+        const int status = zeb_project_check(project_, type);
+        EXPECT_EQ(status, reports.all().empty() ? 0 : -1);
+        return reports.text();
+    };
+    for (const char* name : {"a.pm", "a.prs", "a.cl", "a.vof"}) {
+        for (const ZEBCommandType type : {ZEB_CMD_CHECK, ZEB_CMD_BUILD, ZEB_CMD_PPL}) {
+            const std::string report = missing(type);
+            EXPECT_TRUE(report.starts_with("ERR_FILE_NOT_EXISTS: ")) << report;
+            EXPECT_NE(report.find("'" + std::string(name) + "'"), std::string::npos) << report;
+        }
+        EXPECT_EQ(missing(ZEB_CMD_OPTIMIZE).empty(), std::string(name) != "a.pm");
+        folder_.write(name, "");
+    }
+    EXPECT_EQ(missing(ZEB_CMD_BUILD), "");
+    zeb_target_add_option(zeb_project_get_target(project_, "compile"), "-vof", "none.vof");
+    EXPECT_EQ(missing(ZEB_CMD_BUILD), "") << "one of two is not looked for";
+    zeb_project_set_main_file(project_, "");
+    for (const ZEBCommandType type : {ZEB_CMD_CHECK, ZEB_CMD_OPTIMIZE})
+        EXPECT_EQ(missing(type), "ERR_ZEB_NO_MAIN_FILE: No main file is specified.\n");
+    for (const ZEBCommandType type : {ZEB_CMD_DEPLOY, ZEB_CMD_ERP_RELAY})
+        EXPECT_EQ(missing(type), "");
+    std::filesystem::current_path(before);
+}
+
+TEST_F(ZebCommands, TextsHaveNoLimit) {
+    load("");
+    const std::string name = std::string(10000, '"') + "% %s\xE9";
+    const std::string token(10000, 'x');
+    zeb_project_set_main_file(project_, name.c_str());
+    zeb_project_add_define(project_, name.c_str(), name.c_str());
+    ZEBTarget* t = zeb_project_get_target(project_, "compile");
+    zeb_target_add_precmd(t, (token + " \"" + token + " " + token).c_str());
+    zeb_target_add_precmd(t, ("\"" + token + "\"" + token).c_str());
+    EXPECT_EQ(commands(workspace_.get(), {ZEB_CMD_CHECK}),
+              token + "|\"" + token + " " + token + "\n\"" + token + "\"|" + token +
+                  "\n/bin/kelc|-c|-options_from_zeb_file|\"w.zeb\"|-options_from_zeb_project|\"p\"|"
+                  "-D|" +
+                  name + "=\"" + name + "\"|\"" + name + "\"\n");
+}
+
+TEST_F(ZebCommands, WhatMustBeThereIsAsserted) {
+    load("");
+    const std::pair<Asked, const char*> rows[] = {
+        {{ZEB_CMD_PPL}, "1: extra_arg"},
+        {{.type = ZEB_CMD_OPTIMIZE, .order_type = "t"}, "1: extra_arg"},
+        {{ZEB_CMD_OPTIMIZE, "x"}, "1: order_type"},
+        {{static_cast<ZEBCommandType>(7)}, "1: type"},
+    };
+    for (const auto& [asked, expected] : rows)
+        EXPECT_EQ(thrown([&, &row = asked] { commands(workspace_.get(), row); }), expected);
+    EXPECT_EQ(thrown([&] { zeb_project_get_list(project_, static_cast<ZEBFileType>(5)); }),
+              "1: type");
+    std::free(workspace_->filename);
+    workspace_->filename = nullptr; // as of a workspace that was not loaded
+    for (const ZEBCommandType type : {ZEB_CMD_CHECK, ZEB_CMD_BUILD, ZEB_CMD_PPL})
+        EXPECT_EQ(thrown([&] {
+                      commands(workspace_.get(), {type, "x"});
+                  }),
+                  "1: workspace->filename");
+}
+
+// Packages. --------------------------------------------------------------------------------------
+
+// "MEMBER: content", a line each.
+std::string members(const std::string& path) {
+    NorvaneCpp::CMubPackage package;
+    if (!package.openPackage(path.c_str(), "")) return "(no package)\n";
+    std::string result;
+    for (std::size_t i = 0; i < package.memberCount(); ++i) {
+        const String name = package.memberName(i);
+        NorvaneCpp::CFilePtr file = package.open(name, NorvaneCpp::FILE_OPEN_READ);
+        std::string content(100, '\0');
+        content.resize(file.isOpen() ? file->read(content.data(), 1, content.size()) : 0);
+        result += std::string(name.GetStr()) + ": " + (file.isOpen() ? content : "refused") + "\n";
+    }
+    return result;
+}
+
+TEST(ZebPackage, HasWhatIsThereInOrder) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/m.mub";
+    const auto make = [&](bool debug, const char* type) {
+        return zeb_make_mub("m", folder.path().c_str(), (folder.path() + "/build").c_str(), debug,
+                            type);
+    };
+    folder.write("build/m.mu", "MU");
+    EXPECT_EQ(make(true, nullptr), 0);
+    EXPECT_EQ(members(path), "index.mui: main=m\nmodeltype=StandardMu\n\n"
+                             "workspace/m/build/m.mu: MU\n");
+    const std::string small = read_file(path);
+    for (const char* name : {"m.prs", "m.zeb", "m.vof", "m.pm", "m.tbl", "m.clx", "m.cl", "n.pm"})
+        folder.write("build/" + std::string(name), name);
+    EXPECT_EQ(make(true, "Special"), 0);
+    EXPECT_EQ(members(path), "index.mui: main=m\nmodeltype=Special\n\n"
+                             "workspace/m/build/m.mu: MU\n"
+                             "workspace/m/build/m.clx: m.clx\n"
+                             "workspace/m/build/m.tbl: m.tbl\n"
+                             "workspace/m/debug/m.pm: m.pm\n"
+                             "workspace/m/debug/m.vof: m.vof\n"
+                             "workspace/m/debug/m.zeb: m.zeb\n"
+                             "workspace/m/debug/m.prs: m.prs\n");
+    NorvaneCpp::CMubPackage package;
+    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
+    ASSERT_NE(package.getModel("m"), nullptr);
+    EXPECT_TRUE(package.getModel("m")->OpenCalculation().isOpen());
+    if (std::system("command -v unzip >/dev/null") == 0) {
+        const std::string unzip = "cd '" + folder.path() + "' && unzip -q m.mub -d out";
+        EXPECT_EQ(std::system(unzip.c_str()), 0);
+        EXPECT_EQ(read_file(folder.path() + "/out/workspace/m/debug/m.prs"), "m.prs");
+        EXPECT_EQ(read_file(folder.path() + "/out/index.mui"), "main=m\nmodeltype=Special\n");
+    }
+    std::filesystem::remove(folder.path() + "/build/m.clx");
+    std::filesystem::remove(folder.path() + "/build/m.tbl");
+    EXPECT_EQ(make(false, nullptr), 0);
+    EXPECT_EQ(read_file(path), small) << "the same files make the same bytes";
+}
+
+TEST(ZebPackage, OfAProjectHasItsExtraFiles) {
+    const TemporaryFolder folder;
+    for (const char* name : {"p q.mu", "p q.tbl", "logo.png", "sub/x.txt", "../outside"})
+        folder.write("work/" + std::string(name), name);
+    const ZebProjectPtr project(zeb_project_new("p q"));
+    for (const char* name : {"sub/x.txt", "none.txt", "logo.png", "sub", "logo.png", "../outside"})
+        plist_append(project->fileincludes, const_cast<char*>(name));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path() + "/work");
+    EXPECT_EQ(zeb_project_make_mub(project.get(), "T", false), 0);
+    std::filesystem::current_path(before);
+    EXPECT_EQ(members(folder.path() + "/work/p q.mub"),
+              "index.mui: main=p q\nmodeltype=T\n\n"
+              "workspace/p q/build/p q.mu: p q.mu\n"
+              "workspace/p q/build/p q.tbl: p q.tbl\n"
+              "workspace/p q/build/sub/x.txt: sub/x.txt\n"
+              "workspace/p q/build/logo.png: logo.png\n"
+              "workspace/p q/build/../outside: refused\n");
+}
+
+TEST(ZebPackage, FailuresLeaveWhatTheyShould) {
+    const TemporaryFolder folder;
+    folder.write("build/m.clx", "");
+    folder.write("out/m.mub", "before");
+    const std::string out = folder.path() + "/out";
+    const auto make = [&](const std::string& to) {
+        const Reports reports;
+        EXPECT_EQ(zeb_make_mub("m", to.c_str(), (folder.path() + "/build").c_str(), true, nullptr),
+                  -1);
+        return reports.text();
+    };
+    chmod((out + "/m.mub").c_str(), 0444);
+    EXPECT_EQ(make(out),
+              "ERR_ZEB_MUB_READ_ONLY: The MUB file '" + out + "\\m.mub' is marked ReadOnly\n");
+    EXPECT_EQ(read_file(out + "/m.mub"), "before");
+    chmod((out + "/m.mub").c_str(), 0644);
+    EXPECT_EQ(make(out), "") << "without the compiled table";
+    std::filesystem::create_directory(folder.path() + "/build/m.mu");
+    EXPECT_EQ(make(out), "") << "which is a folder";
+    EXPECT_TRUE(std::filesystem::is_empty(out)) << "not even the package of before";
+
+    std::filesystem::remove(folder.path() + "/build/m.mu");
+    folder.write("build/m.mu", "");
+    std::filesystem::create_directory(out + "/m.mub");
+    for (const std::string& to : {out, folder.path() + "/none", std::string("/proc")}) {
+        EXPECT_EQ(make(to),
+                  "ERR_ZEB_MUB_FAILED_TO_CREATE: Unable to create MUB file '" + to + "\\m.mub'\n");
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(out + "/m.mub"));
+}
+
+} // namespace
+} // namespace norvane::test
