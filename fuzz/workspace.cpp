@@ -1,0 +1,59 @@
+// Workspaces: what is read gives commands or a report, and is written and read again as the same
+// bytes.
+#include "norvane/base/items.hpp"
+#include "norvane/proj/zeb.h"
+
+#include "harness.h"
+
+using namespace norvane;
+using namespace norvane::fuzz;
+
+namespace {
+
+ZEBWorkspace* read_again(const std::string& text) {
+    static MemoryFile file;
+    file.write(text);
+    return zeb_workspace_load(file.path());
+}
+
+std::string written(ZEBWorkspace* workspace) {
+    return printed([&](std::FILE* stream) { zeb_workspace_save_fptr(workspace, stream); });
+}
+
+void delete_workspace(ZEBWorkspace* workspace) {
+    for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
+        plist_delete(project->fileincludes);
+    zeb_workspace_delete(workspace);
+}
+
+void build_commands(ZEBWorkspace* workspace, const QuietSink& sink) {
+    // One of a name, as the look-up finds it; a few, since the look-up walks the workspace.
+    unsigned left = 8;
+    for (const ZEBProject* project : items<ZEBProject>(workspace->projects)) {
+        if (left-- == 0) return;
+        for (int type = ZEB_CMD_CHECK; type <= ZEB_CMD_ERP_RELAY; ++type) {
+            const unsigned before = sink.reports();
+            PolyList* commands = zeb_workspace_get_cmd(
+                workspace, project->name, static_cast<ZEBCommandType>(type), "a", "b", "c", 1);
+            expect((commands == nullptr) <= (sink.reports() > before), "no commands and no report");
+            plist_delete(commands);
+        }
+    }
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const QuietSink sink;
+    ZEBWorkspace* workspace = read_again({reinterpret_cast<const char*>(data), size});
+    expect((workspace == nullptr) <= (sink.reports() > 0), "a refusal without a report");
+    if (workspace == nullptr) return 0;
+    const std::string first = written(workspace);
+    ZEBWorkspace* again = read_again(first);
+    expect(again != nullptr, "what was written is refused");
+    expect_equal(first, written(again), "a workspace that was written and read");
+    build_commands(again, sink);
+    delete_workspace(again);
+    delete_workspace(workspace);
+    return 0;
+}
