@@ -67,4 +67,17 @@ std::string to_utf8(std::string_view bytes) {
     return text;
 }
 
+std::string for_terminal(std::string_view bytes) {
+    std::string text = to_utf8(bytes);
+    for (char& c : text) {
+        if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+        if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = '?';
+    }
+    // The controls from U+0080 on, which terminals obey as well.
+    for (std::size_t i = text.find('\xC2'); i != std::string::npos; i = text.find('\xC2', i + 1)) {
+        if (static_cast<unsigned char>(text[i + 1]) < 0xA0) text.replace(i, 2, "?");
+    }
+    return text;
+}
+
 } // namespace norvane::pm

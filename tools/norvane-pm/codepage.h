@@ -11,6 +11,10 @@ namespace norvane::pm {
 // as it stands is taken for the former. The result is valid UTF-8 for any bytes.
 std::string to_utf8(std::string_view bytes);
 
+// The same on one line, and without control characters: what they do to a terminal is not ours to
+// try.
+std::string for_terminal(std::string_view bytes);
+
 } // namespace norvane::pm
 
 #endif

@@ -51,6 +51,8 @@ class Diagnostics {
     // From here on reports and progress are dropped.
     void mute();
 
+    bool has_reported() const { return !last_name_.empty(); }
+
     Format format() const { return format_; }
 
   private:

@@ -9,6 +9,7 @@
 #include "explain.h"
 #include "options.h"
 #include "output.h"
+#include "workspace.h"
 
 namespace norvane::pm {
 namespace {
@@ -78,6 +79,8 @@ void describe(CLI::App& app, Options& options) {
     rules.add_flag("--origin", options.with_origin,
                    "Print the file and line of the rule in front of each");
 
+    add_workspace_commands(app, options.action);
+
     CLI::App& explain = add_command(app, options, Command::explain, "explain",
                                     "Explain an error that was reported, by its name");
     auto* name = explain
@@ -101,6 +104,7 @@ int run(int argc, char** argv) {
         std::fputs(error.str().c_str(), stderr);
         return code == 0 ? STATUS_OK : STATUS_WRONG_USAGE;
     }
+    if (options.action) return options.action();
     if (options.command == Command::explain) return explain(options);
     return run_command(options);
 }

@@ -2,6 +2,7 @@
 #ifndef NORVANE_PM_OPTIONS_H
 #define NORVANE_PM_OPTIONS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct Options {
     bool with_origin = false;
     std::string error_name;
     bool list = false;
+    std::function<int()> action; // of a command that has options of its own; empty for the others
 };
 
 } // namespace norvane::pm
