@@ -9,7 +9,7 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "../model/xml_files.h"
+#include "xml_files.h"
 #include "calc_import_internal.h"
 #include "norvane/base/items.hpp"
 #include "support.h"
