@@ -31,18 +31,18 @@ NORVANE_BEGIN_DECLS
 /* The path is required and borrowed. */
 NORVANE_PROJ_API PolyHash* calc_import_from_xmlfile(const char* path);
 
-NORVANE_END_DECLS
-
 #ifdef __cplusplus
 /* From the package in the file `filename`. */
-extern "C" NORVANE_PROJ_API PolyHash* calc_import_from_mubfile(const NorvaneCpp::String& filename,
-                                                               const NorvaneCpp::String& model);
+NORVANE_PROJ_API PolyHash* calc_import_from_mubfile(const NorvaneCpp::String& filename,
+                                                    const NorvaneCpp::String& model);
 
 /* From an open package, which stays open; asserts "pkg.isOpen() == true". Reports
  * ERR_MUB_MODULE_NOT_FOUND for a model that is not in the package, and ERR_MUB_NO_CLXFILE for one
  * without a calculation. */
-extern "C" NORVANE_PROJ_API PolyHash* calc_import_from_mubpackage(NorvaneCpp::CMubPackage& pkg,
-                                                                  const NorvaneCpp::String& model);
+NORVANE_PROJ_API PolyHash* calc_import_from_mubpackage(NorvaneCpp::CMubPackage& pkg,
+                                                       const NorvaneCpp::String& model);
 #endif
+
+NORVANE_END_DECLS
 
 #endif
