@@ -87,6 +87,8 @@ TEST(DiagnosticsTest, EveryBuilderHasItsNameAsIdentityAllArgumentsInItsTitleAndA
         {ERR_FILE_OPEN("a"), "ERR_FILE_OPEN: The file 'a' cannot be opened"},
         {ERR_FILE_OPEN_WRITE("a"),
          "ERR_FILE_OPEN_WRITE: The file 'a' cannot be opened for writing"},
+        {ERR_LIBRARY_LOAD("libnone.so", "no such file"),
+         "ERR_LIBRARY_LOAD: The library 'libnone.so' cannot be loaded: no such file"},
         {ERR_MUB_MODULE_NOT_FOUND("bike", "b.mub"),
          "ERR_MUB_MODULE_NOT_FOUND: The model 'bike' is not found in the package 'b.mub'"},
         {ERR_XML_MALFORMED("a.xml", 3, "no element found"),

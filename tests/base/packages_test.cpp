@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <zip.h>
 
+#include "libzip.h"
 #include "norvane/base/os.h"
 #include "norvane/base/packages.hpp"
 #include "norvane/base/settings.h"
@@ -215,6 +216,18 @@ TEST(Packages, HostileMembersAreNotGiven) {
     ASSERT_NE(nullptr, model) << "found by its members";
     EXPECT_STREQ("N", model->name().GetStr());
     EXPECT_FALSE(model->OpenCalculation().isOpen());
+}
+
+TEST(Packages, AMissingLibraryIsReported) {
+    norvane::test::Reports reports;
+    EXPECT_FALSE(norvane::load_libzip_from("libnone.so.1"));
+    EXPECT_EQ(0u,
+              reports.text().find("ERR_LIBRARY_LOAD: The library 'libnone.so.1' cannot be loaded: "
+                                  "libnone.so.1: cannot open"))
+        << reports.text();
+    reports.clear();
+    EXPECT_FALSE(norvane::load_libzip_from("libc.so.6")) << "another library of that name";
+    EXPECT_NE(std::string::npos, reports.text().find("zip_open")) << reports.text();
 }
 
 TEST(Files, AFileIsReadOnlyByItsMode) {

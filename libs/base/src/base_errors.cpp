@@ -76,6 +76,14 @@ constexpr Entry file_open_write_entry = {
            "folder is protected against writing.")},
      {text("Create the folder, remove the protection, or choose another name.")}}};
 
+constexpr Entry library_load_entry = {
+    "ERR_LIBRARY_LOAD",
+    "The library '%s' cannot be loaded: %s",
+    {{text("Packages are read and written by another library, which is loaded when the first "
+           "package is opened. It is not installed, or it is another version than the one that "
+           "this program was built with.")},
+     {text("Install it. On Debian, the package "), code("libzip4"), text(" holds it.")}}};
+
 constexpr Entry mub_module_not_found_entry = {
     "ERR_MUB_MODULE_NOT_FOUND",
     "The model '%s' is not found in the package '%s'",
@@ -157,6 +165,10 @@ ErrorInfo* ERR_FILE_OPEN(const char* name) {
 
 ErrorInfo* ERR_FILE_OPEN_WRITE(const char* name) {
     return build(&file_open_write_entry, given(name));
+}
+
+ErrorInfo* ERR_LIBRARY_LOAD(const char* library, const char* reason) {
+    return build(&library_load_entry, given(library), given(reason));
 }
 
 ErrorInfo* ERR_MUB_MODULE_NOT_FOUND(const char* model, const char* package) {

@@ -1,4 +1,4 @@
-// Packages: ZIP archives through libzip.
+// Packages: ZIP archives through libzip, which is there as soon as an archive is open.
 //
 // Whatever stands in an archive comes from somebody else: names that would climb out of a folder
 // are refused, and so are members that are damaged or would inflate without bound.
@@ -14,14 +14,16 @@
 #include <new>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <zip.h>
 
+#include "libzip.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "os_path.h"
 
 namespace NorvaneCpp {
+
+using norvane::libzip;
 
 namespace {
 
@@ -134,14 +136,14 @@ class ReadMember final : public CFile, public Allocated {
 
     std::size_t read(void* buffer, std::size_t size, std::size_t count) override {
         if (!file_ || size == 0 || count == 0) return 0;
-        const zip_int64_t got = zip_fread(file_, buffer, size * count);
+        const zip_int64_t got = libzip.fread(file_, buffer, size * count);
         eof_ = got < static_cast<zip_int64_t>(size * count);
         return got > 0 ? static_cast<std::size_t>(got) / size : 0;
     }
     int printf(const char*, ...) override NORVANE_PRINTF(2, 3) { return -1; }
     bool eof() override { return eof_; }
     void close() override {
-        if (file_) zip_fclose(file_);
+        if (file_) libzip.fclose(file_);
         file_ = nullptr;
         eof_ = true;
     }
@@ -153,16 +155,16 @@ class ReadMember final : public CFile, public Allocated {
 
 // Reads the member through: damage must show before anybody relies on a part of it.
 bool is_sound(zip_t* archive, zip_uint64_t index) {
-    zip_file_t* file = zip_fopen_index(archive, index, 0);
+    zip_file_t* file = libzip.fopen_index(archive, index, 0);
     if (!file) return false;
     constexpr zip_uint64_t buffer_size = 64 << 10;
     void* buffer = util_malloc_throw(buffer_size);
     zip_uint64_t size = 0;
     zip_int64_t got = 0;
-    while (size <= largest_member && (got = zip_fread(file, buffer, buffer_size)) > 0)
+    while (size <= largest_member && (got = libzip.fread(file, buffer, buffer_size)) > 0)
         size += static_cast<zip_uint64_t>(got);
     std::free(buffer);
-    zip_fclose(file);
+    libzip.fclose(file);
     return got == 0 && size <= largest_member;
 }
 
@@ -208,7 +210,7 @@ bool can_be_written(const char* path) {
 bool Package::has_member(const String& name) const {
     for (const WrittenMember* member = written; member; member = member->next())
         if (str_is_equal(member->name().GetStr(), name.GetStr())) return true;
-    return zip_name_locate(archive, UTF8::ToUnicode(name).GetStr(), 0) >= 0;
+    return libzip.name_locate(archive, UTF8::ToUnicode(name).GetStr(), 0) >= 0;
 }
 
 // Adds `size` bytes at `data`, which it takes over, as a member.
@@ -217,20 +219,20 @@ bool Package::add_member(const String& name, char* data, std::size_t size) {
         std::free(data);
         data = nullptr;
     }
-    zip_source_t* source = zip_source_buffer(archive, data, size, 1);
+    zip_source_t* source = libzip.source_buffer(archive, data, size, 1);
     if (!source) {
         std::free(data);
         return false;
     }
     const zip_int64_t added =
-        zip_file_add(archive, UTF8::ToUnicode(name).GetStr(), source, ZIP_FL_ENC_UTF_8);
+        libzip.file_add(archive, UTF8::ToUnicode(name).GetStr(), source, ZIP_FL_ENC_UTF_8);
     if (added < 0) {
-        zip_source_free(source);
+        libzip.source_free(source);
         return false;
     }
     const auto index = static_cast<zip_uint64_t>(added);
-    return zip_set_file_compression(archive, index, ZIP_CM_DEFLATE, deflate_level) == 0 &&
-           zip_file_set_dostime(archive, index, member_time, member_date, 0) == 0;
+    return libzip.set_file_compression(archive, index, ZIP_CM_DEFLATE, deflate_level) == 0 &&
+           libzip.file_set_dostime(archive, index, member_time, member_date, 0) == 0;
 }
 
 CFilePtr& CFilePtr::operator=(CFilePtr&& other) noexcept {
@@ -259,8 +261,8 @@ bool CFilePackage::createPackage(const String& path, const String&) {
     package_->is_new = true;
     package_->has_failed = false;
     char* native = norvane::native_path(path.GetStr());
-    if (can_be_written(native))
-        package_->archive = zip_open(native, ZIP_CREATE | ZIP_TRUNCATE, nullptr);
+    if (can_be_written(native) && norvane::load_libzip())
+        package_->archive = libzip.open(native, ZIP_CREATE | ZIP_TRUNCATE, nullptr);
     str_delete(native);
     return isOpen();
 }
@@ -271,7 +273,8 @@ bool CFilePackage::openPackage(const String& path, const String&) {
     package_->is_new = false;
     char* native = norvane::native_path(path.GetStr());
     // An empty file would pass for an archive.
-    if (is_regular_file(native, false)) package_->archive = zip_open(native, ZIP_RDONLY, nullptr);
+    if (is_regular_file(native, false) && norvane::load_libzip())
+        package_->archive = libzip.open(native, ZIP_RDONLY, nullptr);
     str_delete(native);
     return isOpen();
 }
@@ -297,11 +300,11 @@ CFilePtr CFilePackage::open(const String& member, EFileOpenArgs args) {
         return CFilePtr(new WrittenMember(package_, member));
     }
     if (!(args & FILE_OPEN_READ) || !is_safe_name(member.GetStr())) return CFilePtr();
-    const zip_int64_t found = zip_name_locate(archive, UTF8::ToUnicode(member).GetStr(), 0);
+    const zip_int64_t found = libzip.name_locate(archive, UTF8::ToUnicode(member).GetStr(), 0);
     if (found < 0) return CFilePtr();
     const auto index = static_cast<zip_uint64_t>(found);
     if (!is_sound(archive, index)) return CFilePtr();
-    zip_file_t* file = zip_fopen_index(archive, index, 0);
+    zip_file_t* file = libzip.fopen_index(archive, index, 0);
     return file ? CFilePtr(new ReadMember(file)) : CFilePtr();
 }
 
@@ -317,20 +320,20 @@ bool CFilePackage::closeAndSave() {
     package_->archive = nullptr;
     // libzip would delete what is at the path rather than write an archive without members.
     const bool is_lost =
-        package_->is_new && (package_->has_failed || zip_get_num_entries(archive, 0) == 0);
+        package_->is_new && (package_->has_failed || libzip.get_num_entries(archive, 0) == 0);
     // It writes a new archive beside the path and renames it.
-    if (!is_lost && zip_close(archive) == 0) return true;
-    zip_discard(archive);
+    if (!is_lost && libzip.close(archive) == 0) return true;
+    libzip.discard(archive);
     return false;
 }
 
 std::size_t CFilePackage::memberCount() const {
-    return isOpen() ? static_cast<std::size_t>(zip_get_num_entries(package_->archive, 0)) : 0;
+    return isOpen() ? static_cast<std::size_t>(libzip.get_num_entries(package_->archive, 0)) : 0;
 }
 
 String CFilePackage::memberName(std::size_t index) const {
     if (index >= memberCount()) return String();
-    return UTF8::ToCodepage(zip_get_name(package_->archive, index, 0), 1252, false);
+    return UTF8::ToCodepage(libzip.get_name(package_->archive, index, 0), 1252, false);
 }
 
 namespace {

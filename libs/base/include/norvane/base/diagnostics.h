@@ -106,6 +106,8 @@ NORVANE_BASE_API ErrorInfo* ERR_FILE_NOT_EXISTS(const char* name);
 /* The file cannot be opened for reading, or, by the printers, at all. */
 NORVANE_BASE_API ErrorInfo* ERR_FILE_OPEN(const char* name);
 NORVANE_BASE_API ErrorInfo* ERR_FILE_OPEN_WRITE(const char* name);
+/* A library that is only loaded when it is needed cannot be; `reason` is the loader's own text. */
+NORVANE_BASE_API ErrorInfo* ERR_LIBRARY_LOAD(const char* library, const char* reason);
 NORVANE_BASE_API ErrorInfo* ERR_MUB_MODULE_NOT_FOUND(const char* model, const char* package);
 /* `text` is the XML parser's own message. */
 NORVANE_BASE_API ErrorInfo* ERR_XML_MALFORMED(const char* file, int line, const char* text);

@@ -67,9 +67,11 @@ class NORVANE_BASE_API CFilePackage {
     CFilePackage& operator=(const CFilePackage&) = delete;
 
     // Starts a new package; what is at the path stays there until the package is saved. False if
-    // there can be no such file. The second text is empty.
+    // there can be no such file, or, with ERR_LIBRARY_LOAD reported, libzip is missing. The second
+    // text is empty.
     bool createPackage(const String& path, const String& reserved);
-    // Opens a package for reading. False if there is none. The second text is empty.
+    // Opens a package for reading. False if there is none, or, with ERR_LIBRARY_LOAD reported,
+    // libzip is missing. The second text is empty.
     bool openPackage(const String& path, const String& reserved);
     bool isOpen() const;
     // Copies the file `path` into a new package as `member`. False, with nothing added, if the file
