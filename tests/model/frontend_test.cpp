@@ -122,6 +122,7 @@ TEST(Lines, AreThoseOfTheTokenThatEndsAConstruct) {
         {"#line 2147483648 \"a\"\n#line +-1 \"a\"\nvariable x : boolean;", "| x@0:2"},
         {std::string("#line 1") + '\0' + " \"a\"\nvariable x : boolean;", "| x@0:1"},
         // A "#" begins a directive at the start of a line alone.
+        {"#", "|"},
         {"variable x : boolean;\n #line 1 \"a\"\n",
          "ERR_INVALID_TOKEN: model.pm (1): Invalid token '#' found\n"
          "ERR_PARSER: model.pm (1): parse error, unexpected _ERROR\n"

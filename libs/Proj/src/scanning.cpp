@@ -43,6 +43,7 @@ int SourceFile::read(char* buffer, std::size_t size) {
         if (got == 0) break;
         kept = without_read_ends(this, buffer, got);
     }
+    given += kept;
     return static_cast<int>(kept);
 }
 

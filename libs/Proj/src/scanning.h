@@ -19,6 +19,7 @@ struct SourceFile {
     std::FILE* stream;  // borrowed
     std::size_t offset; // in the read of 8192 bytes
     bool ended;         // a read began with the byte 0xFF
+    std::size_t given;  // bytes that `read` has given
 
     // Fills the buffer; 0 at the end of the input alone.
     int read(char* buffer, std::size_t size);

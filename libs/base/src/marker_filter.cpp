@@ -183,6 +183,9 @@ const char* MarkerFilter::scan(const char* data, const char* end) {
         const bool pending =
             reader_.previous || reader_.escaped || preprocessor_.previous || preprocessor_.escaped;
         if (!pending) {
+            while (end - data >= 4 && !(is_special(data[0]) | is_special(data[1]) |
+                                        is_special(data[2]) | is_special(data[3])))
+                data += 4;
             while (data < end && !is_special(*data))
                 ++data;
         }
