@@ -66,10 +66,13 @@ Checked check_simple(const CheckContext& check, IdCon* idcon, int scoped, ExprTy
         report_error(ERR_TYPE_AS_VAR_NAME(ssem_position(check.project, idcon->linenumber), name));
         return check_failed;
     case ND_VARIABLE: {
-        TypeCon* typecon = nullptr;
-        const int resolved = resolve(check, namedata->typecon, &typecon, idcon);
-        if (resolved != STATUS_SUCCESS) return {resolved, false};
-        *type = expr_type_of(typecon);
+        if (namedata->value_type == ETYPE_UNDEF) {
+            TypeCon* typecon = nullptr;
+            const int resolved = resolve(check, namedata->typecon, &typecon, idcon);
+            if (resolved != STATUS_SUCCESS) return {resolved, false};
+            namedata->value_type = static_cast<unsigned char>(expr_type_of(typecon));
+        }
+        *type = static_cast<ExprType>(namedata->value_type);
         return {STATUS_SUCCESS, false};
     }
     default: NORVANE_FAIL("Invalid namedata type '%d'", namedata->ndtype);

@@ -37,7 +37,8 @@ typedef struct NameData {
         int label_index;       /* ND_LABEL: position in its enumeration, from 0 */
         PolyHash* environment; /* ND_TYPE, ND_VARIABLE: the record's fields; owned; may be null */
     };
-    int is_public; /* ND_VARIABLE */
+    int is_public;            /* ND_VARIABLE */
+    unsigned char value_type; /* ND_VARIABLE; the checker's own: an ExprType, once it is known */
 } NameData;
 
 /* An environment is a PolyHash from a name (borrowed) to a NameData (owned). */
