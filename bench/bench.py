@@ -5,7 +5,9 @@ usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] PROGR
 
 PROGRAM is a built pipeline_bench. Each workload is measured at three sizes, a decade apart (the two
 smaller ones with --quick). Behind the figures of two sizes stands the growth of each stage from one
-to the next: the exponent by which its time follows the work that it does; 1 is linear.
+to the next: the exponent by which its time follows the work that it does; 1 is linear. For the
+stages that look names up, another row has the exponent by which their time follows that of the bare
+look-up: 1 is as the memory allows.
 
 With --against, both programs run in turns, and the table shows how many times as long the other one
 takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster.
@@ -27,7 +29,9 @@ SIZES = {
     'values': (500, 5000, 50000),
     'chain': (10000, 100000, 1000000),
 }
-STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'total')
+STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'look-up', 'total')
+# Those whose growth stands beside that of looking their names up.
+LOOKING_UP = ('check', 'simplify', 'expand')
 # Shorter than that, a stage is no measure of anything.
 LEAST_SECONDS = 0.0005
 
@@ -53,10 +57,18 @@ def rate(stage):
 
 
 def growth(smaller, larger):
-    work = larger['units'] / max(1, smaller['units'])
+    work = larger['units'] / (smaller['units'] or 1)
     if work < 3 or smaller['seconds'] < LEAST_SECONDS:
         return '-'
     return '%.2f' % (math.log(larger['seconds'] / smaller['seconds']) / math.log(work))
+
+
+def growth_over_look_up(name, smaller, larger):
+    floors = [result['look-up']['seconds'] for result in (smaller, larger)]
+    if name not in LOOKING_UP or floors[0] < LEAST_SECONDS:
+        return ''
+    return growth(*({'units': floor, 'seconds': result[name]['seconds']}
+                    for floor, result in zip(floors, (smaller, larger))))
 
 
 def memory_growth(smaller, larger):
@@ -77,16 +89,18 @@ def head(*names):
 
 
 def measure(folder, arguments):
-    head('workload', 'size', *STAGES[:-1], 'total ms', 'peak MiB')
+    head('workload', 'size', *STAGES[:-1], 'total ms', 'first ms', 'peak MiB')
     for workload, sizes in arguments.workloads.items():
         before = None
         for size in sizes:
             result = run(arguments.program, generate(folder, workload, size), arguments.seconds)
             if before:
                 row('', 'growth', *(growth(before[s], result[s]) for s in STAGES),
-                    memory_growth(before, result))
+                    '', memory_growth(before, result))
+                row('', '/look-up', *(growth_over_look_up(s, before, result) for s in STAGES), '', '')
             row(workload, size, *(rate(result[s]) for s in STAGES[:-1]),
-                '%.1f' % (1000 * result['total']['seconds']), '%.1f' % (result['peak_kib'] / 1024))
+                '%.1f' % (1000 * result['total']['seconds']),
+                '%.1f' % (1000 * result['first_seconds']), '%.1f' % (result['peak_kib'] / 1024))
             before = result
 
 
