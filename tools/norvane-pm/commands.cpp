@@ -25,26 +25,26 @@ bool is_xml(const char* file) {
 }
 
 bool load(Work& work) {
-    begin_step(work, Step::load);
+    begin_step(work, Step::load, work.file);
     work.project = is_xml(work.file) ? proj_import_from_xmlfile(work.file)
                                      : proj_import_from_pmfile(work.file, work.cpp_args);
     return work.project != nullptr;
 }
 
 bool check(Work& work) {
-    begin_step(work, Step::check);
+    begin_step(work, Step::check, work.file);
     work.table = proj_static_sem_check(work.project);
     return work.table != nullptr;
 }
 
 void print(Work& work, Project* project) {
-    begin_step(work, Step::print);
+    begin_step(work, Step::print, work.file);
     ppm_print_project(stdout, project);
     results_refused();
 }
 
 void simplify(Work& work) {
-    begin_step(work, Step::simplify);
+    begin_step(work, Step::simplify, work.file);
     work.finite = simplify_project(work.project, work.table);
     print(work, work.finite);
 }
@@ -67,11 +67,11 @@ void print_on_one_line(Expr* rule, UtilString* text) {
 }
 
 void rules(Work& work) {
-    begin_step(work, Step::expand);
+    begin_step(work, Step::expand, work.file);
     if (work.options->with_origin) work.origins = plist_new(nullptr, nullptr, nullptr);
     work.rules = proj_get_expanded_rules_decls(work.project, work.table, !work.options->as_written,
                                                work.origins);
-    begin_step(work, Step::print);
+    begin_step(work, Step::print, work.file);
     if (work.options->as_written) work.text = ustr_new();
     const PolyListNode* origin = work.origins ? work.origins->first : nullptr;
     for (Expr* rule : items<Expr>(work.rules)) {

@@ -22,17 +22,6 @@ void write(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-// Titles quote the user's file: line ends would break the line of the report, and what other
-// control characters do to a terminal is not ours to try.
-std::string on_one_line(std::string_view text) {
-    std::string line(text);
-    for (char& c : line) {
-        if (c == '\n' || c == '\r' || c == '\t') c = ' ';
-        if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = '?';
-    }
-    return line;
-}
-
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -69,7 +58,7 @@ std::string source_line(const PlacedText& place) {
         text += static_cast<char>(c);
         if (text.size() == longest_source_line) break;
     }
-    text = on_one_line(text);
+    text = for_terminal(text);
     if (text.find_first_not_of(' ') == std::string::npos) return "";
     char gutter[16];
     std::snprintf(gutter, sizeof gutter, "%6u | ", place.line);
@@ -82,14 +71,34 @@ const char* severity_text(ErrorType type) {
 
 std::string to_text(ErrorType type, const ErrorInfo& error, const PlacedText& place) {
     std::string text;
-    if (!place.file.empty())
-        text += on_one_line(place.file) + " (" + std::to_string(place.line) + "): ";
+    if (!place.file.empty()) {
+        text += for_terminal(place.file);
+        if (place.line > 0) text += " (" + std::to_string(place.line) + ")";
+        text += ": ";
+    }
     text += severity_text(type);
-    text += ": " + on_one_line(place.text) + " [" + error.name + "]\n";
+    text += ": " + for_terminal(place.text) + " [" + error.name + "]\n";
     return text + source_line(place);
 }
 
+// The readers of XML say the line at the end: "Expecting tag <model> (line 2)".
+PlacedText split_line(std::string_view file, std::string_view title) {
+    constexpr std::string_view before = " (line ";
+    const std::size_t open = title.rfind(before);
+    if (open == std::string_view::npos) return {file, 0, title};
+    unsigned line = 0;
+    const char* end = title.data() + title.size();
+    const auto [behind, error] = std::from_chars(title.data() + open + before.size(), end, line);
+    if (error != std::errc() || std::string_view(behind, end) != ")") return {file, 0, title};
+    return {file, line, title.substr(0, open)};
+}
+
 } // namespace
+
+void report_error(ErrorInfo* error, int line, const char* file) {
+    err_set_position(error, line, file);
+    msg_report_error(ERROR_TYPE_ERROR, error);
+}
 
 PlacedText split_position(std::string_view title) {
     for (std::size_t open = title.find(" ("); open != std::string_view::npos;
@@ -107,19 +116,19 @@ PlacedText split_position(std::string_view title) {
 std::string to_json(const JsonReport& report,
                     std::initializer_list<std::pair<const char*, std::string_view>> extra) {
     const auto utf8 = [](std::string_view text) { return to_utf8(text); };
-    nlohmann::ordered_json json = {{"severity", report.severity},
-                                   {"name", utf8(report.name)},
-                                   {"title", utf8(report.title)},
-                                   {"file", nullptr},
-                                   {"line", nullptr},
-                                   {"message", utf8(report.place.text)}};
-    if (!report.place.file.empty()) {
-        // The file and the words need not be of one encoding.
-        json["title"] = utf8(report.place.file) + " (" + std::to_string(report.place.line) +
-                        "): " + utf8(report.place.text);
-        json["file"] = utf8(report.place.file);
-        json["line"] = report.place.line;
-    }
+    // The file that a title begins with, and its words, need not be of one encoding.
+    const std::string_view words = report.place.text;
+    const std::size_t position =
+        report.title.ends_with(words) ? report.title.size() - words.size() : 0;
+    nlohmann::ordered_json json = {
+        {"severity", report.severity},
+        {"name", utf8(report.name)},
+        {"title", utf8(report.title.substr(0, position)) + utf8(report.title.substr(position))},
+        {"file", nullptr},
+        {"line", nullptr},
+        {"message", utf8(words)}};
+    if (!report.place.file.empty()) json["file"] = utf8(report.place.file);
+    if (report.place.line > 0) json["line"] = report.place.line;
     for (const auto& [name, text] : extra)
         json[name] = utf8(text);
     return json.dump() + "\n";
@@ -144,22 +153,42 @@ void Diagnostics::receive(ErrorType type, ErrorInfo* error, void* user) {
 
 void Diagnostics::render(ErrorType type, const ErrorInfo& error) {
     clear_progress();
+    has_reported_ = true;
     last_name_ = error.name;
-    const PlacedText place = split_position(error.message);
+    const PlacedText place = place_of(error.message);
     if (format_ == Format::json)
         write(to_json({severity_text(type), error.name, error.message, place}));
     else
         write(to_text(type, error, place));
 }
 
+PlacedText Diagnostics::place_of(std::string_view title) const {
+    const PlacedText place = split_position(title);
+    const bool is_placed = !place.file.empty() || file_.empty() ||
+                           title.find("'" + file_ + "'") != std::string_view::npos;
+    return is_placed ? place : split_line(file_, title);
+}
+
+void Diagnostics::say(const std::string& text) {
+    clear_progress();
+    has_reported_ = true;
+    if (format_ == Format::json)
+        write(to_json({severity_text(ERROR_TYPE_ERROR), "", text, {"", 0, text}}));
+    else
+        write("norvane-pm: " + for_terminal(text) + "\n");
+}
+
 void Diagnostics::close(bool succeeded) {
     clear_progress();
-    if (last_name_.empty()) {
-        if (!succeeded)
-            write("norvane-pm: cannot make a temporary file (see TMPDIR in the environment)\n");
-    } else if (format_ == Format::text) {
+    if (!succeeded && !has_reported_)
+        say("cannot make a temporary file (see TMPDIR in the environment)");
+    if (!last_name_.empty() && format_ == Format::text)
         write("For more: norvane-pm explain " + last_name_ + "\n");
-    }
+}
+
+void Diagnostics::begin(std::string_view doing, std::string_view file) {
+    file_ = file;
+    show_progress(doing, file);
 }
 
 void Diagnostics::progress(const MsgProgress* event, void* user) {
@@ -168,7 +197,7 @@ void Diagnostics::progress(const MsgProgress* event, void* user) {
 
 void Diagnostics::show_progress(std::string_view doing, std::string_view file) {
     if (!on_terminal_) return;
-    std::string text = on_one_line(doing) + " " + on_one_line(file);
+    std::string text = for_terminal(doing) + " " + for_terminal(file);
     text.resize(std::min(text.size(), terminal_width));
     write("\r\x1b[K" + text);
     progress_shown_ = true;

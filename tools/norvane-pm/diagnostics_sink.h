@@ -11,7 +11,8 @@
 
 namespace norvane::pm {
 
-// A message and the place in the user's source that it begins with, if it begins with one.
+// A message and the place in the user's source that it is about: no file, or no line, where that is
+// not known.
 struct PlacedText {
     std::string_view file;
     unsigned line = 0;
@@ -20,6 +21,10 @@ struct PlacedText {
 
 // Takes "file (12): text" apart.
 PlacedText split_position(std::string_view title);
+
+// Stamps a report of our own with the place of the call, and hands it over.
+void report_error(ErrorInfo* error, int line = __builtin_LINE(),
+                  const char* file = __builtin_FILE());
 
 // The JSON object of a report, with its line feed. `extra` holds further members, from name to
 // text.
@@ -44,9 +49,11 @@ class Diagnostics {
     // Ends the reports: where to read more, or, if nothing was said of a failure, what it can be.
     void close(bool succeeded);
 
-    // "loading", "model.pm"
-    void show_progress(std::string_view doing, std::string_view file);
-    void clear_progress();
+    // What is under way: "loading", "model.pm". Reports that name no place are about this file.
+    void begin(std::string_view doing, std::string_view file);
+
+    // Reports what has no name in the catalogue.
+    void say(const std::string& text);
 
     // From here on reports and progress are dropped.
     void mute();
@@ -59,11 +66,16 @@ class Diagnostics {
     static void receive(ErrorType type, ErrorInfo* error, void* user);
     static void progress(const MsgProgress* event, void* user);
     void render(ErrorType type, const ErrorInfo& error);
+    PlacedText place_of(std::string_view title) const;
+    void show_progress(std::string_view doing, std::string_view file);
+    void clear_progress();
 
     Format format_;
     bool on_terminal_;
     bool progress_shown_ = false;
+    std::string file_;      // that is being worked on
     std::string last_name_; // of the report that came last
+    bool has_reported_ = false;
 };
 
 } // namespace norvane::pm

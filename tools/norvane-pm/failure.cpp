@@ -205,7 +205,7 @@ CulpritText describe(const Work& work, const Culprit& culprit) {
 std::string text_report(const Work& work, const ExceptionState& thrown,
                         const std::string& thrown_by, const CulpritText& culprit) {
     std::string text = "norvane-pm: internal failure: " + std::string(thrown.message) + "\n";
-    text += "  while " + std::string(step_text(work.step)) + " " + work.file + "\n";
+    text += "  while " + std::string(step_text(work.step)) + " " + work.subject + "\n";
     if (*culprit.kind != '\0') {
         text +=
             "  at the " + std::string(culprit.kind) + " " + culprit.position + culprit.text + "\n";

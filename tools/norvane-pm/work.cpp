@@ -17,9 +17,10 @@ const char* step_text(Step step) {
     return "";
 }
 
-void begin_step(Work& work, Step step) {
+void begin_step(Work& work, Step step, const char* subject) {
     work.step = step;
-    work.diagnostics->show_progress(step_text(step), work.file);
+    work.subject = subject;
+    work.diagnostics->begin(step_text(step), subject);
 }
 
 } // namespace norvane::pm

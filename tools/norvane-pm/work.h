@@ -18,6 +18,7 @@ struct Work {
     PolyList* cpp_args = nullptr; // char*, borrowed from the options
     Diagnostics* diagnostics = nullptr;
     Step step = Step::load;
+    const char* subject = ""; // the file that the step works on
     Project* project = nullptr;
     SymbolTable* table = nullptr;
     Project* finite = nullptr;
@@ -27,8 +28,9 @@ struct Work {
     bool succeeded = false;
 };
 
-// Notes the step, for a failure in it, and shows it where progress is shown.
-void begin_step(Work& work, Step step);
+// Notes the step and the file that it works on, for a failure in it and for reports that name no
+// place, and shows it where progress is shown.
+void begin_step(Work& work, Step step, const char* subject);
 
 // "loading", ..., as in "while loading the model".
 const char* step_text(Step step);
