@@ -8,7 +8,7 @@ A file begins with what the test is about. Then come sections, each behind a lin
   --- file NAME        an input file, made in the folder in which the command runs
   --- bytes NAME       the same, with Python's escapes in it (\\x00, \\n, \\\\); line ends do not count
   --- command          shell commands (bash, with pipefail); norvane-pm is on the PATH, the examples
-                       are in examples/, and $UNPRIVILEGED in front of a command takes the right to
+                       are in examples/, the document types in dtd/, and $UNPRIVILEGED in front of a command takes the right to
                        read everything from it
   --- stdout           what is expected; an absent section expects nothing
   --- stderr
@@ -30,7 +30,7 @@ import subprocess
 import sys
 import tempfile
 
-EXAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'examples')
+TOP = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..')
 EXPECTATIONS = ('stdout', 'stderr', 'stderr has', 'status', 'leaves')
 # Read everything in spite of permissions: what a test about permissions must not be run with.
 DROP_PRIVILEGES = 'setpriv --bounding-set=-dac_override,-dac_read_search'
@@ -61,7 +61,8 @@ def write(path, sections):
 
 
 def make_files(sections, folder):
-    os.symlink(os.path.realpath(EXAMPLES), os.path.join(folder, 'examples'))
+    for shown in ('examples', 'dtd'):
+        os.symlink(os.path.realpath(os.path.join(TOP, shown)), os.path.join(folder, shown))
     for name, text in sections:
         kind, _, file_name = name.partition(' ')
         if kind not in ('file', 'bytes'):
@@ -86,7 +87,7 @@ def run(sections, driver):
         environment = dict(os.environ, LC_ALL='C', TMPDIR=temporary, T=top,
                            PATH=os.path.dirname(os.path.abspath(driver)) + ':' + os.environ['PATH'],
                            UNPRIVILEGED=DROP_PRIVILEGES if os.geteuid() == 0 else '')
-        command = 'set -o pipefail\n' + dict(sections)['command']
+        command = b'set -o pipefail\n' + dict(sections)['command'].encode('latin-1')
         done = subprocess.run(['bash', '-c', command], cwd=work, env=environment, timeout=240,
                               stdin=subprocess.DEVNULL, capture_output=True)
         subprocess.run(['chmod', '-R', 'u+rwX', work], check=False)

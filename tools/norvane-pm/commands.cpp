@@ -1,4 +1,4 @@
-// The commands that work on a model: the road from its file to what was asked for, step by step.
+// The commands: the road from a file to what was asked for, step by step.
 //
 // The library reports what is wrong with a model through the diagnostics sink, and throws where it
 // meets what it does not provide for. A throw runs no destructors: so the steps hold plain pointers
@@ -14,27 +14,15 @@
 
 #include "diagnostics_sink.h"
 #include "failure.h"
+#include "models.h"
 #include "output.h"
 #include "work.h"
 
 namespace norvane::pm {
 namespace {
 
-bool is_xml(const char* file) {
-    return util_get_filetype(file) == FILETYPE_XML;
-}
-
-bool load(Work& work) {
-    begin_step(work, Step::load, work.file);
-    work.project = is_xml(work.file) ? proj_import_from_xmlfile(work.file)
-                                     : proj_import_from_pmfile(work.file, work.cpp_args);
-    return work.project != nullptr;
-}
-
 bool check(Work& work) {
-    begin_step(work, Step::check, work.file);
-    work.table = proj_static_sem_check(work.project);
-    return work.table != nullptr;
+    return load_model(work) && check_model(work);
 }
 
 void print(Work& work, Project* project) {
@@ -110,13 +98,17 @@ void info(const Project* project) {
     std::printf("  rules       %u\n", project->ruledecllist->len);
 }
 
+// False after a report.
 bool run_steps(Work& work) {
-    if (!load(work)) return false;
-    if (work.options->command == Command::info) return info(work.project), true;
-    if (work.options->command == Command::print) return print(work, work.project), true;
-    if (!check(work)) return false;
-    if (work.options->command == Command::simplify) simplify(work);
-    if (work.options->command == Command::rules) rules(work);
+    switch (work.options->command) {
+    case Command::info: return load_model(work) && (info(work.project), true);
+    case Command::check: return check(work);
+    case Command::print: return load_model(work) && (print(work, work.project), true);
+    case Command::simplify: return check(work) && (simplify(work), true);
+    case Command::rules: return check(work) && (rules(work), true);
+    case Command::convert: return load_model(work) && write_model(work);
+    case Command::explain: break; // which works on no file
+    }
     return true;
 }
 
@@ -135,16 +127,35 @@ void release(Work& work) {
     plist_delete(work.cpp_args);
 }
 
+ModelForm settled(ModelForm said, const std::string& file) {
+    return said == ModelForm::unknown ? form_of(file) : said;
+}
+
+// Settles the forms of the model before anything is read. A conversion wants to know them; for all
+// else a model is source unless it is told to be XML. False after a message.
+bool settle_forms(Work& work) {
+    const Options& options = *work.options;
+    work.from = settled(options.from, options.file);
+    work.to = settled(options.to, options.output);
+    const auto refuse = [](const char* reason, const std::string& file) {
+        std::fprintf(stderr, "norvane-pm: %s: %s\n", reason, file.c_str());
+        return false;
+    };
+    if (options.command == Command::convert && work.from == ModelForm::unknown)
+        return refuse("is this pm or xml? Say so by --from", options.file);
+    if (options.command == Command::convert && work.to == ModelForm::unknown)
+        return refuse("is this to be pm or xml? Say so by --to", options.output);
+    if (work.from == ModelForm::xml && !options.cpp_args.empty())
+        return refuse("-I, -D and -U have no meaning for a model in XML", options.file);
+    return true;
+}
+
 } // namespace
 
 int run_command(const Options& options) {
-    std::string file = options.file;
-    if (is_xml(file.c_str()) && !options.cpp_args.empty()) {
-        std::fprintf(stderr, "norvane-pm: -I, -D and -U have no meaning for a model in XML: %s\n",
-                     file.c_str());
-        return STATUS_WRONG_USAGE;
-    }
+    std::string file = input_name(options.file);
     Work work{.options = &options, .file = file.data()};
+    if (!settle_forms(work)) return STATUS_WRONG_USAGE;
     work.cpp_args = plist_new(nullptr, nullptr, nullptr);
     for (const std::string& argument : options.cpp_args)
         plist_append(work.cpp_args, const_cast<char*>(argument.c_str()));

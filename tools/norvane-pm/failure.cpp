@@ -66,6 +66,7 @@ void repeat_step(void* user) {
     case Step::expand:
         plist_delete(proj_get_expanded_rules(work.project, work.table, !work.options->as_written));
         return;
+    case Step::write: proj_export_to_xmlfile(work.project, "/dev/null"); return;
     case Step::load:
     case Step::print: return;
     }
@@ -119,61 +120,107 @@ std::optional<std::size_t> first_that_fails(Work& work, const std::vector<T**>& 
     return good;
 }
 
-// What the step stopped on: null where it is neither.
+// What the step stopped on: all null where it is none of them.
 struct Culprit {
     const RuleDecl* rule = nullptr;
     const VarDecl* variable = nullptr;
+    const TypeDecl* type = nullptr;
+    const ConstantDecl* constant = nullptr;
 };
 
-// A variable can only be at fault where its type is simplified. In the other steps a model whose
-// variables are of another type would be another model.
-const VarDecl* find_variable(Work& work) {
-    if (work.step != Step::simplify) return nullptr;
+// What a part of the model is replaced by.
+struct Harmless {
+    Expr* expr = expr_new_intconst(OPR_BOOLCONST, 1, UNDEF_LINENO);
+    TypeCon* type = tc_new_bool_tc(UNDEF_LINENO);
+    Harmless() = default;
+    ~Harmless() {
+        expr_delete(expr);
+        tc_delete_typecon(type);
+    }
+    Harmless(const Harmless&) = delete;
+    Harmless& operator=(const Harmless&) = delete;
+};
+
+// The search in one kind of parts, and, while none of these is there, in the next kind.
+
+void find_constant(Work& work, const Harmless& harmless, Culprit& culprit) {
+    std::vector<ConstantDecl*> constants;
+    std::vector<Expr**> places;
+    for (ConstantDecl* constant : items<ConstantDecl>(work.project->constantdecllist)) {
+        constants.push_back(constant);
+        places.push_back(&constant->value);
+    }
+    if (const auto found = first_that_fails(work, places, harmless.expr))
+        culprit.constant = constants[*found];
+}
+
+// Only where a model is written is each declared type, and each constant, dealt with for itself: in
+// the other steps a model with another one would be another model.
+void find_type(Work& work, const Harmless& harmless, Culprit& culprit) {
+    if (work.step != Step::write) return;
+    std::vector<TypeDecl*> types;
+    std::vector<TypeCon**> places;
+    for (TypeDecl* type : items<TypeDecl>(work.project->typedecllist)) {
+        types.push_back(type);
+        places.push_back(&type->typecon);
+    }
+    if (const auto found = first_that_fails(work, places, harmless.type)) {
+        culprit.type = types[*found];
+    } else {
+        const Without<TypeCon> all_types(places, 0, harmless.type);
+        find_constant(work, harmless, culprit);
+    }
+}
+
+// The same holds for variables, but for the step that makes their types finite.
+void find_variable(Work& work, const Harmless& harmless, Culprit& culprit) {
+    if (work.step != Step::simplify && work.step != Step::write) return;
     std::vector<VarDecl*> variables;
-    std::vector<TypeCon**> types;
+    std::vector<TypeCon**> places;
     for (VarDecl* variable : items<VarDecl>(work.project->vardecllist)) {
         variables.push_back(variable);
-        types.push_back(&variable->typecon);
+        places.push_back(&variable->typecon);
     }
-    TypeCon* harmless = tc_new_bool_tc(UNDEF_LINENO);
-    const auto found = first_that_fails(work, types, harmless);
-    tc_delete_typecon(harmless);
-    return found ? variables[*found] : nullptr;
+    if (const auto found = first_that_fails(work, places, harmless.type)) {
+        culprit.variable = variables[*found];
+    } else {
+        const Without<TypeCon> all_variables(places, 0, harmless.type);
+        find_type(work, harmless, culprit);
+    }
 }
 
 Culprit find_culprit(Work& work) {
-    if (work.step == Step::load || work.step == Step::print) return {};
-    const RuleCollector collected(work.project);
-    std::vector<Expr**> rules;
-    for (RuleDecl* rule : collected.rules())
-        rules.push_back(&rule->rule);
     Culprit culprit;
-    Expr* harmless = expr_new_intconst(OPR_BOOLCONST, 1, UNDEF_LINENO);
-    if (const auto found = first_that_fails(work, rules, harmless)) {
+    if (!work.project || work.step == Step::load || work.step == Step::print) return culprit;
+    const Harmless harmless;
+    const RuleCollector collected(work.project);
+    std::vector<Expr**> places;
+    for (RuleDecl* rule : collected.rules())
+        places.push_back(&rule->rule);
+    if (const auto found = first_that_fails(work, places, harmless.expr)) {
         culprit.rule = collected.rules()[*found];
     } else {
-        const Without<Expr> all_rules(rules, 0, harmless);
-        culprit.variable = find_variable(work);
+        const Without<Expr> all_rules(places, 0, harmless.expr);
+        find_variable(work, harmless, culprit);
     }
-    expr_delete(harmless);
     return culprit;
 }
 
-struct RuleText {
-    Expr* rule;
+struct ExprText {
+    Expr* expr;
     UtilString* text;
 };
 
-void print_rule(void* user) {
-    auto* rule = static_cast<RuleText*>(user);
-    ppm_printn_expr_str(rule->rule, rule->text, 6);
+void print_expr(void* user) {
+    auto* print = static_cast<ExprText*>(user);
+    ppm_printn_expr_str(print->expr, print->text, 6);
 }
 
-// The rule, cut at some depth; empty if it cannot be printed either.
-std::string rule_text(const RuleDecl& rule) {
+// The expression, cut at some depth; empty if it cannot be printed either.
+std::string expr_text(Expr* expr) {
     static ExceptionState ignored;
-    RuleText printed{rule.rule, ustr_new()};
-    const bool threw = except_catch(print_rule, &printed, &ignored) != 0;
+    ExprText printed{expr, ustr_new()};
+    const bool threw = except_catch(print_expr, &printed, &ignored) != 0;
     std::string text = threw ? std::string() : printed.text->text;
     for (char& c : text)
         if (c == '\n') c = ' ';
@@ -187,7 +234,7 @@ std::string position_of(const Work& work, unsigned linenumber) {
     return position;
 }
 
-// A culprit for a person: "rule" or "variable", where it stands, and its text.
+// A culprit for a person: "rule", "variable", ..., where it stands, and its text.
 struct CulpritText {
     const char* kind;
     std::string position;
@@ -196,9 +243,14 @@ struct CulpritText {
 
 CulpritText describe(const Work& work, const Culprit& culprit) {
     if (const RuleDecl* rule = culprit.rule)
-        return {"rule", position_of(work, rule->linenumber), rule_text(*rule)};
+        return {"rule", position_of(work, rule->linenumber), expr_text(rule->rule)};
     if (const VarDecl* variable = culprit.variable)
         return {"variable", position_of(work, variable->linenumber), variable->name};
+    if (const TypeDecl* type = culprit.type)
+        return {"type", position_of(work, type->linenumber), type->name};
+    if (const ConstantDecl* constant = culprit.constant)
+        return {"constant", position_of(work, constant->linenumber),
+                std::string(constant->name) + " : " + expr_text(constant->value)};
     return {"", "", ""};
 }
 
@@ -211,7 +263,10 @@ std::string text_report(const Work& work, const ExceptionState& thrown,
             "  at the " + std::string(culprit.kind) + " " + culprit.position + culprit.text + "\n";
     }
     text += "  thrown by " + thrown_by + "\n";
-    return text + "This is a gap in the program. Another way to say the same may pass by it.\n";
+    text += work.step == Step::write
+                ? "A file of this form cannot hold it; a division, for one, has no name there."
+                : "This is a gap in the program.";
+    return text + " Another way to say the same may pass by it.\n";
 }
 
 std::string json_report(const Work& work, const ExceptionState& thrown,

@@ -30,6 +30,30 @@ void add_preprocessor_option(CLI::App& command, Options& options, const char* na
         ->trigger_on_parse();
 }
 
+void add_argument(CLI::App& command, const char* name, std::string& value, const char* help) {
+    command.add_option(name, value, help)->required()->type_name("");
+}
+
+// An option that takes one of two words: `chosen` becomes the first value or the second.
+template <typename T>
+void add_choice(CLI::App& command, const char* name, const char* value, const char* help, T& chosen,
+                std::pair<const char*, T> first, std::pair<const char*, T> second) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [&chosen, first, second](const std::string& text) {
+                chosen = text == first.first ? first.second : second.second;
+            },
+            help)
+        ->type_name(value)
+        ->check(CLI::IsMember({first.first, second.first}));
+}
+
+void add_form_option(CLI::App& command, const char* name, const char* help, ModelForm& form) {
+    add_choice<ModelForm>(command, name, "FORM", help, form, {"pm", ModelForm::source},
+                          {"xml", ModelForm::xml});
+}
+
 CLI::App& add_command(CLI::App& app, Options& options, Command command, const char* name,
                       const char* help) {
     CLI::App& sub = *app.add_subcommand(name, help);
@@ -37,23 +61,33 @@ CLI::App& add_command(CLI::App& app, Options& options, Command command, const ch
     return sub;
 }
 
-CLI::App& add_model_command(CLI::App& app, Options& options, Command command, const char* name,
-                            const char* help) {
+constexpr const char* footer =
+    "Results go to standard output, all else to standard error.\n"
+    "Exit status: 0 success, 1 the input is at fault, 2 wrong usage, 3 internal failure.";
+
+// A command that reads files, and may have something to report.
+CLI::App& add_file_command(CLI::App& app, Options& options, Command command, const char* name,
+                           const char* help) {
     CLI::App& sub = add_command(app, options, command, name, help);
-    sub.add_option("FILE", options.file, "The product model")->required()->type_name("");
+    sub.footer(std::string("A file whose name is - is standard input, or, where it is written, "
+                           "standard output.\n") +
+               footer);
+    add_choice<Format>(
+        sub, "--format", "FORMAT",
+        "How to report what is wrong: text (the default), or json, one object a line",
+        options.format, {"text", Format::text}, {"json", Format::json});
+    return sub;
+}
+
+CLI::App& add_model_command(CLI::App& app, Options& options, Command command, const char* name,
+                            const char* help, const char* argument = "FILE") {
+    CLI::App& sub = add_file_command(app, options, command, name, help);
+    add_argument(sub, argument, options.file, "The product model");
     add_preprocessor_option(sub, options, "-I,--include-dir", "-I", "DIR",
                             "Search DIR for included files");
     add_preprocessor_option(sub, options, "-D,--define", "-D", "NAME[=VALUE]", "Define a macro");
     add_preprocessor_option(sub, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
-    sub.add_option_function<std::string>(
-           "--format",
-           [&options](const std::string& text) {
-               options.format = text == "json" ? Format::json : Format::text;
-           },
-           "How to report what is wrong with the model: text (the default), or json, one object a "
-           "line")
-        ->type_name("FORMAT")
-        ->check(CLI::IsMember({"text", "json"}));
+    add_form_option(sub, "--from", "What the model is, whatever its extension says", options.from);
     return sub;
 }
 
@@ -61,9 +95,7 @@ void describe(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.require_subcommand(1);
-    app.footer(
-        "Results go to standard output, all else to standard error.\n"
-        "Exit status: 0 success, 1 the input is at fault, 2 wrong usage, 3 internal failure.");
+    app.footer(footer);
 
     add_model_command(app, options, Command::info, "info",
                       "Load a model and count what it declares");
@@ -78,6 +110,14 @@ void describe(CLI::App& app, Options& options) {
                    "Print the rules as they are written, loops, cases and names included");
     rules.add_flag("--origin", options.with_origin,
                    "Print the file and line of the rule in front of each");
+
+    CLI::App& convert =
+        add_model_command(app, options, Command::convert, "convert",
+                          "Write a model in another form, unchecked: as source or as XML, as the "
+                          "extensions pm and xml say",
+                          "FROM");
+    add_argument(convert, "TO", options.output, "The file to be written");
+    add_form_option(convert, "--to", "What to write, whatever its extension says", options.to);
 
     add_workspace_commands(app, options.action);
 

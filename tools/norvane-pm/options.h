@@ -10,7 +10,10 @@ namespace norvane::pm {
 
 enum class Format { text, json };
 
-enum class Command { info, check, print, simplify, rules, explain };
+enum class Command { info, check, print, simplify, rules, convert, explain };
+
+// The form of a model's file.
+enum class ModelForm { unknown, source, xml };
 
 // The exit status of the program, for scripts to rely on.
 enum Status : int {
@@ -22,7 +25,10 @@ enum Status : int {
 
 struct Options {
     Command command = Command::explain;
-    std::string file;
+    std::string file; // the model; "-" is standard input, here and below
+    ModelForm from = ModelForm::unknown;
+    std::string output = "-"; // what a result is written to; standard output
+    ModelForm to = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
     Format format = Format::text;
     bool as_written = false;

@@ -34,6 +34,7 @@ void prepare_output() {
     hold_standard_streams();
     // A reader that has seen enough, such as head, ends us as a failed write and not by a signal.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // likewise a file that may not grow any further
     static char buffer[1 << 18];
     std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
     __fsetlocking(stdout, FSETLOCKING_BYCALLER); // there is one thread

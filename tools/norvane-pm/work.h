@@ -5,16 +5,19 @@
 #include "norvane/proj.h"
 
 #include "options.h"
+#include "result_file.h"
 
 namespace norvane::pm {
 
 class Diagnostics;
 
-enum class Step { load, check, simplify, expand, print };
+enum class Step { load, check, simplify, expand, print, write };
 
 struct Work {
     const Options* options;
-    char* file;
+    char* file; // the model; standard input has a name here
+    ModelForm from = ModelForm::unknown;
+    ModelForm to = ModelForm::unknown;
     PolyList* cpp_args = nullptr; // char*, borrowed from the options
     Diagnostics* diagnostics = nullptr;
     Step step = Step::load;
@@ -25,6 +28,7 @@ struct Work {
     PolyList* rules = nullptr;
     PolyList* origins = nullptr; // RuleDecl, in step with `rules`
     UtilString* text = nullptr;
+    ResultFile output{};
     bool succeeded = false;
 };
 
@@ -34,6 +38,13 @@ void begin_step(Work& work, Step step, const char* subject);
 
 // "loading", ..., as in "while loading the model".
 const char* step_text(Step step);
+
+// What a file is called in reports: "-", as an input, is standard input.
+const char* input_name(const std::string& file);
+
+// Opens what is to be written, and puts it in its place. False after a report.
+bool open_output(Work& work);
+bool close_output(Work& work);
 
 } // namespace norvane::pm
 
