@@ -16,6 +16,7 @@
 #include "failure.h"
 #include "models.h"
 #include "output.h"
+#include "side_data.h"
 #include "work.h"
 
 namespace norvane::pm {
@@ -107,6 +108,11 @@ bool run_steps(Work& work) {
     case Command::simplify: return check(work) && (simplify(work), true);
     case Command::rules: return check(work) && (rules(work), true);
     case Command::convert: return load_model(work) && write_model(work);
+    case Command::presentation_list: return list_presentation(work);
+    case Command::presentation_get: return get_from_presentation(work);
+    case Command::presentation_merge: return merge_presentations(work);
+    case Command::var_order_list: return list_var_order(work);
+    case Command::var_order_check: return check_var_order(work);
     case Command::explain: break; // which works on no file
     }
     return true;
@@ -124,6 +130,9 @@ void release(Work& work) {
     if (work.finite) proj_delete(work.finite);
     if (work.table) symtbl_delete_symbol_table(work.table);
     if (work.project) proj_delete(work.project);
+    pres_delete(work.presentation);
+    pres_delete(work.addition);
+    var_order_delete(work.order);
     plist_delete(work.cpp_args);
 }
 

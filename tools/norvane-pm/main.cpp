@@ -91,6 +91,41 @@ CLI::App& add_model_command(CLI::App& app, Options& options, Command command, co
     return sub;
 }
 
+CLI::App& add_group(CLI::App& app, const char* name, const char* help) {
+    CLI::App& group = *app.add_subcommand(name, help);
+    group.require_subcommand(1);
+    return group;
+}
+
+void describe_side_data(CLI::App& app, Options& options) {
+    CLI::App& presentation =
+        add_group(app, "presentation", "The display texts of a product, by layer and key");
+    CLI::App& list =
+        add_file_command(presentation, options, Command::presentation_list, "list",
+                         "List the layers and their keys: one key a line, behind layer and tab");
+    add_argument(list, "FILE", options.file, "The presentation");
+    CLI::App& get =
+        add_file_command(presentation, options, Command::presentation_get, "get", "Print one text");
+    add_argument(get, "FILE", options.file, "The presentation");
+    add_argument(get, "LAYER", options.layer, "The name of the layer");
+    add_argument(get, "KEY", options.key, "The key of the text");
+    CLI::App& merge =
+        add_file_command(presentation, options, Command::presentation_merge, "merge",
+                         "Join presentations; of texts with one key, that of the last file counts");
+    merge.add_option("FILE", options.presentations, "The presentations")->required()->type_name("");
+    merge.add_option("-o,--output", options.output, "Write to FILE and not to standard output")
+        ->type_name("FILE");
+
+    CLI::App& var_order = add_group(app, "var-order", "The order of a model's variables");
+    CLI::App& names = add_file_command(var_order, options, Command::var_order_list, "list",
+                                       "List the names, one a line");
+    add_argument(names, "FILE", options.var_order, "The variable order");
+    CLI::App& check =
+        add_model_command(var_order, options, Command::var_order_check, "check",
+                          "Check that the model has each variable that is named", "MODEL");
+    add_argument(check, "FILE", options.var_order, "The variable order");
+}
+
 void describe(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
@@ -119,6 +154,7 @@ void describe(CLI::App& app, Options& options) {
     add_argument(convert, "TO", options.output, "The file to be written");
     add_form_option(convert, "--to", "What to write, whatever its extension says", options.to);
 
+    describe_side_data(app, options);
     add_workspace_commands(app, options.action);
 
     CLI::App& explain = add_command(app, options, Command::explain, "explain",

@@ -10,7 +10,20 @@ namespace norvane::pm {
 
 enum class Format { text, json };
 
-enum class Command { info, check, print, simplify, rules, convert, explain };
+enum class Command {
+    info,
+    check,
+    print,
+    simplify,
+    rules,
+    convert,
+    presentation_list,
+    presentation_get,
+    presentation_merge,
+    var_order_list,
+    var_order_check,
+    explain
+};
 
 // The form of a model's file.
 enum class ModelForm { unknown, source, xml };
@@ -25,10 +38,14 @@ enum Status : int {
 
 struct Options {
     Command command = Command::explain;
-    std::string file; // the model; "-" is standard input, here and below
+    std::string file; // the model, or the presentation; "-" is standard input, here and below
     ModelForm from = ModelForm::unknown;
     std::string output = "-"; // what a result is written to; standard output
     ModelForm to = ModelForm::unknown;
+    std::vector<std::string> presentations; // to be merged
+    std::string var_order;
+    std::string layer;
+    std::string key;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
     Format format = Format::text;
     bool as_written = false;

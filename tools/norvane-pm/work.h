@@ -28,6 +28,9 @@ struct Work {
     PolyList* rules = nullptr;
     PolyList* origins = nullptr; // RuleDecl, in step with `rules`
     UtilString* text = nullptr;
+    PolyHash* presentation = nullptr;
+    PolyHash* addition = nullptr; // a presentation that is to be merged into the other
+    PolyList* order = nullptr;
     ResultFile output{};
     bool succeeded = false;
 };
