@@ -3,14 +3,15 @@
 
 usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] PROGRAM [--against PROGRAM]
 
-PROGRAM is a built pipeline_bench. Each workload is measured at three sizes, a decade apart (the two
-smaller ones with --quick). Behind the figures of two sizes stands the growth of each stage from one
-to the next: the exponent by which its time follows the work that it does; 1 is linear. For the
-stages that look names up, another row has the exponent by which their time follows that of the bare
-look-up: 1 is as the memory allows.
+PROGRAM is a built pipeline_bench, with model_xml_bench beside it. Each workload is measured at three
+sizes, a decade apart (the two smaller ones with --quick). Behind the figures of two sizes stands the
+growth of each stage from one to the next: the exponent by which its time follows the work that it
+does; 1 is linear. For the stages that look names up, another row has the exponent by which their time
+follows that of the bare look-up: 1 is as the memory allows. The last workload, xml, is the reading and
+writing of models in XML, and has a table of its own.
 
 With --against, both programs run in turns, and the table shows how many times as long the other one
-takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster.
+takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It leaves xml out.
 """
 import argparse
 import json
@@ -29,6 +30,7 @@ SIZES = {
     'values': (500, 5000, 50000),
     'chain': (10000, 100000, 1000000),
 }
+XML_MEGABYTES = (1, 10, 100)
 STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'look-up', 'total')
 # Those whose growth stands beside that of looking their names up.
 LOOKING_UP = ('check', 'simplify', 'expand')
@@ -104,6 +106,13 @@ def measure(folder, arguments):
             before = result
 
 
+def measure_xml(arguments):
+    program = os.path.join(os.path.dirname(arguments.program), 'model_xml_bench')
+    sizes = [str(size) for size in XML_MEGABYTES[:arguments.count]]
+    print('\nModels in XML\n', flush=True)
+    subprocess.run([program, str(arguments.rounds), *sizes], check=True)
+
+
 def compare(folder, arguments):
     head('workload', 'size', *STAGES, 'peak')
     for workload, sizes in arguments.workloads.items():
@@ -126,17 +135,23 @@ def main():
     parser.add_argument('program')
     parser.add_argument('--against')
     parser.add_argument('--quick', action='store_true')
-    parser.add_argument('--only', default=','.join(SIZES))
+    parser.add_argument('--only', default=','.join([*SIZES, 'xml']))
     parser.add_argument('--seconds', type=float, default=0.5)
     parser.add_argument('--rounds', type=int, default=5)
     arguments = parser.parse_args()
-    unknown = set(arguments.only.split(',')) - set(SIZES)
+    names = arguments.only.split(',')
+    unknown = set(names) - set(SIZES) - {'xml'}
     if unknown:
         sys.exit('no such workload: ' + ' '.join(sorted(unknown)))
-    count = 2 if arguments.quick else 3
-    arguments.workloads = {name: SIZES[name][:count] for name in arguments.only.split(',')}
+    arguments.count = 2 if arguments.quick else 3
+    arguments.workloads = {name: SIZES[name][:arguments.count] for name in names if name in SIZES}
     with tempfile.TemporaryDirectory(prefix='norvane-bench.') as folder:
-        compare(folder, arguments) if arguments.against else measure(folder, arguments)
+        if arguments.against:
+            compare(folder, arguments)
+        elif arguments.workloads:
+            measure(folder, arguments)
+    if 'xml' in names and not arguments.against:
+        measure_xml(arguments)
 
 
 if __name__ == '__main__':
