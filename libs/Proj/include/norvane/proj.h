@@ -6,6 +6,7 @@
 #include "norvane/proj/calc.h"
 #include "norvane/proj/calc_export.h"
 #include "norvane/proj/calc_import.h"
+#include "norvane/proj/calc_print.h"
 #include "norvane/proj/calc_typecheck.h"
 #include "norvane/proj/decl.h"
 #include "norvane/proj/expandrules.h"
