@@ -12,6 +12,7 @@
 #include "norvane/base/items.hpp"
 #include "norvane/proj.h"
 
+#include "calculations.h"
 #include "diagnostics_sink.h"
 #include "failure.h"
 #include "models.h"
@@ -101,8 +102,11 @@ void info(const Project* project) {
 
 // False after a report.
 bool run_steps(Work& work) {
-    switch (work.options->command) {
-    case Command::info: return load_model(work) && (info(work.project), true);
+    const Options& options = *work.options;
+    switch (options.command) {
+    case Command::info:
+        if (is_calculation(options)) return info_calculation(work);
+        return load_model(work) && (info(work.project), true);
     case Command::check: return check(work);
     case Command::print: return load_model(work) && (print(work, work.project), true);
     case Command::simplify: return check(work) && (simplify(work), true);
@@ -113,7 +117,11 @@ bool run_steps(Work& work) {
     case Command::presentation_merge: return merge_presentations(work);
     case Command::var_order_list: return list_var_order(work);
     case Command::var_order_check: return check_var_order(work);
-    case Command::explain: break; // which works on no file
+    case Command::calc_check: return check(work) && check_calculation(work);
+    case Command::calc_print: return print_calculation(work);
+    case Command::calc_convert: return convert_calculation(work);
+    case Command::calc_builtins:
+    case Command::explain: break; // which work on no file
     }
     return true;
 }
@@ -133,11 +141,16 @@ void release(Work& work) {
     pres_delete(work.presentation);
     pres_delete(work.addition);
     var_order_delete(work.order);
+    if (work.calc) calc_delete(work.calc);
     plist_delete(work.cpp_args);
 }
 
 ModelForm settled(ModelForm said, const std::string& file) {
     return said == ModelForm::unknown ? form_of(file) : said;
+}
+
+CalcForm settled(CalcForm said, const std::string& file) {
+    return said == CalcForm::unknown ? calculation_form_of(file) : said;
 }
 
 // Settles the forms of the model before anything is read. A conversion wants to know them; for all
@@ -146,6 +159,8 @@ bool settle_forms(Work& work) {
     const Options& options = *work.options;
     work.from = settled(options.from, options.file);
     work.to = settled(options.to, options.output);
+    work.calc_from = settled(options.calc_from, calculation_file(options));
+    work.calc_to = settled(options.calc_to, options.output);
     const auto refuse = [](const char* reason, const std::string& file) {
         std::fprintf(stderr, "norvane-pm: %s: %s\n", reason, file.c_str());
         return false;
@@ -156,6 +171,11 @@ bool settle_forms(Work& work) {
         return refuse("is this to be pm or xml? Say so by --to", options.output);
     if (work.from == ModelForm::xml && !options.cpp_args.empty())
         return refuse("-I, -D and -U have no meaning for a model in XML", options.file);
+    if (options.command == Command::info && is_calculation(options) && !options.cpp_args.empty())
+        return refuse("-I, -D and -U have no meaning for a calculation", options.file);
+    const bool is_written = work.calc_to == CalcForm::source || work.calc_to == CalcForm::xml;
+    if (options.command == Command::calc_convert && !is_written)
+        return refuse("is this to be cl or clx? Say so by --to", options.output);
     return true;
 }
 

@@ -154,6 +154,7 @@ void Diagnostics::receive(ErrorType type, ErrorInfo* error, void* user) {
 void Diagnostics::render(ErrorType type, const ErrorInfo& error) {
     clear_progress();
     has_reported_ = true;
+    has_errors_ |= type == ERROR_TYPE_ERROR;
     last_name_ = error.name;
     const PlacedText place = place_of(error.message);
     if (format_ == Format::json)

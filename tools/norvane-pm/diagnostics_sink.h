@@ -61,6 +61,8 @@ class Diagnostics {
     bool has_reported() const { return !last_name_.empty(); }
 
     Format format() const { return format_; }
+    // True once an error was reported; warnings do not count.
+    bool has_errors() const { return has_errors_; }
 
   private:
     static void receive(ErrorType type, ErrorInfo* error, void* user);
@@ -76,6 +78,7 @@ class Diagnostics {
     std::string file_;      // that is being worked on
     std::string last_name_; // of the report that came last
     bool has_reported_ = false;
+    bool has_errors_ = false;
 };
 
 } // namespace norvane::pm

@@ -14,6 +14,7 @@
 
 #include "norvane/base/items.hpp"
 
+#include "calculations.h"
 #include "diagnostics_sink.h"
 
 namespace norvane::pm {
@@ -68,6 +69,7 @@ void repeat_step(void* user) {
         return;
     case Step::write: proj_export_to_xmlfile(work.project, "/dev/null"); return;
     case Step::load:
+    case Step::check_functions:
     case Step::print: return;
     }
 }
@@ -126,6 +128,7 @@ struct Culprit {
     const VarDecl* variable = nullptr;
     const TypeDecl* type = nullptr;
     const ConstantDecl* constant = nullptr;
+    FunctionOfCalculation function = {};
 };
 
 // What a part of the model is replaced by.
@@ -191,7 +194,9 @@ void find_variable(Work& work, const Harmless& harmless, Culprit& culprit) {
 
 Culprit find_culprit(Work& work) {
     Culprit culprit;
-    if (!work.project || work.step == Step::load || work.step == Step::print) return culprit;
+    if (work.calc) culprit.function = function_that_fails(work);
+    if (work.calc || !work.project || work.step == Step::load || work.step == Step::print)
+        return culprit;
     const Harmless harmless;
     const RuleCollector collected(work.project);
     std::vector<Expr**> places;
@@ -234,6 +239,11 @@ std::string position_of(const Work& work, unsigned linenumber) {
     return position;
 }
 
+std::string position_of(const CFunc& func) {
+    if (!func.filename || func.line_no == CALC_UNDEF_LINENO) return "";
+    return std::string(func.filename) + " (" + std::to_string(func.line_no) + "): ";
+}
+
 // A culprit for a person: "rule", "variable", ..., where it stands, and its text.
 struct CulpritText {
     const char* kind;
@@ -251,7 +261,18 @@ CulpritText describe(const Work& work, const Culprit& culprit) {
     if (const ConstantDecl* constant = culprit.constant)
         return {"constant", position_of(work, constant->linenumber),
                 std::string(constant->name) + " : " + expr_text(constant->value)};
+    if (const CFunc* func = culprit.function.func)
+        return {"function", position_of(*func),
+                std::string(culprit.function.ns->name) + "." + func->name};
     return {"", "", ""};
+}
+
+const char* hint(const Work& work) {
+    if (work.step == Step::write && work.project)
+        return "A file of this form cannot hold it; a division, for one, has no name there.";
+    if (work.step == Step::check_functions)
+        return "This is a gap in the program, as with each call that does not name its namespace.";
+    return "This is a gap in the program.";
 }
 
 std::string text_report(const Work& work, const ExceptionState& thrown,
@@ -263,10 +284,7 @@ std::string text_report(const Work& work, const ExceptionState& thrown,
             "  at the " + std::string(culprit.kind) + " " + culprit.position + culprit.text + "\n";
     }
     text += "  thrown by " + thrown_by + "\n";
-    text += work.step == Step::write
-                ? "A file of this form cannot hold it; a division, for one, has no name there."
-                : "This is a gap in the program.";
-    return text + " Another way to say the same may pass by it.\n";
+    return text + hint(work) + " Another way to say the same may pass by it.\n";
 }
 
 std::string json_report(const Work& work, const ExceptionState& thrown,

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "calculations.h"
 #include "commands.h"
 #include "explain.h"
 #include "options.h"
@@ -30,28 +31,40 @@ void add_preprocessor_option(CLI::App& command, Options& options, const char* na
         ->trigger_on_parse();
 }
 
+void add_preprocessor_options(CLI::App& command, Options& options) {
+    add_preprocessor_option(command, options, "-I,--include-dir", "-I", "DIR",
+                            "Search DIR for included files");
+    add_preprocessor_option(command, options, "-D,--define", "-D", "NAME[=VALUE]",
+                            "Define a macro");
+    add_preprocessor_option(command, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
+}
+
 void add_argument(CLI::App& command, const char* name, std::string& value, const char* help) {
     command.add_option(name, value, help)->required()->type_name("");
 }
 
-// An option that takes one of two words: `chosen` becomes the first value or the second.
+// An option that takes one of some words, each of which stands for a value.
 template <typename T>
 void add_choice(CLI::App& command, const char* name, const char* value, const char* help, T& chosen,
-                std::pair<const char*, T> first, std::pair<const char*, T> second) {
+                const std::vector<std::pair<std::string, T>>& choices) {
+    std::vector<std::string> words;
+    for (const auto& choice : choices)
+        words.push_back(choice.first);
     command
         .add_option_function<std::string>(
             name,
-            [&chosen, first, second](const std::string& text) {
-                chosen = text == first.first ? first.second : second.second;
+            [&chosen, choices](const std::string& text) {
+                for (const auto& [word, meaning] : choices)
+                    if (word == text) chosen = meaning;
             },
             help)
         ->type_name(value)
-        ->check(CLI::IsMember({first.first, second.first}));
+        ->check(CLI::IsMember(words));
 }
 
 void add_form_option(CLI::App& command, const char* name, const char* help, ModelForm& form) {
-    add_choice<ModelForm>(command, name, "FORM", help, form, {"pm", ModelForm::source},
-                          {"xml", ModelForm::xml});
+    add_choice<ModelForm>(command, name, "FORM", help, form,
+                          {{"pm", ModelForm::source}, {"xml", ModelForm::xml}});
 }
 
 CLI::App& add_command(CLI::App& app, Options& options, Command command, const char* name,
@@ -75,7 +88,7 @@ CLI::App& add_file_command(CLI::App& app, Options& options, Command command, con
     add_choice<Format>(
         sub, "--format", "FORMAT",
         "How to report what is wrong: text (the default), or json, one object a line",
-        options.format, {"text", Format::text}, {"json", Format::json});
+        options.format, {{"text", Format::text}, {"json", Format::json}});
     return sub;
 }
 
@@ -83,10 +96,7 @@ CLI::App& add_model_command(CLI::App& app, Options& options, Command command, co
                             const char* help, const char* argument = "FILE") {
     CLI::App& sub = add_file_command(app, options, command, name, help);
     add_argument(sub, argument, options.file, "The product model");
-    add_preprocessor_option(sub, options, "-I,--include-dir", "-I", "DIR",
-                            "Search DIR for included files");
-    add_preprocessor_option(sub, options, "-D,--define", "-D", "NAME[=VALUE]", "Define a macro");
-    add_preprocessor_option(sub, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
+    add_preprocessor_options(sub, options);
     add_form_option(sub, "--from", "What the model is, whatever its extension says", options.from);
     return sub;
 }
@@ -126,6 +136,49 @@ void describe_side_data(CLI::App& app, Options& options) {
     add_argument(check, "FILE", options.var_order, "The variable order");
 }
 
+CLI::App& add_calculation_command(CLI::App& app, Options& options, Command command,
+                                  const char* name, const char* help,
+                                  const char* argument = "FILE") {
+    CLI::App& sub = add_file_command(app, options, command, name, help);
+    add_argument(sub, argument, options.calculation, "The calculation");
+    add_choice<CalcForm>(
+        sub, "--from", "FORM",
+        "What the calculation is, whatever its extension says: source, XML, or in "
+        "a package",
+        options.calc_from,
+        {{"cl", CalcForm::source}, {"clx", CalcForm::xml}, {"mub", CalcForm::package}});
+    sub.add_option("--of", options.package_model,
+                   "Take the calculation of the model NAME out of a package, if its name is not "
+                   "the package's")
+        ->type_name("NAME");
+    return sub;
+}
+
+void describe_calculations(CLI::App& app, Options& options) {
+    CLI::App& calc = add_group(app, "calc", "Calculations: functions that work beside a model");
+    CLI::App& check = add_calculation_command(calc, options, Command::calc_check, "check",
+                                              "Check a calculation against its model");
+    check.add_option("--model", options.file, "The product model")->required()->type_name("MODEL");
+    add_preprocessor_options(check, options);
+    add_calculation_command(calc, options, Command::calc_print, "print",
+                            "Print a calculation as source, every operation in brackets");
+    CLI::App& convert = add_calculation_command(
+        calc, options, Command::calc_convert, "convert",
+        "Write a calculation in another form, unchecked: as source or as XML, as the extensions cl "
+        "and clx say",
+        "FROM");
+    add_argument(convert, "TO", options.output, "The file to be written");
+    add_choice<CalcForm>(convert, "--to", "FORM", "What to write, whatever its extension says",
+                         options.calc_to, {{"cl", CalcForm::source}, {"clx", CalcForm::xml}});
+    convert.add_flag("--no-lines", options.without_lines,
+                     "Leave out of the XML where in the source each part stood");
+    CLI::App& builtins = add_command(calc, options, Command::calc_builtins, "builtins",
+                                     "List the functions that every calculation may call");
+    add_choice<Format>(builtins, "--format", "FORMAT",
+                       "How to list them: text (the default), or json, one object a line",
+                       options.format, {{"text", Format::text}, {"json", Format::json}});
+}
+
 void describe(CLI::App& app, Options& options) {
     app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
@@ -133,7 +186,7 @@ void describe(CLI::App& app, Options& options) {
     app.footer(footer);
 
     add_model_command(app, options, Command::info, "info",
-                      "Load a model and count what it declares");
+                      "Load a model or a calculation and count what it declares");
     add_model_command(app, options, Command::check, "check", "Check a model");
     add_model_command(app, options, Command::print, "print",
                       "Load a model and print it as one source, includes and macros resolved");
@@ -154,6 +207,7 @@ void describe(CLI::App& app, Options& options) {
     add_argument(convert, "TO", options.output, "The file to be written");
     add_form_option(convert, "--to", "What to write, whatever its extension says", options.to);
 
+    describe_calculations(app, options);
     describe_side_data(app, options);
     add_workspace_commands(app, options.action);
 
@@ -182,6 +236,7 @@ int run(int argc, char** argv) {
     }
     if (options.action) return options.action();
     if (options.command == Command::explain) return explain(options);
+    if (options.command == Command::calc_builtins) return list_builtins(options);
     return run_command(options);
 }
 

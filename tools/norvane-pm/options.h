@@ -22,11 +22,18 @@ enum class Command {
     presentation_merge,
     var_order_list,
     var_order_check,
+    calc_check,
+    calc_print,
+    calc_convert,
+    calc_builtins,
     explain
 };
 
 // The form of a model's file.
 enum class ModelForm { unknown, source, xml };
+
+// The form of a calculation's file. A package is only read.
+enum class CalcForm { unknown, source, xml, package };
 
 // The exit status of the program, for scripts to rely on.
 enum Status : int {
@@ -44,6 +51,11 @@ struct Options {
     ModelForm to = ModelForm::unknown;
     std::vector<std::string> presentations; // to be merged
     std::string var_order;
+    std::string calculation;
+    CalcForm calc_from = CalcForm::unknown;
+    CalcForm calc_to = CalcForm::unknown;
+    std::string package_model; // whose calculation is meant, where the file is a package
+    bool without_lines = false;
     std::string layer;
     std::string key;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given

@@ -13,6 +13,7 @@ const char* step_text(Step step) {
     case Step::check: return "checking";
     case Step::simplify: return "simplifying";
     case Step::expand: return "expanding the rules of";
+    case Step::check_functions: return "checking";
     case Step::print: return "printing";
     case Step::write: return "writing";
     }

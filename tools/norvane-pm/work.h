@@ -11,13 +11,15 @@ namespace norvane::pm {
 
 class Diagnostics;
 
-enum class Step { load, check, simplify, expand, print, write };
+enum class Step { load, check, simplify, expand, check_functions, print, write };
 
 struct Work {
     const Options* options;
     char* file; // the model; standard input has a name here
     ModelForm from = ModelForm::unknown;
     ModelForm to = ModelForm::unknown;
+    CalcForm calc_from = CalcForm::unknown;
+    CalcForm calc_to = CalcForm::unknown;
     PolyList* cpp_args = nullptr; // char*, borrowed from the options
     Diagnostics* diagnostics = nullptr;
     Step step = Step::load;
@@ -31,6 +33,7 @@ struct Work {
     PolyHash* presentation = nullptr;
     PolyHash* addition = nullptr; // a presentation that is to be merged into the other
     PolyList* order = nullptr;
+    PolyHash* calc = nullptr;
     ResultFile output{};
     bool succeeded = false;
 };

@@ -32,7 +32,9 @@ typedef struct CFuncSignature {
     CFuncSignatureArg args[CALC_SIGNATURE_SLOTS]; /* in order */
 } CFuncSignature;
 
-/* The function of that name in the catalogue (static data), or null. */
+/* The function of that name in the catalogue, or null. The catalogue is one array, in its order:
+ * behind each function lies the next, and behind the last one without an `ns_name`. The first is
+ * CtrlMngr.AssignFloat. */
 NORVANE_PROJ_API const CFuncSignature* calc_get_build_in_func_signature(const char* ns_name,
                                                                         const char* fn_name);
 
