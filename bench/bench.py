@@ -7,11 +7,12 @@ PROGRAM is a built pipeline_bench, with model_xml_bench beside it. Each workload
 sizes, a decade apart (the two smaller ones with --quick). Behind the figures of two sizes stands the
 growth of each stage from one to the next: the exponent by which its time follows the work that it
 does; 1 is linear. For the stages that look names up, another row has the exponent by which their time
-follows that of the bare look-up: 1 is as the memory allows. The last workload, xml, is the reading and
-writing of models in XML, and has a table of its own.
+follows that of the bare look-up: 1 is as the memory allows. The last two workloads have programs
+beside it, and tables of their own: calc is the road of a calculation (calc_bench), xml the reading
+and writing of models in XML.
 
 With --against, both programs run in turns, and the table shows how many times as long the other one
-takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It leaves xml out.
+takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It leaves these two out.
 """
 import argparse
 import json
@@ -30,6 +31,7 @@ SIZES = {
     'values': (500, 5000, 50000),
     'chain': (10000, 100000, 1000000),
 }
+CALC_FUNCTIONS = (100, 1000, 10000)
 XML_MEGABYTES = (1, 10, 100)
 STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'look-up', 'total')
 # Those whose growth stands beside that of looking their names up.
@@ -106,6 +108,39 @@ def measure(folder, arguments):
             before = result
 
 
+CALC_STAGES = ('parse', 'check', 'print', 'write', 'read', 'free')
+
+
+def calc_row(*cells):
+    print('| %9s | %-11s |' % cells[:2] + ''.join(' %10s |' % cell for cell in cells[2:]), flush=True)
+
+
+def measure_calc(folder, arguments):
+    program = os.path.join(os.path.dirname(arguments.program), 'calc_bench')
+    generator = os.path.join(HERE, 'peers', 'gen_calc.py')
+    print('\nCalculations\n')
+    calc_row('functions', '', *CALC_STAGES, 'front peak', 'peak')
+    print('|---|---|' + '---|' * (len(CALC_STAGES) + 2))
+    before = None
+    for size in CALC_FUNCTIONS[:arguments.count]:
+        subprocess.run([sys.executable, generator, str(size), folder, '--formats', 'cl'], check=True,
+                       stdout=subprocess.DEVNULL)
+        files = [os.path.join(folder, name) for name in ('calc.cl', 'calc_model.pm')]
+        done = subprocess.run([program, *files, str(arguments.seconds)], capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            sys.exit('%s: %s' % (program, done.stderr or 'ended with %d' % done.returncode))
+        result = json.loads(done.stdout)
+        stages = [result[name] for name in CALC_STAGES]
+        if before:
+            calc_row('', 'growth', *(growth(before[name], result[name]) for name in CALC_STAGES))
+        kib = [result['front_peak_kib'], result['peak_kib']]
+        calc_row(size, 'MB/s', *('%.1f' % (stage['units'] / stage['seconds'] / 1e6) for stage in stages),
+                 *('%.1f' % (peak * 1024 / result['parse']['units']) if peak > 20000 else '-' for peak in kib))
+        calc_row('', 'functions/s', *('%.0f' % (size / stage['seconds']) for stage in stages))
+        calc_row('', 'MB', *('%.1f' % (stage['units'] / 1e6) for stage in stages))
+        before = result
+
+
 def measure_xml(arguments):
     program = os.path.join(os.path.dirname(arguments.program), 'model_xml_bench')
     sizes = [str(size) for size in XML_MEGABYTES[:arguments.count]]
@@ -135,12 +170,12 @@ def main():
     parser.add_argument('program')
     parser.add_argument('--against')
     parser.add_argument('--quick', action='store_true')
-    parser.add_argument('--only', default=','.join([*SIZES, 'xml']))
+    parser.add_argument('--only', default=','.join([*SIZES, 'calc', 'xml']))
     parser.add_argument('--seconds', type=float, default=0.5)
     parser.add_argument('--rounds', type=int, default=5)
     arguments = parser.parse_args()
     names = arguments.only.split(',')
-    unknown = set(names) - set(SIZES) - {'xml'}
+    unknown = set(names) - set(SIZES) - {'calc', 'xml'}
     if unknown:
         sys.exit('no such workload: ' + ' '.join(sorted(unknown)))
     arguments.count = 2 if arguments.quick else 3
@@ -150,6 +185,8 @@ def main():
             compare(folder, arguments)
         elif arguments.workloads:
             measure(folder, arguments)
+        if 'calc' in names and not arguments.against:
+            measure_calc(folder, arguments)
     if 'xml' in names and not arguments.against:
         measure_xml(arguments)
 

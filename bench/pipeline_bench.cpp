@@ -9,57 +9,23 @@
 // Beside the stages stands a floor: a walk through the rules as written that looks up each name in
 // one hash table and reads the type that is behind it. No check can do with less, so a stage that
 // grows as the floor does is held up by the memory alone.
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string>
 #include <vector>
 
 #include <malloc.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "norvane/base/items.hpp"
 #include "norvane/proj.h"
 
+#include "stages.h"
+
 namespace {
 
 using norvane::items;
-
-[[noreturn]] void fail(const char* text) {
-    std::fprintf(stderr, "pipeline_bench: %s\n", text);
-    std::exit(1);
-}
-
-// What one stage did in each run. The units are the same in all runs.
-struct Stage {
-    const char* name;
-    const char* unit;
-    double units = 0;
-    std::vector<double> seconds = {};
-
-    double median() {
-        std::nth_element(seconds.begin(), seconds.begin() + seconds.size() / 2, seconds.end());
-        return seconds[seconds.size() / 2];
-    }
-};
-
-double now(clockid_t clock) {
-    timespec time = {};
-    clock_gettime(clock, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
-// Processor time: what else is running on the machine takes turns, and should not count.
-template <typename F>
-auto timed(Stage& stage, F&& body, clockid_t clock = CLOCK_PROCESS_CPUTIME_ID) {
-    const double start = now(clock);
-    auto result = body();
-    stage.seconds.push_back(now(clock) - start);
-    return result;
-}
+using namespace norvane::bench;
 
 // Counts nodes, and looks their names up if there is a table of declarations. Trees are deep, hence
 // no recursion.
@@ -177,11 +143,6 @@ struct Bench {
     long peak_kib = 0; // of the first run, which has no more than the pipeline in memory
 };
 
-double file_size(const std::string& path) {
-    struct stat info = {};
-    return stat(path.c_str(), &info) == 0 ? static_cast<double>(info.st_size) : 0;
-}
-
 void preprocess(Bench& bench) {
     std::remove(bench.preprocessed.c_str());
     PolyList* no_arguments = plist_new(nullptr, nullptr, nullptr);
@@ -255,9 +216,7 @@ void run_once(Bench& bench) {
         timed(bench.expand, [&] { return proj_get_expanded_rules(project, table, 1); });
     timed(bench.print, [&] { return print(rules, finite); });
     if (bench.total.units == 0) {
-        rusage usage = {};
-        getrusage(RUSAGE_SELF, &usage);
-        bench.peak_kib = usage.ru_maxrss;
+        bench.peak_kib = peak_kib();
         bench.check.units = nodes_of(project);
         bench.simplify.units = nodes_of(finite);
         bench.expand.units = nodes_of(rules);
@@ -286,13 +245,8 @@ void run_once(Bench& bench) {
 void report(Bench& bench) {
     std::printf("{\"peak_kib\": %ld, \"runs\": %zu, \"first_seconds\": %.9f", bench.peak_kib,
                 bench.total.seconds.size(), bench.total.seconds.front());
-    for (Stage* stage :
-         {&bench.preprocess, &bench.parse, &bench.check, &bench.simplify, &bench.expand,
-          &bench.print, &bench.free_all, &bench.floor, &bench.total}) {
-        std::printf(", \"%s\": {\"seconds\": %.9f, \"units\": %.0f, \"unit\": \"%s\"}", stage->name,
-                    stage->median(), stage->units, stage->unit);
-    }
-    std::printf("}\n");
+    print_stages({&bench.preprocess, &bench.parse, &bench.check, &bench.simplify, &bench.expand,
+                  &bench.print, &bench.free_all, &bench.floor, &bench.total});
 }
 
 } // namespace

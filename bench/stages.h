@@ -1,0 +1,74 @@
+// What the programs that time stages share: the stages, their clock, and how they are reported.
+#ifndef NORVANE_BENCH_STAGES_H
+#define NORVANE_BENCH_STAGES_H
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace norvane::bench {
+
+[[noreturn]] inline void fail(const char* text) {
+    std::fprintf(stderr, "%s: %s\n", program_invocation_short_name, text);
+    std::exit(1);
+}
+
+// What one stage did in each run. The units are the same in all runs.
+struct Stage {
+    const char* name;
+    const char* unit;
+    double units = 0;
+    std::vector<double> seconds = {};
+
+    double median() {
+        std::nth_element(seconds.begin(), seconds.begin() + seconds.size() / 2, seconds.end());
+        return seconds[seconds.size() / 2];
+    }
+};
+
+inline double now(clockid_t clock) {
+    timespec time = {};
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+// Processor time: what else is running on the machine takes turns, and should not count.
+template <typename F>
+auto timed(Stage& stage, F&& body, clockid_t clock = CLOCK_PROCESS_CPUTIME_ID) {
+    const double start = now(clock);
+    auto result = body();
+    stage.seconds.push_back(now(clock) - start);
+    return result;
+}
+
+inline double file_size(const std::string& path) {
+    struct stat info = {};
+    return stat(path.c_str(), &info) == 0 ? static_cast<double>(info.st_size) : 0;
+}
+
+inline long peak_kib() {
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+// The stages as further members of a JSON object that is begun, and its end.
+inline void print_stages(std::initializer_list<Stage*> stages) {
+    for (Stage* stage : stages) {
+        std::printf(", \"%s\": {\"seconds\": %.9f, \"units\": %.0f, \"unit\": \"%s\"}", stage->name,
+                    stage->median(), stage->units, stage->unit);
+    }
+    std::printf("}\n");
+}
+
+} // namespace norvane::bench
+
+#endif
