@@ -33,14 +33,15 @@ def diagnostics(driver):
 def builtins(driver):
     page = ['# Built-in functions of calculations', '',
             'What the evaluator of calculations offers. A call names the namespace too:',
-            '`System.Max(a, b)`.', '']
+            '`System.Max(a, b)`.']
     namespace = None
-    for row in json.loads(output(driver, 'calc', 'builtins', '--format', 'json')):
+    for line in output(driver, 'calc', 'builtins', '--format', 'json').splitlines():
+        row = json.loads(line)
         if row['namespace'] != namespace:
             namespace = row['namespace']
             page += ['', '## ' + namespace, '', '| function | result |', '|---|---|']
         arguments = ', '.join('%s %s' % (a['type'], a['name']) for a in row['arguments'])
-        page.append('| `%s(%s)` | %s |' % (row['name'], arguments, row['type']))
+        page.append('| `%s(%s)` | %s |' % (row['function'], arguments, row['type']))
     return '\n'.join(page) + '\n'
 
 
