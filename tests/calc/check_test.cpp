@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 #include "calc_builtins.h"
 #include "norvane/base/items.hpp"
@@ -193,6 +194,35 @@ TEST_F(CalcCheckTest, BrokenTrees) {
         "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Right operand to '+' is of "
         "type undefined, it must be of numeric type\n");
 
+    // Two operands that are missing are of one type.
+    const auto without_operands = [&](COprType opr) {
+        CExpr* bop = calc_new_binary_expr(opr, number(), number(), 1);
+        CExpr* const left = std::exchange(bop->args.bop.left_arg, nullptr);
+        CExpr* const right = std::exchange(bop->args.bop.right_arg, nullptr);
+        return text_of(calc_new_expr_stmt(bop, 1), [=] {
+            bop->args.bop.left_arg = left;
+            bop->args.bop.right_arg = right;
+        });
+    };
+    EXPECT_EQ(without_operands(COPR_EQ), "1 ");
+    EXPECT_EQ(without_operands(COPR_ASSIGN),
+              "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Left-hand operand to "
+              "assignment operator (':=') must be either a local variable or a product model "
+              "variable\n");
+    const auto bits = [&] {
+        CPMVar* pmvar = calc_new_pmvar(str_copy("bits"));
+        calc_add_pmvar_arr_index(pmvar, number());
+        return calc_new_pmvar_expr(pmvar, 1);
+    };
+    e = bits();
+    EXPECT_EQ(with_expr(e, e->args.pmvar), "1: e->args.pmvar ");
+    e = bits();
+    EXPECT_EQ(with_expr(e, e->args.pmvar->arr_indices), "1: pmvar->arr_indices ");
+    e = bits();
+    EXPECT_EQ(with_expr(e, e->args.pmvar->arr_indices->first->element),
+              "0 ERR_CALC_FNC: Error in function 'N.f': Array index is of type undefined, it must "
+              "be of integer type\n");
+
     CStmt* s = calc_new_ite_stmt(truth(), empty(), nullptr, 1);
     EXPECT_EQ(without(s, s->args.ite.cond), "1: stmt->args.ite.cond ");
     s = calc_new_ite_stmt(truth(), empty(), nullptr, 1);
@@ -214,6 +244,11 @@ TEST_F(CalcCheckTest, BrokenTrees) {
     EXPECT_EQ(without(s, s->args.do_args.stmt), "1: stmt->args.do_args.stmt ");
     s = calc_new_return_stmt(number(), 1);
     EXPECT_EQ(without(s, s->args.return_value), "1: stmt->args.return_value ");
+    s = calc_new_for_stmt(nullptr, nullptr, nullptr, empty(), 1);
+    EXPECT_EQ(without(s, s->args.for_args.stmt), "1: stmt ");
+    s = calc_new_switch_stmt(number(), 1);
+    calc_add_switch_default(s, list());
+    EXPECT_EQ(without(s, s->args.switch_args.default_case->stmts), "1: stmts ");
     s = calc_new_break_stmt(1);
     s->structure = static_cast<CStmtStructure>(15);
     EXPECT_EQ(text_of(s, [s] { s->structure = CSTMT_BREAK; }), "1: Invalid statement structure ");

@@ -91,6 +91,7 @@ void check_local_names(const CalcCheck& check) {
 void check_stmt(CalcCheck& check, const CStmt* stmt);
 
 void check_stmts(CalcCheck& check, const PolyList* stmts) {
+    NORVANE_ASSERT(stmts);
     for (const CStmt* stmt : items<const CStmt>(stmts))
         check_stmt(check, stmt);
 }
@@ -108,13 +109,11 @@ void check_if(CalcCheck& check, const CStmt* stmt) {
 
 void check_case(CalcCheck& check, const CCase* ccase, CalcType value) {
     const CalcType label = calc_check_expr(check, ccase->expr);
-    if (!calc_type_fits(value, label)) {
-        const int line = ccase->expr != nullptr ? ccase->expr->line_no : CALC_UNDEF_LINENO;
-        calc_type_error(check, line,
+    if (!calc_type_fits(value, label))
+        calc_type_error(check, calc_line_of(ccase->expr),
                         "Type mis-match: The type of the case-expression is %s while the type of "
                         "the switch-condition is %s",
                         calc_type_word(value), calc_type_word(label));
-    }
     check_stmts(check, ccase->stmts);
 }
 
@@ -197,6 +196,7 @@ void check_block(CalcCheck& check, const CStmt* stmt) {
 
 void check_stmt(CalcCheck& check, const CStmt* stmt) {
     if (stack_is_low()) return on_fresh_stack([&] { check_stmt(check, stmt); });
+    NORVANE_ASSERT(stmt);
     switch (stmt->structure) {
     case CSTMT_ITE: return check_if(check, stmt);
     case CSTMT_BLOCK: return check_block(check, stmt);

@@ -93,10 +93,15 @@ void require_comparable(const CalcCheck& check, const CExpr* e, CalcType left, C
                         calc_type_word(right));
 }
 
+// An operand that is missing is of no kind.
+inline bool is_of(const CExpr* operand, CExprStructure structure) {
+    return operand != nullptr && operand->structure == structure;
+}
+
 // A model variable beside a string constant: the constant may have to be one of its labels.
 void check_label_of_pair(CalcCheck& check, const CExpr* e, const CExpr* variable,
                          const CExpr* constant) {
-    if (variable->structure == CEXPR_PMVAR && constant->structure == CEXPR_STRING_CONST)
+    if (is_of(variable, CEXPR_PMVAR) && is_of(constant, CEXPR_STRING_CONST))
         calc_check_label(check, variable->args.pmvar, constant->args.string_value, e->line_no);
 }
 
@@ -114,7 +119,7 @@ CalcType type_assignment(CalcCheck& check, const CExpr* e, CalcType left, CalcTy
                         "Type mis-match in assignment: variable is of type %s while the "
                         "right-hand-side is of type %s",
                         calc_type_word(left), calc_type_word(right));
-    if (target->structure != CEXPR_LVAR && target->structure != CEXPR_PMVAR)
+    if (!is_of(target, CEXPR_LVAR) && !is_of(target, CEXPR_PMVAR))
         calc_type_error(check, e->line_no,
                         "Left-hand operand to assignment operator (':=') must be either a local "
                         "variable or a product model variable");

@@ -37,6 +37,11 @@ struct CalcCheck {
 // The word of a type in reports.
 const char* calc_type_word(CalcType type);
 
+// The line of an expression, if there is one.
+inline int calc_line_of(const CExpr* e) {
+    return e != nullptr ? e->line_no : CALC_UNDEF_LINENO;
+}
+
 // Assignment compatibility: an integer fits a float, and nothing else converts.
 inline bool calc_type_fits(CalcType target, CalcType source) {
     return source == target || (target == CTYPE_FLOAT && source == CTYPE_INT);

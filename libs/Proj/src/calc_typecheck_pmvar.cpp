@@ -28,10 +28,11 @@ const char* path_text(const CalcCheck& check, const CPMVar* head, const char* in
 
 void check_indices(CalcCheck& check, const CPMVar* head) {
     for (const CPMVar* pmvar = head; pmvar != nullptr; pmvar = pmvar->nested) {
+        NORVANE_ASSERT(pmvar->arr_indices);
         for (const CExpr* index : items<const CExpr>(pmvar->arr_indices)) {
             const CalcType type = calc_check_expr(check, index);
             if (type != CTYPE_INT)
-                calc_type_error(check, index->line_no,
+                calc_type_error(check, calc_line_of(index),
                                 "Array index is of type %s, it must be of integer type",
                                 calc_type_word(type));
         }
@@ -169,6 +170,7 @@ const char* value_text(const CalcCheck& check, const char* utf8) {
 } // namespace
 
 CalcType calc_check_pmvar(CalcCheck& check, const CExpr* e) {
+    NORVANE_ASSERT(e->args.pmvar);
     const CPMVar* pmvar = e->args.pmvar;
     check_indices(check, pmvar);
     const Resolution resolution = resolve(check, pmvar, e->line_no);
