@@ -16,8 +16,8 @@ int main(int argc, char** argv) {
             paths.emplace_back(argv[i]);
             continue;
         }
-        for (const auto& entry : std::filesystem::directory_iterator(argv[i]))
-            paths.push_back(entry.path());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i]))
+            if (entry.is_regular_file()) paths.push_back(entry.path());
     }
     std::sort(paths.begin(), paths.end());
     for (const auto& path : paths) {

@@ -1,23 +1,18 @@
-// The calculation tree: making, freeing and copying it, and the sets of functions. The parser and
-// the XML reader build their trees here; the checker, the printer and the writer walk them.
+// The calculation tree: making, freeing and copying it. The parser and the XML reader build their
+// trees here; the checker, the printer and the writer walk them.
 #include "norvane/proj/calc.h"
 
 #include <cstdlib>
-#include <cstring>
+#include <iterator>
 #include <new>
 
-#include "calc_position.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "norvane/base/text.hpp"
-#include "norvane/proj/proj_errors.h"
 #include "poly_adaptors.h"
-#include "report.h"
 
-using norvane::items;
 using norvane::on_fresh_stack;
 using norvane::poly;
 using norvane::stack_is_low;
@@ -46,10 +41,6 @@ constexpr bool numbered_in_order() {
     return number == COPR_ASSIGN + 1;
 }
 static_assert(numbered_in_order());
-
-// The namespaces of the built-in catalogue.
-constexpr const char* reserved_namespaces[] = {"CtrlMngr", "System",  "String",
-                                               "Calc",     "Pricing", "Environment"};
 
 template <typename T>
 T* new_record() {
@@ -101,13 +92,6 @@ const char* calc_opr2string(COprType opr) {
     if (number >= std::size(operators))
         NORVANE_FAIL("Invalid operator '%d'", static_cast<int>(opr));
     return operators[number].source;
-}
-
-int calc_ns_name_is_reserved(const char* ns_name) {
-    for (const char* reserved : reserved_namespaces) {
-        if (str_is_equal(reserved, ns_name)) return 1;
-    }
-    return 0;
 }
 
 // Expressions.
@@ -475,110 +459,6 @@ void calc_delete_stmt(CStmt* stmt) {
     std::free(stmt);
 }
 
-namespace {
-
-// Collects the names of calc_find_free_vars.
-void collect_expr(const CExpr* expr, PolySet* names);
-void collect_stmt(const CStmt* stmt, PolySet* names);
-
-void collect_stmts(const PolyList* stmts, PolySet* names) {
-    for (const CStmt* stmt : items<CStmt>(stmts))
-        collect_stmt(stmt, names);
-}
-
-// Callers look paths up by their names joined without a separator.
-void collect_pmvar(const CPMVar* pmvar, PolySet* names) {
-    UtilString* joined = ustr_new();
-    for (; pmvar != nullptr; pmvar = pmvar->nested)
-        ustr_append_string(joined, pmvar->name);
-    pset_insert(names, joined->text);
-    ustr_delete(joined);
-}
-
-void collect_case(const CCase* ccase, PolySet* names) {
-    collect_expr(ccase->expr, names);
-    collect_stmts(ccase->stmts, names);
-}
-
-void collect_switch(const CStmt* stmt, PolySet* names) {
-    const auto& args = stmt->args.switch_args;
-    collect_expr(args.switch_value, names);
-    for (const CCase* ccase : items<CCase>(args.cases))
-        collect_case(ccase, names);
-    if (args.default_case != nullptr) collect_case(args.default_case, names);
-}
-
-void collect_for(const CStmt* stmt, PolySet* names) {
-    const auto& args = stmt->args.for_args;
-    for (const CExpr* clause : {args.init, args.cond, args.incr}) {
-        if (clause != nullptr) collect_expr(clause, names);
-    }
-    collect_stmt(args.stmt, names);
-}
-
-void collect_expr(const CExpr* expr, PolySet* names) {
-    if (stack_is_low()) return on_fresh_stack([&] { collect_expr(expr, names); });
-    NORVANE_ASSERT(expr);
-    const auto& args = expr->args;
-    switch (expr->structure) {
-    case CEXPR_LVAR: pset_insert(names, args.lvar_name); break;
-    case CEXPR_PMVAR: collect_pmvar(args.pmvar, names); break;
-    case CEXPR_INT_CONST:
-    case CEXPR_FLOAT_CONST:
-    case CEXPR_STRING_CONST:
-    case CEXPR_BOOL_CONST: break;
-    case CEXPR_UOP: collect_expr(args.uop.arg, names); break;
-    case CEXPR_BOP:
-        collect_expr(args.bop.left_arg, names);
-        collect_expr(args.bop.right_arg, names);
-        break;
-    case CEXPR_ITE:
-        collect_expr(args.ite.cond, names);
-        collect_expr(args.ite.then_expr, names);
-        collect_expr(args.ite.else_expr, names);
-        break;
-    case CEXPR_CALL:
-        for (const CExpr* arg : items<CExpr>(args.call.args))
-            collect_expr(arg, names);
-        break;
-    }
-}
-
-void collect_stmt(const CStmt* stmt, PolySet* names) {
-    if (stack_is_low()) return on_fresh_stack([&] { collect_stmt(stmt, names); });
-    const auto& args = stmt->args;
-    switch (stmt->structure) {
-    case CSTMT_ITE:
-        collect_expr(args.ite.cond, names);
-        collect_stmt(args.ite.then_stmt, names);
-        if (args.ite.else_stmt != nullptr) collect_stmt(args.ite.else_stmt, names);
-        break;
-    case CSTMT_BLOCK: collect_stmts(args.block_stmts, names); break;
-    case CSTMT_EXPR: collect_expr(args.expr, names); break;
-    case CSTMT_SWITCH: collect_switch(stmt, names); break;
-    case CSTMT_WHILE:
-        collect_expr(args.while_args.cond, names);
-        collect_stmt(args.while_args.stmt, names);
-        break;
-    case CSTMT_DO:
-        collect_expr(args.do_args.cond, names);
-        collect_stmt(args.do_args.stmt, names);
-        break;
-    case CSTMT_FOR: collect_for(stmt, names); break;
-    case CSTMT_RETURN: collect_expr(args.return_value, names); break;
-    case CSTMT_BREAK:
-    case CSTMT_EXTERNAL: break;
-    }
-}
-
-} // namespace
-
-void calc_find_free_vars(PolyList* stmts, PolySet* free_vars) {
-    NORVANE_ASSERT(stmts);
-    NORVANE_ASSERT(free_vars);
-    collect_stmts(stmts, free_vars);
-}
-
 // Functions.
 
 CFuncArg* calc_new_func_arg(char* name, CalcType type, int line_no) {
@@ -650,115 +530,4 @@ void calc_delete_func(CFunc* func) {
     plist_delete(func->vardefs);
     plist_delete(func->stmts);
     std::free(func);
-}
-
-// Calculations.
-
-namespace {
-
-constexpr unsigned table_size = 10;
-
-PolyHash* new_table(PolyDelete delete_value) {
-    return phash_new(table_size, poly_compare_string, poly_copy_string, nullptr, poly_hash_string,
-                     poly_delete_string, delete_value);
-}
-
-void report_redefinition(const CFunc* func, const char* ns_name) {
-    const norvane::CalcPosition position = norvane::calc_position(func, func->line_no);
-    norvane::report_error(ERR_CALC_FNC_REDEF(position.text, func->name, ns_name));
-}
-
-} // namespace
-
-PolyHash* calc_new(void) {
-    return new_table(poly<calc_delete_namespace>);
-}
-
-void calc_delete(PolyHash* calc) {
-    NORVANE_ASSERT(calc);
-    phash_delete(calc);
-}
-
-CNameSpace* calc_new_namespace(const char* name) {
-    NORVANE_ASSERT(name);
-    auto* ns = new_record<CNameSpace>();
-    ns->name = str_copy(name);
-    ns->functions = new_table(poly<calc_delete_func>);
-    ns->func_list = plist_new(nullptr, nullptr, nullptr);
-    return ns;
-}
-
-void calc_delete_namespace(CNameSpace* ns) {
-    NORVANE_ASSERT(ns);
-    str_delete(ns->name);
-    plist_delete(ns->func_list);
-    phash_delete(ns->functions);
-    std::free(ns);
-}
-
-CNameSpace* calc_get_namespace(const PolyHash* calc, const char* ns_name) {
-    NORVANE_ASSERT(calc);
-    NORVANE_ASSERT(ns_name);
-    void* ns = nullptr;
-    phash_peek(calc, ns_name, &ns);
-    return static_cast<CNameSpace*>(ns);
-}
-
-CNameSpace* calc_add_namespace(PolyHash* calc, const char* ns_name) {
-    if (CNameSpace* present = calc_get_namespace(calc, ns_name)) return present;
-    CNameSpace* ns = calc_new_namespace(ns_name);
-    phash_insert(calc, ns->name, ns);
-    return ns;
-}
-
-CFunc* calc_get_function(const CNameSpace* ns, const char* f_name) {
-    NORVANE_ASSERT(ns);
-    NORVANE_ASSERT(f_name);
-    void* func = nullptr;
-    phash_peek(ns->functions, f_name, &func);
-    return static_cast<CFunc*>(func);
-}
-
-int calc_add_function(PolyHash* calc, const char* ns_name, CFunc* func) {
-    NORVANE_ASSERT(calc);
-    NORVANE_ASSERT(ns_name);
-    NORVANE_ASSERT(func);
-    CNameSpace* ns = calc_add_namespace(calc, ns_name);
-    if (calc_get_function(ns, func->name) != nullptr) {
-        report_redefinition(func, ns_name);
-        return -1;
-    }
-    phash_insert(ns->functions, func->name, func);
-    plist_append(ns->func_list, func);
-    return 0;
-}
-
-int calc_remove_function(PolyHash* calc, const char* ns_name, const char* f_name) {
-    CNameSpace* ns = calc_get_namespace(calc, ns_name);
-    if (ns == nullptr) return -1;
-    NORVANE_ASSERT(f_name);
-    NORVANE_ASSERT(ns->functions);
-    PolyList* rest = plist_new(nullptr, nullptr, nullptr);
-    for (CFunc* func : items<CFunc>(ns->func_list)) {
-        if (!str_is_equal(func->name, f_name)) plist_append(rest, func);
-    }
-    plist_delete(ns->func_list);
-    ns->func_list = rest;
-    return phash_remove(ns->functions, f_name);
-}
-
-void calc_merge(PolyHash* calc1, PolyHash* calc2) {
-    NORVANE_ASSERT(calc1);
-    NORVANE_ASSERT(calc2);
-    PolyHashIter iter;
-    phash_iter_init(&iter, calc2);
-    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
-        auto* ns = static_cast<CNameSpace*>(value);
-        // What moves to calc1 outlives calc2; so does what is refused, which callers may still
-        // point to.
-        ns->functions->delete_value = nullptr;
-        for (CFunc* func : items<CFunc>(ns->func_list))
-            calc_add_function(calc1, ns->name, func);
-    }
-    calc_delete(calc2);
 }
