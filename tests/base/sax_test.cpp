@@ -142,6 +142,33 @@ TEST(SaxMachine, FoldsElementsInBlocksOfAnySize) {
             EXPECT_EQ(outcome(xml, block), expected) << xml << " in blocks of " << block;
 }
 
+// Blocks are read ahead only where a token is longer than what has been read; what is wrong in
+// front of a place that cannot be read is told all the same.
+TEST(SaxMachine, WhatWasReadBeforeAFailureIsLookedAtFirst) {
+    const auto read_and_fail = [](void* user, void* buffer, std::size_t size, bool* at_end) {
+        const std::size_t count = read_bytes(user, buffer, size, at_end);
+        if (count == 0) NORVANE_FAIL("broken");
+        *at_end = false;
+        return count;
+    };
+    const std::string token = "<x a='" + std::string(4 * 2048, '1') + "'>\n";
+    const std::pair<const char*, const char*> rows[] = {
+        {"</y>", "mismatched tag at line 2"},
+        {"<refuse/>",
+         "2: Error in XML file tag <refuse> in line 2: No attribute 'why'\n at line 2"},
+        {"<y>", "1: broken at line 2"},
+        {"<y", "1: broken at line 2"},
+    };
+    for (const auto& [end, expected] : rows) {
+        Bytes bytes{token + end, 2048};
+        SaxInfo* pi = sax_new(table, is_mixed, is_text);
+        std::string text = thrown([&] { sax_parse(pi, read_and_fail, &bytes); });
+        if (text.empty()) text = sax_error_text(pi);
+        EXPECT_EQ(text + " at line " + std::to_string(sax_line(pi)), expected) << end;
+        sax_delete(pi);
+    }
+}
+
 TEST(SaxMachine, ErrorsAreCutAndMayHaveNoPlace) {
     EXPECT_EQ(thrown([] { sax_error(nullptr, "%s", "why"); }), "2: Error in XML file: why\n");
     const std::string text = thrown([] { sax_error(nullptr, "%02100d", 1); });

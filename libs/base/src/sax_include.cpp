@@ -268,23 +268,46 @@ void sax_delete(SaxInfo* pi) {
     std::free(pi);
 }
 
+namespace {
+
+// What expat is given at once: one block, or as many as a long token makes it want.
+struct Chunk {
+    SaxRead read;
+    void* user;
+    char* buffer;
+    std::size_t room;
+    std::size_t size;
+    bool at_end;
+};
+
+void fill(void* user) {
+    auto* chunk = static_cast<Chunk*>(user);
+    do {
+        const std::size_t block = std::min<std::size_t>(block_size, chunk->room - chunk->size);
+        chunk->size += chunk->read(chunk->user, chunk->buffer + chunk->size, block, &chunk->at_end);
+    } while (!chunk->at_end && chunk->room > block_size && chunk->size < chunk->room);
+}
+
+} // namespace
+
+// What was read before a read failed is looked at first, as it would be if expat were given one
+// block at a time.
 bool sax_parse(SaxInfo* pi, SaxRead read, void* user) {
     NORVANE_ASSERT(pi);
     NORVANE_ASSERT(read);
     for (bool at_end = false; !at_end;) {
-        const int chunk = norvane::xml_next_chunk(pi, block_size);
-        auto* buffer = static_cast<char*>(XML_GetBuffer(pi->parser, chunk));
+        const int room = norvane::xml_next_chunk(pi, block_size);
+        auto* buffer = static_cast<char*>(XML_GetBuffer(pi->parser, room));
         if (!buffer) return false;
-        const auto step = static_cast<std::size_t>(chunk);
-        std::size_t size = 0;
-        do {
-            size +=
-                read(user, buffer + size, std::min<std::size_t>(block_size, step - size), &at_end);
-        } while (!at_end && chunk > block_size && size < step);
-        const XML_Status status =
-            XML_ParseBuffer(pi->parser, static_cast<int>(size), at_end ? XML_TRUE : XML_FALSE);
+        Chunk chunk = {read, user, buffer, static_cast<std::size_t>(room), 0, false};
+        ExceptionState failure;
+        const bool is_broken = except_catch(fill, &chunk, &failure);
+        at_end = chunk.at_end && !is_broken;
+        const XML_Status status = XML_ParseBuffer(pi->parser, static_cast<int>(chunk.size),
+                                                  at_end ? XML_TRUE : XML_FALSE);
         if (pi->is_thrown) except_rethrow(&pi->thrown);
         if (status != XML_STATUS_OK) return false;
+        if (is_broken) except_rethrow(&failure);
     }
     return true;
 }
