@@ -9,10 +9,10 @@
 #include <malloc.h>
 #include <unistd.h>
 
-#include "xml_files.h"
 #include "calc_import_internal.h"
 #include "norvane/base/items.hpp"
 #include "support.h"
+#include "xml_files.h"
 
 namespace norvane::test {
 namespace {
@@ -325,9 +325,20 @@ TEST(CalcXml, BrokenTreesStopTheWriterBeforeTheFileIsTouched) {
     EXPECT_EQ(thrown([&] { calc_export_to_stream(nullptr, calc.get(), 1); }), "1: out");
     EXPECT_EQ(thrown([&] { calc_export_to_stream(stdout, nullptr, 1); }), "1: calc");
     EXPECT_EQ(thrown([&] { calc_import_from_xmlfile(nullptr); }), "1: path");
+}
+
+// A file that cannot be opened is all that is told, and the tree stays as it was.
+TEST(CalcXml, NothingIsFilledInForAFileThatCannotBeOpened) {
+    const CalcPtr calc(calc_new());
+    CFunc* func = function(calc.get(), calc_new_break_stmt(1));
+    CFuncLVar* lvar = calc_new_func_lvar(str_copy("v"), CTYPE_INT, nullptr, 1);
+    calc_add_function_vardef(func, lvar);
     const Reports reports;
     EXPECT_EQ(calc_export_to_file("/nowhere/a.clx", calc.get(), 1), -1);
-    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE");
+    EXPECT_EQ(lvar->init, nullptr);
+    lvar->type = CTYPE_VOID; // which has no zero
+    EXPECT_EQ(thrown([&] { calc_export_to_file("/nowhere/a.clx", calc.get(), 1); }), "");
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE ERR_FILE_OPEN_WRITE");
 }
 
 TEST(CalcXml, TheNameOfAMinusIsTheStandardOutputWhichStaysOpen) {

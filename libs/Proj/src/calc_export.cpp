@@ -1,11 +1,13 @@
 // Writes a calculation as XML.
 //
-// The whole tree of nodes is built before the file is opened, so that a calculation which is broken
-// leaves an existing file as it was.
+// The file is opened first: nothing is filled into the tree for a file that cannot be written. It
+// is emptied once all nodes are built, so that a broken calculation leaves an existing file as it
+// was.
 
 #include "norvane/proj/calc_export.h"
 
 #include <cstdio>
+#include <unistd.h>
 
 #include "calc_xml_names.h"
 #include "norvane/base/deep.hpp"
@@ -310,14 +312,15 @@ int calc_export_to_file(const char* filename, PolyHash* calc, int line_info) {
         calc_export_to_stream(stdout, calc, line_info);
         return STATUS_SUCCESS;
     }
-    XmlDocument* document = document_of(calc, line_info);
-    FILE* out = std::fopen(filename, "we");
-    if (out) {
-        xml_print_indented(document, out);
-        std::fclose(out);
-    } else {
+    FILE* out = std::fopen(filename, "ae");
+    if (!out) {
         report_error(ERR_FILE_OPEN_WRITE(filename));
+        return STATUS_FAILURE;
     }
+    XmlDocument* document = document_of(calc, line_info);
+    [[maybe_unused]] const int emptied = ftruncate(fileno(out), 0); // a device has no length
+    xml_print_indented(document, out);
+    std::fclose(out);
     xml_delete(document);
-    return out ? STATUS_SUCCESS : STATUS_FAILURE;
+    return STATUS_SUCCESS;
 }

@@ -30,8 +30,9 @@ NORVANE_PROJ_API XmlNode* calc_export_to_xml_node(PolyHash* calc, int line_info)
 NORVANE_PROJ_API void calc_export_to_stream(FILE* out, PolyHash* calc, int line_info);
 
 /* Writes the document to a new file, or, if the name is "-", to the standard output, which stays
- * open: 0, or -1 after reporting ERR_FILE_OPEN_WRITE if the file cannot be opened. Write errors are
- * not looked at. A broken tree fails before the file is touched. */
+ * open: 0, or -1 after reporting ERR_FILE_OPEN_WRITE if the file cannot be opened, which leaves the
+ * tree as it was. Write errors are not looked at. A broken tree fails with what the file held still
+ * in it. */
 NORVANE_PROJ_API int calc_export_to_file(const char* filename, PolyHash* calc, int line_info);
 
 NORVANE_END_DECLS
