@@ -3,13 +3,13 @@
 
 usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] PROGRAM [--against PROGRAM]
 
-PROGRAM is a built pipeline_bench, with model_xml_bench beside it. Each workload is measured at three
+PROGRAM is a built pipeline_bench, with the other programs beside it. Each workload is measured at three
 sizes, a decade apart (the two smaller ones with --quick). Behind the figures of two sizes stands the
 growth of each stage from one to the next: the exponent by which its time follows the work that it
 does; 1 is linear. For the stages that look names up, another row has the exponent by which their time
-follows that of the bare look-up: 1 is as the memory allows. The last two workloads have programs
-beside it, and tables of their own: calc is the road of a calculation (calc_bench), xml the reading
-and writing of models in XML.
+follows that of the bare look-up: 1 is as the memory allows. The last two workloads have programs and
+tables of their own: calc is the road of a calculation (calc_bench), xml the reading and writing of
+models and of calculations in XML (model_xml_bench, calc_xml_bench).
 
 With --against, both programs run in turns, and the table shows how many times as long the other one
 takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It leaves these two out.
@@ -142,10 +142,11 @@ def measure_calc(folder, arguments):
 
 
 def measure_xml(arguments):
-    program = os.path.join(os.path.dirname(arguments.program), 'model_xml_bench')
     sizes = [str(size) for size in XML_MEGABYTES[:arguments.count]]
-    print('\nModels in XML\n', flush=True)
-    subprocess.run([program, str(arguments.rounds), *sizes], check=True)
+    for title, name in (('Models in XML', 'model_xml_bench'), ('Calculations in XML', 'calc_xml_bench')):
+        program = os.path.join(os.path.dirname(arguments.program), name)
+        print('\n%s\n' % title, flush=True)
+        subprocess.run([program, str(arguments.rounds), *sizes], check=True)
 
 
 def compare(folder, arguments):
