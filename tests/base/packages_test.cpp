@@ -264,6 +264,23 @@ TEST(Files, NamesMayBeInTheCodePage) {
     EXPECT_EQ(std::vector<std::string>{"\xC3\xA9.mub"}, folder.names());
 }
 
+TEST(Files, EachNameOfAPathMayBeInAnEncodingOfItsOwn) {
+    const TemporaryFolder folder;
+    folder.write("\xC3\xB6/\xC3\xA9.pm", "");
+    folder.write("\xFC/\xC3\xA9.pm", ""); // of a system that had the folder so
+    folder.write("\xC3\xB6/\xFC/c", "");
+    const std::string utf8 = folder.path() + "/\xC3\xB6";
+    for (const std::string& path :
+         {utf8 + "/\xE9.pm", folder.path() + "/\xF6\\\xC3\xA9.pm", folder.path() + "/\xFC/\xE9.pm",
+          folder.path() + "/\xF6//\xFC\\c", folder.path() + "/\xF6/"})
+        EXPECT_TRUE(os_file_exists(path.c_str())) << path;
+    CFilePackage package;
+    ASSERT_TRUE(package.createPackage((utf8 + "\\\xE9.mub").c_str(), ""));
+    EXPECT_TRUE(package.importFile((utf8 + "/\xE9.pm").c_str(), "\xE9.pm"));
+    EXPECT_TRUE(package.closeAndSave());
+    EXPECT_TRUE(os_file_exists((utf8 + "/\xC3\xA9.mub").c_str()));
+}
+
 TEST(Settings, ToolsAreBesideTheLibraryUnlessTheHostSaysOtherwise) {
     const std::string beside = settings_get_full_bin_path("kelcalc");
     EXPECT_TRUE(beside.starts_with("/") && beside.ends_with("/bin/kelcalc")) << beside;

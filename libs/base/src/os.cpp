@@ -1,6 +1,6 @@
 // Files by name. Names come from models and workspaces that may have been written on another
 // system, so a backslash separates folders too, and letters beyond ASCII are those of code page
-// 1252, as in all texts that the library holds, where they are not UTF-8 already.
+// 1252, as in all texts that the library holds, where a name is not UTF-8 already.
 #include "norvane/base/os.h"
 
 #include <cstdlib>
@@ -11,8 +11,8 @@
 
 #include "codepage.h"
 #include "norvane/base/except.h"
-#include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
+#include "norvane/base/text.hpp"
 #include "os_path.h"
 
 namespace norvane {
@@ -25,27 +25,36 @@ bool is_utf8(const char* text, std::size_t size) {
     return true;
 }
 
-// A new string.
-char* to_utf8(const char* text, std::size_t size) {
-    const std::size_t utf8 = utf8_size(text, size);
-    auto* result = static_cast<char*>(util_malloc_throw(utf8 + 1));
-    codepage_to_utf8(text, size, result);
-    result[utf8] = '\0';
-    return result;
+// Appends the next name of a path as the system has it: what is there is taken as it is.
+void append_name(UtilString* path, const char* name, std::size_t size) {
+    const std::size_t begin = path->length;
+    ustr_append_chars(path, name, size);
+    if (is_utf8(name, size) || access(path->text, F_OK) == 0) return;
+    path->length = begin;
+    ustr_append_string(path, NorvaneCpp::UTF8::ToUnicode({name, size}).GetStr());
 }
 
 } // namespace
 
 char* native_path(const char* path) {
-    char* native = str_copy(path);
-    for (char* c = std::strchr(native, '\\'); c != nullptr; c = std::strchr(c, '\\'))
+    char* slashed = str_copy(path);
+    for (char* c = std::strchr(slashed, '\\'); c != nullptr; c = std::strchr(c, '\\'))
         *c = '/';
-    // The name of a file that is there is taken as it is.
-    const std::size_t size = std::strlen(native);
-    if (is_utf8(native, size) || access(native, F_OK) == 0) return native;
-    char* converted = to_utf8(native, size);
-    std::free(native);
-    return converted;
+    if (is_utf8(slashed, std::strlen(slashed))) return slashed;
+    // Each name on its own: a folder from the command line and a file from a workspace need not be
+    // in one encoding.
+    UtilString* native = ustr_new();
+    for (const char* name = slashed; *name;) {
+        const std::size_t size = std::strcspn(name, "/");
+        append_name(native, name, size);
+        name += size;
+        if (*name) ustr_append_char(native, *name++);
+    }
+    std::free(slashed);
+    char* text = native->text;
+    native->text = nullptr; // the caller takes it over
+    ustr_delete(native);
+    return text;
 }
 
 } // namespace norvane

@@ -6,8 +6,8 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Non-zero if the file exists. In this and the next two a backslash separates folders too, and a
- * name that is not UTF-8 is one in code page 1252. */
+/* Non-zero if the file exists. In this and the next two a backslash separates folders too, and
+ * of the names that it separates those that are not UTF-8 are in code page 1252. */
 NORVANE_BASE_API int os_file_exists(const char* path);
 
 /* Non-zero if the file exists and nobody may write it, by its mode: so it means the same to a user
