@@ -1,5 +1,6 @@
 #include "codepage.h"
 
+#include <algorithm>
 #include <array>
 
 namespace norvane::pm {
@@ -55,14 +56,26 @@ void append_utf8(std::string& text, unsigned code) {
     }
 }
 
+void append_name(std::string& text, std::string_view name) {
+    if (is_utf8(name)) {
+        text += name;
+        return;
+    }
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        append_utf8(text, byte >= 0x80 && byte < 0xA0 ? codepage_1252[byte - 0x80u] : byte);
+    }
+}
+
 } // namespace
 
 std::string to_utf8(std::string_view bytes) {
-    if (is_utf8(bytes)) return std::string(bytes);
     std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        append_utf8(text, byte >= 0x80 && byte < 0xA0 ? codepage_1252[byte - 0x80u] : byte);
+    // Each name of a path on its own, as the libraries take them, with what separates it.
+    while (!bytes.empty()) {
+        const std::size_t size = std::min(bytes.find_first_of("/\\"), bytes.size() - 1) + 1;
+        append_name(text, bytes.substr(0, size));
+        bytes.remove_prefix(size);
     }
     return text;
 }
