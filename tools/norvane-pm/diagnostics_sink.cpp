@@ -16,6 +16,7 @@ namespace norvane::pm {
 namespace {
 
 constexpr std::size_t longest_source_line = 160;
+constexpr std::size_t longest_letter = 4; // in bytes of UTF-8
 constexpr std::size_t terminal_width = 79;
 
 void write(std::string_view text) {
@@ -44,6 +45,12 @@ bool skip_line(std::FILE* file) {
     return c == '\n';
 }
 
+// True if a source line is to be cut before its next byte, which must not be within a letter.
+bool is_full(const std::string& line, int next) {
+    if (line.size() < longest_source_line) return false;
+    return (next & 0xC0) != 0x80 || line.size() == longest_source_line + longest_letter - 1;
+}
+
 // The line as it is shown under a report, cut where it is too long to be looked at. Empty if it is
 // blank or cannot be read.
 std::string source_line(const PlacedText& place) {
@@ -52,17 +59,16 @@ std::string source_line(const PlacedText& place) {
     for (unsigned line = 1; line < place.line; ++line) {
         if (!skip_line(file.get())) return "";
     }
-    std::string text;
+    std::string bytes;
     int c;
-    while ((c = getc_unlocked(file.get())) != '\n' && c != EOF) {
-        text += static_cast<char>(c);
-        if (text.size() == longest_source_line) break;
-    }
-    text = for_terminal(text);
+    while ((c = getc_unlocked(file.get())) != '\n' && c != EOF && !is_full(bytes, c))
+        bytes += static_cast<char>(c);
+    const bool is_cut = c != '\n' && c != EOF;
+    const std::string text = for_terminal(bytes);
     if (text.find_first_not_of(' ') == std::string::npos) return "";
     char gutter[16];
     std::snprintf(gutter, sizeof gutter, "%6u | ", place.line);
-    return gutter + text + (text.size() == longest_source_line ? " ...\n" : "\n");
+    return gutter + text + (is_cut ? " ...\n" : "\n");
 }
 
 const char* severity_text(ErrorType type) {
