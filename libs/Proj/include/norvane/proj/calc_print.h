@@ -4,9 +4,16 @@
  * same tree, but for what the language cannot spell so:
  *   - "(- a * b)" and "(not a = b)", where the unary operation is the left operand, read back as
  *     -(a * b) and not (a = b);
- *   - behind a bare name as the condition of a `while`, a body that begins with a bracket reads as
- *     the arguments of a call; behind any condition, one that begins with a minus is subtracted;
- *   - a local without a first value, a call without a namespace, a negative or infinite number;
+ *   - where the body of a `while` begins with a bracket, a condition that ends in a name or an
+ * index
+ *     (`a`, `not a`, `a[1]`) takes it for the arguments of a call; a body that begins with a minus
+ * is subtracted from any condition;
+ *   - an `else` whose `if` has a body that ends in an `if` without one, other than in a block: it
+ *     becomes that of the inner `if`;
+ *   - an assignment to anything but a name;
+ *   - a local without a first value, a call without a namespace, a default beside an external
+ *     function, a namespace without functions, a negative or infinite number;
+ *   - the letter y with two dots: sources end, or go on without it, at its byte, 255;
  *   - names that are no names of the language, and an external function's text with a quote in it.
  * Texts are written in code page 1252, characters outside of it as "?".
  *
