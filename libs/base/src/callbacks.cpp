@@ -37,6 +37,20 @@ inline std::uint64_t word_at(const char* text) {
     return word;
 }
 
+// A text of less than eight bytes as a word, zeros behind it. Most names are that short, and to
+// have so few bytes copied costs more than all else in a hash.
+inline std::uint64_t short_word(const char* text, std::size_t length) {
+    const auto byte = [text](std::size_t at) {
+        return std::uint64_t{static_cast<unsigned char>(text[at])} << (8 * at);
+    };
+    if (length == 0) return 0;
+    if (length < 4) return byte(0) | byte(length / 2) | byte(length - 1);
+    std::uint32_t first, last; // which may overlap
+    std::memcpy(&first, text, sizeof first);
+    std::memcpy(&last, text + length - sizeof last, sizeof last);
+    return first | std::uint64_t{last} << (8 * (length - sizeof last));
+}
+
 inline const char* string_in(const void* slot) {
     return *static_cast<const char* const*>(slot);
 }
@@ -73,11 +87,8 @@ unsigned poly_hash_string(const void* element, unsigned size) {
     const char* text = static_cast<const char*>(element);
     const std::size_t length = std::strlen(text);
     std::uint64_t hash = length * multiplier;
-    if (length < 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text, length);
-        return below(mix(mix(hash ^ word, multiplier), finisher), size);
-    }
+    if (length < 8)
+        return below(mix(mix(hash ^ short_word(text, length), multiplier), finisher), size);
     for (std::size_t at = 0; at + 8 < length; at += 8) {
         hash = mix(hash ^ word_at(text + at), multiplier);
     }
