@@ -1,0 +1,91 @@
+# Completion of norvane-pm for bash: commands, options, and the words that options and arguments take.
+# Where it knows nothing better, names of files are completed. It stands alone: bash-completion loads
+# it by its name, and so does `source`.
+
+_norvane_pm() {
+    local -A subcommands=(
+        [calc]='check print convert builtins'
+        [presentation]='list get merge'
+        [var-order]='list check'
+        [workspace]='show commands package'
+        [package]='list make'
+    )
+    local model='--format --include-dir --define --undefine --from'
+    local calculation='--format --from --of'
+    local package='--format --debug --type'
+    local -A options=(
+        [-]='--version'
+        [info]=$model
+        [check]=$model
+        [print]=$model
+        [simplify]=$model
+        [rules]="$model --no-simplify --origin"
+        [convert]="$model --to"
+        [calc check]="$calculation --model --include-dir --define --undefine"
+        [calc print]=$calculation
+        [calc convert]="$calculation --to --no-lines"
+        [calc builtins]='--format'
+        [presentation list]='--format'
+        [presentation get]='--format'
+        [presentation merge]='--format --output'
+        [var-order list]='--format'
+        [var-order check]=$model
+        [workspace show]='--format'
+        [workspace commands]='--format --arg --order --arg2 --mu-compile-stats --bin-dir'
+        [workspace package]=$package
+        [package list]='--format'
+        [package make]="$package --build-dir --output-dir"
+        [explain]='--list'
+    )
+    local with_value=' -I --include-dir -D --define -U --undefine --format --from --to --of --model -o
+        --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type '
+
+    # What stands in front of the cursor; an option's value may stand behind a = of its own.
+    local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        word=${COMP_WORDS[i]}
+        if [[ $word == = ]]; then
+            [[ $previous == -* ]] || previous=${COMP_WORDS[i - 1]}
+        elif [[ -n $previous ]]; then
+            previous=''
+        elif [[ $word == -?* ]]; then
+            [[ $with_value != *[[:space:]]${word}[[:space:]]* ]] || previous=$word
+        elif [[ -z $command || (-n ${subcommands[$command]:-} && $command != *' '*) ]]; then
+            command+=${command:+ }$word
+        else
+            ((++arguments))
+        fi
+    done
+    [[ $current != = ]] || current=''
+
+    local words=''
+    case $previous in
+    --format) words='text json' ;;
+    --from) if [[ $command == calc* ]]; then words='cl clx mub'; else words='pm xml'; fi ;;
+    --to) if [[ $command == calc* ]]; then words='cl clx'; else words='pm xml'; fi ;;
+    --type) words='StandardMu' ;;
+    -I | --include-dir | --bin-dir | --build-dir | --output-dir)
+        compopt -o filenames 2> /dev/null
+        mapfile -t COMPREPLY < <(compgen -d -- "$current")
+        return
+        ;;
+    -*) ;;
+    *)
+        if [[ $current == -* ]]; then
+            words="${options[${command:--}]:-} --help"
+        elif [[ -z $command ]]; then
+            words='info check print simplify rules convert calc presentation var-order workspace
+                package explain'
+        elif [[ -n ${subcommands[$command]:-} ]]; then
+            words=${subcommands[$command]}
+        elif [[ $command == 'workspace commands' && $arguments == 2 ]]; then
+            words='check build view deploy ppl optimize erp_relay'
+        elif [[ $command == explain && $arguments == 0 ]]; then
+            words=$("${COMP_WORDS[0]}" explain --list 2> /dev/null | cut -d ' ' -f 1)
+        fi
+        ;;
+    esac
+    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+}
+
+complete -o default -F _norvane_pm norvane-pm
