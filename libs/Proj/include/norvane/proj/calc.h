@@ -27,6 +27,7 @@ NORVANE_BEGIN_DECLS
 /* A `line_no` that is not known. Writers then leave the line out. */
 #define CALC_UNDEF_LINENO (-1)
 
+/* The types of calculations. */
 typedef enum CalcType {
     CTYPE_UNDEF = 0, /* the result of a failed type computation; never declared */
     CTYPE_BOOL = 1,
@@ -36,6 +37,7 @@ typedef enum CalcType {
     CTYPE_VOID = 5 /* results of functions only */
 } CalcType;
 
+/* Operators. */
 typedef enum COprType {
     COPR_NOT = 0,
     COPR_MINUS = 1, /* unary and binary */
@@ -59,6 +61,7 @@ typedef enum COprType {
     COPR_ASSIGN = 19
 } COprType;
 
+/* The kinds of expressions. */
 typedef enum CExprStructure {
     CEXPR_LVAR = 0,
     CEXPR_PMVAR = 1,
@@ -72,6 +75,7 @@ typedef enum CExprStructure {
     CEXPR_CALL = 9
 } CExprStructure;
 
+/* The kinds of statements. */
 typedef enum CStmtStructure {
     CSTMT_ITE = 0,
     CSTMT_BLOCK = 1,
@@ -97,6 +101,7 @@ struct CPMVar {
     CPMVar* nested;        /* owned; the next component, null on the last */
 };
 
+/* An expression. */
 struct CExpr {
     CExprStructure structure; /* names the live member of `args` */
     int line_no;
@@ -135,6 +140,7 @@ typedef struct CCase {
     PolyList* stmts; /* owned; CStmt; never null */
 } CCase;
 
+/* A statement. */
 struct CStmt {
     CStmtStructure structure; /* names the live member of `args` */
     int line_no;
@@ -170,6 +176,7 @@ struct CStmt {
     } args;                 /* CSTMT_BREAK has no member */
 };
 
+/* An argument of a function. */
 typedef struct CFuncArg {
     char* name; /* owned */
     CalcType type;
@@ -212,6 +219,8 @@ NORVANE_PROJ_API const char* calc_opr2string(COprType opr);
 
 /* Expressions. */
 
+/* New leaves: a local variable or argument, a reference into the model, a constant. Pointers are
+ * taken over. */
 NORVANE_PROJ_API CExpr* calc_new_lvar_expr(char* varname, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_pmvar_expr(CPMVar* pmvar, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_intconst_expr(int value, int line_no);
@@ -222,6 +231,7 @@ NORVANE_PROJ_API CExpr* calc_new_floatconst_expr(double value, int line_no);
  * code page 1252 and is converted. */
 NORVANE_PROJ_API CExpr* calc_new_stringconst_expr(char* value, int line_no, bool is_utf8);
 
+/* New inner nodes, which take over their operands. */
 NORVANE_PROJ_API CExpr* calc_new_unary_expr(COprType opr, CExpr* arg, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_binary_expr(COprType opr, CExpr* left_arg, CExpr* right_arg,
                                              int line_no);
@@ -238,6 +248,7 @@ NORVANE_PROJ_API void calc_add_call_argument(CExpr* call, CExpr* arg);
  * code page 1252 once more, so a text outside ASCII comes out encoded twice. */
 NORVANE_PROJ_API CExpr* calc_copy_expr(const CExpr* expr);
 
+/* Frees a whole tree. */
 NORVANE_PROJ_API void calc_delete_expr(CExpr* expr);
 
 /* One component of a path, without indices and without a next component. */
@@ -291,6 +302,7 @@ NORVANE_PROJ_API void calc_find_free_vars(PolyList* stmts, PolySet* free_vars);
 
 /* Functions. */
 
+/* An argument of a function, which takes the name over; and the end of one. */
 NORVANE_PROJ_API CFuncArg* calc_new_func_arg(char* name, CalcType type, int line_no);
 NORVANE_PROJ_API void calc_delete_func_arg(CFuncArg* arg);
 

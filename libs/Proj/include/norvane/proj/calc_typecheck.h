@@ -18,6 +18,7 @@ NORVANE_BEGIN_DECLS
 /* Slots for the arguments of a function of the catalogue, with the null name that ends them. */
 #define CALC_SIGNATURE_SLOTS 5
 
+/* An argument of a function of the catalogue. */
 typedef struct CFuncSignatureArg {
     const char* name; /* null in the slot behind the last argument */
     CalcType type;

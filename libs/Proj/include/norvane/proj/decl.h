@@ -11,14 +11,17 @@
 
 NORVANE_BEGIN_DECLS
 
+/* Whether users of the product see a variable. */
 typedef enum VarType { VARTYPE_PRIVATE = 0, VARTYPE_PUBLIC = 1 } VarType;
 
+/* A named type. */
 typedef struct TypeDecl {
     unsigned linenumber;
     char* name;       /* owned */
     TypeCon* typecon; /* owned */
 } TypeDecl;
 
+/* A variable, or a field of a record. */
 typedef struct VarDecl {
     unsigned linenumber;
     char* name; /* owned */
@@ -26,12 +29,14 @@ typedef struct VarDecl {
     TypeCon* typecon; /* owned */
 } VarDecl;
 
+/* A named constant. */
 typedef struct ConstantDecl {
     unsigned linenumber;
     char* name;  /* owned */
     Expr* value; /* owned */
 } ConstantDecl;
 
+/* A rule. */
 typedef struct RuleDecl {
     unsigned linenumber;
     char* comment;     /* owned; may be null: what the rule is about */
@@ -39,6 +44,7 @@ typedef struct RuleDecl {
     Expr* rule;        /* owned */
 } RuleDecl;
 
+/* New declarations, freed with the functions below. */
 NORVANE_PROJ_API TypeDecl* decl_new_typedecl(char* name, TypeCon* typecon, unsigned linenumber);
 NORVANE_PROJ_API VarDecl* decl_new_vardecl(char* name, VarType vartype, TypeCon* typecon,
                                            unsigned linenumber);
@@ -50,11 +56,13 @@ NORVANE_PROJ_API RuleDecl* decl_new_ruledecl(Expr* rule, char* comment, unsigned
 NORVANE_PROJ_API RuleDecl* decl_new_ruledecl_source_info(Expr* rule, char* comment,
                                                          char* source_info);
 
+/* Deep copies, owned by the caller. */
 NORVANE_PROJ_API TypeDecl* decl_copy_typedecl(TypeDecl* type_decl);
 NORVANE_PROJ_API VarDecl* decl_copy_vardecl(VarDecl* vardecl);
 NORVANE_PROJ_API ConstantDecl* decl_copy_constantdecl(ConstantDecl* constantdecl);
 NORVANE_PROJ_API RuleDecl* decl_copy_ruledecl(RuleDecl* ruledecl);
 
+/* Free a declaration with all that it owns. */
 NORVANE_PROJ_API void decl_delete_typedecl(TypeDecl* type_decl);
 NORVANE_PROJ_API void decl_delete_vardecl(VarDecl* vardecl);
 NORVANE_PROJ_API void decl_delete_constantdecl(ConstantDecl* constantdecl);

@@ -17,6 +17,7 @@ NORVANE_BEGIN_DECLS
  * line. UNDEF_LINENO marks a node that was generated. */
 #define UNDEF_LINENO 0xFFFFFFFFu
 
+/* The kinds of expressions. */
 typedef enum ExprStructure {
     EXPR_BINARY = 0,
     EXPR_UNARY = 1,
@@ -29,6 +30,7 @@ typedef enum ExprStructure {
     EXPR_CASE = 8
 } ExprStructure;
 
+/* Operators, those of constants and of loops among them. */
 typedef enum OprTypes {
     OPR_AND = 0,
     OPR_OR = 1,
@@ -74,6 +76,7 @@ typedef enum ExprType {
     ETYPE_STRING = 9
 } ExprType;
 
+/* The kinds of names. */
 typedef enum IdConType { IDCON_SIMPLE = 0, IDCON_ARRAY = 1, IDCON_COMPOSIT = 2 } IdConType;
 
 typedef struct Expr Expr;
@@ -100,6 +103,7 @@ struct IdCon {
     } args;
 };
 
+/* An expression. */
 struct Expr {
     unsigned char structure; /* ExprStructure; names the live member of `args` */
     unsigned char opr;       /* OprTypes */
@@ -149,6 +153,7 @@ NORVANE_PROJ_API Expr* expr_new_binary(OprTypes opr, Expr* leftarg, Expr* righta
  * too; the checks that follow deal with it. The smallest integer stays as it is. */
 NORVANE_PROJ_API Expr* expr_new_unary(OprTypes opr, Expr* arg, unsigned linenumber);
 
+/* A name as an expression. */
 NORVANE_PROJ_API Expr* expr_new_idcon(IdCon* idcon, unsigned linenumber);
 
 /* OPR_INTCONST (ETYPE_INT) or OPR_BOOLCONST (ETYPE_BOOL, `value` at most 1); asserts both. */
@@ -160,6 +165,7 @@ NORVANE_PROJ_API Expr* expr_new_stringconst(const char* str, unsigned linenumber
 /* ETYPE_ENUM_FLOAT, OPR_FLOATCONST. */
 NORVANE_PROJ_API Expr* expr_new_floatconst(double value, unsigned linenumber);
 
+/* if ... then ... else ... */
 NORVANE_PROJ_API Expr* expr_new_ite(Expr* logictest, Expr* trueexpr, Expr* falseexpr,
                                     unsigned linenumber);
 
@@ -167,10 +173,12 @@ NORVANE_PROJ_API Expr* expr_new_ite(Expr* logictest, Expr* trueexpr, Expr* false
 NORVANE_PROJ_API Expr* expr_new_range(OprTypes opr, char* lambdavar, Expr* rangebegin,
                                       Expr* rangeend, Expr* lambdaexpr, unsigned linenumber);
 
+/* `casevar` is compared with each condition in turn; the lists, of Expr, are of one length. */
 NORVANE_PROJ_API Expr* expr_new_case(IdCon* casevar, PolyList* exprlist_condition,
                                      PolyList* exprlist_evaluation, Expr* default_expr,
                                      unsigned linenumber);
 
+/* Names: `name`, `name[exprlist]`, and `hier.nested`. Freed with expr_delete_idcon. */
 NORVANE_PROJ_API IdCon* expr_new_simpleid(char* name, unsigned linenumber);
 NORVANE_PROJ_API IdCon* expr_new_arrayid(char* name, PolyList* exprlist, unsigned linenumber);
 NORVANE_PROJ_API IdCon* expr_new_compositid(IdCon* hier, IdCon* nested, unsigned linenumber);

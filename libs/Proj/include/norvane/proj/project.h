@@ -8,11 +8,13 @@
 
 NORVANE_BEGIN_DECLS
 
+/* What turns the line number of a node into a file and a line. */
 typedef struct LineInfo {
     char* filename;  /* borrowed from the project; used while no directive has been seen */
     PolyList* files; /* owned; char*, in the order in which line directives named them */
 } LineInfo;
 
+/* A product model. */
 typedef struct Project {
     char* name;                 /* owned */
     char* description;          /* owned; may be null */

@@ -15,6 +15,7 @@
 
 NORVANE_BEGIN_DECLS
 
+/* What a name stands for: a constant, by its type, a label, a type or a variable. */
 typedef enum NameDataType {
     ND_BOOL = 0,
     ND_INT = 1,
@@ -25,6 +26,7 @@ typedef enum NameDataType {
     ND_VARIABLE = 6
 } NameDataType;
 
+/* What is known of a name. */
 typedef struct NameData {
     unsigned char ndtype; /* NameDataType; names the live members of the unions */
     union {

@@ -16,6 +16,7 @@
 
 NORVANE_BEGIN_DECLS
 
+/* The kinds of types. */
 typedef enum ConType {
     TC_BOOL = 0,
     TC_INT = 1,
@@ -31,6 +32,7 @@ typedef enum ConType {
 
 typedef struct TypeCon TypeCon;
 
+/* A type. */
 struct TypeCon {
     unsigned char contype; /* ConType; names the live member of `values` */
     unsigned linenumber;

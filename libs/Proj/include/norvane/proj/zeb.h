@@ -48,11 +48,13 @@ typedef struct ZEBProject {
                                the project: who wants the memory back deletes the list first. */
 } ZEBProject;
 
+/* Projects side by side. */
 typedef struct ZEBWorkspace {
     char* filename;     /* owned; the file that it was loaded from; null if it was not */
     PolyList* projects; /* owned; ZEBProject, in order of insertion */
 } ZEBWorkspace;
 
+/* The kinds of files that a project lists. */
 typedef enum ZEBFileType {
     ZEB_FILE_PM = 0,
     ZEB_FILE_PRES = 1,
@@ -61,6 +63,7 @@ typedef enum ZEBFileType {
     ZEB_FILE_TABLE = 4
 } ZEBFileType;
 
+/* What is to be done with a project. */
 typedef enum ZEBCommandType {
     ZEB_CMD_CHECK = 0,
     ZEB_CMD_BUILD = 1,

@@ -28,6 +28,7 @@ struct Window {
     std::uintptr_t low;
     std::uintptr_t size;
 };
+// That of the stack that is in use.
 NORVANE_BASE_API extern Window window;
 
 // The slow half of stack_is_low: the current frame is outside of the window.

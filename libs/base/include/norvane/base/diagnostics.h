@@ -13,6 +13,7 @@
 
 NORVANE_BEGIN_DECLS
 
+/* How bad it is. */
 typedef enum ErrorType {
     ERROR_TYPE_ERROR = 2,
     ERROR_TYPE_WARNING = 3 /* processing goes on */
@@ -24,6 +25,7 @@ typedef enum ErrorPAlign {
     ERROR_P_DISPLAY = 2 /* a code run that stands alone, indented */
 } ErrorPAlign;
 
+/* What a run of a paragraph is. */
 typedef enum ErrorRunKind {
     ERROR_RUN_TEXT,
     ERROR_RUN_CODE,
@@ -39,11 +41,13 @@ typedef struct ErrorDescRun {
     char* anchor;
 } ErrorDescRun;
 
+/* A paragraph of a description. */
 typedef struct ErrorDescParagraph {
     ErrorPAlign align;
     PolyList* runs; /* of ErrorDescRun; owned */
 } ErrorDescParagraph;
 
+/* A report: what is wrong, where, and a description of it for who wants to know more. */
 typedef struct ErrorInfo {
     char name[MESSAGE_BUFFER_SIZE];    /* the builder's own name: the identity of the error */
     char message[MESSAGE_BUFFER_SIZE]; /* the title, with the position in the user's file */

@@ -22,6 +22,7 @@ typedef struct PolyHash {
     PolyDelete delete_value;
 } PolyHash;
 
+/* The same with int values. */
 typedef struct IntHash {
     unsigned size;
     struct HashCore* core;
@@ -37,6 +38,7 @@ typedef struct PolyHashIter {
     unsigned position;
 } PolyHashIter;
 
+/* The same for an IntHash. */
 typedef struct IntHashIter {
     const IntHash* hash;
     unsigned position;
@@ -68,6 +70,8 @@ NORVANE_BASE_API int phash_peek_hashed(const PolyHash* hash, const void* key, un
  * stored key itself. */
 NORVANE_BASE_API int phash_remove(PolyHash* hash, const void* key);
 
+/* phash_empty removes all pairs through the delete callbacks; phash_delete frees the table too.
+ * phash_size is the number of pairs. */
 NORVANE_BASE_API void phash_empty(PolyHash* hash);
 NORVANE_BASE_API void phash_delete(PolyHash* hash); /* accepts null */
 NORVANE_BASE_API unsigned phash_size(const PolyHash* hash);

@@ -10,9 +10,11 @@
 
 namespace norvane {
 
+// A list seen as a range; made by items().
 template <typename T>
 class Items {
   public:
+    // Of an element; what the standard algorithms ask for.
     class iterator {
       public:
         using iterator_category = std::input_iterator_tag;
@@ -48,6 +50,7 @@ class Items {
     const PolyListNode* first_;
 };
 
+// The elements of a list, which is borrowed, as pointers to T.
 template <typename T>
 Items<T> items(const PolyList* list) {
     return Items<T>(list);

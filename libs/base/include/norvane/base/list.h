@@ -9,6 +9,7 @@
 
 NORVANE_BEGIN_DECLS
 
+/* A node; its list owns it. */
 typedef struct PolyListNode {
     void* element;
     struct PolyListNode* next; /* null in the last node */

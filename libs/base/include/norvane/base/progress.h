@@ -9,6 +9,7 @@ NORVANE_BEGIN_DECLS
 /* What a job covers. */
 enum { MSG_PRGS_PROJECT = 0, MSG_PRGS_SUB_JOB = 1 };
 
+/* What a progress sink is told: a job was opened or closed. */
 typedef struct MsgProgress {
     int started;      /* 1 when the job was opened, 0 when it was closed */
     int job;          /* handle, the same in both events of a job */

@@ -20,6 +20,7 @@ typedef struct PolySet {
     PolyDelete delete_element;
 } PolySet;
 
+/* The same for integers. */
 typedef struct IntSet {
     unsigned size;
     struct HashCore* core;
@@ -32,6 +33,7 @@ typedef struct PolySetIter {
     unsigned position;
 } PolySetIter;
 
+/* The same for an IntSet. */
 typedef struct IntSetIter {
     const IntSet* set;
     unsigned position;
@@ -56,6 +58,8 @@ NORVANE_BASE_API int pset_peek(const PolySet* set, const void* key, void** out);
  * element itself. */
 NORVANE_BASE_API void pset_remove(PolySet* set, const void* key);
 
+/* pset_empty removes all elements through the delete callback; pset_delete frees the set too.
+ * pset_size is the number of elements. */
 NORVANE_BASE_API void pset_empty(PolySet* set);
 NORVANE_BASE_API void pset_delete(PolySet* set); /* accepts null */
 NORVANE_BASE_API unsigned pset_size(const PolySet* set);

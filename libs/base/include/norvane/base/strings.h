@@ -15,6 +15,7 @@ NORVANE_BEGIN_DECLS
 /* The size of the buffers for messages, positions, names and labels. */
 #define MESSAGE_BUFFER_SIZE 2048
 
+/* A new copy, freed with free or with str_delete; and the end of one. */
 NORVANE_BASE_API char* str_copy(const char* s);      /* asserts "s" */
 NORVANE_BASE_API char* str_null_copy(const char* s); /* null for null */
 NORVANE_BASE_API void str_delete(char* s);           /* asserts "s" */
@@ -29,6 +30,7 @@ NORVANE_BASE_API int str_is_equal(const char* a, const char* b);
 /* Non-zero if the string is not null and not empty. */
 NORVANE_BASE_API int str_is_set(const char* s);
 
+/* The number of bytes before the terminator; asserts "s". */
 NORVANE_BASE_API unsigned str_len(const char* s);
 
 /* Format into a buffer of `size` bytes; the result is always terminated, cut where it does not
@@ -53,6 +55,7 @@ typedef struct UtilString {
     size_t capacity; /* bytes at `text` */
 } UtilString;
 
+/* A new empty string, never null, freed with ustr_delete. ustr_length is its length in bytes. */
 NORVANE_BASE_API UtilString* ustr_new(void);
 NORVANE_BASE_API void ustr_delete(UtilString* u); /* accepts null */
 NORVANE_BASE_API void ustr_reset(UtilString* u);  /* to the empty text; keeps its memory */

@@ -20,6 +20,7 @@ NORVANE_BEGIN_DECLS
 /* A tag, with a name, attributes and ordered children, or a text. Private inside. */
 typedef struct XmlNode XmlNode;
 
+/* A tree with what stands in front of it in a file. */
 typedef struct XmlDocument {
     char* dtd;              /* owned; name of the document type; may be null */
     XmlNode* root;          /* owned */
