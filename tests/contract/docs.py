@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Holds the documentation against what is there: generated pages are up to date, models and
-calculations that are shown pass their check, and links lead to files and headings."""
+calculations that are shown pass their check, links lead to files and headings, and the README leads to
+every page."""
 import argparse
 import glob
 import os
@@ -57,6 +58,11 @@ def main():
                     with open(name, 'w') as stream:
                         stream.write(block)
                     run(arguments.driver, *command, name)
+    with open(os.path.join(arguments.source, 'README.md')) as stream:
+        readme = stream.read()
+    for path in glob.glob(docs + '/*.md'):
+        if '(docs/%s)' % os.path.basename(path) not in readme:
+            failures.append('README.md does not lead to ' + path)
     if not shown:
         failures.append('the documentation shows neither models nor calculations')
     print('\n'.join(failures))
