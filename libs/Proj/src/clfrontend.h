@@ -39,6 +39,8 @@ const char* cl_position();
 // Make the scanner read from the start of an open file or of a text, at line 1, in the condition
 // that the last parse left. Both are borrowed until the parse ends.
 void cl_read_file(std::FILE* file);
+// True if the file could not be read to its end.
+bool cl_read_failed();
 void cl_read_text(const char* text);
 
 } // namespace norvane

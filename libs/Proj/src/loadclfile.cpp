@@ -31,7 +31,9 @@ PolyHash* parse(const char* input_name) {
     // The texts belong to the arguments and variables that they name.
     cl.local_names = pset_new(100, poly_compare_string, nullptr, poly_hash_string, nullptr);
     str_snprintf(cl.input_name, sizeof cl.input_name, "%s", input_name);
-    if (clparse() != 0) {
+    const bool is_parsed = clparse() == 0;
+    if (cl_read_failed()) report_error(ERR_FILE_OPEN(input_name));
+    if (!is_parsed || cl_read_failed()) {
         calc_delete(cl.calc);
         cl.calc = nullptr;
     }

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 #include "norvane/base/except.h"
 #include "norvane/base/os.h"
 #include "norvane/base/util.h"
@@ -29,8 +31,9 @@ namespace {
 // so that nothing that stops the load can leave it behind.
 std::FILE* open_preprocessed(const char* name) {
     std::FILE* stream = std::fopen(name, "r");
+    // By the very name that the preprocessor's output has, and without a need for memory.
+    unlink(name);
     if (!stream) report_error(ERR_CPP_OUTPUT_NOT_FOUND(name));
-    os_delete_file(name);
     return stream;
 }
 
@@ -62,7 +65,9 @@ Project* lpm_load_file(FILE* file, char* filename) {
     pm.buffer = ustr_new();
     pm.line = 0;
     pm.comment_depth = 0;
-    if (pmparse() != 0) {
+    const bool is_parsed = pmparse() == 0;
+    if (pm_read_failed()) report_error(ERR_FILE_OPEN(filename));
+    if (!is_parsed || pm_read_failed()) {
         proj_delete(pm.project);
         pm.project = nullptr;
     }

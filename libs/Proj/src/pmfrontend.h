@@ -44,6 +44,8 @@ const char* pm_position();
 
 // Makes the scanner read from the start of `file`, in the condition that the last load left.
 void pm_scan(std::FILE* file);
+// True if the file could not be read to its end.
+bool pm_read_failed();
 
 } // namespace norvane
 

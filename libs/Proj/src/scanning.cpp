@@ -40,6 +40,7 @@ int SourceFile::read(char* buffer, std::size_t size) {
     std::size_t kept = 0;
     while (kept == 0 && !ended) {
         const std::size_t got = std::fread(buffer, 1, size, stream);
+        failed |= std::ferror(stream) != 0;
         if (got == 0) break;
         kept = without_read_ends(this, buffer, got);
     }
