@@ -349,24 +349,25 @@ int package_make(const WorkspaceOptions& options) {
     });
 }
 
-std::size_t size_of(CFilePtr& member) {
+// False if the member cannot be read to its end.
+bool measure(CFilePtr& member, std::size_t& size) {
     static char buffer[1 << 16];
-    std::size_t size = 0;
-    while (!member->eof())
-        size += member->read(buffer, 1, sizeof buffer);
-    return size;
+    size = 0;
+    while (const std::size_t got = member->read(buffer, 1, sizeof buffer))
+        size += got;
+    return member->eof();
 }
 
 // False after saying that it cannot be read.
 bool list_member(CFilePackage& package, std::size_t index, Format format) {
     const String name = package.memberName(index);
     CFilePtr member = package.open(name, NorvaneCpp::FILE_OPEN_READ);
-    if (!member.isOpen()) {
+    std::size_t size = 0;
+    if (!member.isOpen() || !measure(member, size)) {
         say(format, "the member " + utf8(name.GetStr()) +
                         " cannot be read: it is damaged, or its name leaves its folder");
         return false;
     }
-    const std::size_t size = size_of(member);
     if (format == Format::json)
         std::printf("%s\n", Json({{"member", utf8(name.GetStr())}, {"size", size}}).dump().c_str());
     else

@@ -483,6 +483,7 @@ std::size_t read_member(void* user, void* buffer, std::size_t size, bool* at_end
     auto* file = static_cast<NorvaneCpp::CFile*>(user);
     const std::size_t got = file->read(buffer, 1, size);
     *at_end = file->eof();
+    if (got == 0 && !*at_end) NORVANE_FAIL("fread error");
     return got;
 }
 

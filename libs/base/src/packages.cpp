@@ -137,7 +137,7 @@ class ReadMember final : public CFile, public Allocated {
     std::size_t read(void* buffer, std::size_t size, std::size_t count) override {
         if (!file_ || size == 0 || count == 0) return 0;
         const zip_int64_t got = libzip.fread(file_, buffer, size * count);
-        eof_ = got < static_cast<zip_int64_t>(size * count);
+        eof_ = got >= 0 && got < static_cast<zip_int64_t>(size * count);
         return got > 0 ? static_cast<std::size_t>(got) / size : 0;
     }
     int printf(const char*, ...) override NORVANE_PRINTF(2, 3) { return -1; }

@@ -28,7 +28,7 @@ class NORVANE_BASE_API CFile {
   public:
     virtual ~CFile() = default;
     // Reads up to `count` items of `size` bytes; returns the number of whole items, which is
-    // smaller at the end only.
+    // smaller at the end, and 0 in front of it where the file cannot be read.
     virtual std::size_t read(void* buffer, std::size_t size, std::size_t count) = 0;
     // Writes formatted text; the number of bytes, or -1 if the file is not open for writing.
     virtual int printf(const char* format, ...) NORVANE_PRINTF(2, 3) = 0;
