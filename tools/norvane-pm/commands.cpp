@@ -193,6 +193,7 @@ int run_command(const Options& options) {
     work.diagnostics = &diagnostics;
     static ExceptionState thrown;
     if (except_catch(run_in_frame, &work, &thrown)) {
+        work.output.discard();
         report_failure(work, thrown);
         return STATUS_INTERNAL_FAILURE;
     }

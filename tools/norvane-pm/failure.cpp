@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -192,6 +193,12 @@ void find_variable(Work& work, const Harmless& harmless, Culprit& culprit) {
     }
 }
 
+// The search works on what the step has left, and repeats it: both want memory, and a step that had
+// none may have stopped anywhere.
+bool is_for_want_of_memory(const ExceptionState& thrown) {
+    return std::string_view(thrown.message) == "Out of memory";
+}
+
 Culprit find_culprit(Work& work) {
     Culprit culprit;
     if (work.calc) culprit.function = function_that_fails(work);
@@ -267,12 +274,15 @@ CulpritText describe(const Work& work, const Culprit& culprit) {
     return {"", "", ""};
 }
 
-const char* hint(const Work& work) {
+// What may help the user.
+std::string hint(const Work& work, const ExceptionState& thrown) {
+    if (is_for_want_of_memory(thrown)) return "The system had no more memory to give.";
+    std::string text = "This is a gap in the program.";
     if (work.step == Step::write && work.project)
-        return "A file of this form cannot hold it; a division, for one, has no name there.";
-    if (work.step == Step::check_functions)
-        return "This is a gap in the program, as with each call that does not name its namespace.";
-    return "This is a gap in the program.";
+        text = "A file of this form cannot hold it; a division, for one, has no name there.";
+    else if (work.step == Step::check_functions)
+        text = "This is a gap in the program, as with each call that does not name its namespace.";
+    return text + " Another way to say the same may pass by it.";
 }
 
 std::string text_report(const Work& work, const ExceptionState& thrown,
@@ -284,7 +294,7 @@ std::string text_report(const Work& work, const ExceptionState& thrown,
             "  at the " + std::string(culprit.kind) + " " + culprit.position + culprit.text + "\n";
     }
     text += "  thrown by " + thrown_by + "\n";
-    return text + hint(work) + " Another way to say the same may pass by it.\n";
+    return text + hint(work, thrown) + "\n";
 }
 
 std::string json_report(const Work& work, const ExceptionState& thrown,
@@ -300,7 +310,8 @@ std::string json_report(const Work& work, const ExceptionState& thrown,
 
 void report_failure(Work& work, const ExceptionState& thrown) {
     work.diagnostics->mute();
-    const CulpritText culprit = describe(work, find_culprit(work));
+    const CulpritText culprit = is_for_want_of_memory(thrown) ? CulpritText{"", "", ""}
+                                                              : describe(work, find_culprit(work));
     const std::string thrown_by =
         std::string(thrown.file) + " (" + std::to_string(thrown.line) + ")";
     const bool text = work.diagnostics->format() == Format::text;

@@ -1,5 +1,6 @@
 // norvane-pm: product models from the command line. Here: arguments in, exit status out.
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <sstream>
 
@@ -10,6 +11,7 @@
 #include "explain.h"
 #include "options.h"
 #include "output.h"
+#include "result_file.h"
 #include "workspace.h"
 
 namespace norvane::pm {
@@ -240,11 +242,21 @@ int run(int argc, char** argv) {
     return run_command(options);
 }
 
+// What the runtime does where an exception cannot go on, such as one for want of memory in a
+// destructor of a library that we use.
+[[noreturn]] void end_of_all() {
+    discard_result_file();
+    std::fputs("norvane-pm: internal failure: out of memory, or an exception without a way out\n",
+               stderr);
+    std::_Exit(STATUS_INTERNAL_FAILURE);
+}
+
 } // namespace
 } // namespace norvane::pm
 
 int main(int argc, char** argv) {
     using namespace norvane::pm;
+    std::set_terminate(end_of_all);
     prepare_output();
     int status = STATUS_INTERNAL_FAILURE;
     try {

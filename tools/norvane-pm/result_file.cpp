@@ -15,7 +15,7 @@
 namespace norvane::pm {
 namespace {
 
-constexpr int deadly_signals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int deadly_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGABRT};
 
 // The temporary file that goes with us if a signal ends the program; empty where there is none.
 char doomed[PATH_MAX];
@@ -93,6 +93,10 @@ std::string resolved(const std::string& name) {
 }
 
 } // namespace
+
+void discard_result_file() {
+    if (doomed[0] != '\0') unlink(doomed);
+}
 
 bool ResultFile::open(const std::string& name) {
     if (name == "-") {

@@ -44,6 +44,9 @@ class ResultFile {
     int error_ = 0;
 };
 
+// Takes away what there is of a file that is not whole, where the program ends without unwinding.
+void discard_result_file();
+
 } // namespace norvane::pm
 
 #endif
