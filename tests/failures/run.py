@@ -1,0 +1,219 @@
+#!/usr/bin/env python3
+"""Lets each call that asks the system for something fail in turn, in each command of the driver.
+
+usage: run.py --driver NORVANE_PM --inject LIBRARY --kind KIND [--only NAME] [--points N | --all]
+
+KIND is memory, open, read, write or spawn (inject.c tells what belongs to each). A command is run
+once to count its calls; then once for each call, which fails alone, and once for each call, which
+fails together with all behind it. Where there are more calls than N, that many are taken, evenly
+spread; --all takes each. Whatever fails, the driver has to
+
+- succeed with the very same results, or end with a report and status 1, or with a report and
+  status 3, or, where no frame is there to catch a throw, by an abort behind "file:line: text";
+- leave no file behind, but for what the preprocessor wrote where it failed;
+- leave the file that it was to write as it was, or whole.
+"""
+import argparse
+import concurrent.futures
+import io
+import mmap
+import os
+import re
+import resource
+import shutil
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import zipfile
+
+TOP = os.path.realpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..'))
+KINDS = ('memory', 'open', 'read', 'write', 'spawn')
+SHARED = struct.Struct('%di' % (4 + len(KINDS)))
+OLD = b'what was there before\n'
+
+# Name, command, and the file that it writes.
+COMMANDS = [
+    ('help', '--version', None),
+    ('rules', 'rules --origin main.pm', None),
+    ('simplify', 'simplify main.pm', None),
+    ('check', 'check --format=json main.pm', None),
+    ('print', 'print main.pm', None),
+    ('wrong', 'check wrong.pm', None),
+    ('stdin', 'check -', None),
+    ('to-xml', 'convert main.pm out.xml', 'out.xml'),
+    ('from-xml', 'convert main.xml out.pm', 'out.pm'),
+    ('calc-check', 'calc check main.cl --model main.xml', None),
+    ('calc-print', 'calc print main.clx', None),
+    ('calc-package', 'calc print main.mub', None),
+    ('to-clx', 'calc convert main.cl out.clx', 'out.clx'),
+    ('from-clx', 'calc convert main.clx out.cl', 'out.cl'),
+    ('show', 'workspace show main.zeb', None),
+    ('show-json', 'workspace show --format=json main.zeb', None),
+    ('commands', 'workspace commands main.zeb main build', None),
+    ('workspace-package', 'workspace package main.zeb main', 'main.mub'),
+    ('package-make', 'package make main --output-dir out --debug', 'out/main.mub'),
+    ('package-list', 'package list main.mub', None),
+    ('get', 'presentation get main.prs de a', None),
+    ('list', 'presentation list main.prs', None),
+    ('merge', 'presentation merge main.prs main.prs -o out.prs', 'out.prs'),
+    ('order', 'var-order check main.xml main.vof', None),
+]
+
+
+class Outcome:
+    """What a command did, and what it left in its folder."""
+
+    def __init__(self, done, folder, temporary, output, shared):
+        self.status, self.stdout, self.stderr = done.returncode, done.stdout, done.stderr
+        self.output = None
+        if output and os.path.exists(os.path.join(folder, output)):
+            with open(os.path.join(folder, output), 'rb') as stream:
+                self.output = stream.read()
+        self.files = sorted(os.path.join(os.path.relpath(place, folder), name)
+                            for place, _, names in os.walk(folder) for name in names)
+        self.temporary = os.listdir(temporary)
+        self.failed, self.calls = shared[3], shared[4:]
+
+
+class Bench:
+    """A folder in which commands run, one at a time."""
+
+    def __init__(self, driver, inject, top):
+        self.driver, self.inject = driver, inject
+        self.folder = os.path.join(top, 'work')
+        self.temporary = os.path.join(top, 'tmp')
+        os.mkdir(self.temporary)
+        shutil.copytree(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'data'), self.folder)
+        os.mkdir(os.path.join(self.folder, 'out'))
+        with open(os.path.join(top, 'shared'), 'wb') as stream:
+            stream.write(bytes(SHARED.size))
+        self.environment = dict(os.environ, LC_ALL='C', TMPDIR=self.temporary,
+                                LD_PRELOAD=inject, INJECT_FILE=stream.name)
+        with open(stream.name, 'r+b') as stream:
+            self.shared = mmap.mmap(stream.fileno(), SHARED.size)
+        for command in ('convert main.pm main.xml', 'calc convert main.cl main.clx',
+                        'package make main'):
+            if self.run(command, None).status != 0:
+                sys.exit('cannot prepare: ' + command)
+
+    def run(self, command, output, kind=-1, at=0, onwards=False):
+        if output:
+            with open(os.path.join(self.folder, output), 'wb') as stream:
+                stream.write(OLD)
+        self.shared[:] = SHARED.pack(kind, at, onwards, 0, *[0] * len(KINDS))
+        with open(os.path.join(self.folder, 'main.pm'), 'rb') as model:
+            with tempfile.TemporaryFile() as results: # a pipe would take everything
+                done = subprocess.run([self.driver, *command.split()], cwd=self.folder, timeout=60,
+                                      env=self.environment, stdin=model, stdout=results,
+                                      stderr=subprocess.PIPE)
+                results.seek(0)
+                done.stdout = results.read()
+        outcome = Outcome(done, self.folder, self.temporary, output, SHARED.unpack(self.shared))
+        for name in outcome.temporary:
+            os.unlink(os.path.join(self.temporary, name))
+        return outcome
+
+
+def forget_new_files(bench, files):
+    for place, _, names in os.walk(bench.folder):
+        for name in names:
+            if os.path.join(os.path.relpath(place, bench.folder), name) not in files:
+                os.unlink(os.path.join(place, name))
+
+
+def members(package):
+    with zipfile.ZipFile(io.BytesIO(package)) as archive:
+        return {member.filename: archive.read(member) for member in archive.infolist()}
+
+
+def is_acceptable(output, whole, status):
+    """Whether the file that was to be written may be left like this."""
+    if output == whole.output or (output == OLD and status != 0):
+        return True
+    if whole.output[:2] != b'PK':
+        return False
+    # A package without its .mu is taken away, and a member that cannot be read is left out: those who
+    # make packages rely on it.
+    if output is None:
+        return status == 1
+    return output[:2] == b'PK' and members(output).items() <= members(whole.output).items()
+
+
+def faults(whole, actual):
+    """What is wrong about the outcome of a command in which something failed."""
+    if actual.status == whole.status:
+        if actual.status == 0 and actual.stdout != whole.stdout:
+            yield 'success with other results'
+    elif actual.status == -signal.SIGABRT:
+        # The C library has a text of its own where it cannot note what a thread is to clean up.
+        if not re.search(rb'^([\w/.]+:\d+|Fatal glibc error): .', actual.stderr, re.M):
+            yield 'an abort without a reason'
+    elif actual.status not in (1, 3):
+        yield 'status %d' % actual.status
+    if actual.status != 0 and not actual.stderr:
+        yield 'no report'
+    if whole.output and not is_acceptable(actual.output, whole, actual.status):
+        yield 'the file that was to be written is neither the old one nor whole'
+    if actual.files != whole.files and (actual.output or not whole.output):
+        yield 'files: %s' % sorted(set(actual.files) ^ set(whole.files))
+    if actual.temporary and b'[ERR_CPP]' not in actual.stderr and b'"ERR_CPP"' not in actual.stderr:
+        yield 'temporary files: %s' % actual.temporary
+
+
+def chosen(first, last, points):
+    """That many of the calls from first to last, evenly spread, the last among them."""
+    count = last - first + 1
+    if points == 0 or count <= points:
+        return range(first, last + 1)
+    return sorted({last - i * (count - 1) // (points - 1) for i in range(points)})
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__)
+    parser.add_argument('--driver', required=True)
+    parser.add_argument('--inject', required=True)
+    parser.add_argument('--kind', required=True, choices=KINDS)
+    parser.add_argument('--only')
+    parser.add_argument('--points', type=int, default=60)
+    parser.add_argument('--all', action='store_true')
+    arguments = parser.parse_args()
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    kind = KINDS.index(arguments.kind)
+    points = 0 if arguments.all else arguments.points
+
+    def try_command(named):
+        name, command, output = named
+        with tempfile.TemporaryDirectory(prefix='failures.') as top:
+            bench = Bench(os.path.abspath(arguments.driver), os.path.abspath(arguments.inject), top)
+            # What is done before a command is looked at is the same for all.
+            start = 0 if name == 'help' else bench.run('--version', None).calls[kind]
+            whole = bench.run(command, output)
+            wrong = []
+            calls = chosen(start + 1, whole.calls[kind], points)
+            for onwards in (False, True):
+                for at in calls:
+                    actual = bench.run(command, output, kind, at, onwards)
+                    wrong += ['norvane-pm %s: %s call %d%s: %s\n%s' % (
+                        command, arguments.kind, at, ' and on' if onwards else '', fault,
+                        actual.stderr.decode('latin-1')) for fault in faults(whole, actual)]
+                    forget_new_files(bench, whole.files)
+            if whole.status != (1 if name == 'wrong' else 0):
+                wrong.append('norvane-pm %s: status %d without any failure\n%s' % (
+                    command, whole.status, whole.stderr.decode('latin-1')))
+            return name, whole.calls[kind] - start, 2 * len(calls), wrong
+
+    wanted = [named for named in COMMANDS if arguments.only in (None, named[0])]
+    failed = 0
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for name, count, tried, wrong in pool.map(try_command, wanted):
+            print('%-20s%6d calls, %5d runs, %d at fault' % (name, count, tried, len(wrong)))
+            for text in wrong:
+                print('  ' + text.strip().replace('\n', '\n    '))
+            failed += len(wrong)
+    return 1 if failed else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
