@@ -60,6 +60,14 @@ COMMANDS = [
     ('merge', 'presentation merge main.prs main.prs -o out.prs', 'out.prs'),
     ('order', 'var-order check main.xml main.vof', None),
 ]
+# What makes the inputs that are not there in the first place.
+PREPARATIONS = ('convert main.pm main.xml', 'calc convert main.cl main.clx', 'package make main')
+
+
+def preloading(library):
+    """The environment that loads the library first, which a sanitizer wants to be told of."""
+    return {'LD_PRELOAD': os.path.abspath(library),
+            'ASAN_OPTIONS': os.environ.get('ASAN_OPTIONS', '') + ':verify_asan_link_order=0'}
 
 
 class Outcome:
@@ -90,11 +98,10 @@ class Bench:
         with open(os.path.join(top, 'shared'), 'wb') as stream:
             stream.write(bytes(SHARED.size))
         self.environment = dict(os.environ, LC_ALL='C', TMPDIR=self.temporary,
-                                LD_PRELOAD=inject, INJECT_FILE=stream.name)
+                                INJECT_FILE=stream.name, **preloading(inject))
         with open(stream.name, 'r+b') as stream:
             self.shared = mmap.mmap(stream.fileno(), SHARED.size)
-        for command in ('convert main.pm main.xml', 'calc convert main.cl main.clx',
-                        'package make main'):
+        for command in PREPARATIONS:
             if self.run(command, None).status != 0:
                 sys.exit('cannot prepare: ' + command)
 
