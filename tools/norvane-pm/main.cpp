@@ -231,6 +231,8 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& e) {
         std::ostringstream out;
         std::ostringstream error;
+        for (std::ostringstream* text : {&out, &error}) // which would end in silence without memory
+            text->exceptions(std::ios::badbit);
         const int code = app.exit(e, out, error);
         std::fputs(out.str().c_str(), stdout);
         std::fputs(error.str().c_str(), stderr);

@@ -1,5 +1,6 @@
 #include "models.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -79,13 +80,13 @@ Project* load(Work& work) {
     return proj_import_from_pmfile(work.file, work.cpp_args);
 }
 
-// Copies what comes out of a pipe, to its end or until the output refuses it.
-void pass_on(int pipe_end, ResultFile& output) {
+// Copies what comes out of a pipe, to its end or until the output refuses it, or nobody wants it.
+void pass_on(int pipe_end, ResultFile& output, const std::atomic<bool>& is_abandoned) {
     char buffer[1 << 16];
     for (;;) {
         const ssize_t size = read(pipe_end, buffer, sizeof buffer);
         if (size < 0 && errno == EINTR) continue;
-        if (size <= 0) break; // a pipe that is open has no other failure
+        if (size <= 0 || is_abandoned) break; // a pipe that is open has no other failure
         std::fwrite(buffer, 1, static_cast<std::size_t>(size), output.stream());
         if (output.refused()) break;
     }
@@ -115,8 +116,14 @@ int export_through_pipe(Work& work, Export& run, ExceptionState& thrown) {
     }
     const DescriptorName name(ends[1]);
     run.name = name.text;
-    std::thread reader([&] { pass_on(ends[0], work.output); });
+    std::atomic<bool> is_abandoned = false;
+    std::thread reader([&] { pass_on(ends[0], work.output, is_abandoned); });
     const int caught = except_catch(run_export, &run, &thrown);
+    // The throw may have left the library's own stream open, and the pipe would never end. One byte
+    // wakes the reader, unless it has left already.
+    is_abandoned = caught != 0;
+    const bool is_awake = !caught || write(ends[1], "", 1) == 1;
+    static_cast<void>(is_awake);
     close(ends[1]);
     reader.join();
     return caught;
