@@ -2,11 +2,13 @@
 """Lets each call that asks the system for something fail in turn, in each command of the driver.
 
 usage: run.py --driver NORVANE_PM --inject LIBRARY --kind KIND [--only NAME] [--points N | --all]
+              [--once]
 
 KIND is memory, open, read, write or spawn (inject.c tells what belongs to each). A command is run
 once to count its calls; then once for each call, which fails alone, and once for each call, which
 fails together with all behind it. Where there are more calls than N, that many are taken, evenly
-spread; --all takes each. Whatever fails, the driver has to
+spread; --all takes each. With --once no two fail together: the runtime of a sanitizer ends the process
+when it has no memory itself. Whatever fails, the driver has to
 
 - succeed with the very same results, or end with a report and status 1, or with a report and
   status 3, or, where no frame is there to catch a throw, by an abort behind "file:line: text";
@@ -31,6 +33,7 @@ import zipfile
 TOP = os.path.realpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..'))
 KINDS = ('memory', 'open', 'read', 'write', 'spawn')
 SHARED = struct.Struct('%di' % (4 + len(KINDS)))
+HANGS = 'that never comes: it hangs'
 OLD = b'what was there before\n'
 
 # Name, command, and the file that it writes.
@@ -67,7 +70,7 @@ PREPARATIONS = ('convert main.pm main.xml', 'calc convert main.cl main.clx', 'pa
 def preloading(library):
     """The environment that loads the library first, which a sanitizer wants to be told of."""
     return {'LD_PRELOAD': os.path.abspath(library),
-            'ASAN_OPTIONS': os.environ.get('ASAN_OPTIONS', '') + ':verify_asan_link_order=0'}
+            'ASAN_OPTIONS': os.environ.get('ASAN_OPTIONS', '') + ':verify_asan_link_order=0:alloc_dealloc_mismatch=0'}
 
 
 class Outcome:
@@ -112,9 +115,12 @@ class Bench:
         self.shared[:] = SHARED.pack(kind, at, onwards, 0, *[0] * len(KINDS))
         with open(os.path.join(self.folder, 'main.pm'), 'rb') as model:
             with tempfile.TemporaryFile() as results: # a pipe would take everything
-                done = subprocess.run([self.driver, *command.split()], cwd=self.folder, timeout=60,
-                                      env=self.environment, stdin=model, stdout=results,
-                                      stderr=subprocess.PIPE)
+                try:
+                    done = subprocess.run([self.driver, *command.split()], cwd=self.folder, timeout=30,
+                                          env=self.environment, stdin=model, stdout=results,
+                                          stderr=subprocess.PIPE)
+                except subprocess.TimeoutExpired:
+                    done = subprocess.CompletedProcess(command, HANGS, b'', b'')
                 results.seek(0)
                 done.stdout = results.read()
         outcome = Outcome(done, self.folder, self.temporary, output, SHARED.unpack(self.shared))
@@ -158,7 +164,7 @@ def faults(whole, actual):
         if not re.search(rb'^([\w/.]+:\d+|Fatal glibc error): .', actual.stderr, re.M):
             yield 'an abort without a reason'
     elif actual.status not in (1, 3):
-        yield 'status %d' % actual.status
+        yield 'status %s' % actual.status
     if actual.status != 0 and not actual.stderr:
         yield 'no report'
     if whole.output and not is_acceptable(actual.output, whole, actual.status):
@@ -170,11 +176,14 @@ def faults(whole, actual):
 
 
 def chosen(first, last, points):
-    """That many of the calls from first to last, evenly spread, the last among them."""
+    """That many of the calls from first to last: the last ones, when results are being written, and
+    for the greater part others, evenly spread."""
     count = last - first + 1
     if points == 0 or count <= points:
         return range(first, last + 1)
-    return sorted({last - i * (count - 1) // (points - 1) for i in range(points)})
+    spread = points * 3 // 4
+    return sorted({first + i * (count - 1) // (spread - 1) for i in range(spread)} |
+                  set(range(last - (points - spread), last + 1)))
 
 
 def main():
@@ -184,10 +193,12 @@ def main():
     parser.add_argument('--kind', required=True, choices=KINDS)
     parser.add_argument('--only')
     parser.add_argument('--points', type=int, default=60)
+    parser.add_argument('--once', action='store_true')
     parser.add_argument('--all', action='store_true')
     arguments = parser.parse_args()
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     kind = KINDS.index(arguments.kind)
+    modes = (False,) if arguments.once else (False, True)
     points = 0 if arguments.all else arguments.points
 
     def try_command(named):
@@ -199,7 +210,7 @@ def main():
             whole = bench.run(command, output)
             wrong = []
             calls = chosen(start + 1, whole.calls[kind], points)
-            for onwards in (False, True):
+            for onwards in modes:
                 for at in calls:
                     actual = bench.run(command, output, kind, at, onwards)
                     wrong += ['norvane-pm %s: %s call %d%s: %s\n%s' % (
@@ -207,9 +218,9 @@ def main():
                         actual.stderr.decode('latin-1')) for fault in faults(whole, actual)]
                     forget_new_files(bench, whole.files)
             if whole.status != (1 if name == 'wrong' else 0):
-                wrong.append('norvane-pm %s: status %d without any failure\n%s' % (
+                wrong.append('norvane-pm %s: status %s without any failure\n%s' % (
                     command, whole.status, whole.stderr.decode('latin-1')))
-            return name, whole.calls[kind] - start, 2 * len(calls), wrong
+            return name, whole.calls[kind] - start, len(modes) * len(calls), wrong
 
     wanted = [named for named in COMMANDS if arguments.only in (None, named[0])]
     failed = 0
