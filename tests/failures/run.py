@@ -30,7 +30,6 @@ import sys
 import tempfile
 import zipfile
 
-TOP = os.path.realpath(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..'))
 KINDS = ('memory', 'open', 'read', 'write', 'spawn')
 SHARED = struct.Struct('%di' % (4 + len(KINDS)))
 HANGS = 'that never comes: it hangs'
