@@ -11,7 +11,8 @@ spread; --all takes each. With --once no two fail together: the runtime of a san
 when it has no memory itself. Whatever fails, the driver has to
 
 - succeed with the very same results, or end with a report and status 1, or with a report and
-  status 3, or, where no frame is there to catch a throw, by an abort behind "file:line: text";
+  status 3, or, where no frame is there to catch a throw, by an abort behind "file:line: text", or,
+  where a scanner has no memory, with its text and status 2;
 - leave no file behind, but for what the preprocessor wrote where it failed;
 - leave the file that it was to write as it was, or whole.
 """
@@ -162,6 +163,10 @@ def faults(whole, actual):
         # The C library has a text of its own where it cannot note what a thread is to clean up.
         if not re.search(rb'^([\w/.]+:\d+|Fatal glibc error): .', actual.stderr, re.M):
             yield 'an abort without a reason'
+    elif actual.status == 2:
+        # A scanner ends the process where it has no memory for its buffer; callers know its texts.
+        if not re.search(rb'^(out of dynamic memory in|fatal error - scanner input buffer)', actual.stderr, re.M):
+            yield 'status 2, but no scanner ended the process'
     elif actual.status not in (1, 3):
         yield 'status %s' % actual.status
     if actual.status != 0 and not actual.stderr:

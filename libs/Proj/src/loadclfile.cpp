@@ -31,9 +31,13 @@ PolyHash* parse(const char* input_name) {
     // The texts belong to the arguments and variables that they name.
     cl.local_names = pset_new(100, poly_compare_string, nullptr, poly_hash_string, nullptr);
     str_snprintf(cl.input_name, sizeof cl.input_name, "%s", input_name);
-    const bool is_parsed = clparse() == 0;
-    if (cl_read_failed()) report_error(ERR_FILE_OPEN(input_name));
-    if (!is_parsed || cl_read_failed()) {
+    bool is_loaded = clparse() == 0;
+    // What was read makes sense by chance alone if there should be more of it.
+    if (is_loaded && cl_read_failed()) {
+        report_error(ERR_FILE_OPEN(input_name));
+        is_loaded = false;
+    }
+    if (!is_loaded) {
         calc_delete(cl.calc);
         cl.calc = nullptr;
     }

@@ -65,9 +65,13 @@ Project* lpm_load_file(FILE* file, char* filename) {
     pm.buffer = ustr_new();
     pm.line = 0;
     pm.comment_depth = 0;
-    const bool is_parsed = pmparse() == 0;
-    if (pm_read_failed()) report_error(ERR_FILE_OPEN(filename));
-    if (!is_parsed || pm_read_failed()) {
+    bool is_loaded = pmparse() == 0;
+    // What was read makes sense by chance alone if there should be more of it.
+    if (is_loaded && pm_read_failed()) {
+        report_error(ERR_FILE_OPEN(filename));
+        is_loaded = false;
+    }
+    if (!is_loaded) {
         proj_delete(pm.project);
         pm.project = nullptr;
     }

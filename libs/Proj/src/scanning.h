@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
 namespace norvane {
@@ -26,15 +25,6 @@ struct SourceFile {
     // Fills the buffer; 0 at the end of the input alone.
     int read(char* buffer, std::size_t size);
 };
-
-// What a scanner does in the place of ending the process, for want of memory as a rule: it throws,
-// and forgets a buffer that it may have lost, so that the next source finds it as at the beginning.
-#define NORVANE_SCANNER_FAILS(message)                                                             \
-    do {                                                                                           \
-        yy_init = 0;                                                                               \
-        yy_delete_buffer(YY_CURRENT_BUFFER);                                                       \
-        NORVANE_FAIL("%s", message);                                                               \
-    } while (0)
 
 // A new string of `length` bytes and a terminator, in memory of `room` bytes.
 inline char* copy_text(const char* text, std::size_t length, std::size_t room) {
