@@ -64,7 +64,8 @@ class Parser:
                 self.code()
 
     def put(self, line, lines=1):
-        self.marked.append(line)
+        """Writes what stands for so many lines, in as many."""
+        self.marked.append(line + '\n' * (lines - 1 - line.count('\n')))
         self.at += lines
 
     def comment_end(self, start):
@@ -81,12 +82,12 @@ class Parser:
         text = '\n'.join(re.sub(r'^\s*(?:/\*|\*(?!/)|//) ?|\s*\*/$', '', line) for line in block)
         next_line = self.lines[end].strip() if end < len(self.lines) else ''
         if self.at == 0:
-            self.put('/** @file\n' + self.escaped(text) + ' */', len(block))
+            self.put('/** ' + self.escaped(text) + ' @file */', len(block))
         elif next_line and not ENDING.match(next_line):
             group = functions_in('\n'.join(self.lines[end:]).split('\n\n')[0])
             said = self.escaped(text)
             if len(group) > 1:
-                said += '\n@par Said of\n' + ', '.join(name + '()' for name in group)
+                said += ' <i>Said of %s.</i>' % ', '.join(name + '()' for name in group)
             self.comments[self.depth] = said
             self.fresh = True
             self.put('/** ' + said + ' */', len(block))
@@ -113,7 +114,7 @@ class Parser:
             line += ' /**< %s */' % COVERED
         self.follow(code)
         if front:
-            line = '/** %s */ %s' % (front, line)
+            line = '/** %s */ %s' % (front.replace('\n', ' '), line)
         if not trailing:
             self.put(line)
             return
