@@ -369,6 +369,10 @@ struct Deep {
     unsigned nodes; // on the deep side, simplified
 };
 
+void PrintTo(const Deep& deep, std::ostream* stream) {
+    *stream << deep.name;
+}
+
 class DeepRules : public testing::TestWithParam<Deep> {};
 
 TEST_P(DeepRules, AreSimplifiedAndExpandedOnASmallStack) {
