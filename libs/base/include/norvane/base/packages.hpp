@@ -113,7 +113,7 @@ class NORVANE_BASE_API CMubPackageModel {
     String name_;
 };
 
-// A package of a compiled model, and of others that it was made with.
+// A compiled package, of one model or more.
 class NORVANE_BASE_API CMubPackage : public CFilePackage {
   public:
     CMubPackage();
