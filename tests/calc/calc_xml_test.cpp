@@ -459,14 +459,6 @@ TEST(CalcXml, CalculationsAreReadOutOfPackages) {
 
 // Shapes.
 
-std::string repeated(std::size_t times, const std::string& text) {
-    std::string result;
-    result.reserve(times * text.size());
-    while (times-- > 0)
-        result += text;
-    return result;
-}
-
 TEST(CalcXml, AMillionNestedElementsAreReadWrittenAndRefused) {
     const struct {
         std::size_t levels;
@@ -490,8 +482,8 @@ TEST(CalcXml, AMillionNestedElementsAreReadWrittenAndRefused) {
     with_small_stack([&] {
         for (const auto& shape : shapes) {
             const auto nested = [&](const char* core) {
-                return document(shape.head + repeated(shape.levels, shape.begin) + core +
-                                repeated(shape.levels, shape.end) + shape.tail);
+                return document(shape.head + repeated(shape.begin, shape.levels) + core +
+                                repeated(shape.end, shape.levels) + shape.tail);
             };
             const CalcPtr calc = read(nested(shape.core));
             ASSERT_TRUE(calc) << shape.begin;
@@ -504,16 +496,16 @@ TEST(CalcXml, AMillionNestedElementsAreReadWrittenAndRefused) {
             EXPECT_FALSE(read(nested(shape.core) + "<!"));
             EXPECT_EQ(reports.names(), "ERR_XML_MALFORMED ERR_XML_MALFORMED");
         }
-        const CalcPtr calc = read("<mu>" + repeated(1'000'000, "<what>") +
-                                  repeated(1'000'000, "</what>") + "<calculation/></mu>");
+        const CalcPtr calc = read("<mu>" + repeated("<what>", 1'000'000) +
+                                  repeated("</what>", 1'000'000) + "<calculation/></mu>");
         EXPECT_TRUE(calc);
     });
 }
 
 TEST(CalcXml, WideDocumentsAreReadToTheirEnd) {
     constexpr unsigned count = 300'000;
-    const CalcPtr calc = read(document("<e>" + repeated(count, "<arg name='a' type='int'/>") +
-                                       repeated(count, "<stmt><break_stmt/></stmt>") + "</e>"));
+    const CalcPtr calc = read(document("<e>" + repeated("<arg name='a' type='int'/>", count) +
+                                       repeated("<stmt><break_stmt/></stmt>", count) + "</e>"));
     ASSERT_TRUE(calc);
     const CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
     EXPECT_EQ(func->args->len, count);

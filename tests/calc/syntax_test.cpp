@@ -262,14 +262,6 @@ TEST(CalcStateDeathTest, TheColonIsWarnedOfOnceInAProcess) {
                 "ERR_PARSER: input string .3.: parse error, unexpected \"\\?\"");
 }
 
-std::string repeated(const std::string& text, std::size_t times) {
-    std::string result;
-    result.reserve(text.size() * times);
-    for (; times > 0; --times)
-        result += text;
-    return result;
-}
-
 TEST(CalcLimits, NestingIsParsedUpToTheStackOfTheParser) {
     // How often each fits beside what stands around it in a stack of 10000 entries.
     const struct {

@@ -215,14 +215,6 @@ TEST(Scanner, AnOpenDirectiveIsEchoedAndGoesOnInTheNextLoad) {
     EXPECT_EQ(places("line 8 \"b\"\nvariable x : boolean;"), "b | x@0:8");
 }
 
-std::string repeated(const std::string& text, std::size_t times) {
-    std::string result;
-    result.reserve(text.size() * times);
-    for (; times > 0; --times)
-        result += text;
-    return result;
-}
-
 TEST(Limits, DeepNestingIsParsedOrReportedInASmallStack) {
     with_small_stack([] {
         const char* overflow = "ERR_PARSER: model.pm (0): parser stack overflow\n";

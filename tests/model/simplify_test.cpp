@@ -338,13 +338,6 @@ TEST(Simplify, StopsOnTreesThatTheCheckerWouldHaveRefused) {
               "1: expr");
 }
 
-std::string repeated(const std::string& text, int times) {
-    std::string result;
-    for (int i = 0; i < times; ++i)
-        result += text;
-    return result;
-}
-
 // What is left of a tree that is too deep to be printed whole.
 unsigned count_nodes(const Expr* expr) {
     unsigned nodes = 1;

@@ -298,14 +298,6 @@ std::size_t count(const std::string& text, const std::string& part) {
     return found;
 }
 
-std::string repeated(std::size_t times, const std::string& text) {
-    std::string result;
-    result.reserve(times * text.size());
-    while (times-- > 0)
-        result += text;
-    return result;
-}
-
 TEST(ModelXml, AConjunctionOfAMillionTermsIsOneElementOutAndAChainIn) {
     constexpr unsigned terms = 1'000'000;
     const auto leaf = [] { return expr_new_intconst(OPR_BOOLCONST, 1, 1); };
@@ -353,8 +345,8 @@ TEST(ModelXml, AMillionNestedElementsAreReadWrittenAndRefused) {
          "<type><bool/></type>", "</vardecl></record></type>", "</typedecl>"},
     };
     for (const auto& s : shapes) {
-        const std::string begin = "<model>" + (s.head + repeated(s.levels, s.begin));
-        const std::string end = repeated(s.levels, s.end) + s.tail + "</model>";
+        const std::string begin = "<model>" + (s.head + repeated(s.begin, s.levels));
+        const std::string end = repeated(s.end, s.levels) + s.tail + "</model>";
         with_small_stack([&] {
             const XmlFile file;
             file.put(begin + s.core + end);

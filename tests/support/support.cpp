@@ -169,6 +169,14 @@ std::vector<std::string> TemporaryFolder::names() const {
     return names;
 }
 
+std::string repeated(const std::string& text, std::size_t times) {
+    std::string result;
+    result.reserve(text.size() * times);
+    for (; times > 0; --times)
+        result += text;
+    return result;
+}
+
 std::string read_file(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     std::ostringstream text;

@@ -109,6 +109,9 @@ class TemporaryFolder {
     std::string path_;
 };
 
+// The text, so many times in a row.
+std::string repeated(const std::string& text, std::size_t times);
+
 std::string read_file(const std::string& path);
 
 // The content of a data file, by its path below tests, such as "model/data/check.txt".

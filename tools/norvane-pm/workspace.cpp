@@ -57,7 +57,6 @@ struct Job {
     ZEBWorkspace* workspace = nullptr;
     PolyList* commands = nullptr;
     int status = STATUS_FAILURE;
-    bool has_said = false; // why it failed, in words of our own
 };
 
 void release(Job& job) {
@@ -72,22 +71,10 @@ const char* null_if_empty(const std::string& text) {
     return text.empty() ? nullptr : text.c_str();
 }
 
-// Says what has no name among the errors.
-void say(Format format, const std::string& text) {
-    const std::string report = format == Format::json ? to_json({"error", "", text, {"", 0, text}})
-                                                      : "norvane-pm: " + for_terminal(text) + "\n";
-    std::fwrite(report.data(), 1, report.size(), stderr);
-}
-
-void report(ErrorInfo* error, int line = __builtin_LINE(), const char* file = __builtin_FILE()) {
-    err_set_position(error, line, file);
-    msg_report_error(ERROR_TYPE_ERROR, error);
-}
-
 int report_failure(Job& job, const ExceptionState& thrown) {
     job.diagnostics->mute();
-    say(job.options->format, std::string("internal failure: ") + thrown.message + " (thrown by " +
-                                 thrown.file + " " + std::to_string(thrown.line) + ")");
+    job.diagnostics->say(std::string("internal failure: ") + thrown.message + " (thrown by " +
+                         thrown.file + " " + std::to_string(thrown.line) + ")");
     return STATUS_INTERNAL_FAILURE;
 }
 
@@ -108,12 +95,13 @@ int run(const WorkspaceOptions& options, void (*work)(Job&), void (*print)(const
     if (except_catch(body, &call, &thrown)) return report_failure(job, thrown);
     const bool succeeded = job.status == STATUS_SUCCESS;
     if (succeeded && print) print(job);
-    if (!job.has_said) diagnostics.close(succeeded);
+    diagnostics.close(succeeded);
     if (orderly_exit) release(job);
     return succeeded ? STATUS_OK : STATUS_INPUT_AT_FAULT;
 }
 
 bool load(Job& job) {
+    job.diagnostics->begin("loading", job.options->file);
     job.workspace = zeb_workspace_load(job.options->file.c_str());
     return job.workspace != nullptr;
 }
@@ -324,16 +312,15 @@ int commands(const WorkspaceOptions& options) {
 // What the library does not say of a package that was not made.
 void say_what_is_missing(Job& job, const std::string& folder) {
     if (job.status == STATUS_SUCCESS || job.diagnostics->has_reported()) return;
-    say(job.options->format, "no package was made: " + folder + "/" + job.options->project +
-                                 ".mu is not there or cannot be read");
-    job.has_said = true;
+    job.diagnostics->say("no package was made: " + folder + "/" + job.options->project +
+                         ".mu is not there or cannot be read");
 }
 
 int package_of_project(const WorkspaceOptions& options) {
     return run(options, [](Job& job) {
         if (!load(job)) return;
         ZEBProject* project = zeb_workspace_get_project(job.workspace, job.project);
-        if (!project) return report(ERR_ZEB_PROJECT_NOT_FOUND(job.project));
+        if (!project) return report_error(ERR_ZEB_PROJECT_NOT_FOUND(job.project));
         job.status =
             zeb_project_make_mub(project, null_if_empty(job.options->type), job.options->debug);
         say_what_is_missing(job, ".");
@@ -359,16 +346,16 @@ bool measure(CFilePtr& member, std::size_t& size) {
 }
 
 // False after saying that it cannot be read.
-bool list_member(CFilePackage& package, std::size_t index, Format format) {
+bool list_member(CFilePackage& package, std::size_t index, Diagnostics& diagnostics) {
     const String name = package.memberName(index);
     CFilePtr member = package.open(name, NorvaneCpp::FILE_OPEN_READ);
     std::size_t size = 0;
     if (!member.isOpen() || !measure(member, size)) {
-        say(format, "the member " + utf8(name.GetStr()) +
+        diagnostics.say("the member " + utf8(name.GetStr()) +
                         " cannot be read: it is damaged, or its name leaves its folder");
         return false;
     }
-    if (format == Format::json)
+    if (diagnostics.format() == Format::json)
         std::printf("%s\n", Json({{"member", utf8(name.GetStr())}, {"size", size}}).dump().c_str());
     else
         std::printf("%10zu  %s\n", size, for_terminal(utf8(name.GetStr())).c_str());
@@ -379,14 +366,14 @@ int package_list(const WorkspaceOptions& options) {
     Diagnostics diagnostics(options.format);
     CFilePackage package;
     if (!package.openPackage(options.file.c_str(), "")) {
-        report(ERR_FILE_OPEN(options.file.c_str()));
+        report_error(ERR_FILE_OPEN(options.file.c_str()));
         diagnostics.close(false);
         return STATUS_INPUT_AT_FAULT;
     }
     const std::size_t count = package.memberCount();
     bool all_read = true;
     for (std::size_t i = 0; i < count && !results_refused(); ++i)
-        all_read = list_member(package, i, options.format) && all_read;
+        all_read = list_member(package, i, diagnostics) && all_read;
     return all_read ? STATUS_OK : STATUS_INPUT_AT_FAULT;
 }
 

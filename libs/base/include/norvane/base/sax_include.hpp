@@ -25,7 +25,7 @@ enum ChildTagState : int {
     CHILD_ANY = 3,
 };
 
-// A row of a child specification, which a null tag ends.
+// A row of a table of the children that an element may have, which a null tag ends.
 struct ChildTag {
     const char* tag;
     ChildTagState state;
@@ -96,7 +96,7 @@ NORVANE_BASE_API void stack_pop(SaxInfo* pi);
 
 // For handlers.
 
-// 1 if the children are as the specification has it. If not: 0, or, with `report`, throws "Missing
+// 1 if the children are as the table has them. If not: 0, or, with `report`, throws "Missing
 // expected child" or "Found invalid children".
 NORVANE_BASE_API int sax_check_children(const StackData* sd, SaxChildren children,
                                         const ChildTag* valid_tags, int report);
