@@ -22,6 +22,7 @@
 #include "norvane/proj/simplify.h"
 #include "norvane/proj/staticsem.h"
 #include "poly_adaptors.h"
+#include "rules_ahead.h"
 #include "staticsem_internal.h"
 
 namespace norvane {
@@ -210,7 +211,8 @@ PolyList* proj_get_expanded_rules_decls(Project* project, SymbolTable* symboltab
     NORVANE_ASSERT(symboltable);
     PolyList* rules = plist_new(nullptr, nullptr, poly<expr_delete>);
     Expansion in{project, symboltable, simplify != 0, rules, decls, {}};
-    for (RuleDecl* decl : items<RuleDecl>(project->ruledecllist))
+    RulesAhead decls_ahead(symboltable, project->ruledecllist);
+    while (RuleDecl* decl = decls_ahead.next())
         list_rule(in, new_rule(in, decl), decl);
     for (const VarDecl* variable : items<VarDecl>(project->vardecllist)) {
         Plan* plan = nullptr;

@@ -9,6 +9,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
+#include "rules_ahead.h"
 #include "staticsem_internal.h"
 
 namespace norvane {
@@ -151,7 +152,8 @@ Project* simplify_project(Project* project, SymbolTable* symboltable) {
                                          &environment, UNDEF_LINENO) == STATUS_SUCCESS);
         proj_add_vardecl(result, simplify_vardecl(in, vardecl, environment));
     }
-    for (const RuleDecl* rule : items<RuleDecl>(project->ruledecllist)) {
+    RulesAhead rules(symboltable, project->ruledecllist);
+    while (const RuleDecl* rule = rules.next()) {
         Expr* expr = simplify_expr(project, symboltable, rule->rule);
         proj_add_ruledecl(result,
                           decl_new_ruledecl(expr, str_null_copy(rule->comment), rule->linenumber));

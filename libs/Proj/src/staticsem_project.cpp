@@ -12,6 +12,7 @@
 #include "norvane/proj/staticsem.h"
 #include "poly_adaptors.h"
 #include "report.h"
+#include "rules_ahead.h"
 #include "staticsem_internal.h"
 
 namespace norvane {
@@ -207,7 +208,8 @@ int check_rules(const CheckContext& check) {
     msg_report_prgs_start(MSG_PRGS_SUB_JOB, "Checking rules");
     const int job = msg_get_progress_job();
     int status = STATUS_SUCCESS;
-    for (RuleDecl* rule : items<RuleDecl>(check.project->ruledecllist)) {
+    RulesAhead rules(check.symboltable, check.project->ruledecllist);
+    while (RuleDecl* rule = rules.next()) {
         status = ssem_check_rule(check, rule->rule);
         if (status != STATUS_SUCCESS) break;
     }

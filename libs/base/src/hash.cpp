@@ -89,6 +89,24 @@ int phash_peek_hashed(const PolyHash* hash, const void* key, unsigned key_hash, 
     return STATUS_SUCCESS;
 }
 
+void phash_prefetch_slot(const PolyHash* hash, unsigned key_hash) {
+    NORVANE_ASSERT(hash);
+    __builtin_prefetch(hash_home(hash->core, key_hash));
+}
+
+const HashEntry* phash_prefetch_entry(const PolyHash* hash, unsigned key_hash) {
+    NORVANE_ASSERT(hash);
+    const HashEntry* entry = hash_candidate(hash->core, key_hash);
+    __builtin_prefetch(entry);
+    return entry;
+}
+
+void* phash_prefetch_key(const HashEntry* entry) {
+    if (entry == nullptr) return nullptr;
+    __builtin_prefetch(entry->key);
+    return entry->value.pointer;
+}
+
 int phash_remove(PolyHash* hash, const void* key) {
     NORVANE_ASSERT(hash);
     HashEntry* entry = find(hash, key);

@@ -123,6 +123,15 @@ HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
     return nullptr;
 }
 
+const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash) {
+    if (core->slots == nullptr) return nullptr;
+    const std::uint32_t mask = mask_of(core);
+    for (std::uint32_t at = hash & mask; core->slots[at].position != 0; at = (at + 1) & mask) {
+        if (core->slots[at].hash == hash) return &core->entries[core->slots[at].position - 1];
+    }
+    return nullptr;
+}
+
 HashEntry* hash_add(HashCore* core, void* key, std::uint32_t hash) {
     if (core->used == core->capacity) make_room(core);
     HashEntry* entry = &core->entries[core->used];

@@ -54,6 +54,13 @@ inline std::uint32_t hash_key(PolyHashFunction function, const void* key) {
 HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
                      PolyCompare compare);
 
+// Where a look-up begins to read the index, or null while there is none; and the entry that it is
+// going to compare first, or null.
+inline const HashSlot* hash_home(const HashCore* core, std::uint32_t hash) {
+    return core->slots == nullptr ? nullptr : &core->slots[hash & (2 * core->capacity - 1)];
+}
+const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash);
+
 // Adds an entry for a key that is not there; the caller fills in the value.
 HashEntry* hash_add(HashCore* core, void* key, std::uint32_t hash);
 
