@@ -17,15 +17,16 @@ const Expr* rule_at(const PolyListNode* node) {
     return static_cast<const RuleDecl*>(node->element)->rule;
 }
 
-// The name that a path begins with.
+// The name that a path begins with. A broken tree may have none: whoever works on it will say so.
 const char* first_name(const IdCon* idcon) {
     while (idcon->contype == IDCON_COMPOSIT)
         idcon = idcon->args.compositid.hier;
-    return idcon->args.id.idname;
+    const bool has_name = idcon->contype == IDCON_SIMPLE || idcon->contype == IDCON_ARRAY;
+    return has_name ? idcon->args.id.idname : nullptr;
 }
 
-// The operands of an expression that is still to be looked at, the last one first. A few at a time is
-// enough: what finds no room is left out.
+// The operands of an expression that is still to be looked at, the last one first. A few at a time
+// is enough: what finds no room is left out.
 class Pending {
   public:
     void push(const Expr* expr) {
@@ -140,8 +141,10 @@ void RulesAhead::collect(Names& names, const Expr* rule) const {
             continue;
         }
         if (names.count == sizeof names.names / sizeof *names.names) return;
+        const char* name = first_name(expr->args.idcon);
+        if (name == nullptr) continue;
         // Both tables have the same callbacks.
-        names.names[names.count++].hash = phash_hash_of(global_, first_name(expr->args.idcon));
+        names.names[names.count++].hash = phash_hash_of(global_, name);
     }
 }
 

@@ -1,9 +1,9 @@
 // Walking through the rules of a project, reading ahead.
 //
 // In a large project such a walk would wait for memory most of the time: rules lie one behind the
-// other, but their names lead all over the symbol table. Both are known in advance, so what a rule is
-// going to read is asked for while the rules before it are worked on, in steps that follow each other
-// at the distance of one rule. It is a hint to the processor: no result depends on it.
+// other, but their names lead all over the symbol table. Both are known in advance, so what a rule
+// is going to read is asked for while the rules before it are worked on, in steps that follow each
+// other at the distance of one rule. It is a hint to the processor: no result depends on it.
 #ifndef NORVANE_PROJ_RULES_AHEAD_H
 #define NORVANE_PROJ_RULES_AHEAD_H
 
@@ -15,8 +15,8 @@ namespace norvane {
 
 class RulesAhead {
   public:
-    // Neither the list nor the table may change during the walk, but for environments that are pushed
-    // and popped again.
+    // Neither the list nor the table may change during the walk, but for environments that are
+    // pushed and popped again.
     RulesAhead(const SymbolTable* symboltable, const PolyList* rules);
 
     // The next rule of the list, or null behind the last one.

@@ -66,12 +66,12 @@ NORVANE_BASE_API unsigned phash_hash_of(const PolyHash* hash, const void* key);
 NORVANE_BASE_API int phash_peek_hashed(const PolyHash* hash, const void* key, unsigned key_hash,
                                        void** out);
 
-/* The steps of a look-up that wait for memory, one by one, for who knows early which keys come: each
- * asks for what the next one reads, and returns at once, so that other work can be done in between,
- * such as the steps of other keys. Nothing depends on them, and nothing is changed; the table must
- * not be, until all are done. phash_prefetch_entry returns the pair that is likely meant, or null;
- * phash_prefetch_key the value of it, before the key was looked at. Small tables are at hand: they
- * give null. */
+/* The steps of a look-up that wait for memory, one by one, for who knows early which keys come:
+ * each asks for what the next one reads, and returns at once, so that other work can be done in
+ * between, such as the steps of other keys. Nothing depends on them, and nothing is changed; the
+ * table must not be, until all are done. phash_prefetch_entry returns the pair that is likely
+ * meant, or null; phash_prefetch_key the value of it, before the key was looked at. Small tables
+ * are at hand: they give null. */
 NORVANE_BASE_API void phash_prefetch_slot(const PolyHash* hash, unsigned key_hash);
 NORVANE_BASE_API const struct HashEntry* phash_prefetch_entry(const PolyHash* hash,
                                                               unsigned key_hash);
