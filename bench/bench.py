@@ -1,18 +1,21 @@
 #!/usr/bin/env python3
-"""Measures the stages of the model pipeline on generated models, and prints one table.
+"""Measures the stages of the library on generated input at three sizes, and prints one table.
 
-usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] PROGRAM [--against PROGRAM]
+usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] [--peers DRIVER] PROGRAM
+       bench.py ... PROGRAM --against PROGRAM
 
-PROGRAM is a built pipeline_bench, with the other programs beside it. Each workload is measured at three
-sizes, a decade apart (the two smaller ones with --quick). Behind the figures of two sizes stands the
-growth of each stage from one to the next: the exponent by which its time follows the work that it
-does; 1 is linear. For the stages that look names up, another row has the exponent by which their time
-follows that of the bare look-up: 1 is as the memory allows. The last two workloads have programs and
-tables of their own: calc is the road of a calculation (calc_bench), xml the reading and writing of
-models and of calculations in XML (model_xml_bench, calc_xml_bench).
+PROGRAM is a built pipeline_bench, with the other programs beside it. The sizes are a decade apart (with
+--quick, the two smaller ones). The cells of a line hold a figure for each of them: the rate; the growth,
+which is the exponent by which the time follows the work from one size to the next, 1 being linear; how
+many times as long the stage takes as its floor, which does no more than the stage cannot do without; and
+the peak of memory.
+
+With --peers, the commands of DRIVER are run in turns with other tools that do the same work, those of
+them that there are (peers/run.sh). The last column shows how many times as long those take.
 
 With --against, both programs run in turns, and the table shows how many times as long the other one
-takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It leaves these two out.
+takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It has the workloads of
+the pipeline only.
 """
 import argparse
 import json
@@ -30,61 +33,134 @@ SIZES = {
     'loops': (5000, 50000, 500000),
     'values': (500, 5000, 50000),
     'chain': (10000, 100000, 1000000),
+    'calc': (100, 1000, 10000),
+    'model-xml': (1, 10, 100),
+    'calc-xml': (1, 10, 100),
 }
-CALC_FUNCTIONS = (100, 1000, 10000)
-XML_MEGABYTES = (1, 10, 100)
-STAGES = ('preprocess', 'parse', 'check', 'simplify', 'expand', 'print', 'free', 'look-up', 'total')
-# Those whose growth stands beside that of looking their names up.
-LOOKING_UP = ('check', 'simplify', 'expand')
+XML_PROGRAMS = {'model-xml': 'model_xml_bench', 'calc-xml': 'calc_xml_bench'}
+PIPELINE = [name for name in SIZES if name not in XML_PROGRAMS and name != 'calc']
+PEERS = ['startup', 'flat', 'records', 'loops', 'calc']
 # Shorter than that, a stage is no measure of anything.
 LEAST_SECONDS = 0.0005
+MEBIBYTE = 1 << 20
+# A process cannot show less than the one that started it.
+LEAST_PEAK = 20 * MEBIBYTE
+BETWEEN = ' · '
 
 
-def run(program, model, seconds):
-    done = subprocess.run([program, model, str(seconds)], capture_output=True, text=True, check=False)
+def run(*command):
+    done = subprocess.run([str(word) for word in command], capture_output=True, text=True, check=False)
     if done.returncode != 0:
-        sys.exit('%s %s: %s' % (program, model, done.stderr or 'ended with %d' % done.returncode))
+        sys.exit('%s: %s' % (command[0], done.stderr or 'ended with %d' % done.returncode))
     return json.loads(done.stdout)
 
 
-def generate(folder, workload, size):
-    model = os.path.join(folder, '%s_%d.pm' % (workload, size))
-    subprocess.run([sys.executable, os.path.join(HERE, 'generate.py'), workload, str(size), model], check=True)
-    return model
+class Programs:
+    """The built programs, and how a workload of some size is given to them."""
+
+    def __init__(self, arguments, folder):
+        self.built = os.path.dirname(arguments.program)
+        self.arguments = arguments
+        self.folder = folder
+
+    def generated(self, workload, size):
+        model = os.path.join(self.folder, '%s_%d.pm' % (workload, size))
+        subprocess.run([sys.executable, os.path.join(HERE, 'generate.py'), workload, str(size), model], check=True)
+        return model
+
+    def run_built(self, name, *arguments):
+        return run(os.path.join(self.built, name), *arguments)
+
+    def pipeline(self, workload, size):
+        model = self.generated(workload, size)
+        stages = run(self.arguments.program, model, self.arguments.seconds)
+        preprocessed = model + '.i'
+        with open(preprocessed, 'wb') as text:
+            subprocess.run(['cpp', '-P', model], stdout=text, check=True)
+        return {**stages, **self.run_built('scan_bench', 'pm', preprocessed, self.arguments.seconds / 4)}
+
+    def calculations(self, size):
+        generator = os.path.join(HERE, 'peers', 'gen_calc.py')
+        subprocess.run([sys.executable, generator, str(size), self.folder, '--formats', 'cl'], check=True,
+                       stdout=subprocess.DEVNULL)
+        source, model = (os.path.join(self.folder, name) for name in ('calc.cl', 'calc_model.pm'))
+        return {**self.run_built('calc_bench', source, model, self.arguments.seconds),
+                **self.run_built('scan_bench', 'cl', source, self.arguments.seconds / 4)}
+
+    def stages_of(self, workload, size):
+        if workload in XML_PROGRAMS:
+            return self.run_built(XML_PROGRAMS[workload], size, self.arguments.rounds)
+        return self.calculations(size) if workload == 'calc' else self.pipeline(workload, size)
+
+
+def row(*cells):
+    print('| ' + ' | '.join(cells) + ' |', flush=True)
+
+
+def figures(values):
+    """One cell of a figure for each size; empty if there is none at all."""
+    shown = ['-' if value is None else '%.3g' % value if value < 100 else '%.0f' % value for value in values]
+    return '' if set(shown) <= {'-'} else BETWEEN.join(shown)
 
 
 def rate(stage):
-    if stage['seconds'] < LEAST_SECONDS:
-        return '-'
-    amount = stage['units'] / stage['seconds'] / 1e6
-    return '%.4g %s' % (amount, {'byte': 'MB/s', 'node': 'Mn/s'}[stage['unit']])
+    return stage['units'] / stage['seconds'] / 1e6 if stage['seconds'] >= LEAST_SECONDS and stage['units'] else None
 
 
 def growth(smaller, larger):
     work = larger['units'] / (smaller['units'] or 1)
     if work < 3 or smaller['seconds'] < LEAST_SECONDS:
-        return '-'
-    return '%.2f' % (math.log(larger['seconds'] / smaller['seconds']) / math.log(work))
+        return None
+    return math.log(larger['seconds'] / smaller['seconds']) / math.log(work)
 
 
-def growth_over_look_up(name, smaller, larger):
-    floors = [result['look-up']['seconds'] for result in (smaller, larger)]
-    if name not in LOOKING_UP or floors[0] < LEAST_SECONDS:
-        return ''
-    return growth(*({'units': floor, 'seconds': result[name]['seconds']}
-                    for floor, result in zip(floors, (smaller, larger))))
+def over_floor(stage, floor):
+    return stage['seconds'] / floor['seconds'] if stage['seconds'] >= LEAST_SECONDS else None
 
 
-def memory_growth(smaller, larger):
-    work = larger['total']['units'] / max(1, smaller['total']['units'])
-    # Below that the program and its libraries are most of it.
-    if work < 3 or smaller['peak_kib'] < 20000:
-        return '-'
-    return '%.2f' % (math.log(larger['peak_kib'] / smaller['peak_kib']) / math.log(work))
+def mebibytes(peaks):
+    shown = figures(peak / MEBIBYTE if peak >= LEAST_PEAK else None for peak in peaks)
+    return shown and shown + ' MiB'
 
 
-def row(*cells):
-    print('| %-8s | %8s |' % cells[:2] + ''.join(' %11s |' % cell for cell in cells[2:]), flush=True)
+def print_stage(workload, name, results):
+    stages = [result[name] for result in results]
+    unit = {'byte': ' MB/s', 'node': ' Mn/s'}[stages[0]['unit']]
+    floor = stages[0]['floor']
+    floors = figures(over_floor(stage, result[floor]) for stage, result in zip(stages, results)) if floor else ''
+    rates = figures(rate(stage) for stage in stages)
+    row(workload, name, rates + unit if rates else '-', '', figures(growth(*pair) for pair in zip(stages, stages[1:])),
+        floors and floors + ' × ' + floor, mebibytes(stage['peak'] for stage in stages), '')
+
+
+def print_command(workload, commands):
+    """A command of the driver, at all sizes, and the peers beside it."""
+    ours = commands.pop('ours')
+    rates = figures(result['bytes'] / result['cpu'] / 1e6 for result in ours)
+    floors = [1 / result['ratio'] if result.get('ratio') else None for result in commands.pop('floor cpp', [])]
+    commands = {name: results for name, results in commands.items() if not name.startswith('floor')}
+    peers = [name + ' ' + figures(result.get('ratio') for result in results) for name, results in commands.items()
+             if 'ratio' in results[-1]]
+    growths = [math.log(b['cpu'] / a['cpu']) / math.log(b['size'] / a['size']) if a['cpu'] > 0.02 else None
+               for a, b in zip(ours, ours[1:])]
+    units = figures(result['units'] / result['cpu'] for result in ours)
+    row(workload, 'the command', rates + ' MB/s', units + ' ' + ours[0]['unit'] + '/s', figures(growths),
+        figures(floors) and figures(floors) + ' × cpp', mebibytes(result['rss'] * MEBIBYTE for result in ours),
+        ', '.join(peers))
+
+
+def measure_peers(folder, arguments, names):
+    results = os.path.join(folder, 'peers.jsonl')
+    environment = {**os.environ, 'NORVANE_PM': arguments.peers}
+    subprocess.run(['bash', os.path.join(HERE, 'peers', 'run.sh'), '-n', str(arguments.rounds), '-o', results,
+                    *(['-q'] if arguments.quick else []), *names],
+                   env=environment, check=True, stdout=subprocess.DEVNULL)
+    workloads = {}
+    with open(results) as lines:
+        for result in map(json.loads, lines):
+            workloads.setdefault(result['workload'], {}).setdefault(result['label'], []).append(result)
+    for workload, commands in workloads.items():
+        print_command(workload, commands)
 
 
 def head(*names):
@@ -93,103 +169,54 @@ def head(*names):
 
 
 def measure(folder, arguments):
-    head('workload', 'size', *STAGES[:-1], 'total ms', 'first ms', 'peak MiB')
+    head('work', 'stage', 'bytes or nodes', 'units', 'growth', 'over its floor', 'peak', 'others take, times ours')
+    programs = Programs(arguments, folder)
     for workload, sizes in arguments.workloads.items():
-        before = None
-        for size in sizes:
-            result = run(arguments.program, generate(folder, workload, size), arguments.seconds)
-            if before:
-                row('', 'growth', *(growth(before[s], result[s]) for s in STAGES),
-                    '', memory_growth(before, result))
-                row('', '/look-up', *(growth_over_look_up(s, before, result) for s in STAGES), '', '')
-            row(workload, size, *(rate(result[s]) for s in STAGES[:-1]),
-                '%.1f' % (1000 * result['total']['seconds']),
-                '%.1f' % (1000 * result['first_seconds']), '%.1f' % (result['peak_kib'] / 1024))
-            before = result
-
-
-CALC_STAGES = ('parse', 'check', 'print', 'write', 'read', 'free')
-
-
-def calc_row(*cells):
-    print('| %9s | %-11s |' % cells[:2] + ''.join(' %10s |' % cell for cell in cells[2:]), flush=True)
-
-
-def measure_calc(folder, arguments):
-    program = os.path.join(os.path.dirname(arguments.program), 'calc_bench')
-    generator = os.path.join(HERE, 'peers', 'gen_calc.py')
-    print('\nCalculations\n')
-    calc_row('functions', '', *CALC_STAGES, 'front peak', 'peak')
-    print('|---|---|' + '---|' * (len(CALC_STAGES) + 2))
-    before = None
-    for size in CALC_FUNCTIONS[:arguments.count]:
-        subprocess.run([sys.executable, generator, str(size), folder, '--formats', 'cl'], check=True,
-                       stdout=subprocess.DEVNULL)
-        files = [os.path.join(folder, name) for name in ('calc.cl', 'calc_model.pm')]
-        done = subprocess.run([program, *files, str(arguments.seconds)], capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            sys.exit('%s: %s' % (program, done.stderr or 'ended with %d' % done.returncode))
-        result = json.loads(done.stdout)
-        stages = [result[name] for name in CALC_STAGES]
-        if before:
-            calc_row('', 'growth', *(growth(before[name], result[name]) for name in CALC_STAGES))
-        kib = [result['front_peak_kib'], result['peak_kib']]
-        calc_row(size, 'MB/s', *('%.1f' % (stage['units'] / stage['seconds'] / 1e6) for stage in stages),
-                 *('%.1f' % (peak * 1024 / result['parse']['units']) if peak > 20000 else '-' for peak in kib))
-        calc_row('', 'functions/s', *('%.0f' % (size / stage['seconds']) for stage in stages))
-        calc_row('', 'MB', *('%.1f' % (stage['units'] / 1e6) for stage in stages))
-        before = result
-
-
-def measure_xml(arguments):
-    sizes = [str(size) for size in XML_MEGABYTES[:arguments.count]]
-    for title, name in (('Models in XML', 'model_xml_bench'), ('Calculations in XML', 'calc_xml_bench')):
-        program = os.path.join(os.path.dirname(arguments.program), name)
-        print('\n%s\n' % title, flush=True)
-        subprocess.run([program, str(arguments.rounds), *sizes], check=True)
+        results = [programs.stages_of(workload, size) for size in sizes]
+        title = '%s %s' % (workload, BETWEEN.join(format(size, ',') for size in sizes))
+        for name in results[0]:
+            print_stage(title, name, results)
+            title = ''
+    if arguments.peers:
+        measure_peers(folder, arguments, [name for name in PEERS if name in arguments.names])
 
 
 def compare(folder, arguments):
-    head('workload', 'size', *STAGES, 'peak')
+    programs = Programs(arguments, folder)
+    names = None
     for workload, sizes in arguments.workloads.items():
         for size in sizes:
-            model = generate(folder, workload, size)
-            ratios = {name: [] for name in STAGES + ('peak_kib',)}
-            for _ in range(arguments.rounds):
-                ours = run(arguments.program, model, arguments.seconds)
-                theirs = run(arguments.against, model, arguments.seconds)
-                for stage in STAGES:
-                    if ours[stage]['seconds'] >= LEAST_SECONDS:
-                        ratios[stage].append(theirs[stage]['seconds'] / ours[stage]['seconds'])
-                ratios['peak_kib'].append(theirs['peak_kib'] / ours['peak_kib'])
-            row(workload, size, *('%.2f' % statistics.median(r) if len(r) == arguments.rounds else '-'
-                                  for r in ratios.values()))
+            model = programs.generated(workload, size)
+            rounds = [[run(program, model, arguments.seconds) for program in (arguments.program, arguments.against)]
+                      for _ in range(arguments.rounds)]
+            if not names:
+                names = list(rounds[0][0])
+                head('workload', 'size', *names)
+            ratios = [[theirs[name]['seconds'] / ours[name]['seconds'] for ours, theirs in rounds
+                       if ours[name]['seconds'] >= LEAST_SECONDS] for name in names]
+            row(workload, str(size), *('%.2f' % statistics.median(r) if len(r) == arguments.rounds else '-'
+                                       for r in ratios))
 
 
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument('program')
     parser.add_argument('--against')
+    parser.add_argument('--peers', metavar='DRIVER')
     parser.add_argument('--quick', action='store_true')
-    parser.add_argument('--only', default=','.join([*SIZES, 'calc', 'xml']))
+    parser.add_argument('--only', default=','.join(['startup', *SIZES]))
     parser.add_argument('--seconds', type=float, default=0.5)
     parser.add_argument('--rounds', type=int, default=5)
     arguments = parser.parse_args()
-    names = arguments.only.split(',')
-    unknown = set(names) - set(SIZES) - {'calc', 'xml'}
+    arguments.names = arguments.only.split(',')
+    unknown = set(arguments.names) - set(SIZES) - set(PEERS)
     if unknown:
         sys.exit('no such workload: ' + ' '.join(sorted(unknown)))
-    arguments.count = 2 if arguments.quick else 3
-    arguments.workloads = {name: SIZES[name][:arguments.count] for name in names if name in SIZES}
+    known = PIPELINE if arguments.against else SIZES
+    arguments.workloads = {name: SIZES[name][:2 if arguments.quick else 3] for name in arguments.names
+                           if name in known}
     with tempfile.TemporaryDirectory(prefix='norvane-bench.') as folder:
-        if arguments.against:
-            compare(folder, arguments)
-        elif arguments.workloads:
-            measure(folder, arguments)
-        if 'calc' in names and not arguments.against:
-            measure_calc(folder, arguments)
-    if 'xml' in names and not arguments.against:
-        measure_xml(arguments)
+        (compare if arguments.against else measure)(folder, arguments)
 
 
 if __name__ == '__main__':

@@ -29,19 +29,19 @@ std::string function(unsigned number) {
 
 PolyHash* read_calc(const std::string& path) {
     PolyHash* calc = calc_import_from_xmlfile(path.c_str());
-    if (!calc) xml_bench::give_up("the calculation cannot be read");
+    if (!calc) xml_bench::fail("the calculation cannot be read");
     return calc;
 }
 
 void write_calc(PolyHash* calc, const std::string& path) {
     if (calc_export_to_file(path.c_str(), calc, 1) != 0)
-        xml_bench::give_up("the calculation cannot be written");
+        xml_bench::fail("the calculation cannot be written");
 }
 
 PolyHash* calc_of(unsigned functions) {
     char* path = util_temp_filename(".clx");
     FILE* file = path ? std::fopen(path, "w") : nullptr;
-    if (!file) xml_bench::give_up("no temporary file");
+    if (!file) xml_bench::fail("no temporary file");
     std::fputs("<calculation><namespace name=\"Prices\">", file);
     for (unsigned i = 0; i < functions; ++i)
         std::fputs(function(i).c_str(), file);

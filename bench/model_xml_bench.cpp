@@ -33,20 +33,20 @@ Project* model_of(unsigned parts) {
     std::string name = "bench.pm";
     FILE* stream = fmemopen(text.data(), text.size(), "r");
     Project* project = stream ? lpm_load_file(stream, name.data()) : nullptr;
-    if (!project) xml_bench::give_up("the model cannot be parsed");
+    if (!project) xml_bench::fail("the model cannot be parsed");
     std::fclose(stream);
     return project;
 }
 
 Project* read_model(const std::string& path) {
     Project* project = proj_import_from_xmlfile(path.c_str());
-    if (!project) xml_bench::give_up("the model cannot be read");
+    if (!project) xml_bench::fail("the model cannot be read");
     return project;
 }
 
 void write_model(Project* project, const std::string& path) {
     if (proj_export_to_xmlfile(project, path.c_str()) != 0)
-        xml_bench::give_up("the model cannot be written");
+        xml_bench::fail("the model cannot be written");
 }
 
 } // namespace

@@ -25,7 +25,10 @@ namespace norvane::bench {
 struct Stage {
     const char* name;
     const char* unit;
+    // The stage that does no more than this one cannot do without; none if it is empty.
+    const char* floor = "";
     double units = 0;
+    double peak = 0; // of memory behind it, in bytes; 0 if it was not measured
     std::vector<double> seconds = {};
 
     double median() {
@@ -54,17 +57,22 @@ inline double file_size(const std::string& path) {
     return stat(path.c_str(), &info) == 0 ? static_cast<double>(info.st_size) : 0;
 }
 
-inline long peak_kib() {
+// The largest extent of the process so far, in bytes.
+inline double peak_bytes() {
     rusage usage = {};
     getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
+    return 1024 * static_cast<double>(usage.ru_maxrss);
 }
 
-// The stages as further members of a JSON object that is begun, and its end.
+// The stages as the members of a JSON object.
 inline void print_stages(std::initializer_list<Stage*> stages) {
+    const char* separator = "{";
     for (Stage* stage : stages) {
-        std::printf(", \"%s\": {\"seconds\": %.9f, \"units\": %.0f, \"unit\": \"%s\"}", stage->name,
-                    stage->median(), stage->units, stage->unit);
+        std::printf("%s\"%s\": {\"seconds\": %.9f, \"units\": %.0f, \"unit\": \"%s\", "
+                    "\"floor\": \"%s\", \"peak\": %.0f}",
+                    separator, stage->name, stage->median(), stage->units, stage->unit,
+                    stage->floor, stage->peak);
+        separator = ", ";
     }
     std::printf("}\n");
 }

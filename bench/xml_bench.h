@@ -1,38 +1,32 @@
-// Times the writing and the reading of one kind of tree as XML, at sizes a decade apart.
+// Times the writing and the reading of one kind of tree as XML, and prints what it found as one
+// JSON object:
 //
-//   PROGRAM [RUNS] [MEGABYTES ...]
+//   PROGRAM MEGABYTES RUNS
 //
-// Every time is CPU time, the median of RUNS runs, taken in turn, so that drift of the machine hits
-// all alike. Reading is held against what expat alone takes for the same bytes, with handlers that
-// do nothing. Growth is the exponent of the time over the size, from one size to the next: 1.00 is
-// linear. Peak memory is that of a process that does nothing else, above what it started with.
+// Each figure is the median of the runs, taken in turn, so that drift of the machine hits all
+// alike. The floor of reading is "expat": parsing the same bytes with handlers that do nothing.
+// Peak memory is that of a process that does nothing else, above what it started with.
 #ifndef NORVANE_BENCH_XML_BENCH_H
 #define NORVANE_BENCH_XML_BENCH_H
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include <expat.h>
 #include <malloc.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include "norvane/proj.h"
 
+#include "stages.h"
+
 namespace xml_bench {
 
-[[noreturn]] inline void give_up(const char* what) {
-    std::fprintf(stderr, "%s: %s\n", program_invocation_short_name, what);
-    std::exit(1);
-}
+using namespace norvane::bench;
 
 // What is measured. Each function ends the program if it fails.
 template <typename Tree>
@@ -51,34 +45,11 @@ inline std::string numbered(std::string text, unsigned number) {
     return text;
 }
 
-inline double size_of(const std::string& path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0) give_up("no file");
-    return static_cast<double>(status.st_size);
-}
-
-inline double cpu_seconds() {
-    timespec now;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-inline double seconds(const std::function<void()>& body) {
-    const double start = cpu_seconds();
-    body();
-    return cpu_seconds() - start;
-}
-
-inline double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 inline void nothing_at_start(void*, const char*, const char**) {}
 inline void nothing_at_end(void*, const char*) {}
 inline void nothing_at_text(void*, const char*, int) {}
 
-inline void parse_with_expat_alone(const std::string& path) {
+inline int parse_with_expat_alone(const std::string& path) {
     constexpr int chunk = 64 * 1024;
     XML_Parser parser = XML_ParserCreate(nullptr);
     XML_SetElementHandler(parser, nothing_at_start, nothing_at_end);
@@ -88,10 +59,11 @@ inline void parse_with_expat_alone(const std::string& path) {
         void* buffer = XML_GetBuffer(parser, chunk);
         size = std::fread(buffer, 1, chunk, file);
         if (XML_ParseBuffer(parser, static_cast<int>(size), size == 0) != XML_STATUS_OK)
-            give_up("expat refuses the file");
+            fail("expat refuses the file");
     }
     std::fclose(file);
     XML_ParserFree(parser);
+    return 0;
 }
 
 inline double status_kib(const char* field) {
@@ -107,7 +79,7 @@ inline double status_kib(const char* field) {
 // The peak of a process of its own while it runs the body, in bytes.
 inline double peak_of(const std::function<void()>& body) {
     int ends[2];
-    if (pipe(ends) != 0) give_up("no pipe");
+    if (pipe(ends) != 0) fail("no pipe");
     const pid_t child = fork();
     if (child == 0) {
         // The peak so far, and memory that is free again, are the parent's: begin anew.
@@ -121,84 +93,59 @@ inline double peak_of(const std::function<void()>& body) {
         _exit(::write(ends[1], &peak, sizeof peak) != sizeof peak);
     }
     double peak = 0;
-    if (read(ends[0], &peak, sizeof peak) != sizeof peak) give_up("no peak");
+    if (read(ends[0], &peak, sizeof peak) != sizeof peak) fail("no peak");
     close(ends[0]);
     close(ends[1]);
     waitpid(child, nullptr, 0);
     return peak;
 }
 
-struct Row {
-    const char* name;
-    std::vector<double> times;
-    double before = 0; // the time at the size before
+struct Bench {
+    Stage expat{"expat", "byte"};
+    Stage read{"read", "byte", "expat"};
+    Stage write{"write", "byte"};
+    Stage remove{"delete", "byte"};
 };
 
+// Writes a tree of about that size, in another process, so that this one's heap is as a reader
+// finds it, and measures the peaks.
 template <typename Tree>
-void measure(const Form<Tree>& form, double megabytes, unsigned runs, const std::string& path,
-             Row (&rows)[4], double& size_before) {
+void prepare(Bench& bench, const Form<Tree>& form, double megabytes, const std::string& path) {
     Tree* sample = form.make(100);
     form.write(sample, path);
     form.remove(sample);
-    const auto parts = static_cast<unsigned>(100 * megabytes * 1e6 / size_of(path)) + 1;
-    // The tree is made in another process, so that this one's heap is as a reader finds it.
-    const double write_peak = peak_of([&] {
+    const auto parts = static_cast<unsigned>(100 * megabytes * 1e6 / file_size(path)) + 1;
+    bench.write.peak = peak_of([&] {
         Tree* tree = form.make(parts);
         form.write(tree, path);
         form.remove(tree);
     });
-    const double size = size_of(path);
-    const double read_peak = peak_of([&] { form.read(path); });
-    const double peaks[] = {0, read_peak, 0, write_peak};
-    for (Row& row : rows)
-        row.times.clear();
-    for (unsigned run = 0; run < runs; ++run) {
-        Tree* tree = nullptr;
-        rows[0].times.push_back(seconds([&] { parse_with_expat_alone(path); }));
-        rows[1].times.push_back(seconds([&] { tree = form.read(path); }));
-        rows[2].times.push_back(seconds([&] { form.remove(tree); }));
-        tree = form.read(path);
-        rows[3].times.push_back(seconds([&] { form.write(tree, path); }));
-        form.remove(tree);
-    }
-    const double expat = median(rows[0].times);
-    for (int i = 0; i < 4; ++i) {
-        const double time = median(rows[i].times);
-        std::printf("| %6.1f | %-10s | %8.2f | %7.1f | %6.2f |", size / 1e6, rows[i].name,
-                    time * 1e3, size / 1e6 / time, time / expat);
-        if (rows[i].before > 0)
-            std::printf(" %6.2f |", std::log(time / rows[i].before) / std::log(size / size_before));
-        else
-            std::printf("        |");
-        if (peaks[i] > 0)
-            std::printf(" %10.2f |\n", peaks[i] / size);
-        else
-            std::printf("            |\n");
-        rows[i].before = time;
-    }
-    size_before = size;
-    std::fflush(stdout);
+    bench.read.peak = peak_of([&] { form.read(path); });
+    for (Stage* stage : {&bench.expat, &bench.read, &bench.write, &bench.remove})
+        stage->units = file_size(path);
+}
+
+template <typename Tree>
+void run_once(Bench& bench, const Form<Tree>& form, const std::string& path) {
+    timed(bench.expat, [&] { return parse_with_expat_alone(path); });
+    Tree* tree = timed(bench.read, [&] { return form.read(path); });
+    timed(bench.remove, [&] { return form.remove(tree), 0; });
+    tree = form.read(path);
+    timed(bench.write, [&] { return form.write(tree, path), 0; });
+    form.remove(tree);
 }
 
 template <typename Tree>
 int run(const Form<Tree>& form, int argc, char** argv) {
-    const unsigned runs = argc > 1 ? static_cast<unsigned>(std::atoi(argv[1])) : 5;
-    std::vector<double> sizes;
-    for (int i = 2; i < argc; ++i)
-        sizes.push_back(std::atof(argv[i]));
-    if (sizes.empty()) sizes = {1, 10, 100};
-    if (runs == 0 || *std::min_element(sizes.begin(), sizes.end()) <= 0) {
-        std::fprintf(stderr, "usage: %s [RUNS] [MEGABYTES ...]\n", program_invocation_short_name);
-        return 2;
-    }
+    const double megabytes = argc == 3 ? std::atof(argv[1]) : 0;
+    if (megabytes <= 0) fail("usage: PROGRAM MEGABYTES RUNS");
     char* path = util_temp_filename(".xml");
-    if (!path) give_up("no name for a temporary file");
-    Row rows[] = {{"expat", {}}, {"read", {}}, {"delete", {}}, {"write", {}}};
-    double size_before = 0;
-    std::printf("|     MB | step       |       ms |    MB/s | /expat | growth | peak/byte  |\n");
-    std::printf("|--------|------------|----------|---------|--------|--------|------------|\n");
-    for (const double megabytes : sizes)
-        measure(form, megabytes, runs, path, rows, size_before);
+    if (!path) fail("no name for a temporary file");
+    Bench bench;
+    prepare(bench, form, megabytes, path);
+    for (int left = std::atoi(argv[2]); left > 0 || bench.read.seconds.empty(); --left)
+        run_once(bench, form, path);
+    print_stages({&bench.read, &bench.write, &bench.remove, &bench.expat});
     os_delete_file(path);
     str_delete(path);
     return 0;
