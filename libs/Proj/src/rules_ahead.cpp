@@ -10,6 +10,9 @@ namespace {
 
 constexpr std::uintptr_t cache_line = 64;
 
+// Up to here a symbol table stays in the cache without help.
+constexpr unsigned small_table = 4096;
+
 // More than that is no rule, or one that will not stay in the cache.
 constexpr std::uintptr_t largest_rule = 8192;
 
@@ -59,7 +62,8 @@ void push_operands(Pending& pending, const Expr* expr) {
 RulesAhead::RulesAhead(const SymbolTable* symboltable, const PolyList* rules)
     : global_(symboltable->global_table),
       variables_(static_cast<const PolyHash*>(symboltable->local_table->last->element)),
-      next_(rules->first), next_names_(rules->first), next_nodes_(rules->first) {
+      next_(rules->first), next_nodes_(rules->first) {
+    if (global_->size + variables_->size > small_table) next_names_ = next_;
     for (unsigned i = slots; i < nodes; ++i)
         fetch_nodes();
     for (unsigned i = 0; i < slots; ++i)

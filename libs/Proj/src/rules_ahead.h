@@ -52,10 +52,10 @@ class RulesAhead {
 
     const PolyHash* global_; // the two tables that names of rules are looked up in
     const PolyHash* variables_;
-    const PolyListNode* next_;       // to be returned
-    const PolyListNode* next_names_; // to be looked up
-    const PolyListNode* next_nodes_; // to be fetched
-    const Expr* fetched_ = nullptr;  // the rule whose nodes were fetched last
+    const PolyListNode* next_;                 // to be returned
+    const PolyListNode* next_nodes_;           // to be fetched
+    const PolyListNode* next_names_ = nullptr; // to be looked up
+    const Expr* fetched_ = nullptr;            // the rule whose nodes were fetched last
     unsigned at_ = 0;
     Names names_[rules_under_way];
 };
