@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include "norvane/base/items.hpp"
 
@@ -41,11 +42,21 @@ PolyHash* import(const Work& work, const char* file) {
     return calc_import_from_clfile(file);
 }
 
+// The library opens a folder as it does a file, and then finds nothing in it.
+bool is_folder(const char* file) {
+    struct stat info;
+    return stat(file, &info) == 0 && S_ISDIR(info.st_mode);
+}
+
 // A function that is reported as defined twice is missing from what was loaded: nothing must be
 // made of that.
 bool load(Work& work) {
     const char* file = input_name(calculation_file(*work.options));
     begin_step(work, Step::load, file);
+    if (is_folder(file)) {
+        report_error(ERR_FILE_OPEN(file));
+        return false;
+    }
     work.calc = import(work, file);
     return work.calc && !work.diagnostics->has_errors();
 }

@@ -5,6 +5,7 @@
 // in a Work, which lives outside of the frame, and nothing else.
 #include "commands.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string_view>
 #include <unordered_set>
@@ -153,6 +154,11 @@ CalcForm settled(CalcForm said, const std::string& file) {
     return said == CalcForm::unknown ? calculation_form_of(file) : said;
 }
 
+bool refuse(const char* reason, const std::string& file) {
+    std::fprintf(stderr, "norvane-pm: %s: %s\n", reason, file.c_str());
+    return false;
+}
+
 // Settles the forms of the model before anything is read. A conversion wants to know them; for all
 // else a model is source unless it is told to be XML. False after a message.
 bool settle_forms(Work& work) {
@@ -161,10 +167,6 @@ bool settle_forms(Work& work) {
     work.to = settled(options.to, options.output);
     work.calc_from = settled(options.calc_from, calculation_file(options));
     work.calc_to = settled(options.calc_to, options.output);
-    const auto refuse = [](const char* reason, const std::string& file) {
-        std::fprintf(stderr, "norvane-pm: %s: %s\n", reason, file.c_str());
-        return false;
-    };
     if (options.command == Command::convert && work.from == ModelForm::unknown)
         return refuse("is this pm or xml? Say so by --from", options.file);
     if (options.command == Command::convert && work.to == ModelForm::unknown)
@@ -179,12 +181,24 @@ bool settle_forms(Work& work) {
     return true;
 }
 
+// Standard input is read once, from front to back. False after a message.
+bool check_standard_input(const Work& work) {
+    const Options& options = *work.options;
+    auto readers = std::ranges::count(options.presentations, "-");
+    for (const auto* file : {&options.file, &options.var_order, &options.calculation})
+        readers += *file == "-";
+    if (readers > 1) return refuse("standard input can be read only once", "-");
+    if (work.calc_from == CalcForm::package && options.calculation == "-")
+        return refuse("a package is read from a file, and not from standard input", "-");
+    return true;
+}
+
 } // namespace
 
 int run_command(const Options& options) {
     std::string file = input_name(options.file);
     Work work{.options = &options, .file = file.data()};
-    if (!settle_forms(work)) return STATUS_WRONG_USAGE;
+    if (!settle_forms(work) || !check_standard_input(work)) return STATUS_WRONG_USAGE;
     work.cpp_args = plist_new(nullptr, nullptr, nullptr);
     for (const std::string& argument : options.cpp_args)
         plist_append(work.cpp_args, const_cast<char*>(argument.c_str()));
