@@ -30,6 +30,14 @@ if(NORVANE_FUZZ)
   target_link_options(norvane_options INTERFACE ${sanitizers})
 endif()
 
+# What stands in front of a program of ours that a test runs. Leaks are left to the sanitizers, whose
+# tests tell what a throw may leave behind.
+set(norvane_launcher "")
+if(NORVANE_VALGRIND)
+  set(norvane_launcher valgrind --quiet --vgdb=no --error-exitcode=99 --leak-check=no
+      --read-inline-info=no --num-callers=30)
+endif()
+
 if(NORVANE_COVERAGE)
   target_compile_options(norvane_options INTERFACE --coverage)
   # What counts is no part of what the libraries export.

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs golden tests: a command, its input files, and what is expected of it, in one *.test file.
 
-usage: run.py [--refresh] --driver NORVANE_PM FILE.test ...
+usage: run.py [--refresh] [--under COMMAND] --driver NORVANE_PM FILE.test ...
 
 A file begins with what the test is about. Then come sections, each behind a line "--- NAME":
 
@@ -20,7 +20,9 @@ A file begins with what the test is about. Then come sections, each behind a lin
 
 The folder of the test appears as $T in the output, and the line of a source file of the libraries as
 LINE. With --refresh the expectations are written
-anew from what the command does: read the difference before you keep it.
+anew from what the command does: read the difference before you keep it. With --under the driver
+runs under valgrind, or what takes its option --log-file; a test in which that has something to say
+has failed.
 """
 import argparse
 import os
@@ -76,14 +78,33 @@ def make_files(sections, folder):
             stream.write(data)
 
 
-def run(sections, driver):
-    """What the command does, as a dictionary of the expectations."""
+def launched(driver, under, top):
+    """A driver that runs the other under a command, which writes into the folder of the test."""
+    launcher = os.path.join(top, 'bin', 'norvane-pm')
+    os.mkdir(os.path.dirname(launcher))
+    with open(launcher, 'w', encoding='utf-8') as stream:
+        stream.write('#!/bin/sh\nexec %s --log-file=%s/%%p.log %s "$@"\n'
+                     % (under, top, os.path.abspath(driver)))
+    os.chmod(launcher, 0o755)
+    return launcher
+
+
+def logged(top):
+    """What the command under which the driver ran had to say."""
+    logs = [os.path.join(top, name) for name in os.listdir(top) if name.endswith('.log')]
+    return ''.join(open(log, encoding='latin-1').read() for log in logs)
+
+
+def run(sections, driver, under):
+    """What the command does, as a dictionary of the expectations, and what a log says about it."""
     top = tempfile.mkdtemp(prefix='golden.')
     work, temporary = os.path.join(top, 'work'), os.path.join(top, 'tmp')
     os.mkdir(work)
     os.mkdir(temporary)
     try:
         make_files(sections, work)
+        if under:
+            driver = launched(driver, under, top)
         environment = dict(os.environ, LC_ALL='C', TMPDIR=temporary, T=top,
                            PATH=os.path.dirname(os.path.abspath(driver)) + ':' + os.environ['PATH'],
                            UNPRIVILEGED=DROP_PRIVILEGES if os.geteuid() == 0 else '')
@@ -94,7 +115,8 @@ def run(sections, driver):
         text = lambda data: re.sub(r'(libs/[\w/]+\.\w+) \(\d+\)', r'\1 (LINE)',
                                    data.decode('latin-1').replace(top, '$T'))
         return {'stdout': text(done.stdout), 'stderr': text(done.stderr),
-                'status': '%d\n' % done.returncode, 'leaves': '%d\n' % len(os.listdir(temporary))}
+                'status': '%d\n' % done.returncode,
+                'leaves': '%d\n' % len(os.listdir(temporary))}, logged(top)
     finally:
         shutil.rmtree(top, ignore_errors=True)
 
@@ -143,18 +165,21 @@ def main():
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument('--driver', required=True)
     parser.add_argument('--refresh', action='store_true')
+    parser.add_argument('--under')
     parser.add_argument('files', nargs='+')
     arguments = parser.parse_args()
     failed = 0
     for path in arguments.files:
         sections = read(path)
-        actual = run(sections, arguments.driver)
+        actual, log = run(sections, arguments.driver, arguments.under)
         if arguments.refresh:
             refresh(path, sections, actual)
             continue
         expected = {name: text for name, text in sections if name in EXPECTATIONS}
         wrong = differences(expected, actual)
-        if wrong:
+        if log:
+            print('%s: found by %s:\n%s' % (path, arguments.under.split()[0], log))
+        if wrong or log:
             failed += 1
             show(path, expected, actual, wrong)
     return 1 if failed else 0
