@@ -109,15 +109,12 @@ TEST(PolyList, CopiesAndConcatenatesThroughItsCallbacks) {
 
 TEST(PolyList, PrintsSeparatorsBetweenAndTheTerminatorAlways) {
     for (const auto& [letters, expected] : {std::pair{"abc", "a, b, c;"}, {"a", "a;"}, {"", ";"}}) {
-        char* printed = nullptr;
-        size_t size = 0;
-        FILE* stream = open_memstream(&printed, &size);
         PolyList* list = list_of(letters);
-        plist_print(stream, list, ", ", ";",
-                    [](FILE* to, void* element) { fputs(static_cast<char*>(element), to); });
-        fclose(stream);
-        EXPECT_STREQ(expected, printed);
-        free(printed);
+        EXPECT_EQ(expected, norvane::test::on_stream([&](FILE* stream) {
+                      plist_print(stream, list, ", ", ";", [](FILE* to, void* element) {
+                          fputs(static_cast<char*>(element), to);
+                      });
+                  }));
         plist_delete(list);
     }
 }

@@ -9,14 +9,7 @@
 namespace {
 
 std::string printed(const ErrorInfo* error, ErrorType type, int flags) {
-    char* text = nullptr;
-    std::size_t size = 0;
-    FILE* stream = open_memstream(&text, &size);
-    err_print(stream, type, error, flags);
-    fclose(stream);
-    std::string result(text, size);
-    free(text);
-    return result;
+    return norvane::test::on_stream([&](FILE* stream) { err_print(stream, type, error, flags); });
 }
 
 ErrorDescParagraph* append_paragraph(ErrorInfo* error, ErrorPAlign align) {

@@ -37,14 +37,7 @@ int value_tag(const char* tag) {
 }
 
 std::string print(XmlDocument* document) {
-    char* text = nullptr;
-    size_t size = 0;
-    FILE* stream = open_memstream(&text, &size);
-    xml_print_indented(document, stream);
-    fclose(stream);
-    std::string result(text, size);
-    free(text);
-    return result;
+    return norvane::test::on_stream([&](FILE* stream) { xml_print_indented(document, stream); });
 }
 
 // The same without the first line, which all documents share.

@@ -213,14 +213,7 @@ TEST(PrintedCalculations, HaveHeadersLocalsAndExternalFunctions) {
     const std::string all = "namespace Z.9 {\n  void f()\n  {\n  }\n}\nnamespace A {\n" + header +
                             code + external_text + "}\n";
     EXPECT_EQ(taken(calc_prt(calc.get())), all);
-
-    char* written = nullptr;
-    std::size_t size = 0;
-    FILE* stream = open_memstream(&written, &size);
-    calc_to_file(calc.get(), stream);
-    fclose(stream);
-    EXPECT_EQ(std::string(written, size), all);
-    std::free(written);
+    EXPECT_EQ(on_stream([&](FILE* stream) { calc_to_file(calc.get(), stream); }), all);
 }
 
 TEST(PrintedCalculations, StopOnWhatIsNoTree) {

@@ -113,7 +113,7 @@ TEST(CalcSyntax, LinesAreThoseOfTheFirstSymbolAndOfOperators) {
                       ";\nwhile\na\n.\nb\n(\n)\n?\n\"x\"\n:\na\n:=\n2;}}",
                       true),
               "namespace N\n"
-              " integer f(integer a@6, float b@8)@4 | 1@10\n"
+              " integer f(integer a@6, float b@8)@4 of 'input string' | 1@10\n"
               "  float c@11 := -\n"
               "  integer d@13 := (+ 1@15 (not 2@18)@17)@16\n"
               "  if a@21@20\n"
@@ -127,11 +127,11 @@ TEST(CalcSyntax, LinesAreThoseOfTheFirstSymbolAndOfOperators) {
                       ";// \n/*\n\r\n**/\v\fvoid h(){\"a\\nb\";\nx;}}",
                       true),
               "namespace N\n"
-              " integer f()@1\n"
+              " integer f()@1 of 'input string'\n"
               "  return (+ 1@4 2@6)@5@3\n"
-              " integer g()@6\n"
+              " integer g()@6 of 'input string'\n"
               "  external x@9\n"
-              " void h()@13\n"
+              " void h()@13 of 'input string'\n"
               "  \"a\nb\"@13@13\n"
               "  $x@14@14\n");
 }
@@ -172,7 +172,7 @@ TEST(CalcScanner, LineFeedsInStringsGoToStandardOutputAndAreNotCounted) {
     const std::string found =
         outcome("namespace N { void f() {\n\"a\\nb\n\n\\\nc\";\nx; } }", true);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n\n\n");
-    EXPECT_EQ(found, "namespace N\n void f()@1\n  \"a\nbc\"@2@2\n  $x@3@3\n");
+    EXPECT_EQ(found, "namespace N\n void f()@1 of 'input string'\n  \"a\nbc\"@2@2\n  $x@3@3\n");
 }
 
 TEST(CalcScanner, BytesThatBeginNoTokenAreRefused) {

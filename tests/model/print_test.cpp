@@ -10,18 +10,6 @@ using namespace std::string_literals;
 
 namespace {
 
-template <typename Printer>
-std::string on_stream(Printer printer) {
-    char* text = nullptr;
-    std::size_t size = 0;
-    FILE* stream = open_memstream(&text, &size);
-    printer(stream);
-    fclose(stream);
-    std::string result(text, size);
-    std::free(text);
-    return result;
-}
-
 std::string taken(char* text) {
     std::string result = text;
     str_delete(text);
@@ -91,6 +79,11 @@ case x of default 1 esac => case x of^^| default 1^esac
         ASSERT_TRUE(expr) << row[0];
         EXPECT_EQ(print(expr.get()), row[1]);
     }
+    testing::internal::CaptureStderr();
+    const ExprPtr expr = expression("a.b[1]");
+    ppm_print_expr_stderr(expr.get());
+    ppm_print_idcon_stderr(expr->args.idcon);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a.b[1]\na.b[1]\n");
 }
 
 TEST(PrintedExpressions, ThatNoSourceHasPrintOrStop) {

@@ -29,7 +29,9 @@ class Dump {
     }
 
   private:
-    std::string line(int number) const { return lines_ ? "@" + std::to_string(number) : ""; }
+    std::string line(int number) const {
+        return lines_ && number != CALC_UNDEF_LINENO ? "@" + std::to_string(number) : "";
+    }
 
     std::string exprs(const PolyList* list) const {
         std::string text;
@@ -130,7 +132,9 @@ class Dump {
         for (const CFuncArg* a : items<CFuncArg>(f->args))
             text += std::string(text.back() == '(' ? "" : ", ") + calc_type2string(a->type) + " " +
                     a->name + line(a->line_no);
-        text += ")" + line(f->line_no) + (f->def_value ? " | " + expr(f->def_value) : "") + "\n";
+        text += ")" + line(f->line_no);
+        if (lines_ && f->filename) text += " of '" + std::string(f->filename) + "'";
+        text += (f->def_value ? " | " + expr(f->def_value) : "") + std::string("\n");
         for (const CFuncLVar* v : items<CFuncLVar>(f->vardefs))
             text += std::string("  ") + calc_type2string(v->type) + " " + v->name +
                     line(v->line_no) + " := " + expr(v->init) + "\n";

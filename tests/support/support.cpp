@@ -9,6 +9,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 #include "norvane/base/items.hpp"
 
 // Of the leak checker, where there is one.
@@ -109,11 +111,15 @@ std::string print(TypeCon* typecon) {
 }
 
 std::string print(Project* project) {
+    return on_stream([&](FILE* stream) { ppm_print_project(stream, project); });
+}
+
+std::string on_stream(const std::function<void(FILE*)>& body) {
     char* text = nullptr;
     std::size_t size = 0;
     FILE* stream = open_memstream(&text, &size);
-    ppm_print_project(stream, project);
-    fclose(stream);
+    body(stream);
+    EXPECT_EQ(std::fclose(stream), 0);
     std::string result(text, size);
     std::free(text);
     return result;

@@ -3,6 +3,7 @@
 #ifndef NORVANE_TESTS_SUPPORT_H
 #define NORVANE_TESTS_SUPPORT_H
 
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <string>
@@ -85,6 +86,9 @@ std::string print(Expr* expr);
 std::string print(IdCon* idcon);
 std::string print(TypeCon* typecon);
 std::string print(Project* project);
+
+// What the body writes to a stream.
+std::string on_stream(const std::function<void(FILE*)>& body);
 
 // The flat rules, one a line.
 std::string flat_rules(const Model& model, bool simplify = true);

@@ -63,14 +63,8 @@ std::string options(const ZEBTarget* target) {
 
 // All of a workspace, as its file has it.
 std::string saved(ZEBWorkspace* workspace) {
-    char* text = nullptr;
-    std::size_t size = 0;
-    FILE* stream = open_memstream(&text, &size);
-    EXPECT_EQ(zeb_workspace_save_fptr(workspace, stream), 0);
-    EXPECT_EQ(std::fclose(stream), 0);
-    std::string result(text, size);
-    std::free(text);
-    return result;
+    return on_stream(
+        [&](FILE* stream) { EXPECT_EQ(zeb_workspace_save_fptr(workspace, stream), 0); });
 }
 
 WorkspacePtr loaded(const std::string& xml) {
