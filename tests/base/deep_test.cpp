@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <ucontext.h>
 
 #include "norvane/base.h"
 #include "norvane/base/deep.hpp"
@@ -192,8 +194,24 @@ TEST(DeepTest, GoingUpAndDownAcrossABorderMapsNothingNew) {
     });
 }
 
-// The address sanitizer reserves more address space than any limit allows.
+// The address sanitizer wants to be told of such a stack, and reserves more address space than any
+// limit allows.
 #ifndef NORVANE_ASAN
+TEST(DeepTest, AStackOfTheHostsOwnMakingIsLeftAtOnce) {
+    static ucontext_t host, own;
+    static std::uint64_t result;
+    std::vector<char> stack(64 << 10);
+    getcontext(&own);
+    own.uc_stack.ss_sp = stack.data();
+    own.uc_stack.ss_size = stack.size();
+    own.uc_link = &host;
+    makecontext(
+        &own, [] { result = sum(300'000, nothing); }, 0);
+    swapcontext(&host, &own);
+    EXPECT_EQ(result, sum_to(300'000));
+    EXPECT_EQ(sum(300'000, nothing), result) << "and nothing of it is left";
+}
+
 TEST(DeepTest, ASegmentThatCannotBeMappedIsAFailure) {
     const auto endless = [] {
         rlimit limit = {};

@@ -151,11 +151,14 @@ TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
 
     CFilePtr open;
     EXPECT_TRUE(attempt([&](CFilePackage& package) {
+        CFilePtr first = package.open("first", FILE_OPEN_CREATE_WRITE);
         open = package.open("member", FILE_OPEN_CREATE_WRITE);
+        EXPECT_FALSE(package.open("first", FILE_OPEN_CREATE_WRITE).isOpen()) << "double";
+        first->close();
         open->printf("text");
     })) << "saving closes what is open";
     EXPECT_EQ(-1, open->printf("late"));
-    EXPECT_EQ("member: text\n", listing(path));
+    EXPECT_EQ("first: \nmember: text\n", listing(path));
 }
 
 TEST(Packages, CannotBeMadeWhereNoFileCanBe) {

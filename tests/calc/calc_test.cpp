@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "calc_dump.h"
 #include "norvane/base/items.hpp"
 #include "support.h"
 
@@ -20,20 +21,6 @@ CExpr* number(int value) {
 
 CExpr* text(const char* value, bool is_utf8) {
     return calc_new_stringconst_expr(str_copy(value), 1, is_utf8);
-}
-
-// The path of the names, with an index behind the first.
-CPMVar* path(std::initializer_list<const char*> names, CExpr* index = nullptr) {
-    CPMVar* head = nullptr;
-    CPMVar* last = nullptr;
-    for (const char* name : names) {
-        CPMVar* component = calc_new_pmvar(str_copy(name));
-        if (last != nullptr) calc_set_pmvar_nested(last, component);
-        if (head == nullptr) head = component;
-        last = component;
-    }
-    if (index != nullptr) calc_add_pmvar_arr_index(head, index);
-    return head;
 }
 
 // A list as the parser makes it: nobody's statements.
@@ -140,38 +127,30 @@ TEST(Calculation, TextsAreUtf8AndCopiesAreConvertedOnceMore) {
     calc_delete_expr(expr);
 }
 
-TEST(Calculation, CopiesShareNothing) {
-    PolyList* args =
-        plist_new(nullptr, nullptr, [](void* e) { calc_delete_expr(static_cast<CExpr*>(e)); });
-    CExpr* call = calc_new_call_expr(nullptr, str_copy("f"), args, 3);
-    calc_add_call_argument(call, calc_new_pmvar_expr(path({"a", "b"}, number(4)), 5));
-    CExpr* copy = calc_copy_expr(call);
-    calc_delete_expr(call);
+// The one function of a source.
+CFunc* function_of(const CalcPtr& calc) {
+    return calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+}
 
-    EXPECT_EQ(copy->line_no, 3);
-    EXPECT_EQ(copy->args.call.ns_name, nullptr);
-    EXPECT_STREQ(copy->args.call.fname, "f");
-    const auto* arg = static_cast<CExpr*>(plist_hd(copy->args.call.args));
-    EXPECT_EQ(arg->line_no, 5);
-    EXPECT_STREQ(arg->args.pmvar->name, "a");
-    EXPECT_EQ(static_cast<CExpr*>(plist_hd(arg->args.pmvar->arr_indices))->args.int_value, 4);
-    EXPECT_STREQ(arg->args.pmvar->nested->name, "b");
-    EXPECT_EQ(arg->args.pmvar->nested->nested, nullptr);
+TEST(Calculation, CopiesShareNothing) {
+    CalcPtr calc(calc_import_from_string("namespace N { integer f(boolean i) =\ni ? "
+                                         "-a[i].b[1][2\n].c : g(1.5, \"s\", M.h(true)); }"));
+    CExpr* expr = static_cast<CStmt*>(plist_hd(function_of(calc)->stmts))->args.return_value;
+    const std::string before = dump(expr, true);
+    CExpr* copy = calc_copy_expr(expr);
+    calc.reset();
+    EXPECT_EQ(dump(copy, true), before);
     calc_delete_expr(copy);
 }
 
 TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {
-    CStmt* choice = calc_new_switch_stmt(local("s"), 1);
-    calc_add_switch_case(choice,
-                         calc_new_case(local("c"), statements({statement(local("in_case"))})));
-    PolyList* stmts = statements({
-        statement(calc_new_binary_expr(COPR_ASSIGN, local("x"),
-                                       calc_new_pmvar_expr(path({"a", "b"}, local("i")), 1), 1)),
-        calc_new_ite_stmt(local("t"), statement(local("x")), statement(local("e")), 1),
-        choice,
-        calc_new_for_stmt(nullptr, local("limit"), nullptr, calc_new_break_stmt(1), 1),
-        calc_new_do_stmt(number(1), calc_new_block_stmt(statements({}), 1), 1),
-    });
+    const CalcPtr calc(calc_import_from_string(
+        "namespace N { integer f(boolean t, integer i) {"
+        "  x := a.b[i]; if t then x; else e; switch s { case c: in_case; break; }"
+        "  for (; limit;) break; do { } while 1; while not w w;"
+        "  return M.g(1, arg) ? yes : -no; } }"));
+    PolyList* stmts = function_of(calc)->stmts;
+    auto* choice = static_cast<CStmt*>(plist_nth(stmts, 2));
     PolySet* names =
         pset_new(10, poly_compare_string, poly_copy_string, poly_hash_string, poly_delete_string);
     calc_find_free_vars(stmts, names);
@@ -180,7 +159,7 @@ TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {
     pset_iter_init(&iter, names);
     for (void* name; pset_iter_next(&iter, &name);)
         found += static_cast<char*>(name) + std::string(" ");
-    EXPECT_EQ(found, "x ab t e s c in_case limit ");
+    EXPECT_EQ(found, "x ab t e s c in_case limit w arg yes no ");
 
     // Lists with these two are never handed in.
     CStmt* empty = statement(nullptr);
@@ -195,7 +174,6 @@ TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {
     plist_delete(second);
 
     pset_delete(names);
-    calc_delete_stmt(calc_new_block_stmt(stmts, 1));
 }
 
 TEST(Calculation, DeepTreesFitIntoASmallStack) {
@@ -203,12 +181,12 @@ TEST(Calculation, DeepTreesFitIntoASmallStack) {
         constexpr int depth = 1'000'000;
         CExpr* sum = local("x");
         CStmt* nest = calc_new_break_stmt(1);
-        CPMVar* chain = path({"p"});
+        CPMVar* chain = calc_new_pmvar(str_copy("p"));
         CPMVar* last = chain;
         for (int i = 0; i < depth; ++i) {
             sum = calc_new_binary_expr(COPR_PLUS, sum, number(i), 1);
             nest = calc_new_block_stmt(statements({nest}), 1);
-            calc_set_pmvar_nested(last, path({"q"}));
+            calc_set_pmvar_nested(last, calc_new_pmvar(str_copy("q")));
             last = last->nested;
         }
         CExpr* copy = calc_copy_expr(sum);
@@ -242,6 +220,7 @@ TEST(Calculation, UnknownTagsAreBrokenInvariants) {
     calc_delete_stmt(stmt);
     EXPECT_EQ(thrown([] { calc_opr2string(static_cast<COprType>(20)); }),
               "1: Invalid operator '20'");
+    EXPECT_STREQ(calc_type2string(static_cast<CalcType>(7)), "undef");
 }
 
 } // namespace
