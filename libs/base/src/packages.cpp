@@ -105,7 +105,10 @@ int WrittenMember::printf(const char* format, ...) {
     char* formatted = nullptr;
     const int size = vasprintf(&formatted, format, args);
     va_end(args);
-    if (size < 0) return -1;
+    if (size < 0) {
+        package_->has_failed = true;
+        return -1;
+    }
     ustr_append_chars(text_, formatted, static_cast<std::size_t>(size));
     std::free(formatted);
     return size;
