@@ -129,6 +129,9 @@ bool run_steps(Work& work) {
 
 void run_in_frame(void* user) {
     auto& work = *static_cast<Work*>(user);
+    work.cpp_args = plist_new(nullptr, nullptr, nullptr);
+    for (const std::string& argument : work.options->cpp_args)
+        plist_append(work.cpp_args, const_cast<char*>(argument.c_str()));
     work.succeeded = run_steps(work);
 }
 
@@ -199,10 +202,6 @@ int run_command(const Options& options) {
     std::string file = input_name(options.file);
     Work work{.options = &options, .file = file.data()};
     if (!settle_forms(work) || !check_standard_input(work)) return STATUS_WRONG_USAGE;
-    work.cpp_args = plist_new(nullptr, nullptr, nullptr);
-    for (const std::string& argument : options.cpp_args)
-        plist_append(work.cpp_args, const_cast<char*>(argument.c_str()));
-
     Diagnostics diagnostics(options.format);
     work.diagnostics = &diagnostics;
     static ExceptionState thrown;

@@ -253,12 +253,16 @@ int run(int argc, char** argv) {
     std::_Exit(STATUS_INTERNAL_FAILURE);
 }
 
+// Before the initialisers of what we use, which allocate and would end without our report.
+[[gnu::constructor(101)]] void prepare_end_of_all() {
+    std::set_terminate(end_of_all);
+}
+
 } // namespace
 } // namespace norvane::pm
 
 int main(int argc, char** argv) {
     using namespace norvane::pm;
-    std::set_terminate(end_of_all);
     prepare_output();
     int status = STATUS_INTERNAL_FAILURE;
     try {

@@ -5,6 +5,7 @@
 #include "workspace.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -53,13 +54,16 @@ struct WorkspaceOptions {
 struct Job {
     const WorkspaceOptions* options;
     Diagnostics* diagnostics;
-    const char* project = nullptr; // in code page 1252, as a workspace has it
+    char* project = nullptr; // in code page 1252, as a workspace has it
     ZEBWorkspace* workspace = nullptr;
     PolyList* commands = nullptr;
+    CFilePackage* package = nullptr;
     int status = STATUS_FAILURE;
 };
 
 void release(Job& job) {
+    std::free(job.project);
+    delete job.package;
     plist_delete(job.commands);
     if (!job.workspace) return;
     for (const ZEBProject* project : items<ZEBProject>(job.workspace->projects))
@@ -81,20 +85,23 @@ int report_failure(Job& job, const ExceptionState& thrown) {
 // Runs the library's part of a command, and then, if that succeeded, prints what it has made.
 int run(const WorkspaceOptions& options, void (*work)(Job&), void (*print)(const Job&) = nullptr) {
     Diagnostics diagnostics(options.format);
-    const String project = UTF8::ToCodepage(options.project.c_str(), 1252, false);
-    Job job{.options = &options, .diagnostics = &diagnostics, .project = project.GetStr()};
+    Job job{.options = &options, .diagnostics = &diagnostics};
     struct Call {
         void (*work)(Job&);
+        void (*print)(const Job&);
         Job* job;
-    } call{work, &job};
+    } call{work, print, &job};
     const auto body = [](void* user) {
         const auto& made = *static_cast<Call*>(user);
-        made.work(*made.job);
+        Job& its = *made.job;
+        its.project =
+            str_copy(UTF8::ToCodepage(its.options->project.c_str(), 1252, false).GetStr());
+        made.work(its);
+        if (its.status == STATUS_SUCCESS && made.print) made.print(its);
     };
     static ExceptionState thrown;
     if (except_catch(body, &call, &thrown)) return report_failure(job, thrown);
     const bool succeeded = job.status == STATUS_SUCCESS;
-    if (succeeded && print) print(job);
     diagnostics.close(succeeded);
     if (orderly_exit) release(job);
     return succeeded ? STATUS_OK : STATUS_INPUT_AT_FAULT;
@@ -363,18 +370,15 @@ bool list_member(CFilePackage& package, std::size_t index, Diagnostics& diagnost
 }
 
 int package_list(const WorkspaceOptions& options) {
-    Diagnostics diagnostics(options.format);
-    CFilePackage package;
-    if (!package.openPackage(options.file.c_str(), "")) {
-        report_error(ERR_FILE_OPEN(options.file.c_str()));
-        diagnostics.close(false);
-        return STATUS_INPUT_AT_FAULT;
-    }
-    const std::size_t count = package.memberCount();
-    bool all_read = true;
-    for (std::size_t i = 0; i < count && !results_refused(); ++i)
-        all_read = list_member(package, i, diagnostics) && all_read;
-    return all_read ? STATUS_OK : STATUS_INPUT_AT_FAULT;
+    return run(options, [](Job& job) {
+        const char* file = job.options->file.c_str();
+        job.package = new CFilePackage;
+        if (!job.package->openPackage(file, "")) return report_error(ERR_FILE_OPEN(file));
+        const std::size_t count = job.package->memberCount();
+        job.status = STATUS_SUCCESS;
+        for (std::size_t i = 0; i < count && !results_refused(); ++i)
+            if (!list_member(*job.package, i, *job.diagnostics)) job.status = STATUS_FAILURE;
+    });
 }
 
 // The command line. ------------------------------------------------------------------------------
