@@ -4,7 +4,8 @@
  * functions and those of expat and libzip included.
  *
  * In the environment: INJECT_FILE, a file of `struct Shared`, which tells what is to fail and takes
- * the counts. Nothing is counted before main. */
+ * the counts. That begins before any library's initialisers run, those of the C library included.
+ */
 #define _GNU_SOURCE
 #undef _FORTIFY_SOURCE
 
@@ -19,13 +20,15 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/mman.h>
+#include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #undef fwrite_unlocked
 
-enum Kind { MEMORY, OPEN, READ, WRITE, SPAWN, KINDS };
+enum Kind { MEMORY, OPEN, READ, WRITE, SPAWN, MAP, REMOVE, KINDS };
 
 /* Shared with the one who runs the driver (run.py), and with the process that becomes the
  * preprocessor. */
@@ -37,10 +40,7 @@ struct Shared {
     int calls[KINDS]; /* how many there were */
 };
 
-int __libc_start_main(int (*body)(int, char**, char**), int argc, char** argv, void (*init)(void),
-                      void (*fini)(void), void (*rtld_fini)(void), void* stack_end);
-
-static struct Shared* shared; /* null until main begins */
+static struct Shared* shared; /* null while nothing is counted */
 
 static int fails(enum Kind kind, int error) {
     if (!shared) return 0;
@@ -61,7 +61,8 @@ static int fails(enum Kind kind, int error) {
     each(read) each(fread)                                                                         \
     each(write) each(fwrite) each(fwrite_unlocked) each(fputs) each(puts) each(fflush)             \
     each(fclose) each(close) each(fchmod) each(rename) each(fseeko)                                \
-    each(execvpe) each(pthread_create) each(waitpid) each(__libc_start_main)
+    each(execvpe) each(pthread_create) each(waitpid)                                               \
+    each(mmap) each(mprotect) each(unlink)
 /* clang-format on */
 
 struct Functions {
@@ -210,6 +211,14 @@ void* dlopen(const char* name, int flags) {
     return library;
 }
 
+/* What libzip draws random numbers from does not outlive a want of memory, and is no matter of ours
+ * either. */
+int RAND_bytes(unsigned char* buffer, int size);
+
+int RAND_bytes(unsigned char* buffer, int size) {
+    return getrandom(buffer, (size_t)size, 0) == size;
+}
+
 /* A pipe between two ends of which both are open takes and gives everything. */
 static int is_pipe(int descriptor) {
     struct stat status;
@@ -325,24 +334,53 @@ pid_t waitpid(pid_t process, int* status, int options) {
     return fails(SPAWN, ECHILD) ? -1 : ended;
 }
 
-/* The beginning of main. ------------------------------------------------------------------------*/
+/* What asks for memory by the page, as stacks for deep recursion and allocators do.
+ * --------------*/
 
-static int (*real_main)(int, char**, char**);
-
-static int counting_main(int argc, char** argv, char** environment) {
-    const char* file = getenv("INJECT_FILE");
-    const int descriptor = file ? open(file, O_RDWR | O_CLOEXEC) : -1;
-    if (descriptor < 0) abort();
-    void* memory = mmap(NULL, sizeof *shared, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    close(descriptor);
-    if (memory == MAP_FAILED) abort();
-    unsetenv("LD_PRELOAD");
-    shared = memory;
-    return real_main(argc, argv, environment);
+void* mmap(void* place, size_t size, int protection, int flags, int descriptor, off_t offset) {
+    if (fails(MAP, ENOMEM)) return MAP_FAILED;
+    return real()->mmap(place, size, protection, flags, descriptor, offset);
 }
 
-int __libc_start_main(int (*body)(int, char**, char**), int argc, char** argv, void (*init)(void),
-                      void (*fini)(void), void (*rtld_fini)(void), void* stack_end) {
-    real_main = body;
-    return real()->__libc_start_main(counting_main, argc, argv, init, fini, rtld_fini, stack_end);
+int mprotect(void* place, size_t size, int protection) {
+    return fails(MAP, ENOMEM) ? -1 : real()->mprotect(place, size, protection);
+}
+
+/* Taking files away. ----------------------------------------------------------------------------*/
+
+int unlink(const char* path) {
+    return fails(REMOVE, EPERM) ? -1 : real()->unlink(path);
+}
+
+/* The beginning. --------------------------------------------------------------------------------*/
+
+/* The value of a variable, which is taken out of the environment; or null. */
+static const char* take_out(char** environment, const char* name) {
+    const size_t length = strlen(name);
+    while (*environment &&
+           (strncmp(*environment, name, length) != 0 || (*environment)[length] != '='))
+        ++environment;
+    if (!*environment) return NULL;
+    const char* value = *environment + length + 1;
+    do
+        environment[0] = environment[1];
+    while (*environment++);
+    return value;
+}
+
+/* The loader runs this first (-z initfirst), when the C library does not yet know its environment.
+ * Processes that the driver makes are not to be loaded with us. */
+__attribute__((constructor)) static void begin(int argc, char** argv, char** environment) {
+    (void)argc;
+    (void)argv;
+    real();
+    take_out(environment, "LD_PRELOAD");
+    const char* file = take_out(environment, "INJECT_FILE");
+    const int descriptor = file ? (int)syscall(SYS_openat, AT_FDCWD, file, O_RDWR | O_CLOEXEC) : -1;
+    if (descriptor < 0) abort();
+    void* memory =
+        real()->mmap(NULL, sizeof *shared, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    syscall(SYS_close, descriptor);
+    if (memory == MAP_FAILED) abort();
+    shared = memory;
 }
