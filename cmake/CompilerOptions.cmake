@@ -25,7 +25,14 @@ if(NORVANE_SANITIZE)
 endif()
 
 if(NORVANE_FUZZ)
-  set(sanitizers -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+  set(sanitizers -fsanitize=fuzzer-no-link,undefined -fno-sanitize-recover=all)
+  if(NORVANE_FUZZ_ADDRESS)
+    list(APPEND sanitizers -fsanitize=address)
+  else()
+    # Checks at nearly every access, each of which the fuzzer would note as a branch of its own; and
+    # calls at each comparison, which is what the dictionaries are for.
+    list(APPEND sanitizers -fno-sanitize=null,alignment -fno-sanitize-coverage=trace-cmp)
+  endif()
   target_compile_options(norvane_options INTERFACE ${sanitizers})
   target_link_options(norvane_options INTERFACE ${sanitizers})
 endif()

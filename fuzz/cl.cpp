@@ -1,24 +1,20 @@
-// Calculation source, as a file and, where a text can hold it, as a text.
+// Calculation source, as a file and, where a text can hold it, as a text: parsed, checked,
+// printed, and written as XML, out and in.
 #include <string>
 
+#include "calculations.h"
 #include "harness.h"
-#include "norvane/proj/calc.h"
 #include "norvane/proj/loadclfile.h"
 
 namespace norvane::fuzz {
 namespace {
 
-bool is_parsed(PolyHash* calc) {
-    if (calc) calc_delete(calc);
-    return calc != nullptr;
-}
-
 // The scanner's condition outlives a parse; so that every input stands for itself, this brings it
 // back to the start from wherever a parse may leave it: outside of a comment and of a string, the
 // second text is a string that is closed.
 void settle_scanner() {
-    is_parsed(calc_import_from_string("\n*/ x"));
-    is_parsed(calc_import_from_string("\"x\""));
+    CalculationPtr(calc_import_from_string("\n*/ x"));
+    CalculationPtr(calc_import_from_string("\"x\""));
 }
 
 } // namespace
@@ -29,14 +25,18 @@ using namespace norvane::fuzz;
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QuietSink sink;
     const std::string text(reinterpret_cast<const char*>(data), size);
-    MemoryFile file;
+    static MemoryFile file;
     file.write(text);
-    const bool is_good = is_parsed(calc_import_from_clfile(file.path()));
-    expect(is_good || sink.reports() > 0, "a refusal without a report");
+    const CalculationPtr calc(calc_import_from_clfile(file.path()));
+    expect(calc != nullptr || sink.reports() > 0, "a refusal without a report");
     settle_scanner();
+    if (calc) {
+        check_types(*calc);
+        check_xml_round_trip(*calc);
+    }
     if (text.find_first_of(std::string("\0\xFF", 2)) != std::string::npos) return 0;
-    const bool is_good_text = is_parsed(calc_import_from_string(text.c_str()));
+    const CalculationPtr of_text(calc_import_from_string(text.c_str()));
     settle_scanner();
-    expect(is_good == is_good_text, "a file and a text that differ");
+    expect((calc == nullptr) == (of_text == nullptr), "a file and a text that differ");
     return 0;
 }

@@ -35,13 +35,14 @@ MemoryFile::~MemoryFile() {
 }
 
 void MemoryFile::write(std::string_view content) {
-    expect(ftruncate(descriptor_, 0) == 0, "ftruncate");
+    off_t size = 0;
     while (!content.empty()) {
-        const auto offset = lseek(descriptor_, 0, SEEK_END);
-        const auto done = pwrite(descriptor_, content.data(), content.size(), offset);
+        const auto done = pwrite(descriptor_, content.data(), content.size(), size);
         expect(done > 0, "pwrite");
         content.remove_prefix(static_cast<std::size_t>(done));
+        size += done;
     }
+    expect(ftruncate(descriptor_, size) == 0, "ftruncate");
 }
 
 std::string MemoryFile::read() const {

@@ -1,0 +1,84 @@
+#!/usr/bin/env python3
+"""Makes small inputs to begin with, one a case, out of the tables of the test suite.
+
+usage: seeds.py FOLDER
+
+Puts them into FOLDER/TARGET. The tables hold each construct, and each way to get it wrong, once.
+"""
+import os
+import re
+import sys
+
+HEAD = '<calculation><namespace name="N"><function name="f" type="int">'
+TAIL = '</function></namespace></calculation>'
+EXPRESSION = ('namespace N { void f(integer i, integer j, float x, float y, string s, string z, '
+              'boolean b, boolean c) { %s; } }')
+# Of every construct, for targets whose readers take the constructs one by one.
+WHOLE_DOCUMENT = re.compile(r'(?s)^(.*?<model>\n)(.*)(</model>\n)$')
+
+
+def as_function(text):
+    return text if text.startswith('namespace') else 'namespace N { %s }' % text
+
+
+def as_document(text):
+    text = text.replace('<x>', '<e><stmt><return_stmt><expr>').replace('</x>', '</expr></return_stmt></stmt></e>')
+    return text.replace('<e>', HEAD).replace('</e>', TAIL)
+
+
+def rows(text, line_feed, make=str):
+    """The fields before the first arrow of each line."""
+    return [make(line.split(' =>')[0].replace(line_feed, '\n'))
+            for line in text.split('\n') if ' =>' in line and not line.startswith(('#', '--'))]
+
+
+def blocks(text):
+    """The runs of lines behind ">"."""
+    return ['\n'.join(line[1:].strip(' ') for line in block.splitlines())
+            for block in re.findall(r'(?m)(?:^>.*\n)+', text)]
+
+
+def parts(text):
+    """A document for each few of the lines of a large one."""
+    head, body, tail = WHOLE_DOCUMENT.match(text).groups()
+    lines = body.splitlines(keepends=True)
+    return [head + ''.join(lines[i:i + 3]) + tail for i in range(0, len(lines), 3)]
+
+
+TABLES = [
+    ('pm', 'tests/model/data/check/projects.txt', lambda text: rows(text, '\\n')),
+    ('pm', 'tests/model/data/simplify/rules.txt', lambda text: rows(text, '\\n')),
+    ('pm', 'tests/model/data/simplify/types.txt', lambda text: rows(text, '\\n')),
+    ('pm', 'tests/model/data/simplify/expansion.txt', lambda text: rows(text, '\\n')),
+    ('pm', 'tests/model/data/frontend_trees.txt', blocks),
+    ('pm', 'tests/model/data/frontend_errors.txt', blocks),
+    ('model_xml', 'tests/model/data/xml/every_construct.xml', parts),
+    ('model_xml', 'tests/model/data/xml/reads.txt', lambda text: rows(text, '^')),
+    ('model_xml', 'tests/model/data/xml/refusals.txt', lambda text: rows(text, '^')),
+    ('presentation', 'tests/model/data/xml/presentations.txt', lambda text: rows(text, '^')),
+    ('varorder', 'tests/model/data/xml/var_orders.txt', lambda text: rows(text, '^')),
+    ('workspace', 'tests/zeb/data/files.txt', lambda text: rows(text, '^')),
+    ('cl', 'tests/calc/data/syntax_trees.txt', blocks),
+    ('cl', 'tests/calc/data/syntax_errors.txt', blocks),
+    ('cl', 'tests/calc/data/check/functions.txt', lambda text: rows(text, '$', as_function)),
+    ('cl', 'tests/calc/data/check/expressions.txt', lambda text: rows(text, '$', EXPRESSION.__mod__)),
+    ('clx', 'tests/calc/data/xml/reads.txt', lambda text: rows(text, '^', as_document)),
+    ('clx', 'tests/calc/data/xml/refusals.txt', lambda text: rows(text, '^', as_document)),
+]
+
+
+def main():
+    top = os.path.abspath(sys.argv[1])
+    os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..'))
+    for number, (target, table, cases) in enumerate(TABLES):
+        folder = os.path.join(top, target)
+        os.makedirs(folder, exist_ok=True)
+        with open(table, encoding='latin-1') as stream:
+            seeds = cases(stream.read())
+        for index, seed in enumerate(seeds):
+            with open(os.path.join(folder, '%d-%d' % (number, index)), 'w', encoding='latin-1') as stream:
+                stream.write(seed)
+
+
+if __name__ == '__main__':
+    main()
