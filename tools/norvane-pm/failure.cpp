@@ -306,12 +306,31 @@ std::string json_report(const Work& work, const ExceptionState& thrown,
                                                                    {"thrown_by", thrown_by}});
 }
 
+struct Search {
+    Work& work;
+    CulpritText& found;
+};
+
+void search(void* user) {
+    auto& [work, found] = *static_cast<Search*>(user);
+    found = describe(work, find_culprit(work));
+}
+
+// Without a kind where nothing is found, or the search itself stops.
+CulpritText search_culprit(Work& work) {
+    static ExceptionState ignored;
+    CulpritText found{"", "", ""};
+    Search call{work, found};
+    if (except_catch(search, &call, &ignored)) return {"", "", ""};
+    return found;
+}
+
 } // namespace
 
 void report_failure(Work& work, const ExceptionState& thrown) {
     work.diagnostics->mute();
-    const CulpritText culprit = is_for_want_of_memory(thrown) ? CulpritText{"", "", ""}
-                                                              : describe(work, find_culprit(work));
+    const CulpritText culprit =
+        is_for_want_of_memory(thrown) ? CulpritText{"", "", ""} : search_culprit(work);
     const std::string thrown_by =
         std::string(thrown.file) + " (" + std::to_string(thrown.line) + ")";
     const bool text = work.diagnostics->format() == Format::text;
