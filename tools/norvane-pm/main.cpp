@@ -50,6 +50,7 @@ template <typename T>
 void add_choice(CLI::App& command, const char* name, const char* value, const char* help, T& chosen,
                 const std::vector<std::pair<std::string, T>>& choices) {
     std::vector<std::string> words;
+    words.reserve(choices.size());
     for (const auto& choice : choices)
         words.push_back(choice.first);
     command
