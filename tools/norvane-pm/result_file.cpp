@@ -87,7 +87,7 @@ bool take_after(int descriptor, const struct stat* old) {
 // The file itself, where the name is a symbolic link to it; empty if it cannot be told.
 std::string resolved(const std::string& name) {
     char* path = realpath(name.c_str(), nullptr);
-    const std::string text = path ? path : "";
+    std::string text = path ? path : "";
     std::free(path);
     return text;
 }

@@ -15,6 +15,7 @@ namespace norvane {
             each(source_free) each(fopen_index) each(fread) each(fclose)
 
 struct Libzip {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a declared name stands in none.
 #define NORVANE_LIBZIP_MEMBER(function) decltype(::zip_##function)* function;
     NORVANE_LIBZIP_FUNCTIONS(NORVANE_LIBZIP_MEMBER)
 #undef NORVANE_LIBZIP_MEMBER
