@@ -115,7 +115,8 @@ def growth(smaller, larger):
 
 
 def over_floor(stage, floor):
-    return stage['seconds'] / floor['seconds'] if stage['seconds'] >= LEAST_SECONDS else None
+    measurable = min(stage['seconds'], floor['seconds']) >= LEAST_SECONDS
+    return stage['seconds'] / floor['seconds'] if measurable else None
 
 
 def mebibytes(peaks):
@@ -123,13 +124,15 @@ def mebibytes(peaks):
     return shown and shown + ' MiB'
 
 
-def print_stage(workload, name, results):
+def print_stage(name, results):
     stages = [result[name] for result in results]
     unit = {'byte': ' MB/s', 'node': ' Mn/s'}[stages[0]['unit']]
     floor = stages[0]['floor']
-    floors = figures(over_floor(stage, result[floor]) for stage, result in zip(stages, results)) if floor else ''
+    floors = floor and figures(over_floor(stage, result[floor]) for stage, result in zip(stages, results))
     rates = figures(rate(stage) for stage in stages)
-    row(workload, name, rates + unit if rates else '-', '', figures(growth(*pair) for pair in zip(stages, stages[1:])),
+    if not rates:
+        return
+    row('', name, rates + unit, '', figures(growth(*pair) for pair in zip(stages, stages[1:])),
         floors and floors + ' × ' + floor, mebibytes(stage['peak'] for stage in stages), '')
 
 
@@ -173,10 +176,9 @@ def measure(folder, arguments):
     programs = Programs(arguments, folder)
     for workload, sizes in arguments.workloads.items():
         results = [programs.stages_of(workload, size) for size in sizes]
-        title = '%s %s' % (workload, BETWEEN.join(format(size, ',') for size in sizes))
+        row('**%s**' % workload, BETWEEN.join(format(size, ',') for size in sizes), '', '', '', '', '', '')
         for name in results[0]:
-            print_stage(title, name, results)
-            title = ''
+            print_stage(name, results)
     if arguments.peers:
         measure_peers(folder, arguments, [name for name in PEERS if name in arguments.names])
 
