@@ -41,8 +41,9 @@ endif()
 # tests tell what a throw may leave behind.
 set(norvane_launcher "")
 if(NORVANE_VALGRIND)
-  set(norvane_launcher valgrind --quiet --vgdb=no --error-exitcode=99 --leak-check=no
-      --read-inline-info=no --num-callers=30)
+  find_program(NORVANE_VALGRIND_PROGRAM valgrind REQUIRED)
+  set(norvane_launcher ${NORVANE_VALGRIND_PROGRAM} --quiet --vgdb=no --error-exitcode=99
+      --leak-check=no --read-inline-info=no --num-callers=30)
 endif()
 
 if(NORVANE_COVERAGE)

@@ -220,7 +220,7 @@ TEST(Calculation, UnknownTagsAreBrokenInvariants) {
     calc_delete_stmt(stmt);
     EXPECT_EQ(thrown([] { calc_opr2string(static_cast<COprType>(20)); }),
               "1: Invalid operator '20'");
-    EXPECT_STREQ(calc_type2string(static_cast<CalcType>(7)), "undef");
+    EXPECT_STREQ(calc_type2string(CTYPE_UNDEF), "undef");
 }
 
 } // namespace

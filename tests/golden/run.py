@@ -109,7 +109,8 @@ def run(sections, driver, under):
                            PATH=os.path.dirname(os.path.abspath(driver)) + ':' + os.environ['PATH'],
                            UNPRIVILEGED=DROP_PRIVILEGES if os.geteuid() == 0 else '')
         command = b'set -o pipefail\n' + dict(sections)['command'].encode('latin-1')
-        done = subprocess.run(['bash', '-c', command], cwd=work, env=environment, timeout=240,
+        done = subprocess.run(['bash', '-c', command], cwd=work, env=environment,
+                              timeout=2400 if under else 240,
                               stdin=subprocess.DEVNULL, capture_output=True)
         subprocess.run(['chmod', '-R', 'u+rwX', work], check=False)
         text = lambda data: re.sub(r'(libs/[\w/]+\.\w+) \(\d+\)', r'\1 (LINE)',
