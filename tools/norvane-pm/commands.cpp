@@ -135,7 +135,9 @@ void run_in_frame(void* user) {
     work.succeeded = run_steps(work);
 }
 
-void release(Work& work) {
+// In a frame, since deep trees want stacks of their own to be released.
+void release_in_frame(void* user) {
+    auto& work = *static_cast<Work*>(user);
     ustr_delete(work.text);
     plist_delete(work.rules);
     plist_delete(work.origins);
@@ -211,7 +213,10 @@ int run_command(const Options& options) {
         return STATUS_INTERNAL_FAILURE;
     }
     diagnostics.close(work.succeeded);
-    if (orderly_exit) release(work);
+    if (orderly_exit && except_catch(release_in_frame, &work, &thrown)) {
+        report_failure(work, thrown);
+        return STATUS_INTERNAL_FAILURE;
+    }
     return work.succeeded ? STATUS_OK : STATUS_INPUT_AT_FAULT;
 }
 
