@@ -334,8 +334,7 @@ pid_t waitpid(pid_t process, int* status, int options) {
     return fails(SPAWN, ECHILD) ? -1 : ended;
 }
 
-/* What asks for memory by the page, as stacks for deep recursion and allocators do.
- * --------------*/
+/* Memory by the page, as for stacks of deep recursion. ------------------------------------------*/
 
 void* mmap(void* place, size_t size, int protection, int flags, int descriptor, off_t offset) {
     if (fails(MAP, ENOMEM)) return MAP_FAILED;

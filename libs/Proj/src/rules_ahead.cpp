@@ -1,3 +1,4 @@
+// Reading ahead of rules: what each step asks for.
 #include "rules_ahead.h"
 
 #include <cstdint>

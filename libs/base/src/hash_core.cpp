@@ -18,10 +18,6 @@ constexpr std::uint32_t small_capacity = 8;
 // Callers guess: larger tables grow by themselves.
 constexpr unsigned largest_hint = 1024;
 
-std::uint32_t mask_of(const HashCore* core) {
-    return 2 * core->capacity - 1;
-}
-
 void index_entry(HashCore* core, std::uint32_t position) {
     const std::uint32_t mask = mask_of(core);
     const std::uint32_t hash = core->entries[position].hash;

@@ -40,6 +40,11 @@ namespace norvane {
 
 void hash_init(HashCore* core, unsigned hint);
 
+// What is left of a hash as a place in the index.
+inline std::uint32_t mask_of(const HashCore* core) {
+    return 2 * core->capacity - 1;
+}
+
 // The hash of a key: the callback's number, mixed so that weak hashes (integers in steps,
 // addresses) spread over the index. The size is the largest prime that an int holds too, because
 // some callbacks take it as one; a callback that takes a remainder loses next to nothing.
@@ -57,7 +62,7 @@ HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
 // Where a look-up begins to read the index, or null while there is none; and the entry that it is
 // going to compare first, or null.
 inline const HashSlot* hash_home(const HashCore* core, std::uint32_t hash) {
-    return core->slots == nullptr ? nullptr : &core->slots[hash & (2 * core->capacity - 1)];
+    return core->slots == nullptr ? nullptr : &core->slots[hash & mask_of(core)];
 }
 const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash);
 

@@ -180,7 +180,8 @@ XmlNode* new_node(Builder* b, unsigned line) {
     return node;
 }
 
-// Half of an indented file is layout: without an early end, many bytes are compared at once.
+// Of at least one byte. Half of an indented file is layout: without an early end, many bytes are
+// compared at once.
 bool is_blank(const char* text, std::size_t size) {
     if (!is_xml_blank(text[0])) return false;
     bool blank = true;
