@@ -14,7 +14,7 @@
 #include "norvane/proj/proj_errors.h"
 #include "poly_adaptors.h"
 #include "report.h"
-#include "staticsem_internal.h"
+#include "symboltable_internal.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 // A path is followed by pushing the environment of each record on the way. A fault throws with the
 // environments still pushed: the check of the function pops them.
 #include "calc_typecheck_internal.h"
+#include "labels.h"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/text.hpp"
-#include "norvane/proj/staticsem.h"
 #include "poly_adaptors.h"
 
 namespace norvane {
@@ -154,7 +154,7 @@ const PolySet* shown_labels(const CalcCheck& check, TypeCon* sum) {
     PolySet* labels = pset_new(plist_length(sum->values.labels), poly_compare_string, nullptr,
                                poly_hash_string, nullptr);
     for (char* label : items<char>(sum->values.labels))
-        pset_insert(labels, ssem_remove_braces(label));
+        pset_insert(labels, shown_label(label));
     phash_insert(check.labels, sum, labels);
     return labels;
 }

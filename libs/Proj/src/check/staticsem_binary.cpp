@@ -4,6 +4,7 @@
 // that value one of the variable's: it goes into the set of the type that stands for all types
 // which were merged with the variable's own. Equating two such variables merges their types.
 
+#include "labels.h"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/proj/proj_errors.h"
@@ -254,7 +255,7 @@ int compare_string_with_enumeration(const CheckContext& check, const Binary& bin
     if (!namedata || namedata->ndtype != ND_VARIABLE)
         return fault(check, binary.expr, ERR_STRVAR_COMPARE_LABEL);
     for (char* label : items<char>(enumeration_type->values.labels))
-        pset_insert(string_type->values.enum_string.string_set, ssem_remove_braces(label));
+        pset_insert(string_type->values.enum_string.string_set, shown_label(label));
     return typed(binary.expr, ETYPE_BOOL);
 }
 

@@ -10,12 +10,9 @@
 #include "norvane/proj/project.h"
 #include "norvane/proj/symboltable.h"
 #include "norvane/proj/typecon.h"
+#include "symboltable_internal.h"
 
 namespace norvane {
-
-// Takes this very environment out of the table's stack, whatever has been left above it; nothing if
-// it is not there. (symboltable.cpp)
-void take_env_out(SymbolTable* symboltable, PolyHash* environment);
 
 // Makes an environment the innermost one for the length of a block. At its end that very
 // environment is taken out, and not whatever is innermost by then: a loop whose body has the wrong

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "labels.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -345,7 +346,5 @@ int ssem_check_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
 
 char* ssem_remove_braces(char* str) {
     NORVANE_ASSERT(str);
-    if (*str != '{') return str;
-    char* close = std::strchr(str, '}');
-    return close != nullptr && close[1] != '\0' ? close + 1 : str;
+    return norvane::shown_label(str);
 }

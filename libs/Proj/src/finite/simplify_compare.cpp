@@ -7,6 +7,7 @@
 // The checker has entered every value that is met here into its type.
 #include <cstring>
 
+#include "labels.h"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/proj/staticsem.h"
@@ -166,7 +167,7 @@ Expr* compare_strings(Simplification& in, Expr* expr) {
 // The string has the shown text of the label, and the enumeration has the label.
 Expr* both_are(Simplification& in, Expr* string, Expr* enumeration, char* label) {
     Expr shown = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
-    shown.args.str = ssem_remove_braces(label);
+    shown.args.str = shown_label(label);
     Expr whole = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
     whole.args.str = label;
     Expr string_is = stack_equation(string, &shown, ETYPE_UNDEF);
