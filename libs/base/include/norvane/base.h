@@ -15,6 +15,7 @@
 #include "norvane/base/settings.h"
 #include "norvane/base/strings.h"
 #include "norvane/base/util.h"
+#include "norvane/base/work.h"
 #include "norvane/base/xml.h"
 
 #ifdef __cplusplus
