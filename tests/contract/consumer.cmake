@@ -28,13 +28,17 @@ function(build_c program source)
       ${flags})
 endfunction()
 
-# What the driver that was installed says is what the first program says.
+# What the driver that was installed says is what the first programs say.
 run(expected ${prefix}/bin/norvane-pm rules ${model})
-build_c(${work}/first ${SOURCE_DIR}/examples/first.c)
-run(actual ${work}/first ${model})
-if(NOT actual STREQUAL expected)
-  message(FATAL_ERROR "examples/first.c prints\n${actual}\nand not\n${expected}")
-endif()
+build_c(${work}/first_c ${SOURCE_DIR}/examples/first.c)
+run(ignored ${CXX_COMPILER} -std=c++17 -Wall -Wextra -pedantic -Werror ${FLAGS}
+    -o ${work}/first_cpp ${SOURCE_DIR}/examples/first.cpp ${flags})
+foreach(language c cpp)
+  run(actual ${work}/first_${language} ${model})
+  if(NOT actual STREQUAL expected)
+    message(FATAL_ERROR "examples/first.${language} prints\n${actual}\nand not\n${expected}")
+  endif()
+endforeach()
 
 # The consumers say the same, of a good model and of a broken one.
 set(consumer ${SOURCE_DIR}/tests/contract/consumer)
@@ -65,9 +69,13 @@ expect_consumer(0 "variables 7\n${expected}" ${model})
 expect_consumer(1 "report 2 ERR_ID_UNDECLARED: ${consumer}/broken.pm (3): Undeclared identifier 'colour'\n"
                 ${consumer}/broken.pm)
 
-file(READ ${SOURCE_DIR}/examples/first.c program)
-file(READ ${SOURCE_DIR}/README.md readme)
-string(FIND "${readme}" "${program}" place)
-if(place EQUAL -1)
-  message(FATAL_ERROR "README.md does not show examples/first.c as it is")
-endif()
+function(expect_shown page program)
+  file(READ ${SOURCE_DIR}/${program} text)
+  file(READ ${SOURCE_DIR}/${page} shown)
+  string(FIND "${shown}" "${text}" place)
+  if(place EQUAL -1)
+    message(FATAL_ERROR "${page} does not show ${program} as it is")
+  endif()
+endfunction()
+expect_shown(README.md examples/first.c)
+expect_shown(docs/ownership.md examples/first.cpp)

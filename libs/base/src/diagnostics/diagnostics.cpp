@@ -105,6 +105,12 @@ void msg_set_error_sink(MsgErrorSink sink, void* user) {
     norvane::sink.user = user;
 }
 
+MsgErrorSink msg_get_error_sink(void** user) {
+    NORVANE_ASSERT(user);
+    *user = norvane::sink.user;
+    return norvane::sink.function == norvane::print_title ? nullptr : norvane::sink.function;
+}
+
 void msg_report_error(ErrorType type, ErrorInfo* error) {
     NORVANE_ASSERT(error);
     norvane::sink.function(type, error, norvane::sink.user);

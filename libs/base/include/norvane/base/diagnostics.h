@@ -82,6 +82,10 @@ typedef void (*MsgErrorSink)(ErrorType type, ErrorInfo* error, void* user);
  * standard error: "error: TITLE [NAME]" or "warning: TITLE [NAME]". */
 NORVANE_BASE_API void msg_set_error_sink(MsgErrorSink sink, void* user);
 
+/* The sink that is installed, or null for the default one, and in `user` what it is called with: for
+ * a caller who installs another one for a while and puts this one back. */
+NORVANE_BASE_API MsgErrorSink msg_get_error_sink(void** user);
+
 /* Delivers the report to the sink, and takes it over. Returns normally: a caller may go on and
  * report more. */
 NORVANE_BASE_API void msg_report_error(ErrorType type, ErrorInfo* error);
