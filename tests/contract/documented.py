@@ -20,7 +20,7 @@ def main():
     for path in doxygen_filter.headers():
         about.update(doxygen_filter.Parser(doxygen_filter.read(path)).about)
     # Members of classes, and variables, are Doxygen's to look at.
-    names = {name for library in (arguments.proj, arguments.base) for name in exported(library)
+    names = {name for library in (arguments.proj, arguments.base) for name in exported(library, 'TW')
              if not name.startswith('_')}
     failures = ['%s is in no header' % name for name in sorted(names - set(about))]
     failures += ['no comment is about %s' % name for name in sorted(names) if about.get(name) == '']

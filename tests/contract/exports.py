@@ -16,9 +16,11 @@ def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
-def exported(library):
+def exported(library, kinds=''):
+    """All names, or those of the kinds that nm has such letters for."""
     lines = output('nm', '-D', '--defined-only', library).splitlines()
-    return {line.split()[2].partition('@')[0] for line in lines if len(line.split()) == 3}
+    rows = [line.split() for line in lines if len(line.split()) == 3]
+    return {name.partition('@')[0] for _, kind, name in rows if not kinds or kind in kinds}
 
 
 def in_map(path):
