@@ -1,4 +1,4 @@
-// The way of a model through the preprocessor, and what the filter behind it makes of line markers.
+// The way of a model through the preprocessor, and what the filter makes of its line markers.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -146,6 +146,124 @@ TEST_F(PreprocessTest, OnlyWhatThePreprocessorNeedsOfTheEnvironmentReachesIt) {
               "HOME\nLC_ALL\nPATH\nTMPDIR\n");
 }
 
+TEST_F(PreprocessTest, ArgumentsThatCouldMeanSomethingElseNeverReachThePreprocessor) {
+    replace_cpp("for a; do case $a in -[IDU]*|?*.pm) printf '%s|' \"$a\";; esac; done");
+    struct {
+        std::vector<std::string> args;
+        std::string given; // empty where they are refused
+    } const cases[] = {
+        {{"-I@types", "-I", "@r.pm"}, "-I./@types|-I./@r.pm|m.pm|"},
+        {{"-I-", "-I", "--", "-I=root", "-I$SYSROOT/x"},
+         "-I./-|-I./--|-I./=root|-I./$SYSROOT/x|m.pm|"},
+        {{"-I", "a b", "-I/x", "-I.."}, "-Ia b|-I/x|-I..|m.pm|"},
+        {{"-DA", "-D", "B=@x", "-DF(x)=x\t", "-U_C"}, "-DA|-DB=@x|-DF(x)=x\t|-U_C|m.pm|"},
+        {{"-I", "-DA"}, "-I./-DA|m.pm|"},
+        {{"-D@x"}, ""},
+        {{"-D", "@x"}, ""},
+        {{"-U@x"}, ""},
+        {{"-U", "A B"}, ""},
+        {{"-D"}, ""},
+        {{"-I"}, ""},
+        {{"-I", ""}, ""},
+        {{"-U", ""}, ""},
+        {{"-D-A"}, ""},
+        {{"-D1"}, ""},
+        {{"-U-"}, ""},
+        {{"-DA B"}, ""},
+        {{"-DA=1\n-o x"}, ""},
+        {{"@x"}, ""},
+        {{"-"}, ""},
+        {{"--"}, ""},
+        {{"--include=x"}, ""},
+        {{"-include", "x"}, ""},
+        {{"x.pm"}, ""},
+        {{"-fplugin=x"}, ""},
+        {{""}, ""},
+    };
+    for (const auto& c : cases) {
+        os_delete_file("out.pm");
+        EXPECT_EQ(run("m.pm", c.args) == 0, !c.given.empty()) << c.args[0] << messages;
+        EXPECT_EQ(messages.find(" is refused: ") != messages.npos, c.given.empty()) << messages;
+        EXPECT_EQ(c.given.empty() ? "" : read_file("out.pm"), c.given);
+    }
+}
+
+// What a sink is told, one message a line.
+std::string told;
+
+void tell(const OsPreprocessorMessage* m, void*) {
+    told += m->is_error ? "error " : "note ";
+    if (m->place.file) told += m->place.file + (":" + std::to_string(m->place.line)) + " ";
+    told += m->text;
+    for (unsigned i = 0; i < m->included_count; ++i)
+        told += std::string(" < ") + m->included_from[i].file + ":" +
+                std::to_string(m->included_from[i].line);
+    told += "\n";
+}
+
+TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
+    folder.write("car.pm", "\n#include \"a: b.pm\"\n");
+    folder.write("a: b.pm", "#include \"engine.pm\"\n");
+    folder.write("engine.pm", "x;\n\n#error no 5:6: error: here\n#include \"none.pm\"\ny\n");
+    told.clear();
+    os_set_preprocessor_sink(tell, nullptr);
+    EXPECT_NE(run("car.pm"), 0);
+    EXPECT_EQ(told, "error engine.pm:3 #error no 5:6: error: here < a: b.pm:1 < car.pm:2\n"
+                    "error engine.pm:4 none.pm: No such file or directory\n");
+    EXPECT_EQ(messages, "");
+
+    folder.write("m.pm", "x\n");
+    struct {
+        std::string script, text;
+    } const failures[] = {
+        {"exit 3", "the C preprocessor ended with status 3"},
+        {"kill -9 $$", "the C preprocessor was ended by signal 9"},
+        {"echo 'cpp: fatal error: no input' >&2; exit 1", "no input"},
+        {"sleep 60", "the C preprocessor was stopped after 1 s"},
+        {"exec >&- 2>&-; sleep 60", "the C preprocessor was stopped after 1 s"},
+    };
+    os_set_preprocessor_time(1);
+    for (const auto& [script, text] : failures) {
+        told.clear();
+        replace_cpp(script);
+        os_delete_file("out.pm");
+        EXPECT_NE(run("m.pm"), 0);
+        EXPECT_EQ(told, "error " + text + "\n");
+    }
+    os_set_preprocessor_time(120);
+    told.clear();
+    EXPECT_NE(run("m.pm", {}, "none/out.pm"), 0);
+    setenv("PATH", folder.path().c_str(), 1);
+    EXPECT_NE(run("m.pm", {}, "nocpp.pm"), 0);
+    os_set_preprocessor_sink(nullptr, nullptr);
+    EXPECT_EQ(told, "error cannot create 'none/out.pm': No such file or directory\n"
+                    "error cannot run the C preprocessor 'cpp': No such file or directory\n");
+}
+
+// True as soon as no process of the group is left, or false after ten seconds.
+bool ends_soon(pid_t group) {
+    for (int i = 0; i < 1000; ++i) {
+        if (kill(-group, 0) != 0) return true;
+        usleep(10'000);
+    }
+    return false;
+}
+
+TEST_F(PreprocessTest, ThePreprocessorAndWhatItStartsEndWithAHostThatIsKilled) {
+    replace_cpp("sleep 300 & echo $$ > group; trap '' INT TERM HUP; sleep 300; sleep 300");
+    const pid_t host = fork();
+    if (host == 0) _exit(run("m.pm"));
+    std::string group;
+    for (int i = 0; i < 1000 && group.empty(); ++i) {
+        usleep(10'000);
+        if (std::filesystem::exists("group")) group = read_file("group");
+    }
+    kill(host, SIGKILL);
+    waitpid(host, nullptr, 0);
+    ASSERT_NE(group, "");
+    EXPECT_TRUE(ends_soon(std::stoi(group)));
+}
+
 TEST_F(PreprocessTest, EveryFailureIsToldByTheStatus) {
     folder.write("m.pm", "x\n");
     EXPECT_NE(run("none.pm"), 0);
@@ -204,7 +322,7 @@ TEST(MarkerFilterTest, TheSizeOfTheBlocksMakesNoDifference) {
                                  "\" it's /*\n# 20 \"a\\\\\\303\\246\\012\"\n*/\n"
                                  "#line 21 \"a\\\xc3\xa6\\012\"\ny\n"
                                  "#pragma \"\n# 1 \"open\nz \"\\\n# 30 \"m.pm\"";
-    static norvane::MarkerFilter filter;
+    static norvane::os::MarkerFilter filter;
     for (std::size_t block = 1; block <= input.size(); ++block) {
         std::string output;
         filter.begin([](void* user, const char* data,

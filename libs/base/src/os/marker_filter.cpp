@@ -1,16 +1,16 @@
-// The filter follows two scanners at once, that of the preprocessor to know which lines are markers
-// at all, and that of the reader to know which of them it would take for directives.
+// The filter follows two scanners at once: the preprocessor's, to know which lines are markers, and
+// that of models, to know which of those it would take for directives.
 #include "marker_filter.h"
 
 #include <array>
 #include <charconv>
 #include <cstring>
 
-namespace norvane {
+namespace norvane::os {
 namespace {
 
-// The bytes that change the state of one of the scanners. All others are only looked at right
-// behind one of these.
+// The bytes that change the state of one of the scanners. Another byte matters only right after one
+// of these.
 constexpr std::array<bool, 256> special = [] {
     std::array<bool, 256> table{};
     for (const char c : {'"', '\'', '/', '*', '\\', '\n'})
@@ -22,7 +22,7 @@ bool is_special(char c) {
     return special[static_cast<unsigned char>(c)];
 }
 
-// Of four characters at once, without a jump between them.
+// Tests four characters without a branch between them, since most of a model is ordinary text.
 bool none_is_special(const char* four) {
     const int any = int{is_special(four[0])} | int{is_special(four[1])} | int{is_special(four[2])} |
                     int{is_special(four[3])};
@@ -92,7 +92,7 @@ void MarkerFilter::Reader::step(char c) {
 
 void MarkerFilter::Preprocessor::step(char c) {
     const char before = previous;
-    const bool behind_backslash = escaped;
+    const bool after_backslash = escaped;
     previous = '\0';
     escaped = false;
     if (in_comment) {
@@ -104,7 +104,7 @@ void MarkerFilter::Preprocessor::step(char c) {
     }
     if (c == '\n') {
         quote = '\0';
-    } else if (behind_backslash && (c == '\\' || c == '"' || c == '\'')) {
+    } else if (after_backslash && (c == '\\' || c == '"' || c == '\'')) {
         return;
     } else if (c == '\\') {
         escaped = true;
@@ -142,49 +142,60 @@ void MarkerFilter::end() {
     filter(buffer_, held_, true);
 }
 
-// Returns how many bytes are done with: all, but for a line that may turn out a marker.
-std::size_t MarkerFilter::filter(const char* data, std::size_t size, bool last) {
-    const char* const end = data + size;
-    const char* written = data;
-    const char* at = data;
-    const auto write_up_to = [&](const char* place) {
-        if (place > written) write_(user_, written, static_cast<std::size_t>(place - written));
-        written = place;
-    };
-    while (at < end) {
-        if (at_line_start_) {
-            if (*at == '#' && !preprocessor_.in_comment) {
-                const auto rest = static_cast<std::size_t>(end - at);
-                const auto* line_end = static_cast<const char*>(std::memchr(at, '\n', rest));
-                if (!line_end && !last && rest < sizeof buffer_) break;
-                Marker marker;
-                if (line_end && parse_marker(at, line_end, &marker)) {
-                    write_up_to(at);
-                    set_position(marker);
-                    missed_ = !reader_.counts() || !position_is_in_a_file();
-                    if (!missed_) write_position();
-                    if (reader_.comment_depth == 0) {
-                        at = written = line_end + 1;
-                        continue;
-                    }
-                    --line_; // the marker is itself a line of the comment
-                }
-            }
-            if (missed_ && reader_.counts() && position_is_in_a_file()) {
-                write_up_to(at);
-                write_position();
-                missed_ = false;
-            }
-            reader_.in_directive = *at == '#' && reader_.counts();
-            at_line_start_ = false;
-        }
-        at = scan(at, end);
-    }
-    write_up_to(at);
-    return static_cast<std::size_t>(at - data);
+void MarkerFilter::write_up_to(Block& block, const char* place) {
+    if (place > block.written)
+        write_(user_, block.written, static_cast<std::size_t>(place - block.written));
+    block.written = place;
 }
 
-// Follows the text to behind the end of the line; returns where it has stopped.
+// Returns how many bytes have been handled: all, but for a last line that may become a marker.
+std::size_t MarkerFilter::filter(const char* data, std::size_t size, bool last) {
+    Block block = {data, data, data + size, last};
+    while (block.at < block.end) {
+        const Line line = at_line_start_ ? begin_line(block) : Line::text;
+        if (line == Line::incomplete) break;
+        if (line == Line::text) block.at = scan(block.at, block.end);
+    }
+    write_up_to(block, block.at);
+    return static_cast<std::size_t>(block.at - data);
+}
+
+MarkerFilter::Line MarkerFilter::begin_line(Block& block) {
+    const char first = *block.at;
+    if (first == '#' && !preprocessor_.in_comment) {
+        const auto rest = static_cast<std::size_t>(block.end - block.at);
+        const auto* line_end = static_cast<const char*>(std::memchr(block.at, '\n', rest));
+        if (!line_end && !block.is_last && rest < sizeof buffer_) return Line::incomplete;
+        Marker marker;
+        if (line_end && parse_marker(block.at, line_end, &marker) &&
+            take_marker(block, marker, line_end))
+            return Line::marker;
+    }
+    if (missed_ && reader_.counts() && position_is_in_a_file()) {
+        write_up_to(block, block.at);
+        write_position();
+        missed_ = false;
+    }
+    reader_.in_directive = first == '#' && reader_.counts();
+    at_line_start_ = false;
+    return Line::text;
+}
+
+// False if the marker stays in the text, as in a comment, of which it is a line itself.
+bool MarkerFilter::take_marker(Block& block, const Marker& marker, const char* line_end) {
+    write_up_to(block, block.at);
+    set_position(marker);
+    missed_ = !reader_.counts() || !position_is_in_a_file();
+    if (!missed_) write_position();
+    if (reader_.comment_depth > 0) {
+        --line_;
+        return false;
+    }
+    block.at = block.written = line_end + 1;
+    return true;
+}
+
+// Follows the text to the end of the line, line feed included; returns where it has stopped.
 const char* MarkerFilter::scan(const char* data, const char* end) {
     for (;;) {
         const bool pending =
@@ -207,8 +218,7 @@ const char* MarkerFilter::scan(const char* data, const char* end) {
     }
 }
 
-// A marker is '# 12 "name"' with numbers behind it, as the preprocessor writes it. `end` is at the
-// line feed.
+// A marker is '# 12 "name"', and numbers may follow. `end` is at the line feed.
 bool MarkerFilter::parse_marker(const char* line, const char* end, Marker* marker) {
     if (end - line < 2 || line[1] != ' ') return false;
     const std::from_chars_result number = std::from_chars(line + 2, end, marker->line);
@@ -245,4 +255,4 @@ void MarkerFilter::write_position() {
     write_(user_, "\"\n", 2);
 }
 
-} // namespace norvane
+} // namespace norvane::os

@@ -1,6 +1,6 @@
 // Files by name. Names come from models and workspaces that may have been written on another
-// system, so a backslash separates folders too, and letters beyond ASCII are those of code page
-// 1252, as in all texts that the library holds, where a name is not UTF-8 already.
+// system: a backslash separates directories too, and a name that is not UTF-8 is taken to be in
+// code page 1252, as all texts that the library holds.
 #include "norvane/base/os.h"
 
 #include <cstdlib>
@@ -15,7 +15,7 @@
 #include "norvane/base/text.hpp"
 #include "os_path.h"
 
-namespace norvane {
+namespace norvane::os {
 namespace {
 
 bool is_utf8(const char* text, std::size_t size) {
@@ -25,7 +25,7 @@ bool is_utf8(const char* text, std::size_t size) {
     return true;
 }
 
-// Appends the next name of a path as the system has it: what is there is taken as it is.
+// Appends the next name of a path as the system has it: a name that exists is taken as it is.
 void append_name(UtilString* path, const char* name, std::size_t size) {
     const std::size_t begin = path->length;
     ustr_append_chars(path, name, size);
@@ -38,11 +38,11 @@ void append_name(UtilString* path, const char* name, std::size_t size) {
 
 char* native_path(const char* path) {
     char* slashed = str_copy(path);
-    for (char* c = std::strchr(slashed, '\\'); c != nullptr; c = std::strchr(c, '\\'))
+    for (char* c = std::strchr(slashed, '\\'); c; c = std::strchr(c, '\\'))
         *c = '/';
     if (is_utf8(slashed, std::strlen(slashed))) return slashed;
-    // Each name on its own: a folder from the command line and a file from a workspace need not be
-    // in one encoding.
+    // Name by name, because a directory from the command line and a file from a workspace may have
+    // different encodings.
     UtilString* native = ustr_new();
     for (const char* name = slashed; *name;) {
         const std::size_t size = std::strcspn(name, "/");
@@ -57,9 +57,9 @@ char* native_path(const char* path) {
     return text;
 }
 
-} // namespace norvane
+} // namespace norvane::os
 
-using norvane::native_path;
+using namespace norvane::os;
 
 int os_file_exists(const char* path) {
     NORVANE_ASSERT(path);

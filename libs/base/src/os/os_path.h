@@ -2,14 +2,13 @@
 #ifndef NORVANE_BASE_OS_PATH_H
 #define NORVANE_BASE_OS_PATH_H
 
-namespace norvane {
+namespace norvane::os {
 
-// A new string of `path` as the system has it, freed with str_delete: with every backslash turned
-// into a slash, since tools of the toolchain form names with backslashes, and such a file must land
-// in its folder; and each name on the way in UTF-8, where it is neither that nor the name of
-// something that is there as it stands.
+// A new string of `path` as the system has it, freed with str_delete. Backslashes become slashes,
+// since tools of the toolchain form names with backslashes. Each name between them becomes UTF-8,
+// unless it is UTF-8 already or a file of just that name exists.
 char* native_path(const char* path);
 
-} // namespace norvane
+} // namespace norvane::os
 
 #endif

@@ -3,56 +3,65 @@
 // GNU cpp in its traditional mode: `[0..MAX]` must expand MAX, where standard C reads `0..MAX` as
 // one number, and apostrophes and `//` mean nothing in a model. Comments are kept (-C), since those
 // of a model nest and the preprocessor's do not.
-#include "norvane/base/os.h"
-
-#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
-#include <sys/resource.h>
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "cpp_arguments.h"
+#include "cpp_messages.h"
+#include "cpp_process.h"
 #include "marker_filter.h"
+#include "norvane/base/callbacks.h"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
+#include "norvane/base/os.h"
 
-extern char** environ;
-
-namespace norvane {
+namespace norvane::os {
 namespace {
-
-// A model whose macros grow without end is stopped by one of these. One line may grow in the
-// preprocessor's memory for long before it is written.
-constexpr std::size_t output_limit = std::size_t{1} << 30;
-constexpr rlim_t memory_limit = rlim_t{2} << 30;
-constexpr rlim_t seconds_limit = 60;
 
 // A base name is given, since it would be that of the model otherwise: the program that does the
 // work gets it as an argument, and would take "@a.pm" for a file of options.
 constexpr const char* cpp_options[] = {"cpp", "-traditional-cpp", "-C",    "-undef", "-nostdinc",
                                        "-w",  "-dumpbase",        "model", "-x",     "c"};
+// The form of messages that cpp_messages.cpp reads.
+constexpr const char* message_options[] = {
+    "-fno-diagnostics-show-caret", "-fdiagnostics-color=never", "-fdiagnostics-column-unit=byte"};
+
+constexpr std::size_t messages_limit = std::size_t{1} << 18; // what comes after is dropped
+
+struct Settings {
+    OsPreprocessorSink sink;
+    void* user;
+    unsigned seconds;
+};
+Settings settings = {nullptr, nullptr, 120};
 
 // The file that is written.
 struct Output {
     int descriptor;
     std::size_t size = 0;
     std::size_t held = 0;
-    bool failed = false;
+    int error = 0; // EFBIG for more than output_limit
 };
 char output_buffer[1 << 16];
 
 MarkerFilter filter;
 
 void write_all(Output* output, const char* data, std::size_t size) {
-    while (size > 0 && !output->failed) {
+    while (size > 0 && !output->error) {
         const ssize_t written = write(output->descriptor, data, size);
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) {
-            output->failed = true;
+        if (written < 0) {
+            output->error = errno;
             return;
         }
         data += written;
@@ -67,9 +76,9 @@ void flush(Output* output) {
 
 void put(void* user, const char* data, std::size_t size) {
     auto* output = static_cast<Output*>(user);
-    if (output->failed) return;
+    if (output->error) return;
     if (size > output_limit - output->size) {
-        output->failed = true;
+        output->error = EFBIG;
         return;
     }
     output->size += size;
@@ -79,169 +88,202 @@ void put(void* user, const char* data, std::size_t size) {
     output->held += size;
 }
 
-// In a host that was started without standard streams, a descriptor may have got the number of
-// one, and would be taken for it by the preprocessor.
-int above_the_standard_ones(int descriptor) {
+// Not a standard stream's number, which the preprocessor would take for that stream.
+int create_output(const char* path) {
+    const int descriptor = open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (descriptor < 0 || descriptor > 2) return descriptor;
     const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
     close(descriptor);
     return moved;
 }
 
-int create_output(const char* path) {
-    const int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    return above_the_standard_ones(open(path, flags, 0600));
+// Time left for a run, in milliseconds, as poll takes it.
+class Deadline {
+  public:
+    explicit Deadline(unsigned seconds) : end_(now() + seconds * 1000LL) {}
+    int left() const {
+        const long long rest = end_ - now();
+        return rest > 0 ? static_cast<int>(rest < 1'000'000 ? rest : 1'000'000) : 0;
+    }
+
+  private:
+    static long long now() {
+        timespec time;
+        clock_gettime(CLOCK_MONOTONIC, &time);
+        return time.tv_sec * 1000LL + time.tv_nsec / 1'000'000;
+    }
+    long long end_;
+};
+
+// What is read of one run.
+struct Run {
+    CppProcess process;
+    Output* output;
+    UtilString* messages; // that the preprocessor wrote
+    UtilString* failure;  // why it failed; empty if it did not
+    bool has_ended_itself = false;
+};
+
+// Reads once, as poll has said that something is there. False at the end, or after a failure.
+bool read_output(Run* run) {
+    const std::span<char> room = filter.room();
+    const ssize_t size = read(run->process.output, room.data(), room.size());
+    if (size < 0 && errno == EINTR) return true;
+    if (size < 0) run->output->error = errno;
+    if (size <= 0) return false;
+    filter.received(static_cast<std::size_t>(size));
+    return !run->output->error;
 }
 
-bool make_pipe(int (&ends)[2]) {
-    if (pipe2(ends, O_CLOEXEC) != 0) return false;
-    ends[0] = above_the_standard_ones(ends[0]);
-    ends[1] = above_the_standard_ones(ends[1]);
-    if (ends[0] >= 0 && ends[1] >= 0) return true;
-    if (ends[0] >= 0) close(ends[0]);
-    if (ends[1] >= 0) close(ends[1]);
-    return false;
+bool read_messages(Run* run) {
+    char text[4096];
+    const ssize_t size = read(run->process.messages, text, sizeof text);
+    if (size < 0 && errno == EINTR) return true;
+    if (size <= 0) return false;
+    if (run->messages->length < messages_limit)
+        ustr_append_chars(run->messages, text, static_cast<std::size_t>(size));
+    return true;
 }
 
-// A name that begins with "-" is no option, and one with "@" no file of options. To be freed.
-char* file_argument(const char* path) {
-    return path[0] == '-' || path[0] == '@' ? str_cat("./", path) : str_copy(path);
+// Reads both streams to their ends and waits for the end of the process, without its status. False
+// where it has to be stopped.
+bool read_streams(Run* run) {
+    const Deadline deadline(settings.seconds);
+    const int ended = static_cast<int>(
+        syscall(SYS_pidfd_open, run->process.id, 0)); // -1, which poll ignores, on an old system
+    pollfd watched[] = {
+        {run->process.output, POLLIN, 0}, {run->process.messages, POLLIN, 0}, {ended, POLLIN, 0}};
+    bool in_time = true;
+    while (in_time && (watched[0].fd >= 0 || watched[1].fd >= 0 || watched[2].fd >= 0)) {
+        const int ready = poll(watched, 3, deadline.left());
+        in_time = ready != 0;
+        if (ready <= 0) continue;
+        if (watched[0].revents && !read_output(run)) watched[0].fd = -1;
+        if (run->output->error) break;
+        if (watched[1].revents && !read_messages(run)) watched[1].fd = -1;
+        if (watched[2].revents) watched[2].fd = -1;
+    }
+    if (ended >= 0) close(ended);
+    if (!in_time)
+        ustr_printf(run->failure, "the C preprocessor was stopped after %u s", settings.seconds);
+    return in_time && !run->output->error;
 }
 
-// The argument vector, to be freed; it borrows the texts.
-char** argument_vector(const PolyList* cpp_args, char* file) {
-    const std::size_t count = std::size(cpp_options) + plist_length(cpp_args) + 2;
-    auto** arguments = static_cast<char**>(util_malloc_throw(count * sizeof(char*)));
+// How the process ended, if that is a failure.
+void tell_status(Run* run, int status) {
+    if (status == -1)
+        ustr_append_string(run->failure, "the exit status of the C preprocessor is not known");
+    else if (WIFSIGNALED(status))
+        ustr_printf(run->failure, "the C preprocessor was ended by signal %d", WTERMSIG(status));
+    else if (WEXITSTATUS(status) != 0)
+        ustr_printf(run->failure, "the C preprocessor ended with status %d", WEXITSTATUS(status));
+    run->has_ended_itself = status != -1 && WIFEXITED(status);
+}
+
+void run_cpp(Run* run, char** arguments) {
+    if (const int error = start_cpp(&run->process, arguments, settings.sink != nullptr)) {
+        ustr_printf(run->failure, "cannot run the C preprocessor '%s': %s", arguments[0],
+                    strerrordesc_np(error));
+        return;
+    }
+    filter.begin(put, run->output);
+    const bool is_complete = read_streams(run);
+    if (is_complete) {
+        filter.end();
+        flush(run->output);
+    }
+    if (!is_complete) stop_cpp(run->process);
+    const int status = finish_cpp(&run->process);
+    if (is_complete) tell_status(run, status);
+}
+
+// Runs the preprocessor into the new file.
+void preprocess(Run* run, const char* path, char** arguments) {
+    Output output = {create_output(path)};
+    run->output = &output;
+    if (output.descriptor < 0) {
+        ustr_printf(run->failure, "cannot create '%s': %s", path, strerrordesc_np(errno));
+        return;
+    }
+    run_cpp(run, arguments);
+    if (close(output.descriptor) != 0 && errno != EINTR) output.error = errno;
+    if (output.error && run->failure->length == 0)
+        ustr_printf(run->failure, "cannot write '%s': %s", path, strerrordesc_np(output.error));
+}
+
+// The vector borrows the texts of the list.
+char** argument_vector(const PolyList* list) {
+    auto** arguments =
+        static_cast<char**>(util_malloc_throw((plist_length(list) + 1) * sizeof(char*)));
     std::size_t n = 0;
-    for (const char* option : cpp_options)
-        arguments[n++] = const_cast<char*>(option);
-    for (const PolyListNode* node = cpp_args->first; node != nullptr; node = node->next)
+    for (const PolyListNode* node = list->first; node; node = node->next)
         arguments[n++] = static_cast<char*>(node->element);
-    arguments[n++] = file;
     arguments[n] = nullptr;
     return arguments;
 }
 
-// The preprocessor obeys a good dozen of variables (search paths, files of dependencies to be
-// written, other programs to be run), which are meant for C and not for models.
-struct Environment {
-    char* variables[5];
-    Environment() {
-        std::size_t n = 0;
-        for (char** variable = environ; variable != nullptr && *variable != nullptr; ++variable) {
-            for (const char* kept : {"PATH=", "HOME=", "TMPDIR="}) {
-                if (n < 3 && std::strncmp(*variable, kept, std::strlen(kept)) == 0)
-                    variables[n++] = *variable;
-            }
-        }
-        variables[n++] = const_cast<char*>("LC_ALL=C");
-        variables[n] = nullptr;
+// All arguments; null, with the reason in `error`, if one is refused.
+PolyList* all_arguments(const char* input, const PolyList* options, UtilString* error) {
+    PolyList* arguments = plist_new(nullptr, nullptr, poly_delete_string);
+    for (const char* option : cpp_options)
+        plist_append(arguments, str_copy(option));
+    if (settings.sink) {
+        for (const char* option : message_options)
+            plist_append(arguments, str_copy(option));
     }
-};
-
-void lower_limit(decltype(RLIMIT_CPU) resource, rlim_t most) {
-    rlimit limit;
-    if (getrlimit(resource, &limit) != 0) return;
-    limit.rlim_cur = std::min(limit.rlim_cur, most);
-    setrlimit(resource, &limit);
-}
-
-// The new process, up to the preprocessor. In a process group of its own, so that all that it
-// starts can be ended, and with all signals as they are by default, whatever the host does with
-// them.
-[[noreturn]] void become_cpp(char** arguments, char** environment, int output) {
-    setpgid(0, 0);
-    struct sigaction by_default = {};
-    by_default.sa_handler = SIG_DFL;
-    for (int signal = 1; signal < NSIG; ++signal)
-        sigaction(signal, &by_default, nullptr);
-    sigset_t blocked;
-    sigemptyset(&blocked);
-    sigaddset(&blocked, SIGTTOU); // its messages may go to a terminal, from the background
-    sigprocmask(SIG_SETMASK, &blocked, nullptr);
-    lower_limit(RLIMIT_CPU, seconds_limit);
-    lower_limit(RLIMIT_AS, memory_limit);
-    lower_limit(RLIMIT_FSIZE, output_limit);
-    close(STDIN_FILENO);
-    if (open("/dev/null", O_RDONLY) == STDIN_FILENO && dup2(output, STDOUT_FILENO) >= 0)
-        execvpe(arguments[0], arguments, environment);
-    _exit(127);
-}
-
-// Returns the process, or -1. Not posix_spawn, which knows no limits: set from here, they might
-// come too late for the program that the preprocessor starts at once to do the work. The process
-// shares our memory until it becomes another program, so no handler of the host may run in it.
-pid_t spawn_cpp(char** arguments, int output) {
-    Environment environment;
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = vfork();
-    if (child == 0) become_cpp(arguments, environment.variables, output);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return child;
-}
-
-// Takes all that comes through the pipe; false if it cannot be read or written.
-bool filter_output(int pipe_end, Output* output) {
-    filter.begin(put, output);
-    for (;;) {
-        const std::span<char> room = filter.room();
-        const ssize_t size = read(pipe_end, room.data(), room.size());
-        if (size < 0 && errno == EINTR) continue;
-        if (size < 0) return false;
-        if (size == 0) break;
-        filter.received(static_cast<std::size_t>(size));
-        if (output->failed) return false;
+    if (append_options(arguments, options, error)) {
+        append_file(arguments, input);
+        return arguments;
     }
-    filter.end();
-    flush(output);
-    return !output->failed;
+    plist_delete(arguments);
+    return nullptr;
 }
 
-// True if the process has ended with success. Where the host has taken the status for itself, that
-// is not known, and counts as a failure.
-bool has_succeeded(pid_t process) {
-    int status = 0;
-    pid_t ended;
-    do {
-        ended = waitpid(process, &status, 0);
-    } while (ended < 0 && errno == EINTR);
-    return ended == process && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+void print_message(const OsPreprocessorMessage* message, void*) {
+    std::fprintf(stderr, "norvane: error: %s\n", message->text);
 }
 
-bool preprocess(Output* output, char** arguments) {
-    int ends[2];
-    if (!make_pipe(ends)) return false;
-    const pid_t child = spawn_cpp(arguments, ends[1]);
-    close(ends[1]);
-    if (child < 0) {
-        close(ends[0]);
-        return false;
-    }
-    const bool complete = filter_output(ends[0], output);
-    if (!complete) kill(-child, SIGKILL);
-    close(ends[0]);
-    return has_succeeded(child) && complete;
+// Hands over the preprocessor's messages, and where it failed without one, the reason. Without a
+// sink it has written its messages to standard error itself.
+void tell(const Run& run) {
+    OsPreprocessorSink const sink = settings.sink ? settings.sink : print_message;
+    const unsigned errors = for_each_message(run.messages->text, sink, settings.user);
+    const bool is_told = run.has_ended_itself && (errors > 0 || !settings.sink);
+    if (run.failure->length == 0 || is_told) return;
+    OsPreprocessorMessage message = {};
+    message.is_error = 1;
+    message.text = run.failure->text;
+    sink(&message, settings.user);
 }
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::os
+
+using namespace norvane::os;
 
 int os_pre_process_file(const char* output, const char* input, const PolyList* cpp_args) {
     NORVANE_ASSERT(output);
     NORVANE_ASSERT(input);
     NORVANE_ASSERT(cpp_args);
-    char* file = norvane::file_argument(input);
-    char** arguments = norvane::argument_vector(cpp_args, file);
-    bool success = false;
-    norvane::Output written = {norvane::create_output(output)};
-    if (written.descriptor >= 0) {
-        success = norvane::preprocess(&written, arguments);
-        if (close(written.descriptor) != 0 && errno != EINTR) success = false;
+    Run run = {{}, nullptr, ustr_new(), ustr_new()};
+    if (PolyList* list = all_arguments(input, cpp_args, run.failure)) {
+        char** arguments = argument_vector(list);
+        preprocess(&run, output, arguments);
+        std::free(arguments);
+        plist_delete(list);
     }
-    std::free(arguments);
-    std::free(file);
+    tell(run);
+    const bool success = run.failure->length == 0;
+    ustr_delete(run.messages);
+    ustr_delete(run.failure);
     return success ? STATUS_SUCCESS : STATUS_FAILURE;
+}
+
+void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user) {
+    settings.sink = sink;
+    settings.user = user;
+}
+
+void os_set_preprocessor_time(unsigned seconds) {
+    settings.seconds = seconds;
 }

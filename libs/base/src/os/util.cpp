@@ -14,6 +14,7 @@
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 
+namespace norvane::os {
 namespace {
 
 // The longest texts are those of the smallest normal numbers, with some 330 characters.
@@ -29,7 +30,7 @@ constexpr Extension extensions[] = {
     {".mu", FILETYPE_MU}, {".mub", FILETYPE_MUB}, {".mui", FILETYPE_MUI}, {".clx", FILETYPE_CLX},
 };
 
-// Where the extension of a path begins, its point included; the end of the path if it has none.
+// The index of a path's extension, point included; the length of the path if it has none.
 size_t extension_begin(std::string_view path) {
     const size_t separator = path.find_last_of("/\\");
     const size_t name = separator == std::string_view::npos ? 0 : separator + 1;
@@ -60,7 +61,7 @@ bool fill_random(char* place, size_t n) {
     return true;
 }
 
-bool is_folder(const char* path) {
+bool is_directory(const char* path) {
     struct stat info;
     return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
 }
@@ -71,6 +72,9 @@ bool exists(const char* path) {
 }
 
 } // namespace
+} // namespace norvane::os
+
+using namespace norvane::os;
 
 const char* util_double_to_str(double value) {
     if (std::isnan(value)) return std::strcpy(double_text, "nan");
@@ -85,17 +89,17 @@ const char* util_double_to_str(double value) {
 
 char* util_temp_filename(const char* extension) {
     NORVANE_ASSERT(extension);
-    const char* folder = std::getenv("TMPDIR");
-    if (!str_is_set(folder)) folder = "/tmp";
-    if (!is_folder(folder)) return nullptr;
+    const char* directory = std::getenv("TMPDIR");
+    if (!str_is_set(directory)) directory = "/tmp";
+    if (!is_directory(directory)) return nullptr;
 
     char name[] = "/norvane-XXXXXXXXXXXXXXXX";
     char* random = std::strchr(name, 'X');
     for (;;) {
         if (!fill_random(random, std::strlen(random))) return nullptr;
-        const size_t size = std::strlen(folder) + std::strlen(name) + std::strlen(extension) + 1;
+        const size_t size = std::strlen(directory) + std::strlen(name) + std::strlen(extension) + 1;
         char* path = static_cast<char*>(util_malloc_throw(size));
-        str_snprintf(path, size, "%s%s%s", folder, name, extension);
+        str_snprintf(path, size, "%s%s%s", directory, name, extension);
         if (!exists(path)) return path;
         std::free(path);
     }

@@ -263,7 +263,7 @@ bool CFilePackage::createPackage(const String& path, const String&) {
     package_->path = path;
     package_->is_new = true;
     package_->has_failed = false;
-    char* native = norvane::native_path(path.GetStr());
+    char* native = norvane::os::native_path(path.GetStr());
     if (can_be_written(native) && norvane::load_libzip())
         package_->archive = libzip.open(native, ZIP_CREATE | ZIP_TRUNCATE, nullptr);
     str_delete(native);
@@ -274,7 +274,7 @@ bool CFilePackage::openPackage(const String& path, const String&) {
     closeAndSave();
     package_->path = path;
     package_->is_new = false;
-    char* native = norvane::native_path(path.GetStr());
+    char* native = norvane::os::native_path(path.GetStr());
     // An empty file would pass for an archive.
     if (is_regular_file(native, false) && norvane::load_libzip())
         package_->archive = libzip.open(native, ZIP_RDONLY, nullptr);
@@ -289,7 +289,7 @@ bool CFilePackage::isOpen() const {
 bool CFilePackage::importFile(const String& path, const String& member) {
     if (!isOpen() || !package_->is_new || package_->has_member(member)) return false;
     std::size_t size = 0;
-    char* native = norvane::native_path(path.GetStr());
+    char* native = norvane::os::native_path(path.GetStr());
     char* data = file_content(native, &size);
     str_delete(native);
     return data && package_->add_member(member, data, size);

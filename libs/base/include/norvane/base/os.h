@@ -6,28 +6,59 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Non-zero if the file exists. In this and the next two a backslash separates folders too, and
- * of the names that it separates those that are not UTF-8 are in code page 1252. */
+/* Non-zero if the file exists. In this and the next two a backslash separates directories too, and
+ * the names between separators that are not UTF-8 are taken to be in code page 1252. */
 NORVANE_BASE_API int os_file_exists(const char* path);
 
-/* Non-zero if the file exists and nobody may write it, by its mode: so it means the same to a user
- * who may do everything. */
+/* Non-zero if the file exists and its mode lets no user write it. Looks at the mode alone, so that
+ * the result is the same for root. */
 NORVANE_BASE_API int os_file_is_readonly(const char* path);
 
-/* Deletes a file; a file that is not there is no failure. */
+/* Deletes a file; a file that does not exist is no failure. */
 NORVANE_BASE_API void os_delete_file(const char* path);
 
-/* Runs the C preprocessor on `input` with the strings of the list `cpp_args` (trusted, passed on as
- * they are) and writes the result to the new file `output`, which must not exist and gets mode
- * 0600. The result carries line directives of the form `#line 12 "file"`. Returns 0 on success, and
- * non-zero if the preprocessor cannot be started, fails, or exceeds its limits (1 GiB of output,
- * 2 GiB of memory, 60 s of processor time), or if the output cannot be written; `output` may then
- * hold a part. The preprocessor's own messages go to standard error. Borrows its arguments.
+/* Runs the C preprocessor on `input` and writes the result to the new file `output`, which must not
+ * exist and gets mode 0600. The result carries line directives of the form `#line 12 "file"`.
+ * Borrows its arguments.
  *
- * Waits for the preprocessor. A host that ignores SIGCHLD, or that reaps children which it does not
- * know, takes its exit status away, and gets a failure. */
+ * `cpp_args` is a list of strings: -I with a directory, -D with a macro name, which a value may
+ * follow as in NAME=VALUE, and -U with a macro name; the value follows in the same string or is the
+ * next one. A macro name begins with a letter or an underscore. Anything else is refused, since the
+ * preprocessor has options that write files and run programs.
+ *
+ * Returns 0 on success. Returns non-zero, after a message (os_set_preprocessor_sink), if an
+ * argument is refused, if the preprocessor cannot be started, fails, or exceeds a limit (1 GiB of
+ * output, 2 GiB of memory, 60 s of processor time, os_set_preprocessor_time), or if the output
+ * cannot be written; `output` may then hold a part.
+ *
+ * Waits for the preprocessor, which ends when the calling process does, even if that is killed. A
+ * host that ignores SIGCHLD, or that reaps children which it does not know, takes its exit status
+ * away, and gets a failure. */
 NORVANE_BASE_API int os_pre_process_file(const char* output, const char* input,
                                          const PolyList* cpp_args);
+
+typedef struct OsPlace {
+    const char* file;
+    unsigned line; /* from 1 */
+} OsPlace;
+
+/* A message of the preprocessor, or about why it could not be run. */
+typedef struct OsPreprocessorMessage {
+    int is_error;                 /* 0 for a warning or a note */
+    OsPlace place;                /* the file is null if the message is about none */
+    const char* text;             /* without place and severity */
+    const OsPlace* included_from; /* the #include lines that led to the file, innermost first */
+    unsigned included_count;
+} OsPreprocessorMessage;
+
+/* Receives each message of a run after the run has ended; all of it is borrowed. */
+typedef void (*OsPreprocessorSink)(const OsPreprocessorMessage* message, void* user);
+
+/* Installs the sink. Null, the default, lets the preprocessor write to standard error itself. */
+NORVANE_BASE_API void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user);
+
+/* Sets how long a run of the preprocessor may take, in seconds of wall-clock time; 120 at first. */
+NORVANE_BASE_API void os_set_preprocessor_time(unsigned seconds);
 
 NORVANE_END_DECLS
 

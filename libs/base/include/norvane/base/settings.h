@@ -6,9 +6,9 @@
 
 NORVANE_BEGIN_DECLS
 
-/* The folder of the tools, for hosts that keep them elsewhere: copied. Null puts the default back,
- * which is the folder "../bin" beside the folder that this library was loaded from. */
-NORVANE_BASE_API void settings_set_bin_folder(const char* folder);
+/* The directory of the tools, for hosts that keep them elsewhere: copied. Null puts the default back,
+ * which is the directory "../bin" beside the directory that this library was loaded from. */
+NORVANE_BASE_API void settings_set_bin_folder(const char* directory);
 
 /* The full path of a tool by its short name, such as "kelcalc". The text lies in one shared buffer,
  * which the next call overwrites. */
