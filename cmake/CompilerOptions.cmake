@@ -1,11 +1,16 @@
 # Warnings, sanitizers and coverage, for every target of the project.
 add_library(norvane_options INTERFACE)
 
+file(RELATIVE_PATH relative_source_dir ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" relative_source_dir "${relative_source_dir}")
+
 target_compile_options(norvane_options INTERFACE
   -Wall -Wextra -Wshadow -Wconversion
   $<$<BOOL:${NORVANE_WERROR}>:-Werror>
-  # __FILE__ ends up in failure texts: the same ones wherever the tree was built.
+  # __FILE__ ends up in failure texts: the same ones wherever the tree was built, also with a compiler
+  # cache that makes paths relative to the build directory.
   -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
+  -fmacro-prefix-map=${relative_source_dir}/=
   # A throw of the base library jumps over frames; keep the unwinding tables and frame pointers
   # that make such a place readable in a debugger.
   -fno-omit-frame-pointer)
