@@ -1,14 +1,18 @@
 #!/usr/bin/env python3
-"""Writes the pages that the driver knows best: every diagnostic, and the built-in functions of
-calculations.
+"""Writes the pages that are made from other sources: from the driver every diagnostic and the built-in
+functions of calculations, from the parsers' grammars the rules of the two languages.
 
 usage: generate.py [--check] DRIVER
 
-With --check it changes nothing, and fails if a page is not as it would be written."""
+With --check it changes no page, and fails if one is out of date."""
+import glob
 import json
 import os
 import subprocess
 import sys
+
+sys.dont_write_bytecode = True
+import grammar
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 
@@ -45,11 +49,22 @@ def builtins(driver):
     return '\n'.join(page) + '\n'
 
 
+def page_of(name, source):
+    """Makes a page with the blocks of its grammar up to date; all else in it is written by hand."""
+    def make(_):
+        path, = glob.glob(os.path.join(HERE, '../libs/Proj/src/**', source), recursive=True)
+        with open(os.path.join(HERE, name)) as stream:
+            return grammar.refreshed(stream.read(), path)
+    return name, make
+
+
 def main():
     check = '--check' in sys.argv
     driver = sys.argv[-1]
     stale = 0
-    for name, make in (('diagnostics.md', diagnostics), ('builtins.md', builtins)):
+    for name, make in (('diagnostics.md', diagnostics), ('builtins.md', builtins),
+                       page_of('pm-grammar.md', 'pmgrammar.y'),
+                       page_of('calculation-grammar.md', 'calcgrammar.y')):
         path = os.path.join(HERE, name)
         text = make(driver)
         if not check:
