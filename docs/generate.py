@@ -25,7 +25,9 @@ def diagnostics(driver):
     names = [line.split()[0] for line in output(driver, 'explain', '--list').splitlines()]
     page = ['# Diagnostics', '',
             'Every fault that a modeller can cause has a name, a title and an explanation, which',
-            '`norvane-pm explain NAME` shows. Dots stand for what a report fills in.', '']
+            '`norvane-pm explain NAME` shows. Dots stand for what a report fills in.', '',
+            'A reference such as "Types (developer)" is to a section of the [PM grammar](pm-grammar.md) or of',
+            '[the language PM](pm-language.md).', '']
     for name in names:
         title, _, text = output(driver, 'explain', name).partition('\n')
         page += ['## ' + name, '', title.partition(': ')[2], '']
