@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Shows Doxygen our headers as it wants them: doxygen_filter.py HEADER writes the header with its
-comments marked as documentation, each line in its place.
+"""Marks the comments of a header as documentation for Doxygen: doxygen_filter.py HEADER writes the header
+with every line in its place.
 
-In the headers a comment stands in front of what it is about, which goes on to the next empty line: one
-declaration, or a group of them. A comment behind a field or an enumerator, on the same line, is about
-that; fields without one are covered by the comment of their record. The first comment of a file is about
-the file. A comment with an empty line behind it is a heading of the source, and not shown."""
+In the headers a comment describes what follows it up to the next empty line: one declaration, or a group of
+them. A comment at the end of a line describes the field or enumerator on that line; the comment of a record
+covers its fields that have none. The first comment of a file describes the file. A comment followed by an
+empty line is a heading for readers of the source, and not shown."""
 import glob
 import os
 import re
@@ -16,7 +16,7 @@ FUNCTION = re.compile(r'^(?:extern "C" )?NORVANE_(?:PROJ|BASE)_API\b[^;(]*?\b(\w
 ENDING = re.compile(r'^(\}|NORVANE_END_DECLS|#endif)')
 RECORD = re.compile(r'^\s*(?:template.*> *)?(?:typedef )?(?:struct|union|class)\b[^;(]*\{$')
 NO_FIELD = re.compile(r'^\s*(?:\}|#|friend |(?:public|private|protected):)')
-COVERED = '&nbsp;' # what Doxygen takes for documentation and nobody sees
+COVERED = '&nbsp;' # documentation for Doxygen, invisible on the page
 TRAILING = re.compile(r'^(\s*[^\s#/].*?)\s*(?:/\*|//) ?(.*)$')
 
 
@@ -38,7 +38,7 @@ def functions_in(text):
 
 class Parser:
     """Walks the lines of a header. `marked` is the header with its comments marked; `about` maps each
-    exported function to the text of the comment that is about it, or to an empty one."""
+    exported function to the text of the comment that describes it, or to an empty text."""
 
     def __init__(self, text, names=()):
         self.names = set(names) # of functions, which become links in the comments
@@ -47,11 +47,11 @@ class Parser:
         self.about = {}
         self.at = 0
         self.depth = 0 # of braces
-        self.records = set() # the depths at which fields lie
+        self.records = set() # the depths of braces that contain fields
         self.parentheses = 0
         self.between = True # at the beginning of a declaration
-        self.comments = {} # by depth, the comment that is about what comes next there
-        self.fresh = False # the comment was put in front of what comes next
+        self.comments = {} # by depth, the comment that describes the next declaration
+        self.fresh = False # the comment stands directly before the next declaration
         while self.at < len(self.lines):
             stripped = self.lines[self.at].strip()
             if not stripped:
@@ -64,7 +64,7 @@ class Parser:
                 self.code()
 
     def put(self, line, lines=1):
-        """Writes what stands for so many lines, in as many."""
+        """Writes a line that replaces so many lines, and keeps their number."""
         self.marked.append(line + '\n' * (lines - 1 - line.count('\n')))
         self.at += lines
 
@@ -125,7 +125,7 @@ class Parser:
                  end - self.at)
 
     def follow(self, code):
-        """Keeps count of where the code has got to."""
+        """Keeps track of the position in the code: braces, parentheses, beginnings of declarations."""
         if code.startswith('#'):
             self.between = not code.endswith('\\')
             return
@@ -139,7 +139,7 @@ class Parser:
             self.between = self.parentheses == 0 and (code[-1] in ';{},:' or code.endswith('_DECLS'))
 
     def escaped(self, text):
-        """A text in which nothing is a command, names of functions are links, and code is code."""
+        """A text for Doxygen: without commands, with links to functions, and with code marked."""
         def plain(part):
             part = re.sub(r'[\\@&$#<>%"]', lambda found: '\\' + found.group(), part)
             part = part.replace('::', '\\::').replace('--', '\\--')
