@@ -4,18 +4,17 @@
 usage: bench.py [--quick] [--only WORKLOAD,...] [--seconds S] [--rounds N] [--peers DRIVER] PROGRAM
        bench.py ... PROGRAM --against PROGRAM
 
-PROGRAM is a built pipeline_bench, with the other programs beside it. The sizes are a decade apart (with
---quick, the two smaller ones). The cells of a line hold a figure for each of them: the rate; the growth,
-which is the exponent by which the time follows the work from one size to the next, 1 being linear; how
-many times as long the stage takes as its floor, which does no more than the stage cannot do without; and
-the peak of memory.
+PROGRAM is a built pipeline_bench; the other programs are in the same directory. Sizes differ by a factor of
+10 (--quick takes the two smaller ones). A cell holds a figure for each size: the rate; the growth, which is
+the exponent of the time as a function of the work, 1 being linear; the time as a multiple of the floor,
+which is the least work that the stage must do; and the peak memory.
 
-With --peers, the commands of DRIVER are run in turns with other tools that do the same work, those of
-them that there are (peers/run.sh). The last column shows how many times as long those take.
+With --peers, the commands of DRIVER run in alternation with other tools that do the same work, as far as
+they are installed (peers/run.sh). The last column shows their times as multiples of ours.
 
-With --against, both programs run in turns, and the table shows how many times as long the other one
-takes: the median of the ratios of the rounds, above 1 where PROGRAM is faster. It has the workloads of
-the pipeline only.
+With --against, both programs run in alternation, and the table shows the time of the other one as a
+multiple of that of PROGRAM: the median of the ratios of the rounds, above 1 if PROGRAM is faster. It covers
+the workloads of the pipeline only.
 """
 import argparse
 import json
@@ -40,10 +39,10 @@ SIZES = {
 XML_PROGRAMS = {'model-xml': 'model_xml_bench', 'calc-xml': 'calc_xml_bench'}
 PIPELINE = [name for name in SIZES if name not in XML_PROGRAMS and name != 'calc']
 PEERS = ['startup', 'flat', 'records', 'loops', 'calc']
-# Shorter than that, a stage is no measure of anything.
+# Shorter times are not significant.
 LEAST_SECONDS = 0.0005
 MEBIBYTE = 1 << 20
-# A process cannot show less than the one that started it.
+# The peak of a process includes that of its parent at the fork, so smaller ones are not significant.
 LEAST_PEAK = 20 * MEBIBYTE
 BETWEEN = ' · '
 
@@ -56,15 +55,15 @@ def run(*command):
 
 
 class Programs:
-    """The built programs, and how a workload of some size is given to them."""
+    """Runs the built programs on workloads of a given size."""
 
-    def __init__(self, arguments, folder):
+    def __init__(self, arguments, directory):
         self.built = os.path.dirname(arguments.program)
         self.arguments = arguments
-        self.folder = folder
+        self.directory = directory
 
     def generated(self, workload, size):
-        model = os.path.join(self.folder, '%s_%d.pm' % (workload, size))
+        model = os.path.join(self.directory, '%s_%d.pm' % (workload, size))
         subprocess.run([sys.executable, os.path.join(HERE, 'generate.py'), workload, str(size), model], check=True)
         return model
 
@@ -81,9 +80,9 @@ class Programs:
 
     def calculations(self, size):
         generator = os.path.join(HERE, 'peers', 'gen_calc.py')
-        subprocess.run([sys.executable, generator, str(size), self.folder, '--formats', 'cl'], check=True,
+        subprocess.run([sys.executable, generator, str(size), self.directory, '--formats', 'cl'], check=True,
                        stdout=subprocess.DEVNULL)
-        source, model = (os.path.join(self.folder, name) for name in ('calc.cl', 'calc_model.pm'))
+        source, model = (os.path.join(self.directory, name) for name in ('calc.cl', 'calc_model.pm'))
         return {**self.run_built('calc_bench', source, model, self.arguments.seconds),
                 **self.run_built('scan_bench', 'cl', source, self.arguments.seconds / 4)}
 
@@ -98,7 +97,7 @@ def row(*cells):
 
 
 def figures(values):
-    """One cell of a figure for each size; empty if there is none at all."""
+    """One cell with a figure for each size; empty if there are none."""
     shown = ['-' if value is None else '%.3g' % value if value < 100 else '%.0f' % value for value in values]
     return '' if set(shown) <= {'-'} else BETWEEN.join(shown)
 
@@ -137,7 +136,7 @@ def print_stage(name, results):
 
 
 def print_command(workload, commands):
-    """A command of the driver, at all sizes, and the peers beside it."""
+    """A command of the driver and its peers, at all sizes."""
     ours = commands.pop('ours')
     rates = figures(result['bytes'] / result['cpu'] / 1e6 for result in ours)
     floors = [1 / result['ratio'] if result.get('ratio') else None for result in commands.pop('floor cpp', [])]
@@ -152,8 +151,8 @@ def print_command(workload, commands):
         ', '.join(peers))
 
 
-def measure_peers(folder, arguments, names):
-    results = os.path.join(folder, 'peers.jsonl')
+def measure_peers(directory, arguments, names):
+    results = os.path.join(directory, 'peers.jsonl')
     environment = {**os.environ, 'NORVANE_PM': arguments.peers}
     subprocess.run(['bash', os.path.join(HERE, 'peers', 'run.sh'), '-n', str(arguments.rounds), '-o', results,
                     *(['-q'] if arguments.quick else []), *names],
@@ -171,20 +170,20 @@ def head(*names):
     print('|' + '---|' * len(names))
 
 
-def measure(folder, arguments):
+def measure(directory, arguments):
     head('work', 'stage', 'bytes or nodes', 'units', 'growth', 'over its floor', 'peak', 'others take, times ours')
-    programs = Programs(arguments, folder)
+    programs = Programs(arguments, directory)
     for workload, sizes in arguments.workloads.items():
         results = [programs.stages_of(workload, size) for size in sizes]
         row('**%s**' % workload, BETWEEN.join(format(size, ',') for size in sizes), '', '', '', '', '', '')
         for name in results[0]:
             print_stage(name, results)
     if arguments.peers:
-        measure_peers(folder, arguments, [name for name in PEERS if name in arguments.names])
+        measure_peers(directory, arguments, [name for name in PEERS if name in arguments.names])
 
 
-def compare(folder, arguments):
-    programs = Programs(arguments, folder)
+def compare(directory, arguments):
+    programs = Programs(arguments, directory)
     names = None
     for workload, sizes in arguments.workloads.items():
         for size in sizes:
@@ -217,8 +216,8 @@ def main():
     known = PIPELINE if arguments.against else SIZES
     arguments.workloads = {name: SIZES[name][:2 if arguments.quick else 3] for name in arguments.names
                            if name in known}
-    with tempfile.TemporaryDirectory(prefix='norvane-bench.') as folder:
-        (compare if arguments.against else measure)(folder, arguments)
+    with tempfile.TemporaryDirectory(prefix='norvane-bench.') as directory:
+        (compare if arguments.against else measure)(directory, arguments)
 
 
 if __name__ == '__main__':

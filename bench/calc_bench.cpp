@@ -1,4 +1,4 @@
-// Times each stage that a calculation goes through, and prints what it found as one JSON object:
+// Times each stage of processing a calculation, and prints the results as one JSON object:
 //
 //   calc_bench FILE.cl MODEL.pm SECONDS
 //
@@ -22,7 +22,7 @@ struct Bench {
     std::string source;
     std::string xml;
     SymbolTable* table = nullptr;
-    // The bytes of a stage are those of the form that it reads or writes.
+    // The bytes of a stage are those of the format that it reads or writes.
     Stage parse{"parse", "byte", "scan"};
     Stage check{"check", "byte"};
     Stage print{"print", "byte"};
@@ -37,7 +37,7 @@ SymbolTable* table_of(char* model) {
     plist_delete(no_arguments);
     SymbolTable* table = project ? proj_static_sem_check(project) : nullptr;
     if (!table) fail("the model is not well-formed");
-    return table; // which borrows from the project: neither is given back
+    return table; // it borrows from the project, so neither is freed
 }
 
 void run_once(Bench& bench) {
@@ -60,7 +60,7 @@ void run_once(Bench& bench) {
     calc_delete(again);
     timed(bench.free_all, [&] {
         calc_delete(calc);
-        // What the allocator has put off until it next meets a large request belongs here too.
+        // The allocator defers work until its next large request; this is part of freeing.
         void* volatile large = std::malloc(1 << 20);
         std::free(large);
         return 0;
@@ -71,7 +71,7 @@ void run_once(Bench& bench) {
 
 int main(int argc, char** argv) {
     if (argc != 4) fail("usage: calc_bench FILE.cl MODEL.pm SECONDS");
-    // Memory stays with the process, so that the runs behind the first do not measure the system.
+    // Keeps freed memory in the process, so that later runs do not measure system calls.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, -1);
     Bench bench{.source = argv[1], .xml = std::string(argv[1]) + ".clx"};

@@ -1,9 +1,9 @@
-// Times the writing and the reading of a calculation as XML (xml_bench.h).
+// Times writing and reading a calculation as XML (xml_bench.h).
 #include "xml_bench.h"
 
 namespace {
 
-// One function, with all that a calculation is made of, in its compact form.
+// One function with every construct of a calculation, in compact XML.
 std::string function(unsigned number) {
     return xml_bench::numbered(R"(
 <function name="price_@" type="float" filename="bench.cl" line_no="@7">

@@ -2,14 +2,13 @@
 """Writes a generated model: generate.py WORKLOAD SIZE FILE. The same arguments give the same file.
 
 flat      SIZE booleans, ranges and enumerations, and SIZE rules of mixed operators
-records   an array of SIZE records, with records and arrays of records in them, and their rules
-loops     nests of forall, exist and sum, SIZE turns of their bodies in all, no loop of more than
-          SIZE / 500 turns
+records   an array of SIZE records, with nested records and arrays of records, and their rules
+loops     nested forall, exist and sum with SIZE iterations in all, no loop with more than SIZE / 500
 values    SIZE values of an integer, a float and a string, and labels of an enumeration, each
-          compared with in a rule of its own
-chain     one rule of SIZE terms, and one loop of SIZE turns
+          compared with in one rule
+chain     one rule of SIZE terms, and one loop of SIZE iterations
 
-The first three are those of peers/, which other tools are measured on too.
+The first three come from peers/, where other tools are measured on them too.
 """
 import os
 import random
@@ -21,10 +20,10 @@ PEERS = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'peers')
 
 
 def of_peers(workload, size, path):
-    with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([sys.executable, '-B', os.path.join(PEERS, 'gen_%s.py' % workload), str(size), folder,
+    with tempfile.TemporaryDirectory() as directory:
+        subprocess.run([sys.executable, '-B', os.path.join(PEERS, 'gen_%s.py' % workload), str(size), directory,
                         '--formats', 'pm'], check=True, stdout=subprocess.DEVNULL)
-        with open(os.path.join(folder, workload + '.pm')) as source, open(path, 'w') as target:
+        with open(os.path.join(directory, workload + '.pm')) as source, open(path, 'w') as target:
             target.write(source.read())
 
 

@@ -1,9 +1,9 @@
-// Times the writing and the reading of a model as XML (xml_bench.h).
+// Times writing and reading a model as XML (xml_bench.h).
 #include "xml_bench.h"
 
 namespace {
 
-// One part of a product, with all that a model is made of.
+// One part of a product with every construct of a model.
 std::string part(unsigned number) {
     return xml_bench::numbered(R"(
 constant LIMIT_@ : 4 + 3;

@@ -1,14 +1,13 @@
-// Times each stage of the model pipeline on one model, and prints what it found as one JSON object:
+// Times each stage of the model pipeline on one model, and prints the results as one JSON object:
 //
 //   pipeline_bench FILE.pm SECONDS
 //
-// The pipeline is run from end to end, at least three times and for about SECONDS; each figure is
-// the median of its runs. The first run pays for the memory that the others find at hand, and is
-// told apart.
+// The pipeline runs from end to end, at least three times and for about SECONDS; each figure is the
+// median of the runs. The first run gets its memory from the system and is reported separately.
 //
-// Beside the stages stand their floors: "start", the preprocessor on an empty file; "look-up", a
-// walk through the rules as written that looks up each name in one hash table and reads the type
-// that is behind it; "bytes", writing the printed text at once. The floor of parsing is
+// Each stage has a floor, the least work that it must do: "start", the preprocessor on an empty
+// file; "lookup", a walk through the source rules that looks up each name in one hash table and
+// reads its type; "bytes", writing the printed text at once. The floor of parsing is
 // scan_bench.cpp.
 #include <algorithm>
 #include <cstdio>
@@ -30,8 +29,8 @@ namespace {
 using norvane::items;
 using namespace norvane::bench;
 
-// Counts nodes, and looks their names up if there is a table of declarations. Trees are deep, hence
-// no recursion.
+// Counts nodes, and looks their names up if there is a table of declarations. Not recursive, since
+// trees are deep.
 class NodeCounter {
   public:
     explicit NodeCounter(const PolyHash* declared = nullptr) : declared_(declared) {}
@@ -136,15 +135,15 @@ struct Bench {
     std::string preprocessed;
     Stage preprocess{"preprocess", "byte", "start"};
     Stage parse{"parse", "byte", "scan"};
-    Stage check{"check", "node", "look-up"};
-    Stage simplify{"simplify", "node", "look-up"};
-    Stage expand{"expand", "node", "look-up"};
+    Stage check{"check", "node", "lookup"};
+    Stage simplify{"simplify", "node", "lookup"};
+    Stage expand{"expand", "node", "lookup"};
     Stage print{"print", "byte", "bytes"};
     Stage free_all{"free", "node"};
     Stage total{"total", "node"};
-    Stage first{"first run", "node"}; // which has no more than the pipeline in memory
+    Stage first{"first run", "node"}; // its peak is that of the pipeline alone
     Stage start{"start", "byte"};
-    Stage look_up{"look-up", "node"};
+    Stage look_up{"lookup", "node"};
     Stage bytes{"bytes", "byte"};
 };
 
@@ -179,7 +178,7 @@ void print(std::FILE* stream, const PolyList* rules, Project* finite) {
     ppm_print_project(stream, finite);
 }
 
-// What is printed goes nowhere.
+// Prints to a stream that discards the output.
 template <typename Print>
 int print_to_nowhere(Print&& print) {
     std::FILE* stream = std::fopen("/dev/null", "w");
@@ -201,7 +200,7 @@ std::string printed(const PolyList* rules, Project* finite) {
     return result;
 }
 
-// Lines, one after the other.
+// Writes the lines one after the other.
 void write_lines(std::FILE* stream, std::string_view text) {
     while (!text.empty()) {
         const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
@@ -255,7 +254,7 @@ void run_once(Bench& bench) {
         proj_delete(finite);
         symtbl_delete_symbol_table(table);
         proj_delete(project);
-        // What the allocator has put off until it next meets a large request belongs here too.
+        // The allocator defers work until its next large request; this is part of freeing.
         void* volatile large = std::malloc(1 << 20);
         std::free(large);
         return 0;
@@ -271,7 +270,7 @@ void run_once(Bench& bench) {
 
 int main(int argc, char** argv) {
     if (argc != 3) fail("usage: pipeline_bench FILE.pm SECONDS");
-    // Memory stays with the process, so that the runs behind the first do not measure the system.
+    // Keeps freed memory in the process, so that later runs do not measure system calls.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, -1);
     Bench bench{.source = argv[1], .preprocessed = std::string(argv[1]) + ".i"};

@@ -1,9 +1,8 @@
-// Times a bare scanner on one file, the floor of its parser, and prints what it found as one JSON
-// object:
+// Times a scanner without its parser on one file, and prints the result as one JSON object:
 //
 //   scan_bench pm|cl FILE SECONDS
 //
-// The scanners are hidden: this program is linked with the objects of the library.
+// Linked with the objects of the library, since the scanners are not exported.
 #include <cstdio>
 #include <cstdlib>
 #include <string>

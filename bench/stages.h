@@ -1,4 +1,4 @@
-// What the programs that time stages share: the stages, their clock, and how they are reported.
+// Shared by the programs that time stages: stages, clock and output.
 #ifndef NORVANE_BENCH_STAGES_H
 #define NORVANE_BENCH_STAGES_H
 
@@ -21,14 +21,14 @@ namespace norvane::bench {
     std::exit(1);
 }
 
-// What one stage did in each run. The units are the same in all runs.
+// The runs of one stage. The units are the same in all runs.
 struct Stage {
     const char* name;
     const char* unit;
-    // The stage that does no more than this one cannot do without; none if it is empty.
+    // The stage that does the least work that this one must do; empty if there is none.
     const char* floor = "";
     double units = 0;
-    double peak = 0; // of memory behind it, in bytes; 0 if it was not measured
+    double peak = 0; // memory of the process up to its end, in bytes; 0 if not measured
     std::vector<double> seconds = {};
 
     double median() {
@@ -43,7 +43,7 @@ inline double now(clockid_t clock) {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-// Processor time: what else is running on the machine takes turns, and should not count.
+// Processor time, so that other processes on the machine do not count.
 template <typename F>
 auto timed(Stage& stage, F&& body, clockid_t clock = CLOCK_PROCESS_CPUTIME_ID) {
     const double start = now(clock);
@@ -57,7 +57,7 @@ inline double file_size(const std::string& path) {
     return stat(path.c_str(), &info) == 0 ? static_cast<double>(info.st_size) : 0;
 }
 
-// The largest extent of the process so far, in bytes.
+// The peak memory of the process so far, in bytes.
 inline double peak_bytes() {
     rusage usage = {};
     getrusage(RUSAGE_SELF, &usage);

@@ -1,11 +1,10 @@
-// Times the writing and the reading of one kind of tree as XML, and prints what it found as one
-// JSON object:
+// Times writing and reading one kind of tree as XML, and prints the results as one JSON object:
 //
 //   PROGRAM MEGABYTES RUNS
 //
-// Each figure is the median of the runs, taken in turn, so that drift of the machine hits all
-// alike. The floor of reading is "expat": parsing the same bytes with handlers that do nothing.
-// Peak memory is that of a process that does nothing else, above what it started with.
+// Each figure is the median of the runs. Stages run in alternation, so that a change of the clock
+// rate affects all alike. The floor of reading is "expat": parsing the same bytes with empty
+// handlers. Peak memory is the growth of a process that runs only this stage.
 #ifndef NORVANE_BENCH_XML_BENCH_H
 #define NORVANE_BENCH_XML_BENCH_H
 
@@ -28,7 +27,7 @@ namespace xml_bench {
 
 using namespace norvane::bench;
 
-// What is measured. Each function ends the program if it fails.
+// The operations to be measured. Each function ends the program if it fails.
 template <typename Tree>
 struct Form {
     Tree* (*make)(unsigned parts);
@@ -37,7 +36,7 @@ struct Form {
     void (*remove)(Tree* tree);
 };
 
-// The text with every "@" made the number.
+// The text with every "@" replaced by the number.
 inline std::string numbered(std::string text, unsigned number) {
     const std::string n = std::to_string(number);
     for (std::size_t at = text.find('@'); at != text.npos; at = text.find('@', at))
@@ -76,13 +75,13 @@ inline double status_kib(const char* field) {
     return result;
 }
 
-// The peak of a process of its own while it runs the body, in bytes.
+// The peak memory of a separate process while it runs the body, in bytes.
 inline double peak_of(const std::function<void()>& body) {
     int ends[2];
     if (pipe(ends) != 0) fail("no pipe");
     const pid_t child = fork();
     if (child == 0) {
-        // The peak so far, and memory that is free again, are the parent's: begin anew.
+        // The peak so far and freed memory come from the parent: reset both.
         malloc_trim(0);
         FILE* reset = std::fopen("/proc/self/clear_refs", "w");
         std::fputs("5", reset);
@@ -107,7 +106,7 @@ struct Bench {
     Stage remove{"delete", "byte"};
 };
 
-// Writes a tree of about that size, in another process, so that this one's heap is as a reader
+// Writes a tree of about that size in another process, so that the heap of this one is as a reader
 // finds it, and measures the peaks.
 template <typename Tree>
 void prepare(Bench& bench, const Form<Tree>& form, double megabytes, const std::string& path) {

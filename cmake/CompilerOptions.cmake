@@ -7,20 +7,20 @@ string(REGEX REPLACE "/$" "" relative_source_dir "${relative_source_dir}")
 target_compile_options(norvane_options INTERFACE
   -Wall -Wextra -Wshadow -Wconversion
   $<$<BOOL:${NORVANE_WERROR}>:-Werror>
-  # __FILE__ ends up in failure texts: the same ones wherever the tree was built, also with a compiler
-  # cache that makes paths relative to the build directory.
+  # Failure texts contain __FILE__; this keeps them independent of the build directory, also with a
+  # compiler cache that makes paths relative to the build directory.
   -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
   -fmacro-prefix-map=${relative_source_dir}/=
-  # A throw of the base library jumps over frames; keep the unwinding tables and frame pointers
-  # that make such a place readable in a debugger.
+  # A throw of the base library is a longjmp; with frame pointers a debugger can show where it came
+  # from.
   -fno-omit-frame-pointer)
 
-# A library's calls of its own exported functions are bound when it is linked: nobody may put others in
-# their place, and neither the calls nor the start of a program pay for the possibility.
+# Bind a library's calls of its own exported functions at link time. Programs cannot interpose these
+# functions, so the calls need not go through the procedure linkage table.
 target_compile_options(norvane_options INTERFACE -fno-semantic-interposition)
 target_link_options(norvane_options INTERFACE -Wl,-Bsymbolic-functions)
 
-# g++ 12 takes joined strings for overlapping copies.
+# g++ 12 falsely reports string concatenation as an overlapping copy.
 target_compile_options(norvane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
 if(NORVANE_SANITIZE)
@@ -34,16 +34,16 @@ if(NORVANE_FUZZ)
   if(NORVANE_FUZZ_ADDRESS)
     list(APPEND sanitizers -fsanitize=address)
   else()
-    # Checks at nearly every access, each of which the fuzzer would note as a branch of its own; and
-    # calls at each comparison, which is what the dictionaries are for.
+    # Null and alignment checks add a branch at nearly every access, which the fuzzer would count as
+    # coverage; tracing of comparisons is slow, and the dictionaries replace it.
     list(APPEND sanitizers -fno-sanitize=null,alignment -fno-sanitize-coverage=trace-cmp)
   endif()
   target_compile_options(norvane_options INTERFACE ${sanitizers})
   target_link_options(norvane_options INTERFACE ${sanitizers})
 endif()
 
-# What stands in front of a program of ours that a test runs. Leaks are left to the sanitizers, whose
-# tests tell what a throw may leave behind.
+# The prefix of the commands that tests run. Leaks are left to the sanitizers: only those tests know
+# which memory a throw may lose.
 set(norvane_launcher "")
 if(NORVANE_VALGRIND)
   find_program(NORVANE_VALGRIND_PROGRAM valgrind REQUIRED)
@@ -53,11 +53,11 @@ endif()
 
 if(NORVANE_COVERAGE)
   target_compile_options(norvane_options INTERFACE --coverage)
-  # What counts is no part of what the libraries export.
+  # Keep the coverage runtime out of the exported symbols.
   target_link_options(norvane_options INTERFACE --coverage -Wl,--exclude-libs,libgcov.a)
 endif()
 
-# Source that flex and bison wrote is not held to our warnings.
+# Switches warnings off for sources that flex and bison generate.
 function(norvane_generated_source)
   set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "-w")
 endfunction()

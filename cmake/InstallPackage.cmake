@@ -1,5 +1,4 @@
-# What `cmake --install` puts in place beside the targets: headers, the CMake package and the
-# pkg-config file.
+# Installs the libraries with their headers, the CMake package and the pkg-config file.
 include(CMakePackageConfigHelpers)
 
 function(norvane_install_library target)
@@ -18,13 +17,13 @@ function(norvane_install_package)
   install(FILES ${CMAKE_BINARY_DIR}/norvane_proj-config.cmake
                 ${CMAKE_BINARY_DIR}/norvane_proj-config-version.cmake
           DESTINATION ${package_dir})
-  # Relative to the file itself, so that it is right wherever `cmake --install --prefix` puts it.
+  # Relative to the file itself, so that `cmake --install --prefix` may choose another place.
   file(RELATIVE_PATH PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   configure_file(cmake/norvane_proj.pc.in ${CMAKE_BINARY_DIR}/norvane_proj.pc @ONLY)
   install(FILES ${CMAKE_BINARY_DIR}/norvane_proj.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 
-# `cpack` makes a Debian package of what is installed.
+# The Debian package, made by `cpack` from the installed files.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME norvane-proj)
 set(CPACK_PACKAGE_VENDOR "The norvane_proj maintainers")
@@ -38,8 +37,8 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "maintainers <maintainers@users.noreply.exam
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Models are loaded through the preprocessor, and packages through a library that is loaded with the
-# first of them.
+# Not found by dpkg-shlibdeps: models are loaded through the program cpp, and libzip is loaded when the
+# first package is opened.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "cpp, libzip4")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/libs/base)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

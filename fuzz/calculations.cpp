@@ -16,7 +16,7 @@
 namespace norvane::fuzz {
 namespace {
 
-// A model with variables of each type, by the names that the seeds use.
+// A model with variables of each type, under the names that the seeds use.
 SymbolTable* checked_model() {
     static char text[] =
         "constant N : 3; type Color : [Blue, \"{1}Red\"]; Tint : Color;\n"
@@ -34,7 +34,7 @@ SymbolTable* checked_model() {
     return proj_static_sem_check(project);
 }
 
-// What `write` writes; empty where the calculation has what that form has no words for.
+// The output of `write`; empty if the format cannot express the calculation.
 std::string written(const std::function<void(std::FILE*)>& write) {
     bool is_written = false;
     const std::string text =
@@ -68,7 +68,7 @@ void check_types(PolyHash& calc) {
     const std::string before = source(calc);
     int result = 0;
     if (runs([&] { result = calc_check_functions(&calc, table); }))
-        expect(result == 0 || result == 1, "a result that is none");
+        expect(result == 0 || result == 1, "the check returns 0 or 1");
     expect_equal(before, source(calc), "a calculation before and after its check");
 }
 

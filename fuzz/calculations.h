@@ -1,4 +1,4 @@
-// What every target does with a calculation that it has read.
+// Checks that every target applies to a calculation that it has read.
 #ifndef NORVANE_FUZZ_CALCULATIONS_H
 #define NORVANE_FUZZ_CALCULATIONS_H
 
@@ -13,10 +13,12 @@ struct CalculationDeleter {
 };
 using CalculationPtr = std::unique_ptr<PolyHash, CalculationDeleter>;
 
-// What is written as XML reads back as the same XML. False where it has no name for a part.
+// Checks that the XML of the calculation reads back as the same XML. Returns false if the format
+// cannot express the calculation.
 bool check_xml_round_trip(PolyHash& calc);
 
-// Checked against a model: ends in a result or a defined failure, and changes nothing.
+// Checks that the type check against a model ends in a result or a defined failure, and that it
+// changes nothing.
 void check_types(PolyHash& calc);
 
 } // namespace norvane::fuzz

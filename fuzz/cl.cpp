@@ -1,5 +1,5 @@
-// Calculation source, as a file and, where a text can hold it, as a text: parsed, checked,
-// printed, and written as XML, out and in.
+// Calculation source, read from a file and, unless it contains bytes that end a text, from memory:
+// parsed, checked, printed, and written as XML and read again.
 #include <string>
 
 #include "calculations.h"
@@ -9,9 +9,9 @@
 namespace norvane::fuzz {
 namespace {
 
-// The scanner's condition outlives a parse; so that every input stands for itself, this brings it
-// back to the start from wherever a parse may leave it: outside of a comment and of a string, the
-// second text is a string that is closed.
+// Resets the start condition of the scanner, which outlives a parse, so that inputs do not depend
+// on each other: the first text ends a comment, the second one a string. If none is open, the
+// second text is a complete string.
 void settle_scanner() {
     CalculationPtr(calc_import_from_string("\n*/ x"));
     CalculationPtr(calc_import_from_string("\"x\""));

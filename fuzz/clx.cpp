@@ -1,4 +1,4 @@
-// Calculations as XML: what is read is checked, and written and read again as the same bytes.
+// Calculations as XML: checked, written, and read again as the same bytes.
 #include "calculations.h"
 #include "harness.h"
 #include "norvane/proj/calc_import.h"
@@ -10,8 +10,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QuietSink sink;
     file.write({reinterpret_cast<const char*>(data), size});
     PolyHash* read = nullptr;
-    // A root of the format that is no calculation ends in a defined failure; all else that is
-    // refused is reported.
+    // A root element of the format other than a calculation ends in a defined failure; every other
+    // refusal is reported.
     const bool is_told = runs([&] { read = calc_import_from_xmlfile(file.path()); });
     const CalculationPtr calc(read);
     expect(calc != nullptr || !is_told || sink.reports() > 0, "a refusal without a report");

@@ -7,7 +7,7 @@
 #include "norvane/base/diagnostics.h"
 #include "norvane/base/except.h"
 
-// Of the leak checker, where there is one.
+// The leak checker, if the build has one.
 extern "C" __attribute__((weak)) void __lsan_disable(void);
 extern "C" __attribute__((weak)) void __lsan_enable(void);
 
@@ -67,9 +67,9 @@ std::string printed(const std::function<void(std::FILE*)>& print) {
 bool runs(const std::function<void()>& body) {
     static ExceptionState state;
     const auto run = [](void* user) { (*static_cast<const std::function<void()>*>(user))(); };
-    if (__lsan_disable != nullptr) __lsan_disable();
+    if (__lsan_disable) __lsan_disable();
     const int caught = except_catch(run, const_cast<std::function<void()>*>(&body), &state);
-    if (__lsan_enable != nullptr) __lsan_enable();
+    if (__lsan_enable) __lsan_enable();
     return !caught;
 }
 

@@ -1,5 +1,5 @@
-// What the fuzz targets share. Each target is a function of some bytes, run millions of times in
-// one process by the fuzzer, or once for each kept input by the test suite (replay.cpp).
+// Shared by the fuzz targets. A target is a function that takes bytes; the fuzzer runs it millions
+// of times in one process, the test suite once for each kept input (replay.cpp).
 #ifndef NORVANE_FUZZ_HARNESS_H
 #define NORVANE_FUZZ_HARNESS_H
 
@@ -10,12 +10,12 @@
 #include <string>
 #include <string_view>
 
-// The fuzzer's entry: what every target defines.
+// The entry point of the fuzzer, defined by every target.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace norvane::fuzz {
 
-// Counts the reports that are made during its life, instead of printing them.
+// Counts the reports made during its lifetime instead of printing them.
 class QuietSink {
   public:
     QuietSink();
@@ -28,7 +28,7 @@ class QuietSink {
     unsigned reports_ = 0;
 };
 
-// A file in memory, for functions that want a path.
+// A file in memory, for functions that take a path.
 class MemoryFile {
   public:
     MemoryFile();
@@ -44,14 +44,15 @@ class MemoryFile {
     std::string path_;
 };
 
-// What `print` writes to the stream.
+// The text that `print` writes to the stream.
 std::string printed(const std::function<void(std::FILE*)>& print);
 
-// Runs `body` in a frame; true if it returned. A throw of kind 1, by which a checked tree that
-// makes no sense ends, is a defined way out; what it loses is no leak.
+// Runs `body` in a frame; true if it returned. A throw of kind 1 is allowed, and the memory that it
+// loses does not count as a leak.
 bool runs(const std::function<void()>& body);
 
-// Ends the process, so that the fuzzer keeps the input, unless the two texts are equal.
+// Abort the process, so that the fuzzer keeps the input, unless the two texts are equal or the
+// condition holds.
 void expect_equal(const std::string& a, const std::string& b, const char* what);
 void expect(bool condition, const char* what);
 

@@ -1,4 +1,4 @@
-// Models as XML: what is read is written and read again, and goes through the pipeline.
+// Models as XML: written and read again, and passed through the pipeline.
 #include <string>
 
 #include "harness.h"

@@ -20,7 +20,7 @@ void check_xml_round_trip(Project& project) {
     const bool written = runs([&] { proj_export_to_xmlfile(&project, file.path()); });
     if (!written) return;
     const std::string xml = file.read();
-    // Names of another form than the format's are written as they are, and refused by the reader.
+    // The writer does not check names, the reader does: such a file is refused.
     const ProjectPtr again(proj_import_from_xmlfile(file.path()));
     if (!again) return;
     expect(runs([&] { proj_export_to_xmlfile(again.get(), file.path()); }), "a second writing");
@@ -30,7 +30,7 @@ void check_xml_round_trip(Project& project) {
 void check_pipeline(Project& project) {
     runs([&] {
         SymbolTable* table = proj_static_sem_check(&project);
-        if (table == nullptr) return;
+        if (!table) return;
         PolyList* rules = proj_get_expanded_rules(&project, table, 1);
         plist_delete(rules);
         if (Project* finite = simplify_project(&project, table)) proj_delete(finite);

@@ -1,4 +1,4 @@
-// What every target does with a model that it has read.
+// Checks that every target applies to a model that it has read.
 #ifndef NORVANE_FUZZ_MODELS_H
 #define NORVANE_FUZZ_MODELS_H
 
@@ -16,10 +16,10 @@ using ProjectPtr = std::unique_ptr<Project, ProjectDeleter>;
 
 std::string print(Project& project);
 
-// The model as XML reads back as the same XML.
+// Checks that the XML of the model reads back as the same XML.
 void check_xml_round_trip(Project& project);
 
-// Check, finite form and flat rules: each ends in a result, a report or a defined failure.
+// Runs check, finite form and flat rules: each ends in a result, a report or a defined failure.
 void check_pipeline(Project& project);
 
 } // namespace norvane::fuzz

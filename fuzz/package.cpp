@@ -1,5 +1,4 @@
-// Packages: all members of what opens are read to their end, and the calculation of a model is
-// looked for.
+// Packages: all members are read, and the calculation of a model is looked up.
 #include <string>
 
 #include "harness.h"
@@ -13,7 +12,7 @@ using NorvaneCpp::FILE_OPEN_READ;
 
 namespace {
 
-// Some members expand a thousandfold: a look at the first mebibyte is enough.
+// Reads at most 1 MiB: a member can be a thousand times as large as the package.
 void read_some(CFilePtr member) {
     if (!member.isOpen()) return;
     static char buffer[1 << 16];

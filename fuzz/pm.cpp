@@ -1,5 +1,5 @@
-// PM source, preprocessed: scan, parse, print, parse again; check, simplify, expand; and the model
-// as XML, out and in.
+// Preprocessed PM source: parsed, printed and parsed again; checked, simplified and expanded;
+// written as XML and read again.
 #include <algorithm>
 #include <cctype>
 #include <string>
@@ -13,9 +13,9 @@
 namespace norvane::fuzz {
 namespace {
 
-// The scanner's condition outlives a load; so that every input stands for itself, this brings it
-// back to the start from wherever a load may leave it: "n" ends an escape and the newline a
-// directive, the quote ends a string, and outside of a string it stands in a comment.
+// Resets the start condition of the scanner, which outlives a load, so that inputs do not depend on
+// each other: "n" ends an escape, the newline a directive, and the quote a string; if no string is
+// open, the quote is in a comment.
 void settle_scanner() {
     std::string text = "n\n/*\"*/";
     for (unsigned depth = pm.comment_depth; depth > 0; --depth)
@@ -32,8 +32,8 @@ void settle_scanner() {
     std::fclose(stream);
 }
 
-// The work of loops and arrays is as large as their numbers say; what is slow because it was asked
-// for is no finding.
+// Skips models whose loops and arrays multiply: their work is as large as the model demands, so
+// slowness is no fault.
 bool is_small_work(const std::string& text) {
     int multipliers = 0;
     for (const char* word : {"forall", "exist", "sum", "product", "array"}) {
@@ -49,8 +49,8 @@ bool is_small_work(const std::string& text) {
     return multipliers == 0 || longest < 2 || (multipliers < 3 && longest < 3);
 }
 
-// Two things are printed in forms that callers know, and that do not read back: a case without
-// arms, and a name spelled "integer", which stands without its quotes.
+// Two things are printed in forms that callers rely on, although they do not read back: a case
+// without arms, and a label spelled "integer", which is printed without its quotes.
 bool reads_back(std::string text, const std::string& source) {
     std::erase(text, '\\');
     return text.find("\"integer\"") == text.npos && source.find(" of\n\n| default ") == source.npos;

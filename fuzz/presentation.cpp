@@ -1,4 +1,4 @@
-// Presentations: what is read is written and read again as the same bytes.
+// Presentations: written and read again as the same bytes.
 #include "norvane/proj/presentation.h"
 
 #include "harness.h"
@@ -11,7 +11,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     file.write({reinterpret_cast<const char*>(data), size});
     PolyHash* presentation = pres_import(file.path());
     expect((presentation == nullptr) <= (sink.reports() > 0), "a refusal without a report");
-    if (presentation == nullptr) return 0;
+    if (!presentation) return 0;
     pres_export(presentation, file.path());
     const std::string first = file.read();
     PolyHash* again = pres_import(file.path());

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes small inputs to begin with, one a case, out of the tables of the test suite.
+"""Makes seeds for the fuzzer from the tables of the test suite, one for each case.
 
-usage: seeds.py FOLDER
+usage: seeds.py DIRECTORY
 
-Puts them into FOLDER/TARGET. The tables hold each construct, and each way to get it wrong, once.
+Writes them to DIRECTORY/TARGET. The tables contain every construct, and every fault in it, once.
 """
 import os
 import re
@@ -13,7 +13,7 @@ HEAD = '<calculation><namespace name="N"><function name="f" type="int">'
 TAIL = '</function></namespace></calculation>'
 EXPRESSION = ('namespace N { void f(integer i, integer j, float x, float y, string s, string z, '
               'boolean b, boolean c) { %s; } }')
-# Of every construct, for targets whose readers take the constructs one by one.
+# A document of all constructs, which is split, since a reader stops at the first fault.
 WHOLE_DOCUMENT = re.compile(r'(?s)^(.*?<model>\n)(.*)(</model>\n)$')
 
 
@@ -33,13 +33,13 @@ def rows(text, line_feed, make=str):
 
 
 def blocks(text):
-    """The runs of lines behind ">"."""
+    """The runs of lines that begin with ">"."""
     return ['\n'.join(line[1:].strip(' ') for line in block.splitlines())
             for block in re.findall(r'(?m)(?:^>.*\n)+', text)]
 
 
 def parts(text):
-    """A document for each few of the lines of a large one."""
+    """A large document as several, of three lines each."""
     head, body, tail = WHOLE_DOCUMENT.match(text).groups()
     lines = body.splitlines(keepends=True)
     return [head + ''.join(lines[i:i + 3]) + tail for i in range(0, len(lines), 3)]
@@ -71,12 +71,12 @@ def main():
     top = os.path.abspath(sys.argv[1])
     os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..'))
     for number, (target, table, cases) in enumerate(TABLES):
-        folder = os.path.join(top, target)
-        os.makedirs(folder, exist_ok=True)
+        directory = os.path.join(top, target)
+        os.makedirs(directory, exist_ok=True)
         with open(table, encoding='latin-1') as stream:
             seeds = cases(stream.read())
         for index, seed in enumerate(seeds):
-            with open(os.path.join(folder, '%d-%d' % (number, index)), 'w', encoding='latin-1') as stream:
+            with open(os.path.join(directory, '%d-%d' % (number, index)), 'w', encoding='latin-1') as stream:
                 stream.write(seed)
 
 

@@ -1,4 +1,4 @@
-// Variable orders: what is read is written and read again as the same bytes.
+// Variable orders: written and read again as the same bytes.
 #include "norvane/proj/varorder.h"
 
 #include "harness.h"
@@ -11,7 +11,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     file.write({reinterpret_cast<const char*>(data), size});
     PolyList* order = var_order_import(file.path());
     expect((order == nullptr) <= (sink.reports() > 0), "a refusal without a report");
-    if (order == nullptr) return 0;
+    if (!order) return 0;
     var_order_export(order, file.path());
     const std::string first = file.read();
     PolyList* again = var_order_import(file.path());

@@ -1,5 +1,5 @@
-// Workspaces: what is read gives commands or a report, and is written and read again as the same
-// bytes.
+// Workspaces: written and read again as the same bytes; commands are built or refused with a
+// report.
 #include "norvane/base/items.hpp"
 #include "norvane/proj/zeb.h"
 
@@ -27,7 +27,7 @@ void delete_workspace(ZEBWorkspace* workspace) {
 }
 
 void build_commands(ZEBWorkspace* workspace, const QuietSink& sink) {
-    // One of a name, as the look-up finds it; a few, since the look-up walks the workspace.
+    // A few projects are enough: each lookup by name walks the whole workspace.
     unsigned left = 8;
     for (const ZEBProject* project : items<ZEBProject>(workspace->projects)) {
         if (left-- == 0) return;
@@ -47,7 +47,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QuietSink sink;
     ZEBWorkspace* workspace = read_again({reinterpret_cast<const char*>(data), size});
     expect((workspace == nullptr) <= (sink.reports() > 0), "a refusal without a report");
-    if (workspace == nullptr) return 0;
+    if (!workspace) return 0;
     const std::string first = written(workspace);
     ZEBWorkspace* again = read_again(first);
     expect(again != nullptr, "what was written is refused");

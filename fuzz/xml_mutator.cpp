@@ -1,7 +1,7 @@
-// How the fuzzer changes an input that is XML. Bytes that are changed at random leave hardly any
-// input well-formed, so that the parser, which is not ours, refuses it before our readers see it.
-// Most of the changes made here keep the form: elements are taken out, put elsewhere, doubled and
-// renamed, and values and texts get other characters.
+// Mutates XML for the fuzzer. Changing random bytes leaves hardly any input well-formed, so that
+// expat would refuse it before the readers of this library see it. Most mutations here keep the
+// input well-formed: they remove, move, copy and rename elements, and change attribute values and
+// texts.
 #include <cstring>
 #include <random>
 #include <string>
@@ -10,7 +10,7 @@
 
 #include "harness.h"
 
-// Of the fuzzer: a change of some of the bytes, with the words of the dictionary among others.
+// Provided by the fuzzer: changes some of the bytes, also with words of the dictionary.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t max_size);
 
 namespace {
@@ -26,8 +26,8 @@ struct Element {
     std::size_t content_end = 0;
 };
 
-// Where in a text the parts of its document lie. Whatever the text is: what is no part is passed
-// over.
+// The positions of elements, attribute values and texts in a document, which need not be
+// well-formed.
 struct Document {
     std::vector<Element> elements;
     std::vector<Span> values; // of attributes, without the quotes
@@ -40,7 +40,8 @@ std::size_t find_or_end(std::string_view text, std::string_view wanted, std::siz
     return std::min(text.find_first_of(wanted, from), text.size());
 }
 
-// The attributes of a start tag from `at` on; where its closing bracket stands, or the end.
+// Records the attributes of a start tag from `at` on. Returns the position of its closing bracket,
+// or the end of the text.
 std::size_t read_attributes(std::string_view text, std::size_t at, Document& document) {
     while ((at = find_or_end(text, ">\"'", at)) < text.size() && text[at] != '>') {
         const std::size_t end = text.find(text[at], at + 1);
@@ -85,7 +86,7 @@ Document parse(std::string_view text) {
     return document;
 }
 
-// What the parser would refuse, in a value or in a text, as it is written there.
+// Escapes the characters that a value or a text cannot contain as they are.
 std::string escaped(std::string_view text) {
     std::string result;
     for (const char c : text) {
@@ -113,7 +114,7 @@ class Mutator {
 
     bool one_in(std::size_t n) { return random_() % n == 0; }
 
-    // Empty where the text has nothing that could be changed.
+    // A mutation of the text; empty if it contains no element.
     std::string changed(const std::string& text, std::size_t max_size) {
         const Document document = parse(text);
         if (document.elements.empty()) return "";
@@ -128,7 +129,7 @@ class Mutator {
         }
     }
 
-    // An element of the other text, put into the one.
+    // The text with an element of the other text inserted or put in the place of one of its own.
     std::string crossed(const std::string& text, const std::string& other) {
         const Document document = parse(text);
         const Document donor = parse(other);
@@ -152,7 +153,7 @@ class Mutator {
         return text.substr(span.begin, span.end - span.begin);
     }
 
-    // Before or behind an element, or at the end of what is in it.
+    // A position before or after an element, or at the end of its content.
     Span place(const Document& document) {
         const Element& element = any(document.elements);
         const std::size_t at = one_in(3)   ? element.whole.begin
@@ -170,7 +171,7 @@ class Mutator {
         return with(result, element.name, new_name);
     }
 
-    // Another text for one of the spans: one of the others, or changed by the fuzzer.
+    // Replaces one of the spans by a copy of another, or by a mutation of its bytes.
     std::string rewritten(const std::string& text, const std::vector<Span>& spans,
                           std::size_t max_size) {
         if (spans.empty()) return "";
@@ -188,7 +189,7 @@ class Mutator {
     std::minstd_rand random_;
 };
 
-// The size of the text, which it puts into place; 0 if it is none.
+// Copies the text to `data` and returns its size; 0 if it is empty or too large.
 std::size_t put(const std::string& text, std::uint8_t* data, std::size_t max_size) {
     if (text.empty() || text.size() > max_size) return 0;
     std::memcpy(data, text.data(), text.size());

@@ -1,6 +1,5 @@
-# Completion of norvane-pm for bash: commands, options, and the words that options and arguments take.
-# Where it knows nothing better, names of files are completed. It stands alone: bash-completion loads
-# it by its name, and so does `source`.
+# Completion of norvane-pm for bash: commands, options, and the words that options and arguments take;
+# file names otherwise. It needs no other file: bash-completion loads it by its name, or use `source`.
 
 _norvane_pm() {
     local -A subcommands=(
@@ -40,7 +39,7 @@ _norvane_pm() {
     local with_value=' -I --include-dir -D --define -U --undefine --format --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type '
 
-    # What stands in front of the cursor; an option's value may stand behind a = of its own.
+    # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
