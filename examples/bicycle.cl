@@ -28,8 +28,8 @@ namespace Bicycle {
     return price;
   }
 
-  /* The price of all that is fitted. The expression behind the bar is the
-     result where no other can be found. */
+  /* The price with all parts. The expression after the bar is the result if
+     the price cannot be computed. */
   float price(float discount) | 0.0 {
     float total := Bicycle.frame_price();
     total := total + gears * 12.5 + bags * 39.0;
@@ -37,7 +37,7 @@ namespace Bicycle {
     return System.Round(total * (1.0 - discount));
   }
 
-  /* What the shop should tell this customer; nothing, if all is well. */
+  /* The advice of the shop to this customer; empty if there is none. */
   string advice() {
     string text := "";
     if rider_kg > 110 and frame <> "steel" then
@@ -51,7 +51,7 @@ namespace Bicycle {
     return text;
   }
 
-  // Puts the choice back to what most people buy.
+  // Resets the choices to the most popular ones.
   void usual_choice() {
     frame := "aluminium";
     gears := 7;
@@ -60,6 +60,6 @@ namespace Bicycle {
     bags := 0;
   }
 
-  // What lies elsewhere: the tool that evaluates knows what the text means.
+  // An external function: the evaluator knows what the text refers to.
   string brochure_text() : external "texts.xml#bicycle";
 }

@@ -27,9 +27,9 @@ rule
   rack <-> bags > 0;
   not (rack and frame = carbon);
 
-  /* Who carries much wants low gears. */
+  /* Heavy luggage needs low gears. */
   if bags > 2 then gears >= 7;
 
-  /* The only values of rider_kg that matter are the ones named here. */
+  /* Only the values of rider_kg that rules mention make a difference. */
   rider_kg >= 40;
   rider_kg > 110 -> frame = steel and gears <> 1;

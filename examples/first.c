@@ -2,7 +2,7 @@
 
 #include <norvane/proj.h>
 
-/* Prints the flat rules of a model. What is wrong with it is reported on standard error. */
+/* Prints the flat rules of a model. Faults of the model are reported on standard error. */
 int main(int argc, char** argv) {
     PolyList* cpp_args = plist_new(NULL, NULL, NULL);
     Project* project = argc > 1 ? proj_import_from_pmfile(argv[1], cpp_args) : NULL;

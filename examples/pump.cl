@@ -1,4 +1,4 @@
-/* Calculations for the pumps: numbers and texts without a bound.
+/* Calculations for the pumps: unbounded numbers and texts.
 
      norvane-pm calc check --model pump.pm pump.cl */
 
@@ -15,7 +15,7 @@ namespace Pump.Hydraulics {
     return System.Fmax(0.25, 0.78 - 0.3 * loss);
   }
 
-  // An integer fits where a float is wanted.
+  // An integer is accepted where a float is expected.
   float motor_kw() {
     float kw := 0;
     switch motor {
@@ -77,8 +77,8 @@ namespace Pump.Checks {
     (medium = "milk" <-> material = "Stainless steel 316") or
     not (medium = "milk" or medium = "sea water");
 
-  /* The name of the first check that fails, through the names of the
-     functions: what is asked for is a text, and need not be there. */
+  /* The name of the first check that fails. The functions are called by
+     their names, which are texts; a function may be missing. */
   string first_fault() {
     string names := "within_limits,stays_liquid,seal_suits,material_suits,house_rules,";
     integer from := 0;
@@ -111,7 +111,7 @@ namespace Pump.Plate {
   string line_2() = Pump.Plate.number(head, "bar") + ", max. " +
     System.Int2String(System.Min(temperature + 10, 140)) + " C";
 
-  /* The text for the plate: what the customer wants, or the material, in
+  /* The text for the plate: that of the customer, or the material, in
      capitals and in quotes. */
   string text() {
     string plate := name_plate;
@@ -131,9 +131,9 @@ namespace Pump.Plate {
 
 namespace Pump.Choice {
 
-  /* Looks for the smallest motor that will do, trying one after the other.
-     The class of a number is the index of the values that the rules tell
-     apart. */
+  /* Selects the smallest sufficient motor by trying one after the other.
+     The class of a number is its index among the values that the rules
+     distinguish. */
   boolean smallest_motor() {
     integer index := 0;
     integer last := CtrlMngr.GetDomainSize("motor") - 1;
@@ -149,7 +149,7 @@ namespace Pump.Choice {
     return false;
   }
 
-  // How far the flow may go before another rule counts.
+  // How far the flow can grow without reaching the next class.
   integer flow_reserve() {
     integer class := CtrlMngr.GetIntIntervalIndex("flow", flow);
     integer high := CtrlMngr.GetIntIntervalHigh("flow", class);
@@ -159,7 +159,7 @@ namespace Pump.Choice {
   boolean head_is_known() =
     CtrlMngr.GetSelectedFloatValue("head") <> CtrlMngr.FLOAT_NOT_ASSIGNED();
 
-  // Set what the customer has sent us, as far as it is there.
+  // Sets the values that the customer has sent.
   void take_over() {
     integer done := 0;
     if Environment.Contains("flow") then

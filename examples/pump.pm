@@ -1,9 +1,9 @@
-/* A range of pumps: numbers and texts without a bound.
+/* A range of pumps: unbounded numbers and texts.
 
    A variable of type integer, float or string has no list of values of its
-   own. The values that the rules compare it with cut it into classes: below
-   the lowest, each value, what lies between two of them, above the highest;
-   for a text each text, and all others. */
+   own. The values that the rules compare it with divide it into classes:
+   below the lowest, each value, between two of them, above the highest; for
+   a string each text, and all others. */
 
 constant
   COLD      : -10;
@@ -48,11 +48,11 @@ rule
   temperature > HOT -> seal = mechanical or seal = "Double mechanical";
   temperature > 120 or temperature < 0 -> seal = "Double mechanical";
 
-  /* What runs through it decides on the material. */
+  /* The medium decides on the material. */
   medium = "sea water" -> material <> "Cast iron";
   medium = "milk" -> material = "Stainless steel 316" and seal <> lip;
   exotic <-> not (medium = "water" or medium = "sea water" or medium = "milk");
   exotic and head > 10 -> motor = kw_15;
 
-  /* The plate names the material, unless the customer wants his own. */
+  /* The plate names the material, unless the customer wants another text. */
   name_plate = "Custom" or name_plate = material;

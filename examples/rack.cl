@@ -1,4 +1,4 @@
-/* Calculations for the rack: records, arrays, and what may be absent.
+/* Calculations for the rack: records, arrays and optionals.
 
      norvane-pm calc check --model rack.pm rack.cl
 
@@ -24,7 +24,7 @@ namespace Rack {
     return n;
   }
 
-  // What one card draws. A card without crypto has no cores to ask for.
+  // The power of one card. A card without crypto has no cores.
   integer card_watts(integer shelf, integer slot) | 0 {
     integer watts := 0;
     if not Rack.is_used(shelf, slot) then return 0;
@@ -109,7 +109,7 @@ namespace Rack.Price {
   }
 }
 
-/* What the planners want to see: a list, kept in the environment. */
+/* A list for the planners, kept in the environment. */
 
 namespace Rack.Planning {
 
@@ -126,7 +126,7 @@ namespace Rack.Planning {
     System.Abs(Environment.MapLookupInteger("watts", "0") -
                Environment.MapLookupInteger("watts", "1")) <= 40;
 
-  /* Every path of the model's tree down to a slot's card, one a line. */
+  /* Every path in the model to the card of a slot, one per line. */
   string path_of(string variable_name) {
     integer node := CtrlMngr.GetPMNodeFromVariable(variable_name);
     string path := "";
@@ -157,8 +157,8 @@ namespace Rack.Planning {
     return text;
   }
 
-  // The height is kept by the size of the cabinet, in namespaces that are
-  // named for it. Their names are no names of a call, but a text reaches them.
+  // The height is defined in namespaces named after the size of the cabinet.
+  // A call cannot spell such a name, but can pass it as a text.
   integer height(string size) =
     Calc.HasFunction("Rack." + size, "height")
       ? Calc.CallIntegerFunction("Rack." + size, "height") : -1;

@@ -8,7 +8,7 @@ constant
   SHELVES   : 2;
   SLOTS     : 2;
   MAX_PORTS : 8;
-  SHELF_W   : 150;              /* what one shelf's supply can deliver */
+  SHELF_W   : 150;              /* what the supply of a shelf can deliver */
 
 type
   CardKind : [line_card, switch_card, power_card];
@@ -37,14 +37,14 @@ type
       public card    : optional Card;
       public blanked : boolean;
     rule
-      blanked <-> card = NONE;           /* no slot stays open */
+      blanked <-> card = NONE;           /* an empty slot is covered */
     };
   rule
-    /* What is plugged in must not draw more than the supply delivers. */
+    /* The cards must not draw more power than the supply delivers. */
     (sum s in [0..SLOTS - 1] :
       (if slots[s].card = SOME then slots[s].card.SOME.watts else 0)) <= SHELF_W;
 
-    /* A hot card wants air. */
+    /* A hot card needs active cooling. */
     exist s in [0..SLOTS - 1] : (slots[s].card = SOME and slots[s].card.SOME.hot)
       -> cooling <> passive;
   };
@@ -61,7 +61,7 @@ rule
         shelves[i].slots[s].card.SOME.kind = power_card then 1 else 0));
   redundant -> power_cards >= 2;
 
-  /* One way of cooling for the whole rack. */
+  /* All shelves are cooled in the same way. */
   forall i in [1..SHELVES - 1] : (shelves[i].cooling = shelves[i - 1].cooling);
 
   spare = SOME -> spare.SOME.kind <> power_card;

@@ -1,5 +1,5 @@
 /* Calculations for the truck programme: prices, weights, texts and checks,
-   and what the order system asks for.
+   and functions for the order system.
 
      norvane-pm calc check --model truck.pm truck.cl */
 
@@ -118,7 +118,7 @@ namespace Truck.Weight {
 
 namespace Truck.Price {
 
-  /* The list prices lie with the order system, by the number of the option. */
+  /* The order system knows the list prices, by the number of the option. */
   float list_price(string option) : external "prices/list";
 
   float of_option(boolean chosen, string option) =
@@ -138,7 +138,7 @@ namespace Truck.Price {
     return sum;
   }
 
-  // A contract is paid by the month; the first five years are the cheap ones.
+  // A contract is paid monthly; the first five years are cheaper.
   float contract() {
     float rate := 0.0;
     integer first := System.Min(months, 60);
@@ -166,7 +166,7 @@ namespace Truck.Price {
     return System.Floor(sum / 10.0) * 10.0 + Truck.Price.contract();
   }
 
-  /* What the order system turns into lines of an offer. */
+  /* The text from which the order system makes the lines of an offer. */
   integer conditions() {
     string last := "";
     if metallic then last := Pricing.AddVariantCondition("METALLIC");
@@ -239,7 +239,7 @@ namespace Truck.Check {
     return amps <= 100 or alternator_150 and battery <> "battery_140";
   }
 
-  /* Notes the faults in the environment; how many there are. */
+  /* Records the faults in the environment, and returns their number. */
   integer all() {
     integer faults := 0;
     Environment.Remove("faults");

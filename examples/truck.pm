@@ -1,7 +1,7 @@
 /* A truck programme, from 12 to 40 tonnes: a model of real size.
 
-   It is cut by the assemblies of the vehicle. Each brings its types, the
-   choices that it offers, and the rules that tie it to what stands above it. */
+   It is divided by the assemblies of the vehicle. Each declares its types, its
+   variables, and the rules that connect it to the assemblies before it. */
 
 /* ------------------------------------------------------- market and use */
 

@@ -3,8 +3,8 @@
      norvane-pm calc check --model coach.pm coach.cl
      norvane-pm calc check --model coach.pm -DARTICULATED coach.cl
 
-   The model is split over files and has macros; calculations see what comes
-   of it. */
+   The model is split into files and uses macros; calculations see the
+   preprocessed model. */
 
 namespace Coach {
 
@@ -37,7 +37,7 @@ namespace Coach {
     return base;
   }
 
-  // Which weekday's price counts is set outside, and there may be none.
+  // The price for the weekday is set by the host, and may be missing.
   float day_price() {
     float price := Environment.GetFloat("price") | 780.0;
     if Environment.ContainsString("holidays", System.GetDateTime("%m-%d")) then
@@ -65,7 +65,7 @@ namespace Coach.Control {
     return value > CtrlMngr.GetMax(name) ? -1 : value;
   }
 
-  /* As many seats as there can be, and the length that they need. */
+  /* Selects as many seats as possible, and the length that they need. */
   boolean most_seats() {
     integer seat_limit := CtrlMngr.GetForcedMax("seats");
     integer result := CtrlMngr.CTRL_MNGR_ERROR();
@@ -78,7 +78,7 @@ namespace Coach.Control {
     return not CtrlMngr.HasConflicts();
   }
 
-  // Not in white, where that can be had.
+  // Excludes white, unless the customer has selected it.
   void colourful() {
     integer white := CtrlMngr.GetValueIndex("paint", "white");
     if CtrlMngr.GetState("paint", white) = CtrlMngr.VALUE_USER_SELECTED() then ;
@@ -105,7 +105,7 @@ namespace Coach.Control {
     return lines;
   }
 
-  /* Ready when a configuration is complete and one solution is left. */
+  /* True if the configuration is complete and one solution is left. */
   boolean finish() {
     integer answer := CtrlMngr.CompleteConf();
     if CtrlMngr.GetSolutionCount() <> 1.0 or answer <> CtrlMngr.CTRL_MNGR_SUCCESS() {

@@ -1,10 +1,10 @@
-/* A touring coach, split over files: the main file.
+/* A touring coach, split into files: the main file.
 
    norvane-pm rules coach.pm
    norvane-pm rules -DARTICULATED coach.pm
 
-   Each file holds the constants, types, variables and rules of one subject;
-   sections may come as often as they like. */
+   Each file contains the constants, types, variables and rules of one
+   subject; a section may occur any number of times. */
 
 #include "market.h"
 #include "body.pm"
@@ -15,6 +15,6 @@ variable
   public brochure_colour : string;
 
 rule
-  /* What the brochure calls the colour is what the body is painted in. The
-     part of a label in braces is not shown: seats come in black too. */
+  /* The colour in the brochure is the paint of the body. The part of a label
+     in braces is not shown: there is a black seat too. */
   brochure_colour = paint;
