@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Holds the documentation against what is there: generated pages are up to date, models and
 calculations that are shown pass their check, links lead to files and headings, and the README leads to
-every page."""
+every page and names the packages that ./dev installs."""
 import argparse
 import glob
 import os
@@ -63,6 +63,10 @@ def main():
     for path in glob.glob(docs + '/*.md'):
         if '(docs/%s)' % os.path.basename(path) not in readme:
             failures.append('README.md does not lead to ' + path)
+    with open(os.path.join(arguments.source, 'dev')) as stream:
+        packages = re.findall(r'^(?:build|deb|test)_packages=\(([^)]*)', stream.read(), re.M)
+    failures += ['README.md does not name the package ' + name for name in ' '.join(packages).split()
+                 if name[0].isalpha() and not re.search(r'(?<![\w-])%s(?![\w-])' % re.escape(name), readme)]
     if not shown:
         failures.append('the documentation shows neither models nor calculations')
     print('\n'.join(failures))
