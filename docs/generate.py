@@ -31,14 +31,14 @@ def diagnostics(driver):
     for name in names:
         title, _, text = output(driver, 'explain', name).partition('\n')
         page += ['## ' + name, '', title.partition(': ')[2], '']
-        # What the driver indents is code, which is what an indented block is here too.
+        # The driver indents code, and so does Markdown.
         page += text.strip('\n').splitlines() + ['']
     return '\n'.join(page)
 
 
 def builtins(driver):
     page = ['# Built-in functions of calculations', '',
-            'What the evaluator of calculations offers. A call names the namespace too:',
+            'The functions that the evaluator of calculations provides. A call must name the namespace:',
             '`System.Max(a, b)`.']
     namespace = None
     for line in output(driver, 'calc', 'builtins', '--format', 'json').splitlines():
