@@ -26,8 +26,8 @@ def diagnostics(driver):
     page = ['# Diagnostics', '',
             'Every fault that a modeller can cause has a name, a title and an explanation, which',
             '`norvane-pm explain NAME` shows. Dots stand for what a report fills in.', '',
-            'A reference such as "Types (developer)" is to a section of the [PM grammar](pm-grammar.md) or of',
-            '[the language PM](pm-language.md).', '']
+            'A reference such as "Types (developer)" is to a section of the [PM grammar](pm-grammar.md), of',
+            '[the language PM](pm-language.md) or of the [file formats](file-formats.md).', '']
     for name in names:
         title, _, text = output(driver, 'explain', name).partition('\n')
         page += ['## ' + name, '', title.partition(': ')[2], '']
