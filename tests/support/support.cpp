@@ -48,15 +48,39 @@ std::string Reports::names() const {
     return text;
 }
 
+namespace {
+
+// What a throw or an exception jumps over is lost, and that is no leak.
+class AllowedLeaks {
+  public:
+    AllowedLeaks() {
+        if (__lsan_disable != nullptr) __lsan_disable();
+    }
+    ~AllowedLeaks() {
+        if (__lsan_enable != nullptr) __lsan_enable();
+    }
+    AllowedLeaks(const AllowedLeaks&) = delete;
+    AllowedLeaks& operator=(const AllowedLeaks&) = delete;
+};
+
+} // namespace
+
 std::string thrown(const std::function<void()>& body) {
     static ExceptionState state;
     const auto run = [](void* user) { (*static_cast<const std::function<void()>*>(user))(); };
-    // What is held between a throw and its frame is lost, and that is no leak.
-    if (__lsan_disable != nullptr) __lsan_disable();
-    const int caught = except_catch(run, const_cast<std::function<void()>*>(&body), &state);
-    if (__lsan_enable != nullptr) __lsan_enable();
-    if (!caught) return "";
+    const AllowedLeaks allowed;
+    if (!except_catch(run, const_cast<std::function<void()>*>(&body), &state)) return "";
     return std::to_string(state.kind) + ": " + state.message;
+}
+
+std::string unwound(const std::function<void()>& body) {
+    const AllowedLeaks allowed;
+    try {
+        body();
+    } catch (const std::exception& exception) {
+        return exception.what();
+    }
+    return "";
 }
 
 ProjectPtr parse(const std::string& source) {

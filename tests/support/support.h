@@ -43,6 +43,9 @@ class Reports {
 // Runs the body in a frame; the text of what it threw as "kind: message", or "" if it returned.
 std::string thrown(const std::function<void()>& body);
 
+// Runs the body; the text of the C++ exception that left it, or "" if it returned.
+std::string unwound(const std::function<void()>& body);
+
 struct ProjectDeleter {
     void operator()(Project* p) const { proj_delete(p); }
 };

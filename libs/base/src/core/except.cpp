@@ -61,16 +61,24 @@ void jump_to_frame(void* frame) {
     longjmp(static_cast<ExceptionFrame*>(frame)->buffer, 1);
 }
 
+// Removes a frame whichever way its owner is left: by a return, by a throw that it caught, or by a
+// C++ exception of the host, which unwinds the owner.
+struct FrameRemoval {
+    ExceptionFrame* previous;
+    ~FrameRemoval() { __exception_last = previous; }
+};
+
 } // namespace
 } // namespace norvane
 
-// No object lives here but the frame, and no local changes between setjmp and the jump.
+// No local changes between setjmp and the jump.
 int except_catch(void (*body)(void* user), void* user, ExceptionState* state) {
     NORVANE_ASSERT(body);
     NORVANE_ASSERT(state);
     ExceptionFrame frame;
     frame.previous = __exception_last;
     frame.state = state;
+    const norvane::FrameRemoval removal = {frame.previous};
     __exception_last = &frame;
     if (setjmp(frame.buffer) == 0) {
         body(user);
@@ -78,7 +86,6 @@ int except_catch(void (*body)(void* user), void* user, ExceptionState* state) {
     } else {
         __exception_caught = 1;
     }
-    __exception_last = frame.previous;
     return __exception_caught;
 }
 

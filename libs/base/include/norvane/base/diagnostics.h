@@ -75,7 +75,8 @@ NORVANE_BASE_API void err_p_append_manref(ErrorDescParagraph* p, const char* doc
 NORVANE_BASE_API void err_set_position(ErrorInfo* error, int line, const char* file);
 
 /* Receives each report, and owns it from then on: it calls err_delete when it is done. It must not
- * start another load, check or simplification. */
+ * start another load, check or simplification. It may end the call that reports by a throw
+ * (except.h) or a C++ exception: what that call held is then lost, and the next one is as usual. */
 typedef void (*MsgErrorSink)(ErrorType type, ErrorInfo* error, void* user);
 
 /* Installs the sink of msg_report_error. Null puts the default one back, which prints one line to

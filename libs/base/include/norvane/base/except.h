@@ -45,7 +45,8 @@ NORVANE_BASE_API extern ExceptionFrame* __exception_last;
 NORVANE_BASE_API extern int __exception_caught;
 
 /* Runs body(user) inside a frame. Returns 0 if the body returned, and 1 if it threw, with `state`
- * filled in. Never returns by a throw itself, and leaves the frames as they were. */
+ * filled in. Never returns by a throw itself. A C++ exception passes through it. In each case the
+ * frames are left as they were. */
 NORVANE_BASE_API int except_catch(void (*body)(void* user), void* user, ExceptionState* state);
 
 /* Throws `state` on to the next frame out, with its own kind, line, file and message. */
