@@ -154,7 +154,7 @@ const PolySet* shown_labels(const CalcCheck& check, TypeCon* sum) {
     PolySet* labels = pset_new(plist_length(sum->values.labels), poly_compare_string, nullptr,
                                poly_hash_string, nullptr);
     for (char* label : items<char>(sum->values.labels))
-        pset_insert(labels, shown_label(label));
+        pset_insert(labels, model::shown_label(label));
     phash_insert(check.labels, sum, labels);
     return labels;
 }

@@ -255,7 +255,7 @@ int compare_string_with_enumeration(const CheckContext& check, const Binary& bin
     if (!namedata || namedata->ndtype != ND_VARIABLE)
         return fault(check, binary.expr, ERR_STRVAR_COMPARE_LABEL);
     for (char* label : items<char>(enumeration_type->values.labels))
-        pset_insert(string_type->values.enum_string.string_set, shown_label(label));
+        pset_insert(string_type->values.enum_string.string_set, model::shown_label(label));
     return typed(binary.expr, ETYPE_BOOL);
 }
 

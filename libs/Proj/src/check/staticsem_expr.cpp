@@ -346,5 +346,5 @@ int ssem_check_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
 
 char* ssem_remove_braces(char* str) {
     NORVANE_ASSERT(str);
-    return norvane::shown_label(str);
+    return norvane::model::shown_label(str);
 }

@@ -25,7 +25,7 @@ class ScopedEnv {
     }
     ~ScopedEnv() {
         if (environment_ == nullptr) return;
-        take_env_out(symboltable_, environment_);
+        model::take_env_out(symboltable_, environment_);
         if (owned_) symtbl_delete_symbol_table_env(environment_);
     }
     ScopedEnv(const ScopedEnv&) = delete;

@@ -208,7 +208,7 @@ int check_rules(const CheckContext& check) {
     msg_report_prgs_start(MSG_PRGS_SUB_JOB, "Checking rules");
     const int job = msg_get_progress_job();
     int status = STATUS_SUCCESS;
-    RulesAhead rules(check.symboltable, check.project->ruledecllist);
+    model::RulesAhead rules(check.symboltable, check.project->ruledecllist);
     while (RuleDecl* rule = rules.next()) {
         status = ssem_check_rule(check, rule->rule);
         if (status != STATUS_SUCCESS) break;

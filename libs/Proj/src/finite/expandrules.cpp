@@ -211,7 +211,7 @@ PolyList* proj_get_expanded_rules_decls(Project* project, SymbolTable* symboltab
     NORVANE_ASSERT(symboltable);
     PolyList* rules = plist_new(nullptr, nullptr, poly<expr_delete>);
     Expansion in{project, symboltable, simplify != 0, rules, decls, {}};
-    RulesAhead decls_ahead(symboltable, project->ruledecllist);
+    model::RulesAhead decls_ahead(symboltable, project->ruledecllist);
     while (RuleDecl* decl = decls_ahead.next())
         list_rule(in, new_rule(in, decl), decl);
     for (const VarDecl* variable : items<VarDecl>(project->vardecllist)) {

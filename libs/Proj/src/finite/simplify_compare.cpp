@@ -167,7 +167,7 @@ Expr* compare_strings(Simplification& in, Expr* expr) {
 // The string has the shown text of the label, and the enumeration has the label.
 Expr* both_are(Simplification& in, Expr* string, Expr* enumeration, char* label) {
     Expr shown = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
-    shown.args.str = shown_label(label);
+    shown.args.str = model::shown_label(label);
     Expr whole = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
     whole.args.str = label;
     Expr string_is = stack_equation(string, &shown, ETYPE_UNDEF);

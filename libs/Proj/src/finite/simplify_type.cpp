@@ -152,7 +152,7 @@ Project* simplify_project(Project* project, SymbolTable* symboltable) {
                                          &environment, UNDEF_LINENO) == STATUS_SUCCESS);
         proj_add_vardecl(result, simplify_vardecl(in, vardecl, environment));
     }
-    RulesAhead rules(symboltable, project->ruledecllist);
+    model::RulesAhead rules(symboltable, project->ruledecllist);
     while (const RuleDecl* rule = rules.next()) {
         Expr* expr = simplify_expr(project, symboltable, rule->rule);
         proj_add_ruledecl(result,

@@ -5,16 +5,16 @@
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/proj/expr.h"
 #include "norvane/proj/printpmfile.h"
 #include "poly_adaptors.h"
+#include "walk.h"
 
-using norvane::items;
 using norvane::on_fresh_stack;
 using norvane::poly;
 using norvane::stack_is_low;
+using norvane::model::for_each_child;
 
 namespace {
 
@@ -71,49 +71,19 @@ void expr_collaps_composit_idcon(IdCon* composit) {
 
 namespace {
 
-void collect_free(const Expr* expr, PolySet* found);
-
-void collect_free(const PolyList* list, PolySet* found) {
-    for (const Expr* expr : items<Expr>(list))
-        collect_free(expr, found);
-}
-
-// The loop variable is taken out behind the walk, so a variable of its name that was found before,
-// be it in the bounds or in front of the loop, goes with it: callers rely on this set.
-void collect_free_in_range(const Expr* expr, PolySet* found) {
-    collect_free(expr->args.range.rangebegin, found);
-    collect_free(expr->args.range.rangeend, found);
-    collect_free(expr->args.range.lambdaexpr, found);
+void collect_free(const Expr* expr, PolySet* found) {
+    if (stack_is_low()) return on_fresh_stack([&] { collect_free(expr, found); });
+    NORVANE_ASSERT(expr);
+    if (expr->structure == EXPR_IDCONSTRUCTOR) pset_insert(found, expr->args.idcon);
+    if (expr->structure == EXPR_CASE) pset_insert(found, expr->args.caseexpr.casevar);
+    for_each_child(expr, [&](const Expr* child) { collect_free(child, found); });
+    if (expr->structure != EXPR_RANGE) return;
+    // Only after the walk, so a variable of this name that was found before, in the bounds or to
+    // the left of the loop, is removed as well: callers rely on this set.
     IdCon bound{};
     bound.contype = IDCON_SIMPLE;
     bound.args.id.idname = expr->args.range.lambdavar;
     pset_remove(found, &bound);
-}
-
-void collect_free(const Expr* expr, PolySet* found) {
-    if (stack_is_low()) return on_fresh_stack([&] { collect_free(expr, found); });
-    NORVANE_ASSERT(expr);
-    switch (expr->structure) {
-    case EXPR_BINARY:
-        collect_free(expr->args.binargs.leftarg, found);
-        return collect_free(expr->args.binargs.rightarg, found);
-    case EXPR_UNARY: return collect_free(expr->args.arg, found);
-    case EXPR_IDCONSTRUCTOR: pset_insert(found, expr->args.idcon); return;
-    case EXPR_INT_CONST:
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST: return;
-    case EXPR_ITE:
-        collect_free(expr->args.ite.logictest, found);
-        collect_free(expr->args.ite.trueexpr, found);
-        return collect_free(expr->args.ite.falseexpr, found);
-    case EXPR_RANGE: return collect_free_in_range(expr, found);
-    case EXPR_CASE:
-        pset_insert(found, expr->args.caseexpr.casevar);
-        collect_free(expr->args.caseexpr.exprlist_condition, found);
-        collect_free(expr->args.caseexpr.exprlist_evaluation, found);
-        return collect_free(expr->args.caseexpr.default_expr, found);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
-    }
 }
 
 } // namespace

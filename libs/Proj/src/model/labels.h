@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-namespace norvane {
+namespace norvane::model {
 
 // The part of a label that is shown: what follows a leading "{...}", or all of it if there is no
 // such prefix or nothing follows it. Points into `label`.
@@ -14,6 +14,6 @@ inline char* shown_label(char* label) {
     return close && close[1] ? close + 1 : label;
 }
 
-} // namespace norvane
+} // namespace norvane::model
 
 #endif

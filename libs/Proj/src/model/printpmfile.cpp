@@ -14,9 +14,9 @@
 
 using norvane::on_fresh_stack;
 using norvane::poly;
-using norvane::print_into;
-using norvane::put;
 using norvane::stack_is_low;
+using norvane::model::print_into;
+using norvane::model::put;
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
 
-namespace norvane {
+namespace norvane::model {
 
 // Writes the text and returns its length, by which columns are counted. Without the stream's lock:
 // a stream belongs to one caller, and a model is written in very many short texts.
@@ -44,6 +44,6 @@ void print_into(UtilString* string, Print print) {
     std::free(text);
 }
 
-} // namespace norvane
+} // namespace norvane::model
 
 #endif

@@ -10,11 +10,13 @@
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "poly_adaptors.h"
+#include "walk.h"
 
 using norvane::items;
 using norvane::on_fresh_stack;
 using norvane::poly;
 using norvane::stack_is_low;
+using norvane::model::for_each_child;
 
 Project* proj_new_project(char* name, char* description, char* filename) {
     NORVANE_ASSERT(name);
@@ -92,24 +94,11 @@ namespace {
 void make_public(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { make_public(typecon); });
     NORVANE_ASSERT(typecon);
-    switch (typecon->contype) {
-    case TC_PROD:
-        for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields)) {
+    if (typecon->contype == TC_PROD) {
+        for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
             field->vartype = VARTYPE_PUBLIC;
-            make_public(field->typecon);
-        }
-        return;
-    case TC_ARRAY: return make_public(typecon->values.array.element);
-    case TC_OPTIONAL: return make_public(typecon->values.base);
-    case TC_BOOL:
-    case TC_INT:
-    case TC_UBOUND_FLOAT:
-    case TC_UBOUND_INTEGER:
-    case TC_STRING:
-    case TC_SUM: return;
-    case TC_NAMED: return; // reached through its declaration
-    default: NORVANE_FAIL("Found invalid typecon type : %d", typecon->contype);
     }
+    for_each_child(typecon, make_public, "Found invalid typecon type : %d");
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 
 #include "norvane/base/hash.h"
 
-namespace norvane {
+namespace norvane::model {
 
 namespace {
 
@@ -153,4 +153,4 @@ void RulesAhead::collect(Names& names, const Expr* rule) const {
     }
 }
 
-} // namespace norvane
+} // namespace norvane::model

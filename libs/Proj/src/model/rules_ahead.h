@@ -11,7 +11,7 @@
 #include "norvane/proj/decl.h"
 #include "norvane/proj/symboltable.h"
 
-namespace norvane {
+namespace norvane::model {
 
 class RulesAhead {
   public:
@@ -60,6 +60,6 @@ class RulesAhead {
     Names names_[rules_under_way];
 };
 
-} // namespace norvane
+} // namespace norvane::model
 
 #endif

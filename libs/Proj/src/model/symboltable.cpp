@@ -221,7 +221,7 @@ int type_at_end(Path path, bool resolve, TypeCon** result) {
 
 } // namespace
 
-void norvane::take_env_out(SymbolTable* symboltable, PolyHash* environment) {
+void norvane::model::take_env_out(SymbolTable* symboltable, PolyHash* environment) {
     unsigned depth = 0;
     for (const PolyListNode* node = symboltable->local_table->first; node != nullptr;
          node = node->next, ++depth) {

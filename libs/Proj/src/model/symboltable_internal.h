@@ -4,12 +4,12 @@
 
 #include "norvane/proj/symboltable.h"
 
-namespace norvane {
+namespace norvane::model {
 
 // Removes this very environment from the table's stack, wherever it is in it; does nothing if it is
 // not there.
 void take_env_out(SymbolTable* symboltable, PolyHash* environment);
 
-} // namespace norvane
+} // namespace norvane::model
 
 #endif
