@@ -113,13 +113,13 @@ std::string outcome(const Model& model, const std::string& text) {
     ExprPtr expr = expression(text);
     if (!expr) return "does not parse: " + brief(reports);
     const std::string before = print(expr.get());
-    Checked checked{};
+    check::Checked checked{};
     const std::string failure = thrown([&] {
-        checked = ssem_check({model.project.get(), model.table.get()}, expr.get());
+        checked = check::check_expr({model.project.get(), model.table.get()}, expr.get());
     });
     if (!failure.empty()) return brief(reports) + "throws " + failure;
     std::string result = brief(reports);
-    if (checked.status == STATUS_SUCCESS) {
+    if (checked.ok) {
         EXPECT_EQ(ssem_is_static_expr(model.project.get(), model.table.get(), expr.get()),
                   checked.is_static);
         result += expr_type_to_string(expr.get());
@@ -409,8 +409,8 @@ TEST(CheckDeep, chains_and_nests_of_any_length_in_a_small_stack) {
         EXPECT_EQ(check_expr(model, sum.get()), STATUS_SUCCESS);
         EXPECT_EQ(sum->type, ETYPE_ENUM_FLOAT);
         const ExprPtr conjunction = chain(OPR_AND, 1'000'000, variable);
-        ssem_mark_ubound_eq({model.project.get(), model.table.get()}, conjunction.get());
-        EXPECT_EQ(check_expr(model, conjunction.get()), STATUS_SUCCESS);
+        const RuleDecl rule{0, nullptr, nullptr, conjunction.get()};
+        EXPECT_TRUE(check::check_rule({model.project.get(), model.table.get()}, &rule));
 
         Expr* negations = simple("p");
         for (int i = 0; i < 190'000; ++i)

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "staticsem_internal.h"
+#include "context.h"
 #include "support.h"
 
 namespace {
@@ -112,9 +112,9 @@ TEST(SymbolTable, TakesTheVeryEnvironmentOutThatItsGuardHasPushed) {
     const PolyHash* base = static_cast<PolyHash*>(plist_hd(names.table->local_table));
     const PolyHash* left_behind;
     {
-        ScopedEnv scope(names.table.get(), symtbl_new_symbol_table_env(1));
+        check::ScopedEnv scope(names.table.get(), symtbl_new_symbol_table_env(1));
         scope.own();
-        const ScopedEnv none(names.table.get(), nullptr);
+        const check::ScopedEnv none(names.table.get(), nullptr);
         EXPECT_EQ(plist_length(names.table->local_table), 2u);
         left_behind = names.push();
     }
@@ -193,7 +193,7 @@ std::string type_at(const Model& model, IdCon* path, decltype(symtbl_typecon_for
 }
 
 TEST(SymbolTable, FollowsPathsToTheirTypes) {
-    const Model model = check(paths_model);
+    const Model model = norvane::test::check(paths_model);
     ASSERT_TRUE(model.table);
     const auto run = [&](const std::string& text) {
         const ExprPtr path = expression(text);
@@ -215,7 +215,7 @@ TEST(SymbolTable, FollowsPathsToTheirTypes) {
 }
 
 TEST(SymbolTable, FindsTheEnvironmentOfATypeThroughItsNames) {
-    const Model model = check(paths_model);
+    const Model model = norvane::test::check(paths_model);
     ASSERT_TRUE(model.table);
     const auto environment = [&](std::string name) {
         PolyHash* result = nullptr;

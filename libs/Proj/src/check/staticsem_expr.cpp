@@ -1,124 +1,95 @@
-// Checking of expressions: a walk from the leaves up that writes the type of every node and tells,
-// on the way, whether the node is static. Identifiers are in staticsem_idcon.cpp, the rules of
-// binary operators in staticsem_binary.cpp.
+// Checking of expressions: a walk from the leaves up that writes the type of every node and finds
+// out whether the node is static. Identifiers are in staticsem_idcon.cpp, binary operators in
+// staticsem_binary.cpp.
+#include "norvane/proj/staticsem.h"
 
 #include <cstdint>
-#include <cstring>
 
 #include "labels.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
+#include "norvane/base/work.h"
 #include "norvane/proj/printpmfile.h"
 #include "norvane/proj/proj_errors.h"
-#include "norvane/proj/staticsem.h"
-#include "report.h"
+#include "operators.h"
 #include "staticsem_internal.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::check {
 
 namespace {
 
-// Shared by all diagnostics: a report copies what it is given, so one of each will do.
-char position_buffer[MESSAGE_BUFFER_SIZE];
-char expression_buffer[8192];
-
-// Levels of an expression that a diagnostic shows; what is below prints as "...".
+// Levels of an expression that an excerpt shows; those below print as "...".
 constexpr int shown_depth = 3;
 
 Checked typed(Expr* expr, ExprType type, bool is_static) {
     expr->type = static_cast<unsigned char>(type);
-    return {STATUS_SUCCESS, is_static};
+    return {true, is_static};
 }
 
-Checked check_int_const(const CheckContext& check, Expr* expr) {
-    switch (expr->opr) {
-    case OPR_BOOLCONST: return typed(expr, ETYPE_BOOL, true);
-    case OPR_INTCONST: return typed(expr, ETYPE_INT, true);
-    default: {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(ERR_CONSTANT_EXPR(context.position, context.text));
-        return check_failed;
-    }
-    }
+Checked check_int_const(const Context& in, Expr* expr) {
+    if (expr->opr == OPR_BOOLCONST) return typed(expr, ETYPE_BOOL, true);
+    if (expr->opr == OPR_INTCONST) return typed(expr, ETYPE_INT, true);
+    return {fault(in, expr, ERR_CONSTANT_EXPR), false};
 }
 
-Checked check_identifier(const CheckContext& check, Expr* expr) {
+Checked check_identifier(const Context& in, Expr* expr) {
     ExprType type = ETYPE_UNDEF;
-    const Checked checked = ssem_check_idcon(check, expr->args.idcon, false, &type);
-    if (checked.status != STATUS_SUCCESS) return checked;
-    return typed(expr, type, checked.is_static);
+    const Checked checked = check_idcon(in, expr->args.idcon, false, &type);
+    return checked.ok ? typed(expr, type, checked.is_static) : checked;
 }
 
 // A literal stands for the label, or the variable, that it spells.
-bool names_something_typed(const CheckContext& check, Expr* literal) {
+bool spells_typed_name(const Context& in, const Expr* literal) {
     if (literal->structure != EXPR_STRING_CONST) return false;
-    IdCon name = ssem_literal_as_idcon(literal);
-    TypeCon* typecon = nullptr;
-    return symtbl_typecon_for_idcon(check.project->line_info, check.symboltable, &name, false,
-                                    &typecon, literal->linenumber) == STATUS_SUCCESS;
+    IdCon name = spelled_name(literal);
+    return type_of_idcon(in, &name, literal->linenumber);
 }
 
-ExprType type_of_unary(const CheckContext& check, const Expr* expr) {
-    Expr* arg = expr->args.arg;
-    switch (expr->opr) {
-    case OPR_NOT: return arg->type == ETYPE_BOOL ? ETYPE_BOOL : ETYPE_UNDEF;
-    case OPR_MINUS:
-        return arg->type == ETYPE_INT || arg->type == ETYPE_ENUM_FLOAT
-                   ? static_cast<ExprType>(arg->type)
-                   : ETYPE_UNDEF;
-    case OPR_ORDER:
-        if (arg->structure == EXPR_IDCONSTRUCTOR) return ETYPE_INT;
-        return arg->type == ETYPE_STRING && names_something_typed(check, arg) ? ETYPE_INT
-                                                                              : ETYPE_UNDEF;
-    default: return ETYPE_UNDEF;
-    }
+ExprType type_of_order(const Context& in, const Expr* arg) {
+    if (arg->structure == EXPR_IDCONSTRUCTOR) return ETYPE_INT;
+    return arg->type == ETYPE_STRING && spells_typed_name(in, arg) ? ETYPE_INT : ETYPE_UNDEF;
 }
 
-[[gnu::noinline]] Checked finish_unary(const CheckContext& check, Expr* expr, Checked arg) {
-    const ExprType type = type_of_unary(check, expr);
-    if (type == ETYPE_UNDEF) {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(
-            ERR_OP_TYPES_UN(context.position, expr_type_to_string(expr->args.arg), context.text));
-        return check_failed;
-    }
+ExprType type_of_unary(const Context& in, const Expr* expr) {
+    const Expr* arg = expr->args.arg;
+    if (expr->opr == OPR_ORDER) return type_of_order(in, arg);
+    const bool fits = (meaning_of(expr->opr).operand_types & type_bit(arg->type)) != 0;
+    return fits ? model::type_of(arg) : ETYPE_UNDEF;
+}
+
+[[gnu::noinline]] Checked finish_unary(const Context& in, Expr* expr, Checked arg) {
+    const ExprType type = type_of_unary(in, expr);
+    if (type == ETYPE_UNDEF)
+        return {fault(in, expr, ERR_OP_TYPES_UN, expr_type_to_string(expr->args.arg)), false};
     // The position of a label is known though the label itself is not static.
     const bool of_name = expr->opr == OPR_ORDER && expr->args.arg->structure == EXPR_IDCONSTRUCTOR;
-    return typed(expr, type,
-                 of_name ? ssem_is_static_expr(check.project, check.symboltable, expr) != 0
-                         : arg.is_static);
+    return typed(expr, type, of_name ? is_static(in, expr) : arg.is_static);
 }
 
-[[gnu::noinline]] int type_conditional(const CheckContext& check, Expr* expr) {
+[[gnu::noinline]] bool type_conditional(const Context& in, Expr* expr) {
     const auto& ite = expr->args.ite;
-    if (ite.logictest->type != ETYPE_BOOL) {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(
-            ERR_IF_TYPE(context.position, expr_type_to_string(ite.logictest), context.text));
-        return STATUS_FAILURE;
-    }
+    if (ite.logictest->type != ETYPE_BOOL)
+        return fault(in, expr, ERR_IF_TYPE, expr_type_to_string(ite.logictest));
     const unsigned char type = ite.trueexpr->type;
     if (type != ite.falseexpr->type ||
-        (type != ETYPE_BOOL && type != ETYPE_INT && type != ETYPE_ENUM_FLOAT)) {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(ERR_THEN_TYPE(context.position, expr_type_to_string(ite.trueexpr),
-                                   expr_type_to_string(ite.falseexpr), context.text));
-        return STATUS_FAILURE;
-    }
+        (type != ETYPE_BOOL && type != ETYPE_INT && type != ETYPE_ENUM_FLOAT))
+        return fault(in, expr, ERR_THEN_TYPE, expr_type_to_string(ite.trueexpr),
+                     expr_type_to_string(ite.falseexpr));
     expr->type = type;
-    return STATUS_SUCCESS;
+    return true;
 }
 
-Checked check_conditional(const CheckContext& check, Expr* expr) {
-    const Checked test = ssem_check(check, expr->args.ite.logictest);
-    if (test.status != STATUS_SUCCESS) return test;
-    const Checked yes = ssem_check(check, expr->args.ite.trueexpr);
-    if (yes.status != STATUS_SUCCESS) return yes;
-    const Checked no = ssem_check(check, expr->args.ite.falseexpr);
-    if (no.status != STATUS_SUCCESS) return no;
-    return {type_conditional(check, expr), test.is_static && yes.is_static && no.is_static};
+Checked check_conditional(const Context& in, Expr* expr) {
+    const Checked test = check_expr(in, expr->args.ite.logictest);
+    if (!test.ok) return test;
+    const Checked yes = check_expr(in, expr->args.ite.trueexpr);
+    if (!yes.ok) return yes;
+    const Checked no = check_expr(in, expr->args.ite.falseexpr);
+    if (!no.ok) return no;
+    return {type_conditional(in, expr), test.is_static && yes.is_static && no.is_static};
 }
 
 struct Bounds {
@@ -127,221 +98,198 @@ struct Bounds {
 };
 
 // Checks the bounds of a loop and evaluates them.
-[[gnu::noinline]] int check_bounds(const CheckContext& check, Expr* expr, Bounds* bounds) {
+[[gnu::noinline]] bool check_bounds(const Context& in, Expr* expr, Bounds* bounds) {
     Expr* lower = expr->args.range.rangebegin;
     Expr* upper = expr->args.range.rangeend;
-    const Checked lower_checked = ssem_check(check, lower);
-    if (lower_checked.status != STATUS_SUCCESS) return lower_checked.status;
-    const Checked upper_checked = ssem_check(check, upper);
-    if (upper_checked.status != STATUS_SUCCESS) return upper_checked.status;
+    const Checked lower_checked = check_expr(in, lower);
+    if (!lower_checked.ok) return false;
+    const Checked upper_checked = check_expr(in, upper);
+    if (!upper_checked.ok) return false;
 
-    if (lower->type != ETYPE_INT || upper->type != ETYPE_INT) {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(ERR_RANGES_NOT_INTEGER(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    if (!lower_checked.is_static) {
-        const ExprContext context = ssem_expr_context(check.project, lower);
-        report_error(ERR_RANGES_BEGIN(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    if (!upper_checked.is_static) {
-        const ExprContext context = ssem_expr_context(check.project, upper);
-        report_error(ERR_RANGES_END(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    bounds->lower = ssem_static_evaluate_intexpr(check.project, check.symboltable, lower);
-    bounds->upper = ssem_static_evaluate_intexpr(check.project, check.symboltable, upper);
-    if (bounds->upper < bounds->lower) {
-        const ExprContext context = ssem_expr_context(check.project, expr);
-        report_error(ERR_RANGES_LT(context.position, bounds->lower, bounds->upper, context.text));
-        return STATUS_FAILURE;
-    }
-    return STATUS_SUCCESS;
+    if (lower->type != ETYPE_INT || upper->type != ETYPE_INT)
+        return fault(in, expr, ERR_RANGES_NOT_INTEGER);
+    if (!lower_checked.is_static) return fault(in, lower, ERR_RANGES_BEGIN);
+    if (!upper_checked.is_static) return fault(in, upper, ERR_RANGES_END);
+    *bounds = {evaluate_int(in, lower), evaluate_int(in, upper)};
+    if (bounds->upper < bounds->lower)
+        return fault(in, expr, ERR_RANGES_LT, bounds->lower, bounds->upper);
+    return true;
 }
 
 // Checks the body once for every value of the variable, which it sees as a constant: so `a[i]` is
-// held against the bounds of `a`, and `x = i` makes every value of `i` one that `x` is compared
+// checked against the bounds of `a`, and `x = i` makes every value of `i` one that `x` is compared
 // with.
-[[gnu::noinline]] Checked check_body(const CheckContext& check, Expr* expr, const Bounds& bounds) {
+[[gnu::noinline]] Checked check_body(const Context& in, Expr* expr, const Bounds& bounds) {
     Expr* body = expr->args.range.lambdaexpr;
-    const bool is_logical = expr->opr == OPR_FORALL || expr->opr == OPR_EXIST;
-    const ExprType type = is_logical ? ETYPE_BOOL : ETYPE_INT;
+    const ExprType type = meaning_of(expr->opr).body == ETYPE_BOOL ? ETYPE_BOOL : ETYPE_INT;
 
-    LoopVariable variable(check.project, check.symboltable, expr, bounds.lower);
-    if (!variable.inserted()) return check_failed;
-    Checked checked = check_failed;
-    // A loop may end at the largest integer: the count goes beyond it.
+    LoopVariable variable(in, expr, bounds.lower);
+    if (!variable.inserted()) return {false, false};
+    Checked checked{};
+    WorkTurns turns(turn_count(bounds.lower, bounds.upper));
+    // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = bounds.lower; value <= bounds.upper; ++value) {
         variable.set(static_cast<int>(value));
-        checked = ssem_check(check, body);
-        if (checked.status != STATUS_SUCCESS) break;
+        checked = check_expr(in, body);
+        if (!checked.ok) break;
         if (body->type != type) {
-            const ExprContext context = ssem_expr_context(check.project, expr);
-            report_error(ERR_RANGE_TYPE(context.position, expr_type_to_string(body), context.text));
-            // Callers rely on the depth of the table's stack behind this fault.
+            fault(in, expr, ERR_RANGE_TYPE, expr_type_to_string(body));
+            // Callers rely on the depth of the table's stack after this fault.
             variable.leave_pushed();
-            return check_failed;
+            return {false, false};
         }
+        turns.next();
     }
     expr->type = static_cast<unsigned char>(type);
     return checked;
 }
 
-Checked check_loop(const CheckContext& check, Expr* expr) {
+Checked check_loop(const Context& in, Expr* expr) {
     Bounds bounds{};
-    const int status = check_bounds(check, expr, &bounds);
-    if (status != STATUS_SUCCESS) return {status, false};
-    return check_body(check, expr, bounds);
+    if (!check_bounds(in, expr, &bounds)) return {false, false};
+    return check_body(in, expr, bounds);
 }
 
 // Checks one arm of a case: its condition against the selector, the left operand of `comparison`,
 // then its evaluation against the default.
-Checked check_arm(const CheckContext& check, Expr* comparison, bool selector_static,
-                  Expr* condition, Expr* evaluation, Expr* default_expr) {
-    const Checked condition_checked = ssem_check(check, condition);
-    if (condition_checked.status != STATUS_SUCCESS) return check_failed;
+Checked check_arm(const Context& in, Expr* comparison, bool selector_static, Expr* condition,
+                  Expr* evaluation, Expr* default_expr) {
+    const Checked condition_checked = check_expr(in, condition);
+    if (!condition_checked.ok) return condition_checked;
     comparison->args.binargs.rightarg = condition;
-    if (ssem_type_binary(check, comparison, selector_static, condition_checked.is_static) !=
-        STATUS_SUCCESS)
-        return check_failed;
+    if (!type_binary(in, comparison, selector_static, condition_checked.is_static))
+        return {false, false};
     NORVANE_ASSERT(comparison->type == ETYPE_BOOL);
 
-    const Checked evaluation_checked = ssem_check(check, evaluation);
-    if (evaluation_checked.status != STATUS_SUCCESS) return check_failed;
-    if (evaluation->type != default_expr->type) {
-        const ExprContext context = ssem_expr_context(check.project, evaluation);
-        report_error(ERR_CASE_DEFAULT_TYPE(context.position, expr_type_to_string(default_expr),
-                                           expr_type_to_string(evaluation), context.text));
-        return check_failed;
-    }
-    return {STATUS_SUCCESS, condition_checked.is_static && evaluation_checked.is_static};
+    const Checked evaluation_checked = check_expr(in, evaluation);
+    if (!evaluation_checked.ok) return evaluation_checked;
+    if (evaluation->type != default_expr->type)
+        return {fault(in, evaluation, ERR_CASE_DEFAULT_TYPE, expr_type_to_string(default_expr),
+                      expr_type_to_string(evaluation)),
+                false};
+    return {true, condition_checked.is_static && evaluation_checked.is_static};
 }
 
-// The comparison of the selector with each condition in turn lies on the stack and borrows both:
-// there is nothing to take apart again on any way out. The selector is checked once for all arms,
-// since nothing that an arm does changes what it stands for.
-[[gnu::noinline]] Checked check_case(const CheckContext& check, Expr* expr) {
+// The comparison of the selector with each condition is on the stack and borrows both, so that no
+// exit has a tree to take apart. The selector is checked once for all arms, since no arm changes
+// what it stands for.
+[[gnu::noinline]] Checked check_case(const Context& in, Expr* expr) {
     NORVANE_ASSERT(plist_length(expr->args.caseexpr.exprlist_condition) ==
                    plist_length(expr->args.caseexpr.exprlist_evaluation));
     Expr* default_expr = expr->args.caseexpr.default_expr;
-    const Checked fallback = ssem_check(check, default_expr);
-    if (fallback.status != STATUS_SUCCESS) return fallback;
+    const Checked fallback = check_expr(in, default_expr);
+    if (!fallback.ok) return fallback;
     ExprType type = ETYPE_UNDEF;
-    const Checked chosen = ssem_check_idcon(check, expr->args.caseexpr.casevar, false, &type);
-    if (chosen.status != STATUS_SUCCESS) return chosen;
+    const Checked chosen = check_idcon(in, expr->args.caseexpr.casevar, false, &type);
+    if (!chosen.ok) return chosen;
 
-    Expr selector{};
-    selector.structure = EXPR_IDCONSTRUCTOR;
-    selector.opr = OPR_NONE;
-    selector.type = static_cast<unsigned char>(type);
-    selector.linenumber = UNDEF_LINENO;
+    Expr selector = stack_node(EXPR_IDCONSTRUCTOR, OPR_NONE, type);
     selector.args.idcon = expr->args.caseexpr.casevar;
-    Expr comparison{};
-    comparison.structure = EXPR_BINARY;
-    comparison.opr = OPR_EQ;
-    comparison.linenumber = UNDEF_LINENO;
+    Expr comparison = stack_node(EXPR_BINARY, OPR_EQ, ETYPE_UNDEF);
     comparison.args.binargs.leftarg = &selector;
 
     bool is_static = fallback.is_static && chosen.is_static;
     const PolyListNode* evaluation = expr->args.caseexpr.exprlist_evaluation->first;
     for (Expr* condition : items<Expr>(expr->args.caseexpr.exprlist_condition)) {
-        const Checked arm = check_arm(check, &comparison, chosen.is_static, condition,
+        const Checked arm = check_arm(in, &comparison, chosen.is_static, condition,
                                       static_cast<Expr*>(evaluation->element), default_expr);
-        if (arm.status != STATUS_SUCCESS) return arm;
+        if (!arm.ok) return arm;
         is_static = is_static && arm.is_static;
         evaluation = evaluation->next;
     }
     expr->type = default_expr->type;
-    return {STATUS_SUCCESS, is_static};
+    return {true, is_static};
 }
 
-bool is_open(ExprType type) {
+bool is_unbounded(ExprType type) {
     return type == ETYPE_ENUM_FLOAT || type == ETYPE_ENUM_INTEGER || type == ETYPE_STRING;
 }
 
-} // namespace
-
-const char* ssem_position(Project* project, unsigned linenumber) {
-    proj_line_information(project->line_info, linenumber, position_buffer);
-    return position_buffer;
-}
-
-ExprContext ssem_expr_context(Project* project, Expr* expr) {
-    UtilString* text = ustr_new();
-    ppm_printn_expr_str(expr, text, shown_depth);
-    str_snprintf(expression_buffer, sizeof expression_buffer, "%s", text->text);
-    ustr_delete(text);
-    return {ssem_position(project, expr->linenumber), expression_buffer};
-}
-
-// Sums and conjunctions are chains of any length, and a level of one costs this frame: what
-// finishes a node, and what the other structures need, is kept out of line.
-Checked ssem_check(const CheckContext& check, Expr* expr) {
-    if (stack_is_low()) return on_fresh_stack([&] { return ssem_check(check, expr); });
-    switch (expr->structure) {
-    case EXPR_BINARY: {
-        const Checked left = ssem_check(check, expr->args.binargs.leftarg);
-        if (left.status != STATUS_SUCCESS) return left;
-        const Checked right = ssem_check(check, expr->args.binargs.rightarg);
-        if (right.status != STATUS_SUCCESS) return right;
-        return {ssem_type_binary(check, expr, left.is_static, right.is_static),
-                left.is_static && right.is_static};
-    }
-    case EXPR_UNARY: {
-        const Checked arg = ssem_check(check, expr->args.arg);
-        if (arg.status != STATUS_SUCCESS) return arg;
-        return finish_unary(check, expr, arg);
-    }
-    case EXPR_IDCONSTRUCTOR: return check_identifier(check, expr);
-    case EXPR_INT_CONST: return check_int_const(check, expr);
-    case EXPR_STRING_CONST: return typed(expr, ETYPE_STRING, true);
-    case EXPR_FLOAT_CONST: return typed(expr, ETYPE_ENUM_FLOAT, true);
-    case EXPR_ITE: return check_conditional(check, expr);
-    case EXPR_RANGE: return check_loop(check, expr);
-    case EXPR_CASE: return check_case(check, expr);
-    default: NORVANE_FAIL("Encountered invalid expression structure : %d", expr->structure);
-    }
-}
-
-void ssem_mark_ubound_eq(const CheckContext& check, Expr* expr) {
-    if (stack_is_low()) return on_fresh_stack([&] { ssem_mark_ubound_eq(check, expr); });
+// Gives OPR_UBOUND_EQ to the equations of two variables of unbounded types among the top-level
+// conjuncts of a rule. A fault that is reported here is reported again by the check that follows:
+// callers rely on both reports.
+void mark_unbounded_equations(const Context& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { mark_unbounded_equations(in, expr); });
     if (expr->structure != EXPR_BINARY) return;
     Expr* left = expr->args.binargs.leftarg;
     Expr* right = expr->args.binargs.rightarg;
     if (expr->opr == OPR_AND) {
-        ssem_mark_ubound_eq(check, left);
-        ssem_mark_ubound_eq(check, right);
+        mark_unbounded_equations(in, left);
+        mark_unbounded_equations(in, right);
         return;
     }
     if (expr->opr != OPR_EQ || left->structure != EXPR_IDCONSTRUCTOR ||
         right->structure != EXPR_IDCONSTRUCTOR)
         return;
-    // A fault that is reported here is reported once more by the check that follows.
     ExprType left_type = ETYPE_UNDEF;
     ExprType right_type = ETYPE_UNDEF;
-    ssem_check_idcon(check, left->args.idcon, false, &left_type);
-    ssem_check_idcon(check, right->args.idcon, false, &right_type);
-    if (is_open(left_type) && is_open(right_type)) expr->opr = OPR_UBOUND_EQ;
+    check_idcon(in, left->args.idcon, false, &left_type);
+    check_idcon(in, right->args.idcon, false, &right_type);
+    if (is_unbounded(left_type) && is_unbounded(right_type)) expr->opr = OPR_UBOUND_EQ;
 }
 
-int ssem_check_rule(const CheckContext& check, Expr* rule) {
-    ssem_mark_ubound_eq(check, rule);
-    const int status = ssem_check(check, rule).status;
-    if (status != STATUS_SUCCESS) return status;
-    if (rule->type == ETYPE_BOOL) return STATUS_SUCCESS;
-    const ExprContext context = ssem_expr_context(check.project, rule);
-    report_error(ERR_RULE_NOT_BOOLEAN(context.position, context.text));
-    return STATUS_FAILURE;
+} // namespace
+
+Position position_of(const Context& in, unsigned linenumber) {
+    Position position;
+    proj_line_information(in.project->line_info, linenumber, position.text);
+    return position;
 }
 
-} // namespace norvane
+Excerpt excerpt_of(Expr* expr) {
+    Excerpt excerpt;
+    UtilString* text = ustr_new();
+    ppm_printn_expr_str(expr, text, shown_depth);
+    str_snprintf(excerpt.text, sizeof excerpt.text, "%s", text->text);
+    ustr_delete(text);
+    return excerpt;
+}
+
+// Sums and conjunctions are chains of any length, and each level of one costs this frame. So the
+// other structures, and what finishes a node, are out of line.
+Checked check_expr(const Context& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { return check_expr(in, expr); });
+    switch (model::structure_of(expr)) {
+    case EXPR_BINARY: {
+        const Checked left = check_expr(in, expr->args.binargs.leftarg);
+        if (!left.ok) return left;
+        const Checked right = check_expr(in, expr->args.binargs.rightarg);
+        if (!right.ok) return right;
+        return {type_binary(in, expr, left.is_static, right.is_static),
+                left.is_static && right.is_static};
+    }
+    case EXPR_UNARY: {
+        const Checked arg = check_expr(in, expr->args.arg);
+        return arg.ok ? finish_unary(in, expr, arg) : arg;
+    }
+    case EXPR_IDCONSTRUCTOR: return check_identifier(in, expr);
+    case EXPR_INT_CONST: return check_int_const(in, expr);
+    case EXPR_STRING_CONST: return typed(expr, ETYPE_STRING, true);
+    case EXPR_FLOAT_CONST: return typed(expr, ETYPE_ENUM_FLOAT, true);
+    case EXPR_ITE: return check_conditional(in, expr);
+    case EXPR_RANGE: return check_loop(in, expr);
+    case EXPR_CASE: return check_case(in, expr);
+    }
+    NORVANE_FAIL("Encountered invalid expression structure : %d", expr->structure);
+}
+
+bool check_rule(const Context& in, const RuleDecl* decl) {
+    const WorkingOn mark(WORK_RULE, decl);
+    Expr* rule = decl->rule;
+    mark_unbounded_equations(in, rule);
+    if (!check_expr(in, rule).ok) return false;
+    return rule->type == ETYPE_BOOL || fault(in, rule, ERR_RULE_NOT_BOOLEAN);
+}
+
+} // namespace norvane::check
+
+using namespace norvane::check;
 
 int ssem_check_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(expr);
-    return norvane::ssem_check({project, symboltable}, expr).status;
+    return check_expr({project, symboltable}, expr).ok ? STATUS_SUCCESS : STATUS_FAILURE;
 }
 
 char* ssem_remove_braces(char* str) {

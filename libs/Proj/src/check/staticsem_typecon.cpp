@@ -1,6 +1,5 @@
 // Checking of types: their bounds, labels and dimensions, the fields and rules of records, whose
-// names get environments here; and when two types are the same.
-
+// names get environments here; and whether two types are the same.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -12,173 +11,135 @@
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/set.h"
+#include "norvane/base/work.h"
 #include "norvane/proj/proj_errors.h"
-#include "norvane/proj/staticsem.h"
-#include "report.h"
 #include "staticsem_internal.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::check {
 
 namespace {
 
-// The largest upper bound of a range: what the tools behind the checker have bits for.
+// The largest upper bound of a range, which the tools that read checked models have bits for.
 constexpr unsigned largest_bound = 0xFFFFFF;
 
 // The field that stands for the value of an optional.
 char some_name[] = "SOME";
 
-int check_domain(const CheckContext& check, Expr* bound) {
-    const Checked checked = ssem_check(check, bound);
-    if (checked.status != STATUS_SUCCESS) return checked.status;
-    if (bound->type != ETYPE_INT) {
-        const ExprContext context = ssem_expr_context(check.project, bound);
-        report_error(ERR_DOMAIN_TYPE(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    if (!checked.is_static) {
-        const ExprContext context = ssem_expr_context(check.project, bound);
-        report_error(ERR_DOMAIN_NOT_STATIC(context.position, context.text));
-        return STATUS_FAILURE;
-    }
+bool check_bound(const Context& in, Expr* bound) {
+    const Checked checked = check_expr(in, bound);
+    if (!checked.ok) return false;
+    if (bound->type != ETYPE_INT) return fault(in, bound, ERR_DOMAIN_TYPE);
+    if (!checked.is_static) return fault(in, bound, ERR_DOMAIN_NOT_STATIC);
     // As an unsigned number, a negative bound is too large.
-    const int value = ssem_static_evaluate_intexpr(check.project, check.symboltable, bound);
-    if (static_cast<unsigned>(value) > largest_bound) {
-        const ExprContext context = ssem_expr_context(check.project, bound);
-        report_error(ERR_DOMAIN_BOUND(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    return STATUS_SUCCESS;
+    if (static_cast<unsigned>(evaluate_int(in, bound)) > largest_bound)
+        return fault(in, bound, ERR_DOMAIN_BOUND);
+    return true;
 }
 
-int check_labels(const CheckContext& check, const TypeCon* sum) {
-    const auto fault = [&](ErrorInfo* (*builder)(const char*), int line = __builtin_LINE()) {
-        report_error(builder(ssem_position(check.project, sum->linenumber)), line);
-        return STATUS_FAILURE;
-    };
-    if (plist_isempty(sum->values.labels)) return fault(ERR_NO_LABELS);
+bool check_labels(const Context& in, const TypeCon* sum) {
+    if (plist_isempty(sum->values.labels)) return fault_at(in, sum->linenumber, ERR_NO_LABELS);
     for (const char* label : items<const char>(sum->values.labels)) {
-        if (*label == '\0') return fault(ERR_EMPTY_LABEL_NAME);
-        if (ssem_is_optional_word(label)) return fault(ERR_LABEL_RESERVED_WORD);
+        if (*label == '\0') return fault_at(in, sum->linenumber, ERR_EMPTY_LABEL_NAME);
+        if (is_optional_word(label)) return fault_at(in, sum->linenumber, ERR_LABEL_RESERVED_WORD);
     }
-    return STATUS_SUCCESS;
+    return true;
 }
 
-int check_dimension(const CheckContext& check, Expr* dimension) {
-    const Checked checked = ssem_check(check, dimension);
-    if (checked.status != STATUS_SUCCESS) return checked.status;
-    if (dimension->type == ETYPE_INT && !checked.is_static) {
-        const ExprContext context = ssem_expr_context(check.project, dimension);
-        report_error(ERR_ARRAY_NOT_STATIC(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    if (dimension->type != ETYPE_INT ||
-        ssem_static_evaluate_intexpr(check.project, check.symboltable, dimension) < 1) {
-        const ExprContext context = ssem_expr_context(check.project, dimension);
-        report_error(ERR_ARRAY_DIM(context.position, context.text));
-        return STATUS_FAILURE;
-    }
-    return STATUS_SUCCESS;
+bool check_dimension(const Context& in, Expr* dimension) {
+    const Checked checked = check_expr(in, dimension);
+    if (!checked.ok) return false;
+    if (dimension->type != ETYPE_INT) return fault(in, dimension, ERR_ARRAY_DIM);
+    if (!checked.is_static) return fault(in, dimension, ERR_ARRAY_NOT_STATIC);
+    return evaluate_int(in, dimension) >= 1 || fault(in, dimension, ERR_ARRAY_DIM);
 }
 
-int check_name(const CheckContext& check, const TypeCon* named) {
+bool check_name(const Context& in, const TypeCon* named) {
     char* name = named->values.name;
-    NameData* namedata = nullptr;
-    if (symtbl_lookup(check.symboltable, name, false, &namedata) != STATUS_SUCCESS) {
-        report_error(ERR_TYPE_UNDEF(ssem_position(check.project, named->linenumber), name));
-        return STATUS_FAILURE;
-    }
-    if (namedata->ndtype != ND_TYPE) {
-        report_error(ERR_VAR_AS_TYPE_NAME(ssem_position(check.project, named->linenumber), name));
-        return STATUS_FAILURE;
-    }
-    return STATUS_SUCCESS;
+    const NameData* namedata = find_name(in, name);
+    if (!namedata) return fault_at(in, named->linenumber, ERR_TYPE_UNDEF, name);
+    return namedata->ndtype == ND_TYPE ||
+           fault_at(in, named->linenumber, ERR_VAR_AS_TYPE_NAME, name);
 }
 
-int check_fields(const CheckContext& check, const TypeCon* record) {
-    for (VarDecl* field : items<VarDecl>(record->values.prod.fields)) {
-        PolyHash* environment = nullptr;
-        const int status = ssem_check_typecon(check, field->typecon, &environment);
-        if (status != STATUS_SUCCESS) return status;
-        NameData* namedata = symtbl_new_namedata(ND_VARIABLE, field->typecon, environment, 0, 0.0,
-                                                 nullptr, field->vartype == VARTYPE_PUBLIC);
-        const int declared = ssem_declare(check, field->name, namedata, field->linenumber);
-        if (declared != STATUS_SUCCESS) return declared;
-    }
-    return STATUS_SUCCESS;
-}
-
-int check_rules(const CheckContext& check, const TypeCon* record) {
-    for (RuleDecl* rule : items<RuleDecl>(record->values.prod.rules)) {
-        const int status = ssem_check_rule(check, rule->rule);
-        if (status != STATUS_SUCCESS) return status;
-    }
-    return STATUS_SUCCESS;
+bool check_field(const Context& in, const VarDecl* field) {
+    const WorkingOn mark(WORK_VARIABLE, field);
+    PolyHash* environment = nullptr;
+    if (!check_type(in, field->typecon, &environment)) return false;
+    NameData* namedata = symtbl_new_namedata(ND_VARIABLE, field->typecon, environment, 0, 0.0,
+                                             nullptr, field->vartype == VARTYPE_PUBLIC);
+    return declare(in, field->name, namedata, field->linenumber);
 }
 
 // The rules see the fields, the fields of enclosing records, and what the table holds at this
 // moment; variables that are declared later are not there yet.
-int check_record(const CheckContext& check, const TypeCon* record, PolyHash** env) {
-    const auto fields = static_cast<int>(plist_length(record->values.prod.fields));
-    PolyHash* environment = symtbl_new_symbol_table_env(std::max(fields, 1));
-    ScopedEnv pushed(check.symboltable, environment);
-    int status = check_fields(check, record);
-    if (status == STATUS_SUCCESS) status = check_rules(check, record);
-    if (status != STATUS_SUCCESS)
-        pushed.own();
-    else
-        *env = environment;
-    return status;
+bool check_members(const Context& in, const TypeCon* record) {
+    for (const VarDecl* field : items<VarDecl>(record->values.prod.fields))
+        if (!check_field(in, field)) return false;
+    for (const RuleDecl* rule : items<RuleDecl>(record->values.prod.rules))
+        if (!check_rule(in, rule)) return false;
+    return true;
 }
 
-int check_optional(const CheckContext& check, const TypeCon* optional, PolyHash** env) {
-    TypeCon* base = optional->values.base;
-    PolyHash* environment = symtbl_new_symbol_table_env(1);
-    ScopedEnv pushed(check.symboltable, environment);
-    PolyHash* base_environment = nullptr;
-    int status = ssem_check_typecon(check, base, &base_environment);
-    if (status == STATUS_SUCCESS) {
-        NameData* namedata =
-            symtbl_new_namedata(ND_VARIABLE, base, base_environment, 0, 0.0, nullptr, true);
-        status = ssem_declare(check, some_name, namedata, optional->linenumber);
-    }
-    if (status != STATUS_SUCCESS) {
+bool check_record(const Context& in, const TypeCon* record, PolyHash** environment) {
+    const auto fields = static_cast<int>(plist_length(record->values.prod.fields));
+    PolyHash* own = symtbl_new_symbol_table_env(std::max(fields, 1));
+    ScopedEnv pushed(in.symboltable, own);
+    if (!check_members(in, record)) {
         pushed.own();
-        return STATUS_FAILURE;
+        return false;
     }
-    *env = environment;
-    return STATUS_SUCCESS;
+    *environment = own;
+    return true;
+}
+
+bool check_value(const Context& in, const TypeCon* optional) {
+    TypeCon* base = optional->values.base;
+    PolyHash* environment = nullptr;
+    if (!check_type(in, base, &environment)) return false;
+    NameData* namedata = symtbl_new_namedata(ND_VARIABLE, base, environment, 0, 0.0, nullptr, true);
+    return declare(in, some_name, namedata, optional->linenumber);
+}
+
+bool check_optional(const Context& in, const TypeCon* optional, PolyHash** environment) {
+    PolyHash* own = symtbl_new_symbol_table_env(1);
+    ScopedEnv pushed(in.symboltable, own);
+    if (!check_value(in, optional)) {
+        pushed.own();
+        return false;
+    }
+    *environment = own;
+    return true;
 }
 
 } // namespace
 
-int ssem_declare(const CheckContext& check, char* name, NameData* namedata, unsigned linenumber) {
-    const int status =
-        symtbl_insert(check.project->line_info, check.symboltable, name, namedata, linenumber);
-    if (status != STATUS_SUCCESS) symtbl_delete_namedata(namedata);
-    return status;
+bool declare(const Context& in, char* name, NameData* namedata, unsigned linenumber) {
+    if (symtbl_insert(in.project->line_info, in.symboltable, name, namedata, linenumber) ==
+        STATUS_SUCCESS)
+        return true;
+    symtbl_delete_namedata(namedata);
+    return false;
 }
 
-int ssem_check_typecon(const CheckContext& check, TypeCon* typecon, PolyHash** env) {
-    if (stack_is_low())
-        return on_fresh_stack([&] { return ssem_check_typecon(check, typecon, env); });
-    *env = nullptr;
-    while (typecon->contype == TC_ARRAY) {
-        const int status = check_dimension(check, typecon->values.array.size);
-        if (status != STATUS_SUCCESS) return status;
-        typecon = typecon->values.array.element;
-    }
-    switch (typecon->contype) {
+bool check_type(const Context& in, TypeCon* typecon, PolyHash** environment) {
+    if (stack_is_low()) return on_fresh_stack([&] { return check_type(in, typecon, environment); });
+    *environment = nullptr;
+    switch (model::kind_of(typecon)) {
     case TC_BOOL:
     case TC_UBOUND_FLOAT:
     case TC_UBOUND_INTEGER:
-    case TC_STRING: return STATUS_SUCCESS;
-    case TC_INT: return check_domain(check, typecon->values.upper);
-    case TC_SUM: return check_labels(check, typecon);
-    case TC_PROD: return check_record(check, typecon, env);
-    case TC_NAMED: return check_name(check, typecon);
-    case TC_OPTIONAL: return check_optional(check, typecon, env);
-    default: NORVANE_FAIL("Enocuntered invalid type constructor type : %d", typecon->contype);
+    case TC_STRING: return true;
+    case TC_INT: return check_bound(in, typecon->values.upper);
+    case TC_SUM: return check_labels(in, typecon);
+    case TC_PROD: return check_record(in, typecon, environment);
+    case TC_ARRAY:
+        return check_dimension(in, typecon->values.array.size) &&
+               check_type(in, typecon->values.array.element, environment);
+    case TC_NAMED: return check_name(in, typecon);
+    case TC_OPTIONAL: return check_optional(in, typecon, environment);
     }
+    NORVANE_FAIL("Enocuntered invalid type constructor type : %d", typecon->contype);
 }
 
 namespace {
@@ -219,102 +180,89 @@ unsigned hash_pair(const void* element, unsigned size) {
     return static_cast<unsigned>((left * 31 + right) % size);
 }
 
-// A comparison of two types. It keeps the pairs of records that it has found to be the same: types
-// that name each other twice, level upon level, would be walked as often as they have instances.
-// What is found to be the same holds no open type, so no stop is passed over.
-struct Comparison {
-    const CheckContext& check;
+// A comparison of two types. It keeps the pairs of records that it has found to be the same, since
+// types that name each other twice, level upon level, would be walked as often as they have
+// instances. Records that are the same hold no unbounded type, so no stop is passed over.
+struct Comparison : Context {
     PolySet* same; // null while there are none
 };
 
-int compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2);
+bool compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2);
 
-int compare_fields(Comparison& in, const PolyChunk* left, const PolyChunk* right) {
+bool compare_fields(Comparison& in, const PolyChunk* left, const PolyChunk* right) {
     for (int i = 0; i < left->count; ++i) {
         const auto* l = static_cast<const VarDecl*>(left->elements[i]);
         const auto* r = static_cast<const VarDecl*>(right->elements[i]);
-        if (std::strcmp(l->name, r->name) != 0) return STATUS_FAILURE;
-        const int status = compare(in, l->typecon, r->typecon);
-        if (status != STATUS_SUCCESS) return status;
+        if (std::strcmp(l->name, r->name) != 0 || !compare(in, l->typecon, r->typecon))
+            return false;
     }
-    return STATUS_SUCCESS;
+    return true;
 }
 
-int compare_records(Comparison& in, const TypeCon* left, const TypeCon* right) {
+bool compare_records(Comparison& in, const TypeCon* left, const TypeCon* right) {
     SamePair pair{left, right};
-    if (in.same != nullptr && pset_peek(in.same, &pair, nullptr) == STATUS_SUCCESS)
-        return STATUS_SUCCESS;
+    if (in.same && pset_peek(in.same, &pair, nullptr) == STATUS_SUCCESS) return true;
     if (plist_length(left->values.prod.fields) != plist_length(right->values.prod.fields))
-        return STATUS_FAILURE;
+        return false;
     PolyChunk* left_fields = fields_by_name(left);
     PolyChunk* right_fields = fields_by_name(right);
-    const int status = compare_fields(in, left_fields, right_fields);
+    const bool same = compare_fields(in, left_fields, right_fields);
     pchunk_delete(left_fields);
     pchunk_delete(right_fields);
-    if (status != STATUS_SUCCESS) return status;
-    if (in.same == nullptr) in.same = pset_new(16, compare_pairs, copy_pair, hash_pair, std::free);
+    if (!same) return false;
+    if (!in.same) in.same = pset_new(16, compare_pairs, copy_pair, hash_pair, std::free);
     pset_insert(in.same, &pair);
-    return STATUS_SUCCESS;
+    return true;
 }
 
 // A label belongs to one enumeration, so the first tells them apart.
-bool same_labels(const TypeCon* left, const TypeCon* right) {
+bool has_same_labels(const TypeCon* left, const TypeCon* right) {
     if (plist_length(left->values.labels) != plist_length(right->values.labels)) return false;
     return plist_isempty(left->values.labels) ||
            str_is_equal(static_cast<const char*>(plist_hd(left->values.labels)),
                         static_cast<const char*>(plist_hd(right->values.labels)));
 }
 
-bool same_value(const CheckContext& check, Expr* left, Expr* right) {
-    return ssem_static_evaluate_intexpr(check.project, check.symboltable, left) ==
-           ssem_static_evaluate_intexpr(check.project, check.symboltable, right);
+bool is_same_value(const Context& in, const Expr* left, const Expr* right) {
+    return evaluate_int(in, left) == evaluate_int(in, right);
 }
 
-bool same_dimension(const CheckContext& check, Expr* left, Expr* right) {
-    return ssem_is_static_expr(check.project, check.symboltable, left) &&
-           ssem_is_static_expr(check.project, check.symboltable, right) &&
-           same_value(check, left, right);
+bool is_same_dimension(const Context& in, const Expr* left, const Expr* right) {
+    return is_static(in, left) && is_static(in, right) && is_same_value(in, left, right);
 }
 
-int compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2) {
+bool compare(Comparison& in, TypeCon* typecon1, TypeCon* typecon2) {
     if (stack_is_low()) return on_fresh_stack([&] { return compare(in, typecon1, typecon2); });
-    LineInfo* line_info = in.check.project->line_info;
-    SymbolTable* symboltable = in.check.symboltable;
-    TypeCon* left = nullptr;
-    int status =
-        symtbl_lookup_typecon(line_info, symboltable, typecon1, &left, typecon1->linenumber);
-    if (status != STATUS_SUCCESS) return status;
-    TypeCon* right = nullptr;
-    status = symtbl_lookup_typecon(line_info, symboltable, typecon2, &right, typecon2->linenumber);
-    if (status != STATUS_SUCCESS) return status;
-    if (left->contype != right->contype) return STATUS_FAILURE;
-
-    const auto status_of = [](bool same) { return same ? STATUS_SUCCESS : STATUS_FAILURE; };
-    switch (left->contype) {
-    case TC_BOOL: return STATUS_SUCCESS;
-    case TC_INT: return status_of(same_value(in.check, left->values.upper, right->values.upper));
-    case TC_SUM: return status_of(same_labels(left, right));
+    const TypeCon* left = resolved(in, typecon1, typecon1->linenumber);
+    if (!left) return false;
+    const TypeCon* right = resolved(in, typecon2, typecon2->linenumber);
+    if (!right || left->contype != right->contype) return false;
+    const auto& l = left->values;
+    const auto& r = right->values;
+    switch (model::kind_of(left)) {
+    case TC_BOOL: return true;
+    case TC_INT: return is_same_value(in, l.upper, r.upper);
+    case TC_SUM: return has_same_labels(left, right);
     case TC_PROD: return compare_records(in, left, right);
     case TC_ARRAY:
-        if (!same_dimension(in.check, left->values.array.size, right->values.array.size))
-            return STATUS_FAILURE;
-        return compare(in, left->values.array.element, right->values.array.element);
-    case TC_OPTIONAL: return compare(in, left->values.base, right->values.base);
+        return is_same_dimension(in, l.array.size, r.array.size) &&
+               compare(in, l.array.element, r.array.element);
+    case TC_OPTIONAL: return compare(in, l.base, r.base);
     case TC_UBOUND_FLOAT: NORVANE_FAIL("Method should not be called with float typecon");
     case TC_UBOUND_INTEGER: NORVANE_FAIL("Method should not be called with integer typecon");
     case TC_STRING: NORVANE_FAIL("Method should not be called with string typecon");
     case TC_NAMED: NORVANE_FAIL("Encountered unexpected typecon type : %d", left->contype);
-    default: NORVANE_FAIL("Encountered invalid typecon type : %d", left->contype);
     }
+    NORVANE_FAIL("Encountered invalid typecon type : %d", left->contype);
 }
 
 } // namespace
 
-int ssem_compare_typecon(const CheckContext& check, TypeCon* typecon1, TypeCon* typecon2) {
-    Comparison in{check, nullptr};
-    const int status = compare(in, typecon1, typecon2);
-    pset_delete(in.same);
-    return status;
+bool is_same_type(const Context& in, TypeCon* typecon1, TypeCon* typecon2) {
+    Comparison comparison{in, nullptr};
+    const bool same = compare(comparison, typecon1, typecon2);
+    pset_delete(comparison.same);
+    return same;
 }
 
-} // namespace norvane
+} // namespace norvane::check

@@ -1,21 +1,21 @@
 // The two halves of rule expansion: the walk down the types (expandrules.cpp), and the path to the
-// instance that the walk is at, with what it does to a rule (expandrules_prefix.cpp).
+// instance that the walk has reached, with the rewrite of a rule for it (expandrules_prefix.cpp).
 #ifndef NORVANE_PROJ_EXPANDRULES_INTERNAL_H
 #define NORVANE_PROJ_EXPANDRULES_INTERNAL_H
 
 #include "norvane/proj/expr.h"
 #include "norvane/proj/symboltable.h"
 
-namespace norvane {
+namespace norvane::finite {
 
-// One step of a path: a name and its indices, which lie one behind the other in Prefix::indices.
+// One step of a path: a name and its indices, which are consecutive in Prefix::indices.
 struct PrefixPart {
     char* name; // borrowed from the project
     unsigned first_index;
     unsigned index_count;
 };
 
-// The path to an instance. A throw leaves its memory behind.
+// The path to an instance. A throw leaks its memory.
 struct Prefix {
     PrefixPart* parts;
     unsigned part_count, part_capacity;
@@ -28,22 +28,22 @@ void delete_prefix(Prefix* prefix);
 void push_part(Prefix* prefix, char* name);
 void pop_part(Prefix* prefix);
 
-// The index of one more dimension, 0 at first, behind those that the last part has.
+// Adds the index of one more dimension, 0 at first, to the last part.
 void push_index(Prefix* prefix);
 void set_index(Prefix* prefix, int value);
 void pop_index(Prefix* prefix);
 
-// For the identifiers of a rule, in the order of the walk: how many parts go in front of each.
+// For the identifiers of a rule, in the order of the walk: how many parts of the path each gets.
 struct Depths {
     unsigned* values;
     unsigned count, capacity;
 };
 
-// Puts the path in front of the identifiers of a rule, in place: of each as many parts as the depth
-// of the environment that holds its first name. If `depths` is not null it keeps what the stack of
-// environments said, and a copy of the rule that is given later finds it there.
-void put_in_front(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule);
+// Puts the path before the identifiers of a rule, in place: before each as many parts as the depth
+// of the environment that holds its first name. If `depths` is not null, it keeps what the stack of
+// environments said, for copies of the rule that are given later.
+void add_prefix(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule);
 
-} // namespace norvane
+} // namespace norvane::finite
 
 #endif

@@ -1,4 +1,5 @@
-// The path to an instance of a record, and putting it in front of the identifiers of a rule.
+// The path to an instance of a record, and the rewrite that puts it before the identifiers of a
+// rule.
 #include <climits>
 #include <cstdlib>
 
@@ -9,8 +10,9 @@
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "poly_adaptors.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::finite {
 
 namespace {
 
@@ -55,7 +57,7 @@ void pop_index(Prefix* prefix) {
 
 namespace {
 
-// More than any path has: all of it.
+// More parts than any path has.
 constexpr unsigned whole_prefix = UINT_MAX;
 
 struct Rewrite {
@@ -77,7 +79,7 @@ IdCon* new_part(const Prefix& prefix, const PrefixPart& part) {
     return expr_new_arrayid(name, indices, UNDEF_LINENO);
 }
 
-// Takes `idcon` over. A path that has fewer parts than `depth` goes in front as a whole.
+// Takes over `idcon`. A path that has fewer parts than `depth` is added as a whole.
 IdCon* with_prefix(const Prefix& prefix, unsigned depth, IdCon* idcon) {
     for (unsigned i = depth < prefix.part_count ? depth : prefix.part_count; i > 0; --i) {
         idcon = expr_new_compositid(new_part(prefix, prefix.parts[i - 1]), idcon, UNDEF_LINENO);
@@ -88,9 +90,8 @@ IdCon* with_prefix(const Prefix& prefix, unsigned depth, IdCon* idcon) {
 const char* base_name(const IdCon* idcon) {
     while (idcon->contype == IDCON_COMPOSIT)
         idcon = idcon->args.compositid.hier;
-    if (idcon->contype != IDCON_SIMPLE && idcon->contype != IDCON_ARRAY) {
+    if (idcon->contype != IDCON_SIMPLE && idcon->contype != IDCON_ARRAY)
         NORVANE_FAIL("Unknown idcon type : %d", idcon->contype);
-    }
     return idcon->args.id.idname;
 }
 
@@ -106,7 +107,7 @@ unsigned depth_of_name(const SymbolTable* symboltable, const char* name) {
     NORVANE_FAIL("Could not determine depth of variable");
 }
 
-// Labels stand for themselves wherever they are named.
+// Labels belong to no instance, so they get no path.
 bool is_label(SymbolTable* symboltable, const IdCon* idcon) {
     if (idcon->contype != IDCON_SIMPLE) return false;
     NameData* namedata;
@@ -119,7 +120,7 @@ unsigned depth_of(SymbolTable* symboltable, const IdCon* idcon) {
 }
 
 unsigned next_depth(Rewrite& in, const IdCon* idcon) {
-    if (in.depths == nullptr) return depth_of(in.symboltable, idcon);
+    if (!in.depths) return depth_of(in.symboltable, idcon);
     if (in.next == in.depths->count) {
         const unsigned depth = depth_of(in.symboltable, idcon);
         make_room(&in.depths->values, in.depths->count, &in.depths->capacity);
@@ -130,8 +131,8 @@ unsigned next_depth(Rewrite& in, const IdCon* idcon) {
 
 void rewrite(Rewrite& in, Expr* expr);
 
-// The selector gets the whole path, whatever it names: callers rely on a selector that is no field
-// of the record being named as if it were.
+// The selector gets the whole path: callers rely on a selector that is no field of the record being
+// named as if it were one.
 void rewrite_case(Rewrite& in, Expr* expr) {
     auto& caseexpr = expr->args.caseexpr;
     caseexpr.casevar = with_prefix(in.prefix, whole_prefix, caseexpr.casevar);
@@ -139,17 +140,16 @@ void rewrite_case(Rewrite& in, Expr* expr) {
     const PolyListNode* evaluation = caseexpr.exprlist_evaluation->first;
     for (Expr* condition : items<Expr>(caseexpr.exprlist_condition)) {
         rewrite(in, condition);
-        if (evaluation == nullptr) continue;
+        if (!evaluation) continue;
         rewrite(in, static_cast<Expr*>(evaluation->element));
         evaluation = evaluation->next;
     }
 }
 
-// The variable of a loop is in no environment here: a rule that names one has to be simplified
-// before.
+// The variable of a loop is in no environment here, so a rule with a loop must be simplified first.
 void rewrite(Rewrite& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { rewrite(in, expr); });
-    switch (expr->structure) {
+    switch (model::structure_of(expr)) {
     case EXPR_BINARY:
         rewrite(in, expr->args.binargs.leftarg);
         return rewrite(in, expr->args.binargs.rightarg);
@@ -170,15 +170,15 @@ void rewrite(Rewrite& in, Expr* expr) {
         rewrite(in, expr->args.range.rangeend);
         return rewrite(in, expr->args.range.lambdaexpr);
     case EXPR_CASE: return rewrite_case(in, expr);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
     }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
 }
 
 } // namespace
 
-void put_in_front(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule) {
+void add_prefix(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule) {
     Rewrite in{symboltable, prefix, depths, 0};
     rewrite(in, rule);
 }
 
-} // namespace norvane
+} // namespace norvane::finite

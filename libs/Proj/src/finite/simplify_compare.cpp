@@ -4,46 +4,32 @@
 // of the values, so that the operators keep their meaning; those of strings have no order, and only
 // equality is legal on them.
 //
-// The checker has entered every value that is met here into its type.
+// The checker has entered every value that occurs here into its type.
+#include <cstdint>
 #include <cstring>
 
 #include "labels.h"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
-#include "norvane/proj/staticsem.h"
+#include "operators.h"
 #include "simplify_internal.h"
 
-namespace norvane {
+namespace norvane::finite {
+
+using check::is_static;
 
 namespace {
 
-bool is_comparison(const Expr* expr) {
-    switch (expr->opr) {
-    case OPR_LT:
-    case OPR_LE:
-    case OPR_GT:
-    case OPR_GE:
-    case OPR_EQ:
-    case OPR_NEQ: return true;
-    default: return false;
-    }
-}
-
-bool is_string_with_enumeration(const Expr* left, const Expr* right) {
-    return ((left->type == ETYPE_STRING && right->type == ETYPE_SUM) ||
-            (left->type == ETYPE_SUM && right->type == ETYPE_STRING)) &&
-           left->structure == EXPR_IDCONSTRUCTOR && right->structure == EXPR_IDCONSTRUCTOR;
-}
-
 TypeCon* type_of(const Simplification& in, IdCon* idcon) {
-    TypeCon* typecon;
-    NORVANE_ASSERT(symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, idcon, 0,
-                                            &typecon, UNDEF_LINENO) == STATUS_SUCCESS);
+    TypeCon* typecon = check::type_of_idcon(in, idcon, UNDEF_LINENO);
+    NORVANE_ASSERT_TEXT(typecon,
+                        "symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, idcon, 0, "
+                        "&typecon, UNDEF_LINENO) == STATUS_SUCCESS");
     return typecon;
 }
 
-// The three positions below look a value up in the type that a variable's own type was merged into.
-// Its labels are made at the first look-up; values that are added afterwards would not be seen.
+// The three functions below look a value up in the type that a variable's own type was merged into.
+// The first lookup makes its labels, so values that are added afterwards are not found.
 
 int float_position(const Simplification& in, IdCon* variable, double value) {
     TypeCon* typecon = type_of(in, variable);
@@ -97,19 +83,15 @@ Expr* new_comparison(const Expr* source, bool variable_is_left, Expr* variable, 
     return result;
 }
 
-bool is_static(const Simplification& in, Expr* expr) {
-    return ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
-}
-
 Expr* encode_float(const Simplification& in, IdCon* variable, Expr* constant) {
     if (!in.encode_values) return expr_copy_expr(constant);
-    const double value = ssem_static_evaluate_floatexpr(in.project, in.symboltable, constant);
+    const double value = check::evaluate_float(in, constant);
     return new_position(float_position(in, variable, value));
 }
 
 Expr* encode_integer(const Simplification& in, IdCon* variable, Expr* constant) {
     if (!in.encode_values) return expr_copy_expr(constant);
-    const int value = ssem_static_evaluate_intexpr(in.project, in.symboltable, constant);
+    const int value = check::evaluate_int(in, constant);
     return new_position(integer_position(in, variable, value));
 }
 
@@ -119,7 +101,7 @@ Expr* compare_floats(Simplification& in, Expr* expr) {
     const bool left_static = is_static(in, left);
     const bool right_static = is_static(in, right);
     if (left_static && right_static) {
-        return new_bool(ssem_static_evaluate_intexpr(in.project, in.symboltable, expr) != 0);
+        return new_bool(check::evaluate_int(in, expr) != 0);
     }
     NORVANE_ASSERT(left_static || right_static);
     Expr* variable = left_static ? right : left;
@@ -128,8 +110,7 @@ Expr* compare_floats(Simplification& in, Expr* expr) {
     return new_comparison(expr, right_static, simplify(in, variable), position);
 }
 
-// The variable is told by its structure, left first. A constant's name on the left is thus taken
-// for the variable; the checker has stopped on it.
+// The variable is the left operand if that is an identifier, else the right one, as in the checker.
 Expr* compare_integers(Simplification& in, Expr* expr) {
     Expr* left = expr->args.binargs.leftarg;
     Expr* right = expr->args.binargs.rightarg;
@@ -143,7 +124,7 @@ Expr* compare_integers(Simplification& in, Expr* expr) {
 }
 
 // The variable is copied and not simplified, so that an index keeps the name of a loop's variable
-// until the loop is closed: callers rely on all turns of a loop then naming its last element.
+// until the loop is closed: callers rely on all turns of a loop naming the last element then.
 Expr* compare_strings(Simplification& in, Expr* expr) {
     Expr* left = expr->args.binargs.leftarg;
     Expr* right = expr->args.binargs.rightarg;
@@ -152,23 +133,22 @@ Expr* compare_strings(Simplification& in, Expr* expr) {
     const bool left_static = is_static(in, left);
     const bool right_static = is_static(in, right);
     if (left_static && right_static) {
-        const char* text = ssem_static_evaluate_stringexpr(in.project, in.symboltable, left);
-        const char* other = ssem_static_evaluate_stringexpr(in.project, in.symboltable, right);
+        const char* text = check::evaluate_string(in, left);
+        const char* other = check::evaluate_string(in, right);
         return new_bool((std::strcmp(text, other) == 0) == (expr->opr == OPR_EQ));
     }
     NORVANE_ASSERT(left_static || right_static);
     Expr* variable = left_static ? right : left;
-    const char* value =
-        ssem_static_evaluate_stringexpr(in.project, in.symboltable, left_static ? left : right);
+    const char* value = check::evaluate_string(in, left_static ? left : right);
     Expr* position = new_position(string_position(in, variable->args.idcon, value));
     return new_comparison(expr, right_static, expr_copy_expr(variable), position);
 }
 
 // The string has the shown text of the label, and the enumeration has the label.
 Expr* both_are(Simplification& in, Expr* string, Expr* enumeration, char* label) {
-    Expr shown = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
+    Expr shown = check::stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
     shown.args.str = model::shown_label(label);
-    Expr whole = stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
+    Expr whole = check::stack_node(EXPR_STRING_CONST, OPR_NONE, ETYPE_STRING);
     whole.args.str = label;
     Expr string_is = stack_equation(string, &shown, ETYPE_UNDEF);
     Expr enumeration_is = stack_equation(enumeration, &whole, ETYPE_UNDEF);
@@ -200,23 +180,26 @@ Expr* compare_with_labels(Simplification& in, Expr* expr) {
     return result;
 }
 
+// Whether a string variable and an enumeration variable are compared.
+bool is_string_with_enumeration(const Expr* left, const Expr* right) {
+    return ((left->type == ETYPE_STRING && right->type == ETYPE_SUM) ||
+            (left->type == ETYPE_SUM && right->type == ETYPE_STRING)) &&
+           left->structure == EXPR_IDCONSTRUCTOR && right->structure == EXPR_IDCONSTRUCTOR;
+}
+
 } // namespace
 
 Expr* simplify_comparison(Simplification& in, Expr* expr) {
-    if (!is_comparison(expr)) return nullptr;
+    if (!check::is_in(expr, check::comparison)) return nullptr;
     const Expr* left = expr->args.binargs.leftarg;
     const Expr* right = expr->args.binargs.rightarg;
-    if (left->type == ETYPE_ENUM_FLOAT && right->type == ETYPE_ENUM_FLOAT) {
+    if (left->type == ETYPE_ENUM_FLOAT && right->type == ETYPE_ENUM_FLOAT)
         return compare_floats(in, expr);
-    }
-    if (left->type == ETYPE_ENUM_INTEGER || right->type == ETYPE_ENUM_INTEGER) {
+    if (left->type == ETYPE_ENUM_INTEGER || right->type == ETYPE_ENUM_INTEGER)
         return compare_integers(in, expr);
-    }
-    if (expr->opr != OPR_EQ && expr->opr != OPR_NEQ) return nullptr;
-    if (left->type == ETYPE_STRING && right->type == ETYPE_STRING) {
-        return compare_strings(in, expr);
-    }
+    if (!check::is_in(expr, check::equality)) return nullptr;
+    if (left->type == ETYPE_STRING && right->type == ETYPE_STRING) return compare_strings(in, expr);
     return is_string_with_enumeration(left, right) ? compare_with_labels(in, expr) : nullptr;
 }
 
-} // namespace norvane
+} // namespace norvane::finite

@@ -1,7 +1,6 @@
-// Simplification of expressions: constants, labels, loops, cases and order() go away, and what is
-// left are boolean and integer operators, `if` and integer constants over variables with finite
-// domains. Comparisons of unbounded variables are in simplify_compare.cpp, loops in
-// simplify_loop.cpp.
+// Simplification of expressions: constants, labels, loops, cases and order() go away. Boolean and
+// integer operators, `if` and integer constants over variables with finite domains remain.
+// Comparisons of unbounded variables are in simplify_compare.cpp, loops in simplify_loop.cpp.
 //
 // The tree must have been checked: types and value sets steer the rewrite. Every node of the result
 // is new, so that callers may delete the model's tree and the result in any order.
@@ -15,21 +14,20 @@
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
-#include "norvane/proj/staticsem.h"
 #include "poly_adaptors.h"
 #include "simplify_internal.h"
-#include "staticsem_internal.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::finite {
 
 Expr stack_idcon(IdCon* idcon, unsigned char type) {
-    Expr node = stack_node(EXPR_IDCONSTRUCTOR, OPR_NONE, type);
+    Expr node = check::stack_node(EXPR_IDCONSTRUCTOR, OPR_NONE, type);
     node.args.idcon = idcon;
     return node;
 }
 
 Expr stack_equation(Expr* left, Expr* right, ExprType type) {
-    Expr node = stack_node(EXPR_BINARY, OPR_EQ, static_cast<unsigned char>(type));
+    Expr node = check::stack_node(EXPR_BINARY, OPR_EQ, type);
     node.args.binargs = {left, right};
     return node;
 }
@@ -45,19 +43,17 @@ Expr* new_int(int value) {
     return expr_new_intconst(OPR_INTCONST, value, UNDEF_LINENO);
 }
 
-// The new indices are constants: what they were computed from may go out of sight.
+// The new indices are constants, since a loop variable that they name is not visible later.
 PolyList* evaluated_indices(const Simplification& in, const PolyList* indices) {
     PolyList* result = plist_new(nullptr, nullptr, poly<expr_delete>);
-    for (Expr* index : items<Expr>(indices)) {
-        plist_append(result,
-                     new_int(ssem_static_evaluate_intexpr(in.project, in.symboltable, index)));
-    }
+    for (const Expr* index : items<Expr>(indices))
+        plist_append(result, new_int(check::evaluate_int(in, index)));
     return result;
 }
 
 IdCon* simplify_idcon(const Simplification& in, const IdCon* idcon) {
     if (stack_is_low()) return on_fresh_stack([&] { return simplify_idcon(in, idcon); });
-    switch (idcon->contype) {
+    switch (model::kind_of(idcon)) {
     case IDCON_SIMPLE: return expr_new_simpleid(str_copy(idcon->args.id.idname), idcon->linenumber);
     case IDCON_ARRAY: {
         PolyList* indices = evaluated_indices(in, idcon->args.array.exprlist);
@@ -68,8 +64,8 @@ IdCon* simplify_idcon(const Simplification& in, const IdCon* idcon) {
         IdCon* nested = simplify_idcon(in, idcon->args.compositid.nested);
         return expr_new_compositid(hier, nested, UNDEF_LINENO);
     }
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
     }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
 }
 
 // A simple name: a constant or a label becomes its value, a variable stays.
@@ -77,14 +73,19 @@ Expr* simplify_name(const Simplification& in, const IdCon* idcon, unsigned char 
     char* name = idcon->args.id.idname;
     if (std::strcmp(name, "NONE") == 0) return new_int(0);
     if (std::strcmp(name, "SOME") == 0) return new_int(1);
-    NameData* namedata;
-    NORVANE_ASSERT(symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS);
-    switch (namedata->ndtype) {
+    const NameData* namedata = check::find_name(in, name);
+    NORVANE_ASSERT_TEXT(namedata,
+                        "symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS");
+    switch (model::kind_of(namedata)) {
     case ND_BOOL: return expr_new_intconst(OPR_BOOLCONST, namedata->int_value, UNDEF_LINENO);
     case ND_INT: return new_int(namedata->int_value);
     case ND_LABEL: return new_int(namedata->label_index);
-    default: return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), type);
+    case ND_FLOAT:
+    case ND_STRING:
+    case ND_TYPE:
+    case ND_VARIABLE: break;
     }
+    return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), type);
 }
 
 Expr* simplify_identifier(const Simplification& in, const Expr* expr) {
@@ -95,11 +96,9 @@ Expr* simplify_identifier(const Simplification& in, const Expr* expr) {
 
 // A literal that spells a declared name stands for it: a label may be written as a string.
 Expr* simplify_string(const Simplification& in, const Expr* expr) {
-    NameData* namedata;
-    if (symtbl_lookup(in.symboltable, expr->args.str, 0, &namedata) != STATUS_SUCCESS) {
+    if (!check::find_name(in, expr->args.str))
         return expr_new_stringconst(expr->args.str, UNDEF_LINENO);
-    }
-    const IdCon idcon = ssem_literal_as_idcon(expr);
+    const IdCon idcon = check::spelled_name(expr);
     return simplify_name(in, &idcon, expr->type);
 }
 
@@ -112,12 +111,12 @@ bool is_negation(const Expr* expr) {
     return expr->structure == EXPR_UNARY && expr->opr != OPR_ORDER && expr->type == ETYPE_INT;
 }
 
-// ssem_is_static_expr, which also notes the negations around the first operand that is not static.
-// Each of them will be met in its turn, outermost first; asking anew at each would take a square of
+// check::is_static, which also notes the negations around the first operand that is not static.
+// The walk meets them next, outermost first, and asking again at each would take time quadratic in
 // their number. Negations in loops and cases are not noted.
 bool is_static_noting(Simplification& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return is_static_noting(in, expr); });
-    switch (expr->structure) {
+    switch (model::structure_of(expr)) {
     case EXPR_BINARY:
         return is_static_noting(in, expr->args.binargs.leftarg) &&
                is_static_noting(in, expr->args.binargs.rightarg);
@@ -130,9 +129,14 @@ bool is_static_noting(Simplification& in, Expr* expr) {
         return is_static_noting(in, expr->args.ite.logictest) &&
                is_static_noting(in, expr->args.ite.trueexpr) &&
                is_static_noting(in, expr->args.ite.falseexpr);
-    default: break;
+    case EXPR_IDCONSTRUCTOR:
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
-    return ssem_is_static_expr(in.project, in.symboltable, expr);
+    return check::is_static(in, expr);
 }
 
 bool is_noted(Simplification& in, const Expr* expr) {
@@ -141,7 +145,7 @@ bool is_noted(Simplification& in, const Expr* expr) {
     return true;
 }
 
-// A branch that is not visited leaves its notes behind.
+// Drops the notes of a branch that was not visited.
 void forget_notes(Simplification& in, unsigned len) {
     while (in.not_static.len > len)
         plist_delete_nth(&in.not_static, 0);
@@ -157,8 +161,7 @@ Expr* simplify_negation(Simplification& in, Expr* expr) {
     const bool noted = is_noted(in, expr);
     const unsigned notes = in.not_static.len;
     if (!noted && is_static_noting(in, expr->args.arg)) {
-        const int value = ssem_static_evaluate_intexpr(in.project, in.symboltable, expr);
-        return expr_new_intconst(OPR_INTCONST, value, expr->linenumber);
+        return expr_new_intconst(OPR_INTCONST, check::evaluate_int(in, expr), expr->linenumber);
     }
     Expr* result = simplify_operand(in, expr);
     forget_notes(in, notes);
@@ -177,7 +180,7 @@ Expr* simplify_binary(Simplification& in, Expr* expr) {
     return join(in, expr->opr, left, right, expr->type);
 }
 
-// A branch that is never taken is not looked at.
+// A branch that is never taken is not simplified: callers rely on a fault in it not stopping.
 Expr* simplify_conditional(Simplification& in, Expr* expr) {
     Expr* test = simplify(in, expr->args.ite.logictest);
     if (test->structure == EXPR_INT_CONST) {
@@ -209,25 +212,32 @@ Arm* arms_of(const Expr* expr) {
     return arms;
 }
 
-// The type under which a selector is compared: what it is encoded by if it is unbounded.
+// The type under which a selector is compared: an unbounded type says how values are encoded.
 unsigned char selector_type(const TypeCon* typecon, const Expr* condition) {
-    switch (typecon->contype) {
+    switch (model::kind_of(typecon)) {
     case TC_UBOUND_FLOAT: return ETYPE_ENUM_FLOAT;
     case TC_UBOUND_INTEGER: return ETYPE_ENUM_INTEGER;
     case TC_STRING: return ETYPE_STRING;
     case TC_SUM:
         if (condition->type == ETYPE_STRING) return ETYPE_SUM;
-        return condition->type;
-    default: return condition->type;
+        break;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_PROD:
+    case TC_ARRAY:
+    case TC_NAMED:
+    case TC_OPTIONAL: break;
     }
+    return condition->type;
 }
 
-// One `if` in front of the chain so far. Callers rely on its types: all of it but the test is typed
-// like the evaluation in the source.
+// One `if` with the chain so far as its else branch. Callers rely on its types: all of it but the
+// test is typed like the evaluation in the source.
 Expr* simplify_arm(Simplification& in, IdCon* casevar, const Arm& arm, Expr* chain) {
-    TypeCon* typecon;
-    NORVANE_ASSERT(symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, casevar, 0,
-                                            &typecon, UNDEF_LINENO) == STATUS_SUCCESS);
+    const TypeCon* typecon = check::type_of_idcon(in, casevar, UNDEF_LINENO);
+    NORVANE_ASSERT_TEXT(typecon,
+                        "symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, casevar, "
+                        "0, &typecon, UNDEF_LINENO) == STATUS_SUCCESS");
     Expr selector = stack_idcon(casevar, selector_type(typecon, arm.condition));
     Expr comparison = stack_equation(&selector, arm.condition, ETYPE_BOOL);
     Expr* test = simplify(in, &comparison);
@@ -268,7 +278,7 @@ Expr* simplify_case(Simplification& in, const Expr* expr) {
 Expr* simplify(Simplification& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return simplify(in, expr); });
     NORVANE_ASSERT(expr);
-    switch (expr->structure) {
+    switch (model::structure_of(expr)) {
     case EXPR_BINARY: return simplify_binary(in, expr);
     case EXPR_UNARY: return simplify_unary(in, expr);
     case EXPR_IDCONSTRUCTOR: return simplify_identifier(in, expr);
@@ -278,16 +288,22 @@ Expr* simplify(Simplification& in, Expr* expr) {
     case EXPR_ITE: return simplify_conditional(in, expr);
     case EXPR_RANGE: return simplify_range(in, expr);
     case EXPR_CASE: return simplify_case(in, expr);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
     }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
 }
 
-} // namespace norvane
+Expr* simplify(const Context& in, Expr* expr) {
+    Simplification simplification{in, {}, true};
+    return simplify(simplification, expr);
+}
+
+} // namespace norvane::finite
+
+using namespace norvane::finite;
 
 Expr* simplify_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(expr);
-    norvane::Simplification in{project, symboltable, {}, true};
-    return norvane::simplify(in, expr);
+    return simplify(Context{project, symboltable}, expr);
 }

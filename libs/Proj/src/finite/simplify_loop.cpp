@@ -1,20 +1,23 @@
-// Simplification of loops: a loop becomes a chain of its body, once for each value of its variable,
-// and the chain is then passed over once more, with the variable at its last value, to fold what
-// can now be folded.
+// Simplification of loops: a loop becomes a chain of its body, once for each value of its variable.
+// A second pass over the chain, with the variable at its last value, folds what has become
+// constant.
 //
-// That pass is over a tree which is already simplified, and which nobody else holds: it works in
-// place, on the few kinds of nodes that simplification leaves. Only comparisons that it finds to be
-// of open types after all are made anew.
+// The second pass works in place, since it owns the tree, and knows only the few kinds of nodes
+// that simplification makes. It makes a comparison anew where it turns out to be of unbounded
+// types.
 #include <cstdlib>
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
-#include "norvane/proj/staticsem.h"
+#include "norvane/base/work.h"
+#include "operators.h"
 #include "simplify_internal.h"
-#include "staticsem_internal.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::finite {
+
+using check::LoopVariable;
 
 namespace {
 
@@ -25,10 +28,6 @@ struct Closed {
 };
 
 Closed close_expr(Simplification& in, Expr* expr);
-
-int evaluate(const Simplification& in, Expr* expr) {
-    return ssem_static_evaluate_intexpr(in.project, in.symboltable, expr);
-}
 
 void become_int(Expr* expr, OprTypes opr, int value) {
     expr->structure = EXPR_INT_CONST;
@@ -45,14 +44,14 @@ Expr* fold(const Simplification& in, unsigned char opr, Expr* left, Expr* right,
            unsigned char type) {
     if (left->structure != right->structure) return nullptr;
     if (left->structure != EXPR_INT_CONST && left->structure != EXPR_FLOAT_CONST) return nullptr;
-    Expr expr = stack_node(EXPR_BINARY, static_cast<OprTypes>(opr), type);
+    Expr expr = check::stack_node(EXPR_BINARY, static_cast<OprTypes>(opr), type);
     expr.args.binargs = {left, right};
     if (left->structure == EXPR_INT_CONST || type == ETYPE_BOOL) {
-        become_int(left, type == ETYPE_INT ? OPR_INTCONST : OPR_BOOLCONST, evaluate(in, &expr));
+        become_int(left, type == ETYPE_INT ? OPR_INTCONST : OPR_BOOLCONST,
+                   check::evaluate_int(in, &expr));
     } else {
         NORVANE_ASSERT(type == ETYPE_ENUM_FLOAT);
-        left->args.floatconst.value =
-            ssem_static_evaluate_floatexpr(in.project, in.symboltable, &expr);
+        left->args.floatconst.value = check::evaluate_float(in, &expr);
     }
     expr_delete(right);
     return left;
@@ -61,7 +60,7 @@ Expr* fold(const Simplification& in, unsigned char opr, Expr* left, Expr* right,
 // An index that was copied as it stood may name the variable of the loop.
 void close_index(const Simplification& in, PolyListNode* node) {
     auto* index = static_cast<Expr*>(node->element);
-    const int value = evaluate(in, index);
+    const int value = check::evaluate_int(in, index);
     if (index->structure == EXPR_INT_CONST) return become_int(index, OPR_INTCONST, value);
     expr_delete(index);
     node->element = expr_new_intconst(OPR_INTCONST, value, UNDEF_LINENO);
@@ -76,14 +75,14 @@ void close_idcon(const Simplification& in, IdCon* idcon) {
         return close_idcon(in, idcon->args.compositid.nested);
     }
     PolyListNode* node = idcon->args.array.exprlist->first;
-    for (; node != nullptr; node = node->next)
+    for (; node; node = node->next)
         close_index(in, node);
 }
 
 // order() and literals that spell names leave bare identifiers behind, which have the types of what
 // they name. The chain is simplified like any other tree, so that now they compare by these types:
-// callers rely on a loop that compares two open variables by order() stopping. Null for all other
-// expressions; what is compared with a number has been encoded.
+// callers rely on a loop that compares two unbounded variables by order() stopping. Null for all
+// other expressions, and for a comparison with a number, which has been encoded.
 [[gnu::noinline]] Expr* close_comparison(Simplification& in, Expr* expr) {
     if (expr->args.binargs.leftarg->structure == EXPR_INT_CONST ||
         expr->args.binargs.rightarg->structure == EXPR_INT_CONST) {
@@ -97,7 +96,7 @@ void close_idcon(const Simplification& in, IdCon* idcon) {
 
 Closed close_binary(Simplification& in, Expr* expr) {
     if (Expr* comparison = close_comparison(in, expr)) {
-        const bool was_static = ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
+        const bool was_static = check::is_static(in, expr);
         expr_delete(expr);
         return {comparison, was_static};
     }
@@ -112,12 +111,12 @@ Closed close_binary(Simplification& in, Expr* expr) {
     return {expr, was_static};
 }
 
-// A negation that was not static in the source may have lost what made it so.
+// A negation that was not static in the source may be static now.
 Closed close_unary(Simplification& in, Expr* expr) {
     const Closed arg = close_expr(in, expr->args.arg);
     expr->args.arg = arg.expr;
     if (expr->type == ETYPE_INT && arg.was_static) {
-        const int value = evaluate(in, expr);
+        const int value = check::evaluate_int(in, expr);
         expr_delete(arg.expr);
         become_int(expr, OPR_INTCONST, value);
     } else if (expr->opr == OPR_MINUS &&
@@ -137,8 +136,7 @@ Closed close_conditional(Simplification& in, Expr* expr) {
     if (test.expr->structure == EXPR_INT_CONST) {
         const bool is_true = test.expr->args.intconst.value != 0;
         Expr* other = is_true ? falseexpr : trueexpr;
-        const bool was_static =
-            test.was_static && ssem_is_static_expr(in.project, in.symboltable, other);
+        const bool was_static = test.was_static && check::is_static(in, other);
         expr_delete(test.expr);
         expr_delete(other);
         std::free(expr);
@@ -151,17 +149,17 @@ Closed close_conditional(Simplification& in, Expr* expr) {
     return {expr, test.was_static && yes.was_static && no.was_static};
 }
 
-// Constants of floats and strings have kept their names; all other identifiers are variables.
+// Only constants of floats and strings have kept their names; other identifiers are variables.
 bool names_constant(const Simplification& in, Expr* expr) {
     return (expr->type == ETYPE_ENUM_FLOAT || expr->type == ETYPE_STRING) &&
-           ssem_is_static_expr(in.project, in.symboltable, expr) != 0;
+           check::is_static(in, expr);
 }
 
 // Simplifies a simplified tree, which it takes over, without encoding anything a second time.
 Closed close_expr(Simplification& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return close_expr(in, expr); });
     expr->linenumber = UNDEF_LINENO;
-    switch (expr->structure) {
+    switch (model::structure_of(expr)) {
     case EXPR_BINARY: return close_binary(in, expr);
     case EXPR_UNARY: return close_unary(in, expr);
     case EXPR_IDCONSTRUCTOR:
@@ -174,18 +172,39 @@ Closed close_expr(Simplification& in, Expr* expr) {
     case EXPR_STRING_CONST:
     case EXPR_FLOAT_CONST: return {expr, true};
     case EXPR_ITE: return close_conditional(in, expr);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+    case EXPR_RANGE:       // has been unfolded
+    case EXPR_CASE: break; // has become a chain of conditionals
     }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
 }
 
-OprTypes joining_operator(const Expr* range) {
-    switch (range->opr) {
-    case OPR_FORALL: return OPR_AND;
-    case OPR_EXIST: return OPR_OR;
-    case OPR_SUM: return OPR_PLUS;
-    case OPR_PROD: return OPR_TIMES;
-    default: NORVANE_FAIL("Invalid operator in range expression '%d'", range->opr);
+// The simplified turns of a loop. The array grows with them, so that a host that watches can stop
+// a loop that would never fit into memory.
+struct Turns {
+    Expr** exprs;
+    std::size_t count, capacity;
+};
+
+void add_turn(Turns* turns, Expr* expr) {
+    if (turns->count == turns->capacity) {
+        turns->capacity = turns->capacity == 0 ? 8 : 2 * turns->capacity;
+        turns->exprs =
+            static_cast<Expr**>(util_realloc_throw(turns->exprs, sizeof(Expr*) * turns->capacity));
     }
+    turns->exprs[turns->count++] = expr;
+}
+
+Turns simplify_turns(Simplification& in, Expr* range, int lower, int upper,
+                     LoopVariable* variable) {
+    Turns turns{};
+    WorkTurns marked(check::turn_count(lower, upper));
+    // Counted in 64 bits, since a loop may end at the largest integer.
+    for (std::int64_t value = lower; value <= upper; ++value) {
+        variable->set(static_cast<int>(value));
+        add_turn(&turns, simplify(in, range->args.range.lambdaexpr));
+        marked.next();
+    }
+    return turns;
 }
 
 } // namespace
@@ -197,32 +216,30 @@ Expr* join(Simplification& in, unsigned char opr, Expr* left, Expr* right, unsig
     return result;
 }
 
-// Counted in 64 bits, since a loop may end at the largest integer. All turns are made before the
-// first one is closed, and the chain is closed as it is built, from the first turn on: that is the
-// order of a pass over the finished chain, whose left operands come first.
+// All turns are made before the first one is closed, and the chain is closed as it is built, from
+// the first turn on: that is the order of a pass over the finished chain, whose left operands come
+// first.
 Expr* simplify_range(Simplification& in, Expr* expr) {
-    const int lower = evaluate(in, expr->args.range.rangebegin);
-    const int upper = evaluate(in, expr->args.range.rangeend);
+    const int lower = check::evaluate_int(in, expr->args.range.rangebegin);
+    const int upper = check::evaluate_int(in, expr->args.range.rangeend);
     if (lower > upper) {
         NORVANE_FAIL("Range begin (%d) must be less than range end (%d) in expression", lower,
                      upper);
     }
-    const OprTypes opr = joining_operator(expr);
-    LoopVariable variable(in.project, in.symboltable, expr, lower);
+    const OprTypes opr = check::meaning_of(expr->opr).joins;
+    if (opr == OPR_NONE) NORVANE_FAIL("Invalid operator in range expression '%d'", expr->opr);
+    LoopVariable variable(in, expr, lower);
     NORVANE_ASSERT(variable.inserted());
 
-    const auto count = static_cast<std::size_t>(std::int64_t{upper} - lower + 1);
-    auto** turns = static_cast<Expr**>(util_malloc_throw(sizeof(Expr*) * count));
-    for (std::size_t turn = 0; turn < count; ++turn) {
-        variable.set(static_cast<int>(lower + static_cast<std::int64_t>(turn)));
-        turns[turn] = simplify(in, expr->args.range.lambdaexpr);
+    const Turns turns = simplify_turns(in, expr, lower, upper, &variable);
+    Expr* chain = close_expr(in, turns.exprs[0]).expr;
+    for (std::size_t turn = 1; turn < turns.count; ++turn) {
+        chain = join(in, static_cast<unsigned char>(opr), chain,
+                     close_expr(in, turns.exprs[turn]).expr, expr->type);
+        work_units(1);
     }
-    Expr* chain = close_expr(in, turns[0]).expr;
-    for (std::size_t turn = 1; turn < count; ++turn)
-        chain = join(in, static_cast<unsigned char>(opr), chain, close_expr(in, turns[turn]).expr,
-                     expr->type);
-    std::free(turns);
+    std::free(turns.exprs);
     return chain;
 }
 
-} // namespace norvane
+} // namespace norvane::finite

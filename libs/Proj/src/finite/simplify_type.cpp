@@ -9,20 +9,16 @@
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
+#include "norvane/base/work.h"
 #include "rules_ahead.h"
-#include "staticsem_internal.h"
+#include "simplify_internal.h"
+#include "tags.h"
 
-namespace norvane {
+namespace norvane::finite {
 
 namespace {
 
-// What all steps of one simplification share.
-struct TypeSimplification {
-    Project* project;
-    SymbolTable* symboltable;
-};
-
-TypeCon* simplify(const TypeSimplification& in, TypeCon* typecon);
+TypeCon* simplify(const Context& in, TypeCon* typecon);
 
 TypeCon* new_range(int upper, const TypeCon* source) {
     return tc_new_subrange_tc(expr_new_intconst(OPR_INTCONST, upper, UNDEF_LINENO),
@@ -33,8 +29,8 @@ TypeCon* new_range(unsigned upper, const TypeCon* source) {
     return new_range(static_cast<int>(upper), source);
 }
 
-// The number of labels of an integer type: one below the values, and for each value its own and,
-// unless the next integer is a value too, the gap behind it.
+// The number of labels of an integer type: one below the values, one for each value, and one for
+// the gap after a value unless the next integer is a value too.
 int count_of_classes(const IntSet* values) {
     int count = 1;
     IntSetIter iter;
@@ -47,8 +43,8 @@ int count_of_classes(const IntSet* values) {
     return count;
 }
 
-// The three unbounded types stand for themselves here: one that was merged into another has neither
-// all of its values nor labels, and stops.
+// An unbounded type that was merged into another stops, since it has neither all of its values nor
+// labels.
 
 TypeCon* simplify_float(TypeCon* typecon) {
     NORVANE_ASSERT(typecon->p == typecon);
@@ -68,53 +64,56 @@ TypeCon* simplify_string(TypeCon* typecon) {
     return new_range(pset_size(typecon->values.enum_string.string_set), typecon);
 }
 
-VarDecl* simplify_vardecl(const TypeSimplification& in, const VarDecl* vardecl,
-                          PolyHash* environment) {
-    const ScopedEnv scope(in.symboltable, environment);
+VarDecl* simplify_vardecl(const Context& in, const VarDecl* vardecl, PolyHash* environment) {
+    const check::ScopedEnv scope(in.symboltable, environment);
     TypeCon* typecon = simplify(in, vardecl->typecon);
     return decl_new_vardecl(str_copy(vardecl->name), vardecl->vartype, typecon,
                             vardecl->linenumber);
 }
 
-// The fields, then the rules. The names of the fields are looked up everywhere, as rules do.
-TypeCon* simplify_record(const TypeSimplification& in, const TypeCon* typecon) {
+RuleDecl* simplify_rule(const Context& in, const RuleDecl* rule, const char* comment) {
+    const WorkingOn mark(WORK_RULE, rule);
+    Expr* expr = finite::simplify(in, rule->rule);
+    return decl_new_ruledecl(expr, str_null_copy(comment), rule->linenumber);
+}
+
+// The name of a field is looked up in all environments, as in a rule.
+VarDecl* simplify_field(const Context& in, const VarDecl* field) {
+    const WorkingOn mark(WORK_VARIABLE, field);
+    PolyHash* environment = nullptr;
+    symtbl_lookup_env(in.project->line_info, in.symboltable, field->name, 0, &environment,
+                      UNDEF_LINENO);
+    return simplify_vardecl(in, field, environment);
+}
+
+TypeCon* simplify_record(const Context& in, const TypeCon* typecon) {
     TypeCon* result = tc_new_prod_tc(typecon->linenumber);
-    for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields)) {
-        PolyHash* environment = nullptr;
-        symtbl_lookup_env(in.project->line_info, in.symboltable, field->name, 0, &environment,
-                          UNDEF_LINENO);
-        plist_append(result->values.prod.fields, simplify_vardecl(in, field, environment));
-    }
-    for (const RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules)) {
-        Expr* expr = simplify_expr(in.project, in.symboltable, rule->rule);
-        plist_append(result->values.prod.rules, decl_new_ruledecl(expr, nullptr, rule->linenumber));
-    }
+    for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
+        plist_append(result->values.prod.fields, simplify_field(in, field));
+    for (const RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules))
+        plist_append(result->values.prod.rules, simplify_rule(in, rule, nullptr));
     return result;
 }
 
-TypeCon* simplify_array(const TypeSimplification& in, const TypeCon* typecon) {
+TypeCon* simplify_array(const Context& in, const TypeCon* typecon) {
     TypeCon* element = simplify(in, typecon->values.array.element);
-    Expr* size = simplify_expr(in.project, in.symboltable, typecon->values.array.size);
+    Expr* size = finite::simplify(in, typecon->values.array.size);
     return tc_new_array_tc(size, element, typecon->linenumber);
 }
 
-TypeCon* simplify_named(const TypeSimplification& in, TypeCon* typecon) {
-    TypeCon* real = nullptr;
-    if (symtbl_lookup_typecon(in.project->line_info, in.symboltable, typecon, &real,
-                              UNDEF_LINENO) != STATUS_SUCCESS) {
-        NORVANE_FAIL("Lost typecon for %s", typecon->values.name);
-    }
+TypeCon* simplify_named(const Context& in, TypeCon* typecon) {
+    TypeCon* real = check::resolved(in, typecon, UNDEF_LINENO);
+    if (!real) NORVANE_FAIL("Lost typecon for %s", typecon->values.name);
     return simplify(in, real);
 }
 
-TypeCon* simplify(const TypeSimplification& in, TypeCon* typecon) {
+TypeCon* simplify(const Context& in, TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { return simplify(in, typecon); });
     NORVANE_ASSERT(typecon);
-    switch (typecon->contype) {
+    switch (model::kind_of(typecon)) {
     case TC_BOOL: return tc_copy_typecon(typecon);
     case TC_INT:
-        return tc_new_subrange_tc(simplify_expr(in.project, in.symboltable, typecon->values.upper),
-                                  typecon->linenumber);
+        return tc_new_subrange_tc(finite::simplify(in, typecon->values.upper), typecon->linenumber);
     case TC_UBOUND_FLOAT: return simplify_float(typecon);
     case TC_UBOUND_INTEGER: return simplify_integer(typecon);
     case TC_STRING: return simplify_string(typecon);
@@ -122,41 +121,46 @@ TypeCon* simplify(const TypeSimplification& in, TypeCon* typecon) {
     case TC_SUM: return new_range(plist_length(typecon->values.labels) - 1, typecon);
     case TC_ARRAY: return simplify_array(in, typecon);
     case TC_NAMED: return simplify_named(in, typecon);
-    // What is inside is dropped: a path through SOME has no counterpart.
+    // The value of the optional is dropped: a path through SOME has no counterpart.
     case TC_OPTIONAL: return new_range(1, typecon);
-    default: return nullptr;
     }
+    return nullptr;
+}
+
+VarDecl* simplify_variable(const Context& in, const VarDecl* vardecl) {
+    const WorkingOn mark(WORK_VARIABLE, vardecl);
+    PolyHash* environment = nullptr;
+    const int status = symtbl_lookup_env(in.project->line_info, in.symboltable, vardecl->name, 0,
+                                         &environment, UNDEF_LINENO);
+    NORVANE_ASSERT_TEXT(status == STATUS_SUCCESS,
+                        "symtbl_lookup_env(project->line_info, symboltable, vardecl->name, 0, "
+                        "&environment, UNDEF_LINENO) == STATUS_SUCCESS");
+    return simplify_vardecl(in, vardecl, environment);
 }
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::finite
+
+using namespace norvane::finite;
 
 TypeCon* simplify_typecon(Project* project, SymbolTable* symboltable, TypeCon* typecon) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(typecon);
-    return norvane::simplify({project, symboltable}, typecon);
+    return simplify({project, symboltable}, typecon);
 }
 
 Project* simplify_project(Project* project, SymbolTable* symboltable) {
-    using namespace norvane;
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
-    const TypeSimplification in{project, symboltable};
+    const Context in{project, symboltable};
     Project* result = proj_new_project(str_copy(project->name), str_null_copy(project->description),
                                        str_null_copy(project->filename));
-    for (const VarDecl* vardecl : items<VarDecl>(project->vardecllist)) {
-        PolyHash* environment = nullptr;
-        NORVANE_ASSERT(symtbl_lookup_env(project->line_info, symboltable, vardecl->name, 0,
-                                         &environment, UNDEF_LINENO) == STATUS_SUCCESS);
-        proj_add_vardecl(result, simplify_vardecl(in, vardecl, environment));
-    }
-    model::RulesAhead rules(symboltable, project->ruledecllist);
-    while (const RuleDecl* rule = rules.next()) {
-        Expr* expr = simplify_expr(project, symboltable, rule->rule);
-        proj_add_ruledecl(result,
-                          decl_new_ruledecl(expr, str_null_copy(rule->comment), rule->linenumber));
-    }
+    for (const VarDecl* vardecl : norvane::items<VarDecl>(project->vardecllist))
+        proj_add_vardecl(result, simplify_variable(in, vardecl));
+    norvane::model::RulesAhead rules(symboltable, project->ruledecllist);
+    while (const RuleDecl* rule = rules.next())
+        proj_add_ruledecl(result, simplify_rule(in, rule, rule->comment));
     return result;
 }
