@@ -1,5 +1,4 @@
-// Prints the flat rules of a model: c++ -std=c++17 first.cpp $(pkg-config --cflags --libs
-// norvane_proj)
+// Prints the flat rules of a model.
 #include <cstdio>
 #include <norvane/proj.hpp>
 
