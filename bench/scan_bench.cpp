@@ -19,14 +19,16 @@ namespace {
 using namespace norvane::bench;
 
 double scan_model(std::FILE* stream) {
-    norvane::pm.buffer = ustr_new();
-    norvane::pm_scan(stream);
+    norvane::pm::Load load{.file = {.stream = stream}};
+    load.buffer = ustr_new();
+    norvane::pm::start_scanner(load);
     double tokens = 0;
-    for (int token; (token = pmlex()) != 0; ++tokens) {
-        if (token == PM_IDENTIFIER) std::free(pmlval.text);
-        if (token == PM_STRINGCONST) std::free(pmlval.string.text);
+    PMSTYPE value;
+    for (int token; (token = pmlex(&value, load)) != 0; ++tokens) {
+        if (token == PM_IDENTIFIER) std::free(value.text);
+        if (token == PM_STRINGCONST) std::free(value.string.text);
     }
-    ustr_delete(norvane::pm.buffer);
+    ustr_delete(load.buffer);
     return tokens;
 }
 

@@ -1,5 +1,5 @@
-// Preprocessed PM source: parsed, printed and parsed again; checked, simplified and expanded;
-// written as XML and read again.
+// PM source, preprocessed: scan, parse, print, parse again; check, simplify, expand; and the model
+// as XML, out and in.
 #include <algorithm>
 #include <cctype>
 #include <string>
@@ -13,27 +13,26 @@
 namespace norvane::fuzz {
 namespace {
 
-// Resets the start condition of the scanner, which outlives a load, so that inputs do not depend on
-// each other: "n" ends an escape, the newline a directive, and the quote a string; if no string is
-// open, the quote is in a comment.
+// The scanner's start condition outlives a load. So that no input depends on the one before, this
+// returns it to the initial one from wherever a load may leave it: "n" ends an escape, the newline
+// a directive, and the quote a string; outside a string the quote is in a comment.
 void settle_scanner() {
     std::string text = "n\n/*\"*/";
-    for (unsigned depth = pm.comment_depth; depth > 0; --depth)
-        text += "*/";
     std::FILE* stream = fmemopen(text.data(), text.size(), "r");
-    pm.buffer = ustr_new();
-    pm_scan(stream);
-    for (int token; (token = pmlex()) != 0;) {
-        if (token == PM_IDENTIFIER) free(pmlval.text);
-        if (token == PM_STRINGCONST) free(pmlval.string.text);
+    pm::Load load{.file = {.stream = stream}};
+    load.buffer = ustr_new();
+    pm::start_scanner(load);
+    PMSTYPE value;
+    for (int token; (token = pmlex(&value, load)) != 0;) {
+        if (token == PM_IDENTIFIER) free(value.text);
+        if (token == PM_STRINGCONST) free(value.string.text);
     }
-    ustr_delete(pm.buffer);
-    pm.buffer = nullptr;
+    ustr_delete(load.buffer);
     std::fclose(stream);
 }
 
-// Skips models whose loops and arrays multiply: their work is as large as the model demands, so
-// slowness is no fault.
+// The work of loops and arrays is as large as their numbers say; what is slow because it was asked
+// for is no finding.
 bool is_small_work(const std::string& text) {
     int multipliers = 0;
     for (const char* word : {"forall", "exist", "sum", "product", "array"}) {
@@ -49,8 +48,8 @@ bool is_small_work(const std::string& text) {
     return multipliers == 0 || longest < 2 || (multipliers < 3 && longest < 3);
 }
 
-// Two things are printed in forms that callers rely on, although they do not read back: a case
-// without arms, and a label spelled "integer", which is printed without its quotes.
+// Two things are printed in forms that callers know, and that do not read back: a case without
+// arms, and a name spelled "integer", which stands without its quotes.
 bool reads_back(std::string text, const std::string& source) {
     std::erase(text, '\\');
     return text.find("\"integer\"") == text.npos && source.find(" of\n\n| default ") == source.npos;

@@ -1,4 +1,4 @@
-// Reading of source files, and the values of tokens.
+// Reads source files, and computes the values of tokens.
 #include "scanning.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t read_size = 8192;
 constexpr unsigned char read_end = 0xFF;
 
-// Takes the bytes 0xFF out of `size` bytes just read, and returns how many are left.
+// Removes the bytes 0xFF from `size` bytes just read, and returns the number of bytes that remain.
 std::size_t without_read_ends(SourceFile* file, char* buffer, std::size_t size) {
     std::size_t kept = 0;
     for (std::size_t next = 0; next < size;) {

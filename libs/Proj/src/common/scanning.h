@@ -1,5 +1,4 @@
-// What the scanners of the two source languages share: how a file is read, and the values of
-// tokens.
+// Shared by the scanners of the two source languages: reading a file, and the values of tokens.
 #ifndef NORVANE_PROJ_SCANNING_H
 #define NORVANE_PROJ_SCANNING_H
 
@@ -11,22 +10,22 @@
 
 namespace norvane {
 
-// The bytes of a source file. The source formats are defined by reads of at most 8192 bytes, each
-// of which a byte 0xFF ends; the byte is dropped, and a read that would begin with one is the end
-// of the input. The real reads are as large as the caller's buffer allows, so the position within
-// those reads is kept here.
+// Reads the bytes of a source file. The source formats are defined by reads of at most 8192 bytes.
+// A byte 0xFF ends such a read and is dropped; a read that would begin with one is the end of the
+// input. The actual reads are as large as the caller's buffer, so the position within the defined
+// reads is counted here.
 struct SourceFile {
-    std::FILE* stream;  // borrowed
-    std::size_t offset; // in the read of 8192 bytes
-    bool ended;         // a read began with the byte 0xFF
-    std::size_t given;  // bytes that `read` has given
-    bool failed;        // a read was refused, and what is missing is not known
+    std::FILE* stream = nullptr; // borrowed
+    std::size_t offset = 0;      // in the read of 8192 bytes
+    bool ended = false;          // a read began with the byte 0xFF
+    std::size_t given = 0;       // bytes that `read` has returned
+    bool failed = false;         // the stream had a read error, so bytes are missing
 
-    // Fills the buffer; 0 at the end of the input alone.
+    // Fills the buffer, and returns the number of bytes; 0 only at the end of the input.
     int read(char* buffer, std::size_t size);
 };
 
-// A new string of `length` bytes and a terminator, in memory of `room` bytes.
+// A new string of `length` bytes and a terminator, in `room` bytes of memory; freed by the caller.
 inline char* copy_text(const char* text, std::size_t length, std::size_t room) {
     auto* copy = static_cast<char*>(util_malloc_throw(room));
     std::memcpy(copy, text, length);
@@ -34,14 +33,14 @@ inline char* copy_text(const char* text, std::size_t length, std::size_t room) {
     return copy;
 }
 
-// How many line feeds there are in `length` bytes.
+// The number of line feeds in `length` bytes.
 int count_newlines(const char* text, std::size_t length);
 
-// The value of a row of digits; false if 32 bits do not hold it.
+// The value of a sequence of digits; false if it does not fit into an int.
 bool integer_value(const char* text, std::size_t length, int* value);
 
-// The value of digits, a point and digits. What no double can hold is infinite, or nothing if there
-// are only zeros before the point.
+// The value of digits, a point and digits. A value outside the range of double becomes infinity, or
+// 0 if there are only zeros before the point.
 double float_value(const char* text, std::size_t length);
 
 } // namespace norvane

@@ -1,5 +1,5 @@
-// The words about a syntax error, which callers know: those of both grammars, made from the tables
-// of their parsers.
+// The text of a syntax error, for both grammars. It is made from the tables of the parser that
+// bison wrote, because callers rely on its exact words.
 #ifndef NORVANE_PROJ_SYNTAX_ERROR_H
 #define NORVANE_PROJ_SYNTAX_ERROR_H
 
@@ -7,9 +7,8 @@
 
 namespace norvane {
 
-// The row of a state in the table of actions of a parser that bison made, and the names of the
-// symbols. Those of the end of the input, of bison's `error` and of `bad_token` show without
-// quotes.
+// One state's row in the action table of a parser, and the names of the symbols. The names of the
+// end of the input, of bison's `error` and of `bad_token` are printed without quotes.
 template <typename Check>
 struct ActionRow {
     const Check* check; // yycheck
@@ -34,8 +33,8 @@ struct ActionRow {
         return text + std::sprintf(text, "%s%s%s%s", prefix, quote, name(symbol), quote);
     }
 
-    // What would have fitted is told where that is little; the recovery from an error is among it
-    // where there is one.
+    // Writes the message. It lists the expected tokens if there are fewer than five, bison's
+    // `error` counted where the state has an error production.
     void print_syntax_error(char* text, int unexpected) const {
         text += std::sprintf(text, "parse error");
         if (is_default) return;

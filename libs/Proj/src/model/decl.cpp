@@ -1,4 +1,4 @@
-// Declarations: constants, types, variables and record fields, rules.
+// Makes, frees and copies declarations: constants, types, variables and record fields, rules.
 #include "norvane/proj/decl.h"
 
 #include <cstdlib>
@@ -7,6 +7,19 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
+
+namespace norvane::model {
+namespace {
+
+RuleDecl* new_ruledecl(Expr* rule, char* comment, char* source_info, unsigned linenumber) {
+    return new (util_malloc_throw(sizeof(RuleDecl)))
+        RuleDecl{linenumber, comment, source_info, rule};
+}
+
+} // namespace
+} // namespace norvane::model
+
+using namespace norvane::model;
 
 TypeDecl* decl_new_typedecl(char* name, TypeCon* typecon, unsigned linenumber) {
     NORVANE_ASSERT(name);
@@ -25,15 +38,6 @@ ConstantDecl* decl_new_constantdecl(char* name, Expr* value, unsigned linenumber
     NORVANE_ASSERT(value);
     return new (util_malloc_throw(sizeof(ConstantDecl))) ConstantDecl{linenumber, name, value};
 }
-
-namespace {
-
-RuleDecl* new_ruledecl(Expr* rule, char* comment, char* source_info, unsigned linenumber) {
-    return new (util_malloc_throw(sizeof(RuleDecl)))
-        RuleDecl{linenumber, comment, source_info, rule};
-}
-
-} // namespace
 
 RuleDecl* decl_new_ruledecl(Expr* rule, char* comment, unsigned linenumber) {
     NORVANE_ASSERT(rule);

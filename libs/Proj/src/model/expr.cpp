@@ -1,10 +1,9 @@
-// Expressions and identifiers: making, freeing, copying and ordering them. All the other modules
-// build their trees here, so that a tree that exists is known to be whole.
+// Makes, frees, copies and orders expressions and identifiers. All modules build their trees with
+// these constructors, which assert their arguments, so that no tree lacks an operand.
 #include "norvane/proj/expr.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <new>
 
 #include "norvane/base/deep.hpp"
@@ -12,11 +11,9 @@
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "poly_adaptors.h"
+#include "tags.h"
 
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
-
+namespace norvane::model {
 namespace {
 
 Expr* new_expr(ExprStructure structure, OprTypes opr, ExprType type, unsigned linenumber) {
@@ -35,7 +32,190 @@ IdCon* new_idcon(IdConType contype, unsigned linenumber) {
     return idcon;
 }
 
+void delete_parts(IdCon* idcon) {
+    switch (kind_of(idcon)) {
+    case IDCON_SIMPLE: return str_delete(idcon->args.id.idname);
+    case IDCON_ARRAY:
+        str_delete(idcon->args.array.idname);
+        return plist_delete(idcon->args.array.exprlist);
+    case IDCON_COMPOSIT:
+        expr_delete_idcon(idcon->args.compositid.hier);
+        return expr_delete_idcon(idcon->args.compositid.nested);
+    }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
+}
+
+void delete_parts(Expr* expr) {
+    switch (structure_of(expr)) {
+    case EXPR_BINARY:
+        expr_delete(expr->args.binargs.leftarg);
+        return expr_delete(expr->args.binargs.rightarg);
+    case EXPR_UNARY: return expr_delete(expr->args.arg);
+    case EXPR_IDCONSTRUCTOR: return expr_delete_idcon(expr->args.idcon);
+    case EXPR_INT_CONST:
+    case EXPR_FLOAT_CONST: return;
+    case EXPR_STRING_CONST: return str_delete(expr->args.str);
+    case EXPR_ITE:
+        expr_delete(expr->args.ite.logictest);
+        expr_delete(expr->args.ite.trueexpr);
+        return expr_delete(expr->args.ite.falseexpr);
+    case EXPR_RANGE:
+        str_delete(expr->args.range.lambdavar);
+        expr_delete(expr->args.range.rangebegin);
+        expr_delete(expr->args.range.rangeend);
+        return expr_delete(expr->args.range.lambdaexpr);
+    case EXPR_CASE:
+        expr_delete_idcon(expr->args.caseexpr.casevar);
+        plist_delete(expr->args.caseexpr.exprlist_condition);
+        plist_delete(expr->args.caseexpr.exprlist_evaluation);
+        return expr_delete(expr->args.caseexpr.default_expr);
+    }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+}
+
+PolyList* copy_exprs(const PolyList* list) {
+    return plist_copy_with_copycon(list, poly<expr_copy_expr>);
+}
+
+Expr* copy_range(const Expr* expr) {
+    const auto& range = expr->args.range;
+    char* lambdavar = str_copy(range.lambdavar);
+    Expr* rangebegin = expr_copy_expr(range.rangebegin);
+    Expr* rangeend = expr_copy_expr(range.rangeend);
+    Expr* lambdaexpr = expr_copy_expr(range.lambdaexpr);
+    return expr_new_range(operator_of(expr), lambdavar, rangebegin, rangeend, lambdaexpr,
+                          expr->linenumber);
+}
+
+Expr* copy_case(const Expr* expr) {
+    const auto& caseexpr = expr->args.caseexpr;
+    IdCon* casevar = expr_copy_idcon(caseexpr.casevar);
+    PolyList* conditions = copy_exprs(caseexpr.exprlist_condition);
+    PolyList* evaluations = copy_exprs(caseexpr.exprlist_evaluation);
+    Expr* default_expr = expr_copy_expr(caseexpr.default_expr);
+    return expr_new_case(casevar, conditions, evaluations, default_expr, expr->linenumber);
+}
+
+Expr* copy_untyped(const Expr* expr) {
+    const auto opr = operator_of(expr);
+    const unsigned line = expr->linenumber;
+    switch (structure_of(expr)) {
+    case EXPR_BINARY: {
+        Expr* leftarg = expr_copy_expr(expr->args.binargs.leftarg);
+        return expr_new_binary(opr, leftarg, expr_copy_expr(expr->args.binargs.rightarg), line);
+    }
+    case EXPR_UNARY: return expr_new_unary(opr, expr_copy_expr(expr->args.arg), line);
+    case EXPR_IDCONSTRUCTOR: return expr_new_idcon(expr_copy_idcon(expr->args.idcon), line);
+    case EXPR_INT_CONST: return expr_new_intconst(opr, expr->args.intconst.value, line);
+    case EXPR_STRING_CONST: return expr_new_stringconst(expr->args.str, line);
+    case EXPR_FLOAT_CONST: return expr_new_floatconst(expr->args.floatconst.value, line);
+    case EXPR_ITE: {
+        Expr* logictest = expr_copy_expr(expr->args.ite.logictest);
+        Expr* trueexpr = expr_copy_expr(expr->args.ite.trueexpr);
+        return expr_new_ite(logictest, trueexpr, expr_copy_expr(expr->args.ite.falseexpr), line);
+    }
+    case EXPR_RANGE: return copy_range(expr);
+    case EXPR_CASE: return copy_case(expr);
+    }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
+}
+
+int compare_exprs(const Expr* a, const Expr* b);
+int compare_idcons(const IdCon* a, const IdCon* b);
+
+int compare_ints(int a, int b) {
+    return (a > b) - (a < b);
+}
+
+int compare_texts(const char* a, const char* b) {
+    return compare_ints(std::strcmp(a, b), 0);
+}
+
+// The first differing element decides, else the shorter list is less.
+int compare_lists(const PolyList* a, const PolyList* b) {
+    const PolyListNode* left = a->first;
+    const PolyListNode* right = b->first;
+    for (; left && right; left = left->next, right = right->next) {
+        const int order = compare_exprs(static_cast<const Expr*>(left->element),
+                                        static_cast<const Expr*>(right->element));
+        if (order != 0) return order;
+    }
+    return compare_ints(left != nullptr, right != nullptr);
+}
+
+int compare_ites(const Expr* a, const Expr* b) {
+    if (int order = compare_exprs(a->args.ite.logictest, b->args.ite.logictest)) return order;
+    if (int order = compare_exprs(a->args.ite.trueexpr, b->args.ite.trueexpr)) return order;
+    return compare_exprs(a->args.ite.falseexpr, b->args.ite.falseexpr);
+}
+
+int compare_ranges(const Expr* a, const Expr* b) {
+    const auto& left = a->args.range;
+    const auto& right = b->args.range;
+    if (int order = compare_texts(left.lambdavar, right.lambdavar)) return order;
+    if (int order = compare_exprs(left.rangebegin, right.rangebegin)) return order;
+    if (int order = compare_exprs(left.rangeend, right.rangeend)) return order;
+    return compare_exprs(left.lambdaexpr, right.lambdaexpr);
+}
+
+int compare_cases(const Expr* a, const Expr* b) {
+    const auto& left = a->args.caseexpr;
+    const auto& right = b->args.caseexpr;
+    if (int order = compare_idcons(left.casevar, right.casevar)) return order;
+    if (int order = compare_lists(left.exprlist_condition, right.exprlist_condition)) return order;
+    if (int order = compare_lists(left.exprlist_evaluation, right.exprlist_evaluation))
+        return order;
+    return compare_exprs(left.default_expr, right.default_expr);
+}
+
+int compare_exprs(const Expr* a, const Expr* b) {
+    if (stack_is_low()) return on_fresh_stack([&] { return compare_exprs(a, b); });
+    NORVANE_ASSERT(a);
+    NORVANE_ASSERT(b);
+    if (int order = compare_ints(a->structure, b->structure)) return order;
+    if (int order = compare_ints(a->opr, b->opr)) return order;
+    switch (structure_of(a)) {
+    case EXPR_BINARY:
+        if (int order = compare_exprs(a->args.binargs.leftarg, b->args.binargs.leftarg))
+            return order;
+        return compare_exprs(a->args.binargs.rightarg, b->args.binargs.rightarg);
+    case EXPR_UNARY: return compare_exprs(a->args.arg, b->args.arg);
+    case EXPR_IDCONSTRUCTOR: return compare_idcons(a->args.idcon, b->args.idcon);
+    case EXPR_INT_CONST: return compare_ints(a->args.intconst.value, b->args.intconst.value);
+    case EXPR_STRING_CONST: return compare_texts(a->args.str, b->args.str);
+    case EXPR_ITE: return compare_ites(a, b);
+    case EXPR_RANGE: return compare_ranges(a, b);
+    case EXPR_CASE: return compare_cases(a, b);
+    // Float constants have no order. Callers rely on the failure: they compare no trees with
+    // floats.
+    case EXPR_FLOAT_CONST: break;
+    }
+    NORVANE_FAIL("Invalid expression structure '%d'", a->structure);
+}
+
+int compare_idcons(const IdCon* a, const IdCon* b) {
+    if (stack_is_low()) return on_fresh_stack([&] { return compare_idcons(a, b); });
+    NORVANE_ASSERT(a);
+    NORVANE_ASSERT(b);
+    if (int order = compare_ints(a->contype, b->contype)) return order;
+    switch (kind_of(a)) {
+    case IDCON_SIMPLE: return compare_texts(a->args.id.idname, b->args.id.idname);
+    case IDCON_ARRAY:
+        if (int order = compare_texts(a->args.array.idname, b->args.array.idname)) return order;
+        return compare_lists(a->args.array.exprlist, b->args.array.exprlist);
+    case IDCON_COMPOSIT:
+        if (int order = compare_idcons(a->args.compositid.hier, b->args.compositid.hier))
+            return order;
+        return compare_idcons(a->args.compositid.nested, b->args.compositid.nested);
+    }
+    NORVANE_FAIL("Invalid id constructor type '%d'", a->contype);
+}
+
 } // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 Expr* expr_new_binary(OprTypes opr, Expr* leftarg, Expr* rightarg, unsigned linenumber) {
     NORVANE_ASSERT(leftarg);
@@ -48,8 +228,8 @@ Expr* expr_new_binary(OprTypes opr, Expr* leftarg, Expr* rightarg, unsigned line
 
 Expr* expr_new_unary(OprTypes opr, Expr* arg, unsigned linenumber) {
     NORVANE_ASSERT(arg);
-    // So that negative literals are constants to all who look for constants. Boolean ones fold too:
-    // the checks that follow deal with what comes of it, and callers rely on this form.
+    // A negative literal becomes a constant, because every check for constants tests the structure
+    // alone. Boolean constants fold too: the later checks expect this form, and so do callers.
     if (opr == OPR_MINUS && arg->structure == EXPR_INT_CONST) {
         // Unsigned, so that the smallest integer stays as it is.
         arg->args.intconst.value =
@@ -163,106 +343,16 @@ IdCon* expr_new_compositid(IdCon* hier, IdCon* nested, unsigned linenumber) {
 void expr_delete_idcon(IdCon* idcon) {
     if (stack_is_low()) return on_fresh_stack([&] { expr_delete_idcon(idcon); });
     NORVANE_ASSERT(idcon);
-    switch (idcon->contype) {
-    case IDCON_SIMPLE: str_delete(idcon->args.id.idname); break;
-    case IDCON_ARRAY:
-        str_delete(idcon->args.array.idname);
-        plist_delete(idcon->args.array.exprlist);
-        break;
-    case IDCON_COMPOSIT:
-        expr_delete_idcon(idcon->args.compositid.hier);
-        expr_delete_idcon(idcon->args.compositid.nested);
-        break;
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
-    }
+    delete_parts(idcon);
     std::free(idcon);
 }
 
 void expr_delete(Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { expr_delete(expr); });
     NORVANE_ASSERT(expr);
-    switch (expr->structure) {
-    case EXPR_BINARY:
-        expr_delete(expr->args.binargs.leftarg);
-        expr_delete(expr->args.binargs.rightarg);
-        break;
-    case EXPR_UNARY: expr_delete(expr->args.arg); break;
-    case EXPR_IDCONSTRUCTOR: expr_delete_idcon(expr->args.idcon); break;
-    case EXPR_INT_CONST:
-    case EXPR_FLOAT_CONST: break;
-    case EXPR_STRING_CONST: str_delete(expr->args.str); break;
-    case EXPR_ITE:
-        expr_delete(expr->args.ite.logictest);
-        expr_delete(expr->args.ite.trueexpr);
-        expr_delete(expr->args.ite.falseexpr);
-        break;
-    case EXPR_RANGE:
-        str_delete(expr->args.range.lambdavar);
-        expr_delete(expr->args.range.rangebegin);
-        expr_delete(expr->args.range.rangeend);
-        expr_delete(expr->args.range.lambdaexpr);
-        break;
-    case EXPR_CASE:
-        expr_delete_idcon(expr->args.caseexpr.casevar);
-        plist_delete(expr->args.caseexpr.exprlist_condition);
-        plist_delete(expr->args.caseexpr.exprlist_evaluation);
-        expr_delete(expr->args.caseexpr.default_expr);
-        break;
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
-    }
+    delete_parts(expr);
     std::free(expr);
 }
-
-namespace {
-
-PolyList* copy_exprs(const PolyList* list) {
-    return plist_copy_with_copycon(list, poly<expr_copy_expr>);
-}
-
-Expr* copy_range(const Expr* expr) {
-    const auto& range = expr->args.range;
-    char* lambdavar = str_copy(range.lambdavar);
-    Expr* rangebegin = expr_copy_expr(range.rangebegin);
-    Expr* rangeend = expr_copy_expr(range.rangeend);
-    Expr* lambdaexpr = expr_copy_expr(range.lambdaexpr);
-    return expr_new_range(static_cast<OprTypes>(expr->opr), lambdavar, rangebegin, rangeend,
-                          lambdaexpr, expr->linenumber);
-}
-
-Expr* copy_case(const Expr* expr) {
-    const auto& caseexpr = expr->args.caseexpr;
-    IdCon* casevar = expr_copy_idcon(caseexpr.casevar);
-    PolyList* conditions = copy_exprs(caseexpr.exprlist_condition);
-    PolyList* evaluations = copy_exprs(caseexpr.exprlist_evaluation);
-    Expr* default_expr = expr_copy_expr(caseexpr.default_expr);
-    return expr_new_case(casevar, conditions, evaluations, default_expr, expr->linenumber);
-}
-
-Expr* copy_untyped(const Expr* expr) {
-    const auto opr = static_cast<OprTypes>(expr->opr);
-    const unsigned line = expr->linenumber;
-    switch (expr->structure) {
-    case EXPR_BINARY: {
-        Expr* leftarg = expr_copy_expr(expr->args.binargs.leftarg);
-        return expr_new_binary(opr, leftarg, expr_copy_expr(expr->args.binargs.rightarg), line);
-    }
-    case EXPR_UNARY: return expr_new_unary(opr, expr_copy_expr(expr->args.arg), line);
-    case EXPR_IDCONSTRUCTOR: return expr_new_idcon(expr_copy_idcon(expr->args.idcon), line);
-    case EXPR_INT_CONST: return expr_new_intconst(opr, expr->args.intconst.value, line);
-    case EXPR_STRING_CONST: return expr_new_stringconst(expr->args.str, line);
-    case EXPR_FLOAT_CONST: return expr_new_floatconst(expr->args.floatconst.value, line);
-    case EXPR_ITE: {
-        Expr* logictest = expr_copy_expr(expr->args.ite.logictest);
-        Expr* trueexpr = expr_copy_expr(expr->args.ite.trueexpr);
-        return expr_new_ite(logictest, trueexpr, expr_copy_expr(expr->args.ite.falseexpr), line);
-    }
-    case EXPR_RANGE: return copy_range(expr);
-    case EXPR_CASE: return copy_case(expr);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
-    }
-}
-
-} // namespace
 
 Expr* expr_copy_expr(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return expr_copy_expr(expr); });
@@ -275,7 +365,7 @@ Expr* expr_copy_expr(const Expr* expr) {
 IdCon* expr_copy_idcon(IdCon* idcon) {
     if (stack_is_low()) return on_fresh_stack([&] { return expr_copy_idcon(idcon); });
     NORVANE_ASSERT(idcon);
-    switch (idcon->contype) {
+    switch (kind_of(idcon)) {
     case IDCON_SIMPLE: return expr_new_simpleid(str_copy(idcon->args.id.idname), idcon->linenumber);
     case IDCON_ARRAY: {
         char* name = str_copy(idcon->args.array.idname);
@@ -286,102 +376,9 @@ IdCon* expr_copy_idcon(IdCon* idcon) {
         IdCon* nested = expr_copy_idcon(idcon->args.compositid.nested);
         return expr_new_compositid(hier, nested, idcon->linenumber);
     }
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
     }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
 }
-
-namespace {
-
-int compare_exprs(const Expr* a, const Expr* b);
-int compare_idcons(const IdCon* a, const IdCon* b);
-
-int compare_ints(int a, int b) {
-    return (a > b) - (a < b);
-}
-
-int compare_texts(const char* a, const char* b) {
-    return compare_ints(std::strcmp(a, b), 0);
-}
-
-// The first differing element decides, else the shorter list is less.
-int compare_lists(const PolyList* a, const PolyList* b) {
-    const PolyListNode* left = a->first;
-    const PolyListNode* right = b->first;
-    for (; left != nullptr && right != nullptr; left = left->next, right = right->next) {
-        const int order = compare_exprs(static_cast<const Expr*>(left->element),
-                                        static_cast<const Expr*>(right->element));
-        if (order != 0) return order;
-    }
-    return compare_ints(left != nullptr, right != nullptr);
-}
-
-int compare_ites(const Expr* a, const Expr* b) {
-    if (int order = compare_exprs(a->args.ite.logictest, b->args.ite.logictest)) return order;
-    if (int order = compare_exprs(a->args.ite.trueexpr, b->args.ite.trueexpr)) return order;
-    return compare_exprs(a->args.ite.falseexpr, b->args.ite.falseexpr);
-}
-
-int compare_ranges(const Expr* a, const Expr* b) {
-    const auto& left = a->args.range;
-    const auto& right = b->args.range;
-    if (int order = compare_texts(left.lambdavar, right.lambdavar)) return order;
-    if (int order = compare_exprs(left.rangebegin, right.rangebegin)) return order;
-    if (int order = compare_exprs(left.rangeend, right.rangeend)) return order;
-    return compare_exprs(left.lambdaexpr, right.lambdaexpr);
-}
-
-int compare_cases(const Expr* a, const Expr* b) {
-    const auto& left = a->args.caseexpr;
-    const auto& right = b->args.caseexpr;
-    if (int order = compare_idcons(left.casevar, right.casevar)) return order;
-    if (int order = compare_lists(left.exprlist_condition, right.exprlist_condition)) return order;
-    if (int order = compare_lists(left.exprlist_evaluation, right.exprlist_evaluation))
-        return order;
-    return compare_exprs(left.default_expr, right.default_expr);
-}
-
-int compare_exprs(const Expr* a, const Expr* b) {
-    if (stack_is_low()) return on_fresh_stack([&] { return compare_exprs(a, b); });
-    NORVANE_ASSERT(a);
-    NORVANE_ASSERT(b);
-    if (int order = compare_ints(a->structure, b->structure)) return order;
-    if (int order = compare_ints(a->opr, b->opr)) return order;
-    switch (a->structure) {
-    case EXPR_BINARY:
-        if (int order = compare_exprs(a->args.binargs.leftarg, b->args.binargs.leftarg))
-            return order;
-        return compare_exprs(a->args.binargs.rightarg, b->args.binargs.rightarg);
-    case EXPR_UNARY: return compare_exprs(a->args.arg, b->args.arg);
-    case EXPR_IDCONSTRUCTOR: return compare_idcons(a->args.idcon, b->args.idcon);
-    case EXPR_INT_CONST: return compare_ints(a->args.intconst.value, b->args.intconst.value);
-    case EXPR_STRING_CONST: return compare_texts(a->args.str, b->args.str);
-    case EXPR_ITE: return compare_ites(a, b);
-    case EXPR_RANGE: return compare_ranges(a, b);
-    case EXPR_CASE: return compare_cases(a, b);
-    // Float constants have no order: whoever compares trees keeps them out, and relies on the stop.
-    default: NORVANE_FAIL("Invalid expression structure '%d'", a->structure);
-    }
-}
-
-int compare_idcons(const IdCon* a, const IdCon* b) {
-    if (stack_is_low()) return on_fresh_stack([&] { return compare_idcons(a, b); });
-    NORVANE_ASSERT(a);
-    NORVANE_ASSERT(b);
-    if (int order = compare_ints(a->contype, b->contype)) return order;
-    switch (a->contype) {
-    case IDCON_SIMPLE: return compare_texts(a->args.id.idname, b->args.id.idname);
-    case IDCON_ARRAY:
-        if (int order = compare_texts(a->args.array.idname, b->args.array.idname)) return order;
-        return compare_lists(a->args.array.exprlist, b->args.array.exprlist);
-    case IDCON_COMPOSIT:
-        if (int order = compare_idcons(a->args.compositid.hier, b->args.compositid.hier))
-            return order;
-        return compare_idcons(a->args.compositid.nested, b->args.compositid.nested);
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", a->contype);
-    }
-}
-
-} // namespace
 
 int expr_compare_expr(Expr** exprp1, Expr** exprp2) {
     NORVANE_ASSERT(exprp1);
@@ -396,11 +393,18 @@ int expr_compare_idcon(IdCon** idconp1, IdCon** idconp2) {
 }
 
 const char* expr_type_to_string(Expr* expr) {
-    static constexpr const char* texts[] = {
-        "undefined", "boolean",  "range", "enumeration", "record",
-        "array",     "optional", "float", "integer",     "string",
-    };
     NORVANE_ASSERT(expr);
-    if (expr->type >= std::size(texts)) NORVANE_FAIL("Invalid expression type '%d'", expr->type);
-    return texts[expr->type];
+    switch (type_of(expr)) {
+    case ETYPE_UNDEF: return "undefined";
+    case ETYPE_BOOL: return "boolean";
+    case ETYPE_INT: return "range";
+    case ETYPE_SUM: return "enumeration";
+    case ETYPE_PROD: return "record";
+    case ETYPE_ARRAY: return "array";
+    case ETYPE_OPTIONAL: return "optional";
+    case ETYPE_ENUM_FLOAT: return "float";
+    case ETYPE_ENUM_INTEGER: return "integer";
+    case ETYPE_STRING: return "string";
+    }
+    NORVANE_FAIL("Invalid expression type '%d'", expr->type);
 }

@@ -1,6 +1,6 @@
-// What is done with identifiers inside expressions: hashing them, finding the free ones, putting a
-// path in front of them, putting expressions in their place. Rewrites return new trees, built
-// through the constructors (expr.cpp), and leave their input alone.
+// Rewrites identifiers in expressions: hashes them, collects the free ones, prefixes them with a
+// path, replaces them by expressions. A rewrite returns a new tree, made by the constructors of
+// expr.cpp, and leaves its input unchanged.
 #include <cstdlib>
 
 #include "norvane/base/deep.hpp"
@@ -11,11 +11,7 @@
 #include "poly_adaptors.h"
 #include "walk.h"
 
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
-using norvane::model::for_each_child;
-
+namespace norvane::model {
 namespace {
 
 unsigned hash_idcon(const void* element, unsigned size) {
@@ -25,51 +21,6 @@ unsigned hash_idcon(const void* element, unsigned size) {
     ustr_delete(text);
     return hash;
 }
-
-} // namespace
-
-int expr_hash_idcon(IdCon* idcon, int size) {
-    NORVANE_ASSERT(idcon);
-    NORVANE_ASSERT(size >= 1);
-    return static_cast<int>(hash_idcon(idcon, static_cast<unsigned>(size)));
-}
-
-void expr_expand_composit_idcon(IdCon* composit, IdCon* expansion) {
-    NORVANE_ASSERT(composit);
-    NORVANE_ASSERT(expansion);
-    IdCon* last = composit;
-    while (last->contype == IDCON_COMPOSIT)
-        last = last->args.compositid.nested;
-    const unsigned line = last->linenumber;
-    IdCon* nested = expr_copy_idcon(expansion);
-    IdCon* hier = nullptr;
-    switch (last->contype) {
-    case IDCON_SIMPLE: hier = expr_new_simpleid(last->args.id.idname, line); break;
-    case IDCON_ARRAY:
-        hier = expr_new_arrayid(last->args.array.idname, last->args.array.exprlist, line);
-        break;
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", last->contype);
-    }
-    last->contype = IDCON_COMPOSIT;
-    last->args.compositid.hier = hier;
-    last->args.compositid.nested = nested;
-}
-
-void expr_collaps_composit_idcon(IdCon* composit) {
-    NORVANE_ASSERT(composit);
-    NORVANE_ASSERT(composit->contype == IDCON_COMPOSIT);
-    while (composit->args.compositid.nested->contype == IDCON_COMPOSIT)
-        composit = composit->args.compositid.nested;
-    IdCon* hier = composit->args.compositid.hier;
-    if (hier->contype != IDCON_SIMPLE && hier->contype != IDCON_ARRAY)
-        NORVANE_FAIL("Invalid id constructor type '%d'", hier->contype);
-    expr_delete_idcon(composit->args.compositid.nested);
-    composit->contype = hier->contype;
-    composit->args = hier->args;
-    std::free(hier);
-}
-
-namespace {
 
 void collect_free(const Expr* expr, PolySet* found) {
     if (stack_is_low()) return on_fresh_stack([&] { collect_free(expr, found); });
@@ -86,19 +37,20 @@ void collect_free(const Expr* expr, PolySet* found) {
     pset_remove(found, &bound);
 }
 
-} // namespace
-
-PolySet* expr_get_free_idconstructors(Expr* expr) {
-    PolySet* found = pset_new(16, poly<expr_compare_idcon>, poly<expr_copy_idcon>, hash_idcon,
-                              poly<expr_delete_idcon>);
-    collect_free(expr, found);
-    return found;
+// A new identifier that takes over the name and the indices of `last`, which is no composite.
+IdCon* taken_step(const IdCon* last) {
+    const unsigned line = last->linenumber;
+    switch (kind_of(last)) {
+    case IDCON_SIMPLE: return expr_new_simpleid(last->args.id.idname, line);
+    case IDCON_ARRAY:
+        return expr_new_arrayid(last->args.array.idname, last->args.array.exprlist, line);
+    case IDCON_COMPOSIT: break;
+    }
+    NORVANE_FAIL("Invalid id constructor type '%d'", last->contype);
 }
 
-namespace {
-
-// A rewrite of one kind: what becomes of identifiers and constants, of the selector of a case, and
-// of loops. All else is rebuilt in the same way.
+// How a rewrite treats leaves (identifiers and constants), the selector of a case, and loops. All
+// other nodes are rebuilt in the same way.
 struct Rewrite {
     Expr* (*leaf)(const Expr* expr, const Rewrite& rewrite);
     IdCon* (*selector)(IdCon* casevar, const Rewrite& rewrite);
@@ -116,7 +68,7 @@ Expr* rewrite_case(const Expr* expr, const Rewrite& rewrite) {
     PolyList* evaluations = plist_new(nullptr, nullptr, poly<expr_delete>);
     const PolyListNode* condition = from.exprlist_condition->first;
     const PolyListNode* evaluation = from.exprlist_evaluation->first;
-    while (condition != nullptr && evaluation != nullptr) {
+    while (condition && evaluation) {
         plist_append(conditions, rewrite_expr(static_cast<Expr*>(condition->element), rewrite));
         plist_append(evaluations, rewrite_expr(static_cast<Expr*>(evaluation->element), rewrite));
         condition = condition->next;
@@ -129,9 +81,9 @@ Expr* rewrite_case(const Expr* expr, const Rewrite& rewrite) {
 Expr* rewrite_expr(const Expr* expr, const Rewrite& rewrite) {
     if (stack_is_low()) return on_fresh_stack([&] { return rewrite_expr(expr, rewrite); });
     NORVANE_ASSERT(expr);
-    const auto opr = static_cast<OprTypes>(expr->opr);
+    const auto opr = operator_of(expr);
     const unsigned line = expr->linenumber;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY: {
         Expr* leftarg = rewrite_expr(expr->args.binargs.leftarg, rewrite);
         return expr_new_binary(opr, leftarg, rewrite_expr(expr->args.binargs.rightarg, rewrite),
@@ -150,8 +102,8 @@ Expr* rewrite_expr(const Expr* expr, const Rewrite& rewrite) {
     }
     case EXPR_RANGE: return rewrite.range(expr, rewrite);
     case EXPR_CASE: return rewrite_case(expr, rewrite);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
     }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
 }
 
 IdCon* prefixed(IdCon* idcon, const Rewrite& rewrite) {
@@ -160,16 +112,18 @@ IdCon* prefixed(IdCon* idcon, const Rewrite& rewrite) {
     return path;
 }
 
-// Constants are made anew: what the checker knows of them is left behind.
-Expr* prefixed_leaf(const Expr* expr, const Rewrite& rewrite) {
+// A copy that has the type of its own constructor, not what the checker made of it.
+Expr* new_constant(const Expr* expr) {
     const unsigned line = expr->linenumber;
-    switch (expr->structure) {
-    case EXPR_IDCONSTRUCTOR: return expr_new_idcon(prefixed(expr->args.idcon, rewrite), line);
-    case EXPR_INT_CONST:
-        return expr_new_intconst(static_cast<OprTypes>(expr->opr), expr->args.intconst.value, line);
-    case EXPR_STRING_CONST: return expr_new_stringconst(expr->args.str, line);
-    default: return expr_new_floatconst(expr->args.floatconst.value, line);
-    }
+    if (expr->structure == EXPR_STRING_CONST) return expr_new_stringconst(expr->args.str, line);
+    if (expr->structure == EXPR_FLOAT_CONST)
+        return expr_new_floatconst(expr->args.floatconst.value, line);
+    return expr_new_intconst(operator_of(expr), expr->args.intconst.value, line);
+}
+
+Expr* prefixed_leaf(const Expr* expr, const Rewrite& rewrite) {
+    if (expr->structure != EXPR_IDCONSTRUCTOR) return new_constant(expr);
+    return expr_new_idcon(prefixed(expr->args.idcon, rewrite), expr->linenumber);
 }
 
 Expr* no_range(const Expr*, const Rewrite&) {
@@ -193,11 +147,55 @@ Expr* replaced_range(const Expr* expr, const Rewrite& rewrite) {
     Expr* rangebegin = rewrite_expr(range.rangebegin, rewrite);
     Expr* rangeend = rewrite_expr(range.rangeend, rewrite);
     Expr* lambdaexpr = rewrite_expr(range.lambdaexpr, rewrite);
-    return expr_new_range(static_cast<OprTypes>(expr->opr), lambdavar, rangebegin, rangeend,
-                          lambdaexpr, expr->linenumber);
+    return expr_new_range(operator_of(expr), lambdavar, rangebegin, rangeend, lambdaexpr,
+                          expr->linenumber);
 }
 
 } // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
+
+int expr_hash_idcon(IdCon* idcon, int size) {
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(size >= 1);
+    return static_cast<int>(hash_idcon(idcon, static_cast<unsigned>(size)));
+}
+
+void expr_expand_composit_idcon(IdCon* composit, IdCon* expansion) {
+    NORVANE_ASSERT(composit);
+    NORVANE_ASSERT(expansion);
+    IdCon* last = composit;
+    while (last->contype == IDCON_COMPOSIT)
+        last = last->args.compositid.nested;
+    IdCon* nested = expr_copy_idcon(expansion);
+    IdCon* hier = taken_step(last);
+    last->contype = IDCON_COMPOSIT;
+    last->args.compositid.hier = hier;
+    last->args.compositid.nested = nested;
+}
+
+void expr_collaps_composit_idcon(IdCon* composit) {
+    NORVANE_ASSERT(composit);
+    NORVANE_ASSERT(composit->contype == IDCON_COMPOSIT);
+    while (composit->args.compositid.nested->contype == IDCON_COMPOSIT)
+        composit = composit->args.compositid.nested;
+    IdCon* hier = composit->args.compositid.hier;
+    if (hier->contype != IDCON_SIMPLE && hier->contype != IDCON_ARRAY)
+        NORVANE_FAIL("Invalid id constructor type '%d'", hier->contype);
+    expr_delete_idcon(composit->args.compositid.nested);
+    composit->contype = hier->contype;
+    composit->args = hier->args;
+    std::free(hier);
+}
+
+PolySet* expr_get_free_idconstructors(Expr* expr) {
+    PolySet* found = pset_new(16, poly<expr_compare_idcon>, poly<expr_copy_idcon>, hash_idcon,
+                              poly<expr_delete_idcon>);
+    collect_free(expr, found);
+    return found;
+}
 
 Expr* expr_expand_expr_with_idcon(Expr* expr, IdCon* idcon) {
     NORVANE_ASSERT(idcon);

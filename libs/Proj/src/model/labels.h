@@ -1,4 +1,4 @@
-// Labels of enumerations as a user sees them.
+// The texts of enumeration labels that users see.
 #ifndef NORVANE_PROJ_LABELS_H
 #define NORVANE_PROJ_LABELS_H
 
@@ -6,8 +6,8 @@
 
 namespace norvane::model {
 
-// The part of a label that is shown: what follows a leading "{...}", or all of it if there is no
-// such prefix or nothing follows it. Points into `label`.
+// The part of a label that is shown: the text after a leading "{...}", or the whole label if it has
+// no such prefix or nothing follows the prefix. Points into `label`.
 inline char* shown_label(char* label) {
     if (*label != '{') return label;
     char* close = std::strchr(label, '}');

@@ -1,5 +1,5 @@
-// Printing a model as source: expressions, types, declarations, the whole project. Identifiers are
-// printed in printpmfile_id.cpp.
+// Prints a model as source: expressions, types, declarations, the whole project. Identifiers are in
+// printpmfile_id.cpp.
 #include "norvane/proj/printpmfile.h"
 
 #include <charconv>
@@ -11,57 +11,49 @@
 #include "poly_adaptors.h"
 #include "printpmfile_internal.h"
 #include "report.h"
+#include "tags.h"
 
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
-using norvane::model::print_into;
-using norvane::model::put;
-
+namespace norvane::model {
 namespace {
 
-// A line is broken behind the node that passes this column.
+// A line is broken after the node that passes this column.
 constexpr unsigned last_column = 70;
 
-// By OprTypes.
-constexpr std::string_view operator_texts[] = {
-    " and ",
-    " or ",
-    " xor ",
-    "not ",
-    " -> ",
-    " <-> ",
-    " + ",
-    " - ",
-    " * ",
-    " / ",
-    " < ",
-    " <= ",
-    " > ",
-    " >= ",
-    " = ",
-    " <> ",
-    " << ",
-    " >> ",
-    "forall ",
-    "exist ",
-    "sum ",
-    "product ",
-    "",                 // OPR_BOOLCONST
-    "",                 // OPR_INTCONST
-    std::string_view(), // OPR_FLOATCONST, which is no operator
-    "order",
-    " = ",
-};
-
-unsigned print_operator(FILE* stream, int opr) {
-    if (static_cast<std::size_t>(opr) >= std::size(operator_texts) ||
-        operator_texts[opr].data() == nullptr)
-        NORVANE_FAIL("Invalid operator '%d'", opr);
-    return put(stream, operator_texts[opr]);
+std::string_view operator_text(const Expr* expr) {
+    switch (operator_of(expr)) {
+    case OPR_AND: return " and ";
+    case OPR_OR: return " or ";
+    case OPR_XOR: return " xor ";
+    case OPR_NOT: return "not ";
+    case OPR_IMPLIES: return " -> ";
+    case OPR_BIIMPLIES: return " <-> ";
+    case OPR_PLUS: return " + ";
+    case OPR_MINUS: return " - ";
+    case OPR_TIMES: return " * ";
+    case OPR_DIV: return " / ";
+    case OPR_LT: return " < ";
+    case OPR_LE: return " <= ";
+    case OPR_GT: return " > ";
+    case OPR_GE: return " >= ";
+    case OPR_EQ: return " = ";
+    case OPR_NEQ: return " <> ";
+    case OPR_SHL: return " << ";
+    case OPR_SHR: return " >> ";
+    case OPR_FORALL: return "forall ";
+    case OPR_EXIST: return "exist ";
+    case OPR_SUM: return "sum ";
+    case OPR_PROD: return "product ";
+    case OPR_BOOLCONST:
+    case OPR_INTCONST: return "";
+    case OPR_ORDER: return "order";
+    case OPR_UBOUND_EQ: return " = ";
+    case OPR_FLOATCONST:
+    case OPR_NONE: break; // no operators
+    }
+    NORVANE_FAIL("Invalid operator '%d'", expr->opr);
 }
 
-// The part of an expression's printing that stays the same all the way down.
+// What stays the same for all nodes of a printed expression.
 struct Page {
     FILE* stream;
     int wrap;
@@ -72,7 +64,7 @@ unsigned print_expr(Page page, const Expr* expr, int depth, unsigned column);
 unsigned print_binary(Page page, const Expr* expr, int depth, unsigned column) {
     putc_unlocked('(', page.stream);
     column = print_expr(page, expr->args.binargs.leftarg, depth, column + 1);
-    column += print_operator(page.stream, expr->opr);
+    column += put(page.stream, operator_text(expr));
     column = print_expr(page, expr->args.binargs.rightarg, depth, column);
     putc_unlocked(')', page.stream);
     return column + 1;
@@ -81,7 +73,7 @@ unsigned print_binary(Page page, const Expr* expr, int depth, unsigned column) {
 unsigned print_unary(Page page, const Expr* expr, int depth, unsigned column) {
     const bool call = expr->opr == OPR_ORDER;
     column += put(page.stream, "(");
-    column += print_operator(page.stream, expr->opr);
+    column += put(page.stream, operator_text(expr));
     if (call) column += put(page.stream, "(");
     column = print_expr(page, expr->args.arg, depth, column);
     if (call) column += put(page.stream, ")");
@@ -119,7 +111,7 @@ unsigned print_ite(Page page, const Expr* expr, int depth, unsigned column) {
 
 unsigned print_range(Page page, const Expr* expr, int depth, unsigned column) {
     const auto& range = expr->args.range;
-    column += print_operator(page.stream, expr->opr);
+    column += put(page.stream, operator_text(expr));
     column += put(page.stream, range.lambdavar);
     column += put(page.stream, " in [");
     column = print_expr(page, range.rangebegin, depth, column);
@@ -130,7 +122,7 @@ unsigned print_range(Page page, const Expr* expr, int depth, unsigned column) {
     return column + put(page.stream, ")");
 }
 
-// Each arm has a line of its own; the column in front of the case plays no part.
+// Each arm starts a line, so the column before the case is ignored.
 unsigned print_case(Page page, const Expr* expr, int depth) {
     const auto& caseexpr = expr->args.caseexpr;
     put(page.stream, "case ");
@@ -139,13 +131,13 @@ unsigned print_case(Page page, const Expr* expr, int depth) {
     unsigned column = 0;
     const PolyListNode* condition = caseexpr.exprlist_condition->first;
     const PolyListNode* evaluation = caseexpr.exprlist_evaluation->first;
-    while (condition != nullptr && evaluation != nullptr) {
+    while (condition && evaluation) {
         column = print_expr(page, static_cast<Expr*>(condition->element), depth, column);
         column += put(page.stream, " then ");
         print_expr(page, static_cast<Expr*>(evaluation->element), depth, column);
         condition = condition->next;
         evaluation = evaluation->next;
-        if (condition == nullptr || evaluation == nullptr) break;
+        if (!condition || !evaluation) break;
         put(page.stream, "\n| ");
         column = 2;
     }
@@ -156,7 +148,7 @@ unsigned print_case(Page page, const Expr* expr, int depth) {
 }
 
 unsigned print_node(Page page, const Expr* expr, int depth, unsigned column) {
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY: return print_binary(page, expr, depth, column);
     case EXPR_UNARY: return print_unary(page, expr, depth, column);
     case EXPR_IDCONSTRUCTOR: return column + ppm_print_idcon(page.stream, expr->args.idcon);
@@ -167,8 +159,8 @@ unsigned print_node(Page page, const Expr* expr, int depth, unsigned column) {
     case EXPR_ITE: return print_ite(page, expr, depth, column);
     case EXPR_RANGE: return print_range(page, expr, depth, column);
     case EXPR_CASE: return print_case(page, expr, depth);
-    default: NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
     }
+    NORVANE_FAIL("Invalid expression structure '%d'", expr->structure);
 }
 
 unsigned print_expr(Page page, const Expr* expr, int depth, unsigned column) {
@@ -183,7 +175,37 @@ unsigned print_expr(Page page, const Expr* expr, int depth, unsigned column) {
     return 0;
 }
 
+void print_label(FILE* stream, void* label) {
+    ppm_print_id(stream, static_cast<char*>(label));
+}
+
+void print_record(FILE* stream, const TypeCon* typecon) {
+    const PolyList* rules = typecon->values.prod.rules;
+    put(stream, "{\n");
+    plist_print(stream, typecon->values.prod.fields, "\n", "", poly<ppm_print_vardecl>);
+    if (!plist_isempty(rules)) put(stream, "\nrule\n");
+    plist_print(stream, rules, "\n", "\n}", poly<ppm_print_ruledecl>);
+}
+
+std::string_view modifier_text(const VarDecl* vardecl) {
+    switch (vardecl->vartype) {
+    case VARTYPE_PRIVATE: return "private ";
+    case VARTYPE_PUBLIC: return "public  ";
+    }
+    NORVANE_FAIL("Invalid variable type '%d'", static_cast<int>(vardecl->vartype));
+}
+
+void print_section(FILE* stream, const char* heading, const PolyList* decls, PolyPrinter printer) {
+    if (plist_isempty(decls)) return;
+    put(stream, heading);
+    plist_print(stream, decls, "\n", "\n\n", printer);
+}
+
 } // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 unsigned ppm_printn_expr(FILE* stream, Expr* expr, int depth, unsigned column, int wrap) {
     NORVANE_ASSERT(stream);
@@ -205,27 +227,11 @@ void ppm_printn_expr_str(Expr* expr, UtilString* string, int depth) {
     print_into(string, [&](FILE* stream) { ppm_printn_expr(stream, expr, depth, 0, 0); });
 }
 
-namespace {
-
-void print_label(FILE* stream, void* label) {
-    ppm_print_id(stream, static_cast<char*>(label));
-}
-
-void print_record(FILE* stream, const TypeCon* typecon) {
-    const PolyList* rules = typecon->values.prod.rules;
-    put(stream, "{\n");
-    plist_print(stream, typecon->values.prod.fields, "\n", "", poly<ppm_print_vardecl>);
-    if (!plist_isempty(rules)) put(stream, "\nrule\n");
-    plist_print(stream, rules, "\n", "\n}", poly<ppm_print_ruledecl>);
-}
-
-} // namespace
-
 void ppm_print_typecon(FILE* stream, TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { ppm_print_typecon(stream, typecon); });
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(typecon);
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_BOOL: put(stream, "boolean"); return;
     case TC_INT:
         put(stream, "[0..");
@@ -248,8 +254,8 @@ void ppm_print_typecon(FILE* stream, TypeCon* typecon) {
     case TC_OPTIONAL:
         put(stream, " optional ");
         return ppm_print_typecon(stream, typecon->values.base);
-    default: NORVANE_FAIL("Invalid type constructor '%d'", typecon->contype);
     }
+    NORVANE_FAIL("Invalid type constructor '%d'", typecon->contype);
 }
 
 void ppm_print_typecon_str(TypeCon* typecon, UtilString* string) {
@@ -272,11 +278,7 @@ void ppm_print_vardecl(FILE* stream, VarDecl* vardecl) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(vardecl);
     put(stream, "  ");
-    switch (vardecl->vartype) {
-    case VARTYPE_PRIVATE: put(stream, "private "); break;
-    case VARTYPE_PUBLIC: put(stream, "public  "); break;
-    default: NORVANE_FAIL("Invalid variable type '%d'", static_cast<int>(vardecl->vartype));
-    }
+    put(stream, modifier_text(vardecl));
     ppm_print_id(stream, vardecl->name);
     put(stream, " : ");
     ppm_print_typecon(stream, vardecl->typecon);
@@ -296,13 +298,13 @@ void ppm_print_constantdecl(FILE* stream, ConstantDecl* constantdecl) {
 void ppm_print_ruledecl(FILE* stream, RuleDecl* ruledecl) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(ruledecl);
-    if (ruledecl->source_info != nullptr) {
-        // Read back, the name shows in place of a file and line.
+    if (ruledecl->source_info) {
+        // When this is read back, messages show the name instead of a file and line.
         put(stream, "#line 1 \"#");
         put(stream, ruledecl->source_info);
         put(stream, "\"\n");
     }
-    if (ruledecl->comment != nullptr) {
+    if (ruledecl->comment) {
         put(stream, "/* ");
         put(stream, ruledecl->comment);
         put(stream, " */\n");
@@ -311,23 +313,13 @@ void ppm_print_ruledecl(FILE* stream, RuleDecl* ruledecl) {
     put(stream, ";");
 }
 
-namespace {
-
-void print_section(FILE* stream, const char* heading, const PolyList* decls, PolyPrinter printer) {
-    if (plist_isempty(decls)) return;
-    put(stream, heading);
-    plist_print(stream, decls, "\n", "\n\n", printer);
-}
-
-} // namespace
-
 void ppm_print_project(FILE* stream, Project* project) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(project);
     put(stream, "/* Project     : ");
     put(stream, project->name);
     put(stream, "\n   Description : ");
-    put(stream, project->description == nullptr ? "" : project->description);
+    put(stream, project->description ? project->description : "");
     put(stream, "\n*/\n\n");
     fflush(stream);
     print_section(stream, "constant\n\n", project->constantdecllist, poly<ppm_print_constantdecl>);
@@ -341,8 +333,8 @@ int proj_export_to_pmfile(Project* project, const char* filename) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(filename);
     FILE* stream = fopen(filename, "w");
-    if (stream == nullptr) {
-        norvane::report_error(ERR_FILE_OPEN(filename));
+    if (!stream) {
+        report_error(ERR_FILE_OPEN(filename));
         return STATUS_FAILURE;
     }
     ppm_print_project(stream, project);

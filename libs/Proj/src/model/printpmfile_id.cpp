@@ -1,20 +1,17 @@
-// Printing identifiers: plain, in quotes, or cleaned to a plain one; and paths of them.
+// Prints identifiers, plain, quoted or cleaned, and paths of them.
 #include <array>
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/items.hpp"
 #include "norvane/proj/printpmfile.h"
 #include "printpmfile_internal.h"
+#include "tags.h"
 
-using norvane::items;
-using norvane::on_fresh_stack;
-using norvane::stack_is_low;
-using norvane::model::print_into;
-using norvane::model::put;
-
+namespace norvane::model {
 namespace {
 
-// What a byte may be in a plain identifier. Those above 127 are none, in every code page.
+// What a byte may be in a plain identifier. Bytes above 127 are never part of one, so that the
+// result does not depend on a code page.
 enum ByteClass : unsigned char { OTHER, DIGIT, LETTER };
 
 constexpr std::array<ByteClass, 256> make_byte_classes() {
@@ -51,7 +48,7 @@ bool is_reserved(std::string_view id) {
     }
 }
 
-// The length of a plain identifier; 0 for what needs quotes, the empty one among them.
+// The length of a plain identifier, or 0 if the identifier needs quotes, as the empty one does.
 std::size_t plain_length(const char* id) {
     if (class_of(id[0]) != LETTER) return 0;
     std::size_t length = 1;
@@ -75,7 +72,7 @@ UtilString* new_clean(const char* id) {
         ustr_append_char(text, '_');
         return text;
     }
-    // The first byte counts even where it is the terminator, so that an empty name becomes one too.
+    // The first byte is converted even if it is the terminator, so that an empty name gets a text.
     const char* c = id;
     do {
         const bool plain = class_of(*c) == LETTER || (class_of(*c) == DIGIT && c != id);
@@ -94,6 +91,22 @@ char* take_text(UtilString* text) {
     return copy;
 }
 
+// The widths that lines are broken by, whatever an index or a composite really takes. Existing
+// models were written with them, so their line breaks stay the same.
+constexpr unsigned index_width = 5;
+constexpr unsigned composite_width = 0;
+
+unsigned print_array_id(FILE* stream, const IdCon* idcon) {
+    unsigned width = ppm_print_id(stream, idcon->args.array.idname);
+    for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
+        put(stream, "[");
+        ppm_print_expr(stream, index);
+        put(stream, "]");
+        width += index_width;
+    }
+    return width;
+}
+
 unsigned print_and_delete(FILE* stream, UtilString* text) {
     const unsigned length = put(stream, {text->text, text->length});
     ustr_delete(text);
@@ -101,6 +114,10 @@ unsigned print_and_delete(FILE* stream, UtilString* text) {
 }
 
 } // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 unsigned ppm_print_id(FILE* stream, char* id) {
     NORVANE_ASSERT(stream);
@@ -129,27 +146,16 @@ unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
     if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(idcon);
-    switch (idcon->contype) {
+    switch (kind_of(idcon)) {
     case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
-    case IDCON_ARRAY: {
-        unsigned width = ppm_print_id(stream, idcon->args.array.idname);
-        for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
-            put(stream, "[");
-            ppm_print_expr(stream, index);
-            put(stream, "]");
-            // Lines of existing models break by this number, whatever the index really takes.
-            width += 5;
-        }
-        return width;
-    }
+    case IDCON_ARRAY: return print_array_id(stream, idcon);
     case IDCON_COMPOSIT:
         ppm_print_idcon(stream, idcon->args.compositid.hier);
         put(stream, ".");
         ppm_print_idcon(stream, idcon->args.compositid.nested);
-        // And by this one.
-        return 0;
-    default: NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
+        return composite_width;
     }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
 }
 
 void ppm_print_idcon_stderr(IdCon* idcon) {

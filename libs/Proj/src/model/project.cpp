@@ -1,4 +1,5 @@
-// Project: the whole product model, and the places in its source.
+// Builds, frees and changes a whole product model, and turns line numbers into file names and
+// lines.
 #include "norvane/proj/project.h"
 
 #include <cstdlib>
@@ -12,11 +13,24 @@
 #include "poly_adaptors.h"
 #include "walk.h"
 
-using norvane::items;
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
-using norvane::model::for_each_child;
+namespace norvane::model {
+namespace {
+
+void make_public(TypeCon* typecon) {
+    if (stack_is_low()) return on_fresh_stack([&] { make_public(typecon); });
+    NORVANE_ASSERT(typecon);
+    if (typecon->contype == TC_PROD) {
+        for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
+            field->vartype = VARTYPE_PUBLIC;
+    }
+    for_each_child(typecon, make_public, "Found invalid typecon type : %d");
+}
+
+} // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 Project* proj_new_project(char* name, char* description, char* filename) {
     NORVANE_ASSERT(name);
@@ -78,30 +92,16 @@ void proj_line_information(LineInfo* line_info, unsigned linenumber, char* buffe
         buffer[0] = '\0';
         return;
     }
-    // A file number wraps in its 16 bits, so it may lie outside of the list.
+    // The file number wraps in its 16 bits, so it may lie outside the list.
     const auto* filename = static_cast<const char*>(plist_nth(line_info->files, linenumber >> 16));
-    if (filename != nullptr && filename[0] == '#') {
+    if (filename && filename[0] == '#') {
         str_snprintf(buffer, MESSAGE_BUFFER_SIZE, "%s ", filename + 1);
         return;
     }
-    if (filename == nullptr) filename = line_info->filename;
-    str_snprintf(buffer, MESSAGE_BUFFER_SIZE, "%s (%d): ", filename == nullptr ? "" : filename,
+    if (!filename) filename = line_info->filename;
+    str_snprintf(buffer, MESSAGE_BUFFER_SIZE, "%s (%d): ", filename ? filename : "",
                  static_cast<int>(linenumber & 0xffff));
 }
-
-namespace {
-
-void make_public(TypeCon* typecon) {
-    if (stack_is_low()) return on_fresh_stack([&] { make_public(typecon); });
-    NORVANE_ASSERT(typecon);
-    if (typecon->contype == TC_PROD) {
-        for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
-            field->vartype = VARTYPE_PUBLIC;
-    }
-    for_each_child(typecon, make_public, "Found invalid typecon type : %d");
-}
-
-} // namespace
 
 void proj_make_all_vars_public(Project* project) {
     NORVANE_ASSERT(project);

@@ -1,9 +1,10 @@
-// Reading ahead of rules: what each step asks for.
+// The prefetch steps of RulesAhead.
 #include "rules_ahead.h"
 
 #include <cstdint>
 
 #include "norvane/base/hash.h"
+#include "tags.h"
 
 namespace norvane::model {
 
@@ -11,17 +12,17 @@ namespace {
 
 constexpr std::uintptr_t cache_line = 64;
 
-// Up to here a symbol table stays in the cache without help.
+// A symbol table of up to this many names stays in the cache without prefetching.
 constexpr unsigned small_table = 4096;
 
-// More than that is no rule, or one that will not stay in the cache.
+// Upper limit of the bytes that are prefetched for one rule.
 constexpr std::uintptr_t largest_rule = 8192;
 
 const Expr* rule_at(const PolyListNode* node) {
     return static_cast<const RuleDecl*>(node->element)->rule;
 }
 
-// The name that a path begins with. A broken tree may have none: whoever works on it will say so.
+// The first name of a path, or null in a broken tree, which the walk over the rules will report.
 const char* first_name(const IdCon* idcon) {
     while (idcon->contype == IDCON_COMPOSIT)
         idcon = idcon->args.compositid.hier;
@@ -29,8 +30,8 @@ const char* first_name(const IdCon* idcon) {
     return has_name ? idcon->args.id.idname : nullptr;
 }
 
-// The operands of an expression that is still to be looked at, the last one first. A few at a time
-// is enough: what finds no room is left out.
+// A stack of the operands that are still to be searched for names. Operands beyond its fixed size
+// are dropped, which costs no more than their prefetch.
 class Pending {
   public:
     void push(const Expr* expr) {
@@ -45,7 +46,7 @@ class Pending {
 
 void push_operands(Pending& pending, const Expr* expr) {
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY:
         pending.push(args.binargs.rightarg);
         return pending.push(args.binargs.leftarg);
@@ -54,7 +55,12 @@ void push_operands(Pending& pending, const Expr* expr) {
         pending.push(args.ite.falseexpr);
         pending.push(args.ite.trueexpr);
         return pending.push(args.ite.logictest);
-    default: return;
+    case EXPR_IDCONSTRUCTOR:
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return;
+    case EXPR_RANGE:
+    case EXPR_CASE: return; // too rare to be worth their prefetch
     }
 }
 
@@ -72,7 +78,7 @@ RulesAhead::RulesAhead(const SymbolTable* symboltable, const PolyList* rules)
 }
 
 RuleDecl* RulesAhead::next() {
-    if (next_ == nullptr) return nullptr;
+    if (!next_) return nullptr;
     step();
     auto* rule = static_cast<RuleDecl*>(next_->element);
     next_ = next_->next;
@@ -88,10 +94,10 @@ void RulesAhead::step() {
     fetch_typecons();
 }
 
-// The parser makes the nodes of a rule behind those of the rule before, and the root last: they lie
-// between the two roots. Where they do not, they come as they are read.
+// The parser allocates the nodes of a rule after those of the previous rule, and the root last, so
+// they usually lie between the two roots. Other nodes are not prefetched.
 void RulesAhead::fetch_nodes() {
-    if (next_nodes_ == nullptr) return;
+    if (!next_nodes_) return;
     const Expr* rule = rule_at(next_nodes_);
     const auto begin = reinterpret_cast<std::uintptr_t>(fetched_);
     const auto end = reinterpret_cast<std::uintptr_t>(rule + 1);
@@ -106,7 +112,7 @@ void RulesAhead::fetch_nodes() {
 void RulesAhead::fetch_slots() {
     Names& names = names_of_rule(slots);
     names.count = 0;
-    if (next_names_ == nullptr) return;
+    if (!next_names_) return;
     collect(names, rule_at(next_names_));
     next_names_ = next_names_->next;
     for (const Name& name : names) {
@@ -118,15 +124,15 @@ void RulesAhead::fetch_slots() {
 void RulesAhead::fetch_entries() {
     for (Name& name : names_of_rule(entries)) {
         name.entry = phash_prefetch_entry(global_, name.hash);
-        if (name.entry == nullptr) name.entry = phash_prefetch_entry(variables_, name.hash);
+        if (!name.entry) name.entry = phash_prefetch_entry(variables_, name.hash);
     }
 }
 
 void RulesAhead::fetch_records() {
     for (Name& name : names_of_rule(records)) {
         name.namedata = static_cast<const NameData*>(phash_prefetch_key(name.entry));
-        if (name.namedata == nullptr) continue;
-        // It may lie across two lines.
+        if (!name.namedata) continue;
+        // It may span two cache lines.
         __builtin_prefetch(name.namedata);
         __builtin_prefetch(&name.namedata->value_type);
     }
@@ -134,21 +140,21 @@ void RulesAhead::fetch_records() {
 
 void RulesAhead::fetch_typecons() {
     for (const Name& name : names_of_rule(typecons)) {
-        if (name.namedata != nullptr) __builtin_prefetch(name.namedata->typecon);
+        if (name.namedata) __builtin_prefetch(name.namedata->typecon);
     }
 }
 
 void RulesAhead::collect(Names& names, const Expr* rule) const {
     Pending pending;
-    for (const Expr* expr = rule; expr != nullptr; expr = pending.pop()) {
+    for (const Expr* expr = rule; expr; expr = pending.pop()) {
         if (expr->structure != EXPR_IDCONSTRUCTOR) {
             push_operands(pending, expr);
             continue;
         }
         if (names.count == sizeof names.names / sizeof *names.names) return;
         const char* name = first_name(expr->args.idcon);
-        if (name == nullptr) continue;
-        // Both tables have the same callbacks.
+        if (!name) continue;
+        // Valid for both tables, because they have the same hash callback.
         names.names[names.count++].hash = phash_hash_of(global_, name);
     }
 }

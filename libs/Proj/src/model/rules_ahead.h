@@ -1,9 +1,9 @@
-// Walking through the rules of a project, reading ahead.
+// Walks through the rules of a project and prefetches what the next rules will read.
 //
-// In a large project such a walk would wait for memory most of the time: rules lie one behind the
-// other, but their names lead all over the symbol table. Both are known in advance, so what a rule
-// is going to read is asked for while the rules before it are worked on, in steps that follow each
-// other at the distance of one rule. It is a hint to the processor: no result depends on it.
+// In a large project such a walk mostly waits for memory: the rules are allocated one after
+// another, but their names are scattered over the symbol table. So each step of the walk prefetches
+// in stages, one rule apart: the nodes of a later rule, the hash slots of its names, their entries,
+// records and types. Prefetches are hints to the processor; no result depends on them.
 #ifndef NORVANE_PROJ_RULES_AHEAD_H
 #define NORVANE_PROJ_RULES_AHEAD_H
 
@@ -15,24 +15,24 @@ namespace norvane::model {
 
 class RulesAhead {
   public:
-    // Neither the list nor the table may change during the walk, but for environments that are
-    // pushed and popped again.
+    // Borrows both. Neither may change during the walk, except that environments may be pushed and
+    // popped again.
     RulesAhead(const SymbolTable* symboltable, const PolyList* rules);
 
-    // The next rule of the list, or null behind the last one.
+    // The next rule of the list, or null after the last one.
     RuleDecl* next();
 
   private:
-    // How far ahead of the rule that is worked on each step is.
+    // By how many rules each stage runs ahead of the rule that next() returns.
     enum Distance : unsigned { typecons = 1, records, entries, slots, nodes = 6 };
 
-    // A name on its way.
+    // A name that is being prefetched.
     struct Name {
         unsigned hash;
         const struct HashEntry* entry;
         const NameData* namedata;
     };
-    // The names of a rule; those of a long one as far as there is room.
+    // The names of a rule. Those beyond the fixed size are not prefetched.
     struct Names {
         unsigned count = 0;
         Name names[24];
@@ -50,12 +50,12 @@ class RulesAhead {
     void fetch_typecons();
     void collect(Names& names, const Expr* rule) const;
 
-    const PolyHash* global_; // the two tables that names of rules are looked up in
+    const PolyHash* global_; // the names of rules are in this table or the next one
     const PolyHash* variables_;
-    const PolyListNode* next_;                 // to be returned
-    const PolyListNode* next_nodes_;           // to be fetched
-    const PolyListNode* next_names_ = nullptr; // to be looked up
-    const Expr* fetched_ = nullptr;            // the rule whose nodes were fetched last
+    const PolyListNode* next_;                 // returned by the next call of next()
+    const PolyListNode* next_nodes_;           // nodes to be prefetched next
+    const PolyListNode* next_names_ = nullptr; // names to be looked up next
+    const Expr* fetched_ = nullptr;            // the rule whose nodes were prefetched last
     unsigned at_ = 0;
     Names names_[rules_under_way];
 };

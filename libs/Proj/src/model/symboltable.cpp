@@ -1,7 +1,8 @@
-// The symbol table: the declared names of a project, and the paths that lead through them.
+// Declares and looks up the names of a project, and follows paths through records.
 //
-// A table is a global hash table of types and labels, and a stack of environments of constants and
-// variables. All of them have the same callbacks, so that a look-up hashes its name once.
+// A symbol table is a global hash table of types and labels, and a stack of environments of
+// constants and variables. All of them have the same callbacks, so that a lookup hashes its name
+// once.
 #include "norvane/proj/symboltable.h"
 
 #include <cstdlib>
@@ -13,22 +14,20 @@
 #include "norvane/base/strings.h"
 #include "norvane/proj/proj_errors.h"
 #include "poly_adaptors.h"
+#include "position.h"
 #include "report.h"
 #include "symboltable_internal.h"
+#include "tags.h"
 
+namespace norvane::model {
 namespace {
 
-using namespace norvane;
-
-// The hint for tables that hold the names of a whole project.
+// Initial capacity of the tables that hold the names of a whole project.
 constexpr int project_size = 32;
-
-// The place that a report blames, until the next report.
-char position[MESSAGE_BUFFER_SIZE];
 
 PolyHash* innermost(const SymbolTable* symboltable) {
     auto* environment = static_cast<PolyHash*>(plist_hd(symboltable->local_table));
-    if (environment == nullptr) NORVANE_FAIL("Variable environment is NULL");
+    if (!environment) NORVANE_FAIL("Variable environment is NULL");
     return environment;
 }
 
@@ -46,28 +45,28 @@ inline bool is_global(const NameData* namedata) {
 
 int report_redeclared(LineInfo* line_info, char* name, NameData* namedata, NameData* declared,
                       unsigned linenumber) {
-    proj_line_information(line_info, linenumber, position);
-    report_error(ERR_NAME_REDECLARED(position, symtbl_namedata_to_string(namedata), name,
+    report_error(ERR_NAME_REDECLARED(position_of(line_info, linenumber).text,
+                                     symtbl_namedata_to_string(namedata), name,
                                      symtbl_namedata_to_string(declared)));
     return STATUS_FAILURE;
 }
 
 int report_redeclared_scope(LineInfo* line_info, char* name, NameData* namedata,
                             unsigned linenumber) {
-    proj_line_information(line_info, linenumber, position);
-    report_error(ERR_NAME_REDECLARED_SCOPE(position, symtbl_namedata_to_string(namedata), name));
+    report_error(ERR_NAME_REDECLARED_SCOPE(position_of(line_info, linenumber).text,
+                                           symtbl_namedata_to_string(namedata), name));
     return STATUS_FAILURE;
 }
 
-// For the builders that take no more than the place and a name.
+// For a builder whose arguments are the position and a name.
 int report_name(LineInfo* line_info, ErrorInfo* (*builder)(const char*, const char*),
                 const char* name, unsigned linenumber) {
-    proj_line_information(line_info, linenumber, position);
-    report_error(builder(position, name));
+    report_error(builder(position_of(line_info, linenumber).text, name));
     return STATUS_FAILURE;
 }
 
-// Which kinds come with a type and an environment. A record without one could not be entered.
+// Asserts which kinds come with a type and with an environment. Paths enter a record through its
+// environment, so a record needs one.
 void check_arguments(NameDataType ndtype, const TypeCon* typecon, const PolyHash* environment) {
     switch (ndtype) {
     case ND_BOOL:
@@ -91,38 +90,55 @@ void check_arguments(NameDataType ndtype, const TypeCon* typecon, const PolyHash
     NORVANE_FAIL("Invalid name data type '%d'", static_cast<int>(ndtype));
 }
 
-// The name of the type that a declaration leads to through arrays and optionals, or null.
+// The name that a type has inside its arrays and optionals, or null if that type has none.
 char* name_of_type(const TypeCon* typecon) {
-    for (;;) {
-        switch (typecon->contype) {
-        case TC_BOOL:
-        case TC_INT:
-        case TC_UBOUND_FLOAT:
-        case TC_UBOUND_INTEGER:
-        case TC_STRING:
-        case TC_PROD:
-        case TC_SUM: return nullptr;
-        case TC_ARRAY: typecon = typecon->values.array.element; break;
-        case TC_OPTIONAL: typecon = typecon->values.base; break;
-        case TC_NAMED: return typecon->values.name;
-        default: NORVANE_FAIL("Invalid type construtor '%d'", typecon->contype);
-        }
+    while (typecon->contype == TC_ARRAY || typecon->contype == TC_OPTIONAL) {
+        typecon =
+            typecon->contype == TC_ARRAY ? typecon->values.array.element : typecon->values.base;
     }
+    switch (kind_of(typecon)) {
+    case TC_NAMED: return typecon->values.name;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_PROD:
+    case TC_SUM:
+    case TC_ARRAY:
+    case TC_OPTIONAL: return nullptr;
+    }
+    NORVANE_FAIL("Invalid type construtor '%d'", typecon->contype);
 }
 
-// A path such as a.b[1].c, on the way to its last step. What it needs along the way is what the
-// exported functions were given.
+// Fails for a name that no record can belong to.
+void check_has_type(const NameData* namedata, const char* name) {
+    switch (kind_of(namedata)) {
+    case ND_TYPE:
+    case ND_VARIABLE: return;
+    case ND_BOOL:
+    case ND_INT:
+    case ND_FLOAT:
+    case ND_STRING:
+    case ND_LABEL: NORVANE_FAIL("'%s' is neither a variable nor a type", name);
+    }
+    NORVANE_FAIL("Invalid namedata type '%d'", namedata->ndtype);
+}
+
+// The lookup of a path such as a.b[1].c, step by step, with the arguments of the exported function
+// that it serves.
 struct Path {
     LineInfo* line_info;
     SymbolTable* symboltable;
-    IdCon* idcon; // the rest of the path
-    int scoped;   // whether its first name is looked up in the innermost environment alone
+    IdCon* idcon; // the steps that are still to be looked up
+    int scoped;   // non-zero: look the next name up in the innermost environment only
     unsigned linenumber;
-    unsigned pushed; // environments that it has pushed
+    unsigned pushed; // environments that the lookup has pushed
 };
 
-// Goes to the last step, pushing the environment of each record on the way: false after a report.
-// Indices play no part: all elements of an array share the environment of their type.
+// Advances to the last step and pushes the environment of each record before it; false after a
+// report. Indices are ignored, because all elements of an array share the environment of their
+// type.
 bool enter(Path* path) {
     while (path->idcon->contype == IDCON_COMPOSIT) {
         const IdCon* head = path->idcon->args.compositid.hier;
@@ -134,9 +150,7 @@ bool enter(Path* path) {
                               path->scoped, &environment, path->linenumber) != STATUS_SUCCESS) {
             return false;
         }
-        if (environment == nullptr) {
-            NORVANE_FAIL("Could not find environment for '%s'", head->args.id.idname);
-        }
+        if (!environment) NORVANE_FAIL("Could not find environment for '%s'", head->args.id.idname);
         symtbl_push_env(path->symboltable, environment);
         ++path->pushed;
         path->scoped = 1;
@@ -150,7 +164,7 @@ void leave(Path* path) {
         symtbl_pop_env(path->symboltable);
 }
 
-// The record of the last step, a simple or an array constructor, or null.
+// The record of the last step, which is a simple or an array constructor; null if it is undeclared.
 NameData* last_record(const Path* path) {
     if (path->idcon->contype != IDCON_SIMPLE && path->idcon->contype != IDCON_ARRAY) {
         NORVANE_FAIL("Invalid id constructor type '%d'", path->idcon->contype);
@@ -163,7 +177,7 @@ NameData* last_record(const Path* path) {
     return namedata;
 }
 
-// A type as it is declared, or, with `resolve`, as what its name leads to.
+// Gives the type as it is declared, or, with `resolve`, the type that its name stands for.
 int deliver(const Path* path, TypeCon* typecon, bool resolve, TypeCon** result) {
     if (resolve) {
         return symtbl_lookup_typecon(path->line_info, path->symboltable, typecon, result,
@@ -175,21 +189,25 @@ int deliver(const Path* path, TypeCon* typecon, bool resolve, TypeCon** result) 
 
 int type_of_simple(const Path* path, bool resolve, TypeCon** result) {
     const NameData* namedata = last_record(path);
-    if (namedata == nullptr) return STATUS_FAILURE;
-    switch (namedata->ndtype) {
+    if (!namedata) return STATUS_FAILURE;
+    switch (kind_of(namedata)) {
     case ND_LABEL:
     case ND_VARIABLE: return deliver(path, namedata->typecon, resolve, result);
     case ND_TYPE:
         return report_name(path->line_info, ERR_TYPE_AS_VAR, path->idcon->args.id.idname,
                            path->linenumber);
-    default: NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
+    case ND_BOOL:
+    case ND_INT:
+    case ND_FLOAT:
+    case ND_STRING: break;
     }
+    NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
 }
 
 int type_of_element(const Path* path, bool resolve, TypeCon** result) {
     char* name = path->idcon->args.array.idname;
     const NameData* namedata = last_record(path);
-    if (namedata == nullptr || namedata->ndtype != ND_VARIABLE) {
+    if (!namedata || namedata->ndtype != ND_VARIABLE) {
         NORVANE_FAIL("'%s' is not declared as an array", name);
     }
     TypeCon* typecon;
@@ -221,15 +239,20 @@ int type_at_end(Path path, bool resolve, TypeCon** result) {
 
 } // namespace
 
-void norvane::model::take_env_out(SymbolTable* symboltable, PolyHash* environment) {
+void take_env_out(SymbolTable* symboltable, PolyHash* environment) {
     unsigned depth = 0;
-    for (const PolyListNode* node = symboltable->local_table->first; node != nullptr;
+    for (const PolyListNode* node = symboltable->local_table->first; node;
          node = node->next, ++depth) {
         if (node->element != environment) continue;
         plist_delete_nth(symboltable->local_table, depth);
         return;
     }
 }
+
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 SymbolTable* symtbl_new_symbol_table() {
     auto* symboltable = static_cast<SymbolTable*>(util_malloc_throw(sizeof(SymbolTable)));
@@ -285,23 +308,26 @@ NameData* symtbl_new_namedata(NameDataType ndtype, TypeCon* typecon, PolyHash* e
 }
 
 void symtbl_delete_namedata(NameData* namedata) {
-    // Records lie in the environments of records.
+    // Deleting an environment deletes the records in it, and so on inwards.
     if (stack_is_low()) return on_fresh_stack([=] { symtbl_delete_namedata(namedata); });
     NORVANE_ASSERT(namedata);
-    switch (namedata->ndtype) {
+    switch (kind_of(namedata)) {
     case ND_STRING: str_delete(namedata->string_value); break;
     case ND_TYPE:
     case ND_VARIABLE:
-        if (namedata->environment != nullptr) symtbl_delete_symbol_table_env(namedata->environment);
+        if (namedata->environment) symtbl_delete_symbol_table_env(namedata->environment);
         break;
-    default: break;
+    case ND_BOOL:
+    case ND_INT:
+    case ND_FLOAT:
+    case ND_LABEL: break; // own nothing
     }
     std::free(namedata);
 }
 
 const char* symtbl_namedata_to_string(NameData* namedata) {
     NORVANE_ASSERT(namedata);
-    switch (namedata->ndtype) {
+    switch (kind_of(namedata)) {
     case ND_BOOL:
     case ND_INT:
     case ND_FLOAT:
@@ -309,8 +335,8 @@ const char* symtbl_namedata_to_string(NameData* namedata) {
     case ND_LABEL: return "label";
     case ND_TYPE: return "type";
     case ND_VARIABLE: return "variable";
-    default: NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
     }
+    NORVANE_FAIL("Invalid name data type '%d'", namedata->ndtype);
 }
 
 void symtbl_push_env(SymbolTable* symboltable, PolyHash* environment) {
@@ -394,23 +420,14 @@ int symtbl_lookup_env(LineInfo* line_info, SymbolTable* symboltable, char* name,
     NORVANE_ASSERT(name);
     NORVANE_ASSERT(result);
     *result = nullptr;
-    // A type without an environment of its own leads on to the type that it names.
-    for (; name != nullptr; scoped = 0) {
-        NameData* namedata;
-        if (symtbl_lookup(symboltable, name, scoped, &namedata) != STATUS_SUCCESS) {
+    NameData* namedata;
+    // A declaration without an environment of its own has that of the type that it names.
+    for (; name; name = name_of_type(namedata->typecon), scoped = 0) {
+        if (symtbl_lookup(symboltable, name, scoped, &namedata) != STATUS_SUCCESS)
             return report_name(line_info, ERR_ID_UNDECLARED, name, linenumber);
-        }
-        if (namedata->ndtype <= ND_LABEL) {
-            NORVANE_FAIL("'%s' is neither a variable nor a type", name);
-        }
-        if (namedata->ndtype > ND_VARIABLE) {
-            NORVANE_FAIL("Invalid namedata type '%d'", namedata->ndtype);
-        }
-        if (namedata->environment != nullptr) {
-            *result = namedata->environment;
-            return STATUS_SUCCESS;
-        }
-        name = name_of_type(namedata->typecon);
+        check_has_type(namedata, name);
+        *result = namedata->environment;
+        if (*result) break;
     }
     return STATUS_SUCCESS;
 }

@@ -1,4 +1,4 @@
-// What the symbol table offers to the rooms that push environments on its stack.
+// For the rooms that push environments onto the stack of a symbol table.
 #ifndef NORVANE_PROJ_SYMBOLTABLE_INTERNAL_H
 #define NORVANE_PROJ_SYMBOLTABLE_INTERNAL_H
 
@@ -6,8 +6,8 @@
 
 namespace norvane::model {
 
-// Removes this very environment from the table's stack, wherever it is in it; does nothing if it is
-// not there.
+// Removes this environment from the table's stack, at whatever depth it is, and does nothing if it
+// is not on the stack. The environment itself is not freed.
 void take_env_out(SymbolTable* symboltable, PolyHash* environment);
 
 } // namespace norvane::model

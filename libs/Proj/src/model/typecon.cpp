@@ -1,10 +1,9 @@
-// Types: making, freeing and copying them, the merging of open types, and the labels that stand for
-// the classes of an open type's values.
+// Makes, frees, copies and merges types, and makes the labels that stand for the value classes of
+// an unbounded type.
 #include "norvane/proj/typecon.h"
 
 #include <cstdint>
 #include <cstdlib>
-#include <iterator>
 #include <new>
 
 #include "norvane/base/chunk.h"
@@ -16,15 +15,12 @@
 #include "norvane/base/util.h"
 #include "norvane/proj/decl.h"
 #include "poly_adaptors.h"
+#include "tags.h"
 
-using norvane::items;
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
-
+namespace norvane::model {
 namespace {
 
-// Room to make in the containers of an open type.
+// Initial capacity of the containers of an unbounded type.
 constexpr unsigned value_count_hint = 64;
 
 TypeCon* new_typecon(ConType contype, unsigned linenumber) {
@@ -35,7 +31,151 @@ TypeCon* new_typecon(ConType contype, unsigned linenumber) {
     return typecon;
 }
 
+void delete_parts(TypeCon* typecon) {
+    auto& values = typecon->values;
+    switch (kind_of(typecon)) {
+    case TC_BOOL: return;
+    case TC_INT: return expr_delete(values.upper);
+    case TC_UBOUND_FLOAT:
+        pset_delete(values.enum_float.float_set);
+        ihash_delete(values.enum_float.value_index);
+        return plist_delete(values.enum_float.labellist);
+    case TC_UBOUND_INTEGER:
+        iset_delete(values.enum_int.int_set);
+        ihash_delete(values.enum_int.value_index);
+        return plist_delete(values.enum_int.labellist);
+    case TC_STRING:
+        pset_delete(values.enum_string.string_set);
+        ihash_delete(values.enum_string.value_index);
+        return plist_delete(values.enum_string.labellist);
+    case TC_PROD: plist_delete(values.prod.fields); return plist_delete(values.prod.rules);
+    case TC_SUM: return plist_delete(values.labels);
+    case TC_ARRAY: expr_delete(values.array.size); return tc_delete_typecon(values.array.element);
+    case TC_NAMED: return str_delete(values.name);
+    case TC_OPTIONAL: return tc_delete_typecon(values.base);
+    }
+    NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
+}
+
+using KeyCopy = void* (*)(void*);
+
+// `copy` copies each key; null where the table copies what it is given or the key is a number.
+void copy_index(const IntHash* from, IntHash* to, KeyCopy copy) {
+    IntHashIter iter;
+    void* key;
+    int index;
+    ihash_iter_init(&iter, from);
+    while (ihash_iter_next(&iter, &key, &index))
+        ihash_insert(to, copy ? copy(key) : key, index);
+}
+
+TypeCon* copy_float(const TypeCon* typecon) {
+    TypeCon* copy = tc_new_float_tc(typecon->linenumber);
+    const auto& from = typecon->values.enum_float;
+    auto& to = copy->values.enum_float;
+    PolySetIter iter;
+    void* value;
+    pset_iter_init(&iter, from.float_set);
+    while (pset_iter_next(&iter, &value))
+        pset_insert(to.float_set, poly_copy_poly_value(value));
+    copy_index(from.value_index, to.value_index, poly_copy_poly_value);
+    plist_delete(to.labellist);
+    to.labellist = plist_copy_with_copycon(from.labellist, poly_copy_string);
+    return copy;
+}
+
+TypeCon* copy_integer(const TypeCon* typecon) {
+    TypeCon* copy = tc_new_integer_tc(typecon->linenumber);
+    const auto& from = typecon->values.enum_int;
+    auto& to = copy->values.enum_int;
+    IntSetIter iter;
+    int value;
+    iset_iter_init(&iter, from.int_set);
+    while (iset_iter_next(&iter, &value))
+        iset_insert(to.int_set, value);
+    copy_index(from.value_index, to.value_index, nullptr);
+    plist_delete(to.labellist);
+    to.labellist = plist_copy_with_copycon(from.labellist, poly_copy_string);
+    return copy;
+}
+
+// The string set stays empty, unlike the sets of numbers: callers rely on a copy that has the
+// labels and collects strings afresh.
+TypeCon* copy_string(const TypeCon* typecon) {
+    TypeCon* copy = tc_new_string_tc(typecon->linenumber);
+    const auto& from = typecon->values.enum_string;
+    auto& to = copy->values.enum_string;
+    copy_index(from.value_index, to.value_index, nullptr);
+    plist_delete(to.labellist);
+    to.labellist = plist_copy(from.labellist);
+    return copy;
+}
+
+TypeCon* copy_record(const TypeCon* typecon) {
+    PolyList* fields =
+        plist_copy_with_copycon(typecon->values.prod.fields, poly<decl_copy_vardecl>);
+    PolyList* rules = plist_copy_with_copycon(typecon->values.prod.rules, poly<decl_copy_ruledecl>);
+    return tc_new_prod_tc_varlist(fields, rules, typecon->linenumber);
+}
+
+TypeCon* copy_array(const TypeCon* typecon) {
+    Expr* size = expr_copy_expr(typecon->values.array.size);
+    TypeCon* element = tc_copy_typecon(typecon->values.array.element);
+    return tc_new_array_tc(size, element, typecon->linenumber);
+}
+
+[[gnu::format(printf, 2, 3)]] void append_label(PolyList* labels, const char* format, ...) {
+    char text[MESSAGE_BUFFER_SIZE];
+    va_list args;
+    va_start(args, format);
+    str_vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    plist_append(labels, str_copy(text));
+}
+
+// One label per value and per class of integers between two values, in ascending order. Adjacent
+// integers have no class between them. Computed in 64 bits, because the outer classes begin one
+// beyond the smallest and the largest value.
+void append_integer_labels(const IntChunk* values, IntHash* value_index, PolyList* labels) {
+    long long previous = values->elements[0];
+    append_label(labels, "]-inf;%lld]", previous - 1);
+    for (int i = 0; i < values->count; ++i) {
+        const long long value = values->elements[i];
+        const long long gap = value - previous;
+        if (gap == 2) append_label(labels, "%lld", previous + 1);
+        if (gap > 2) append_label(labels, "[%lld;%lld]", previous + 1, value - 1);
+        ihash_insert(value_index, reinterpret_cast<void*>(static_cast<std::intptr_t>(value)),
+                     static_cast<int>(labels->len));
+        append_label(labels, "%lld", value);
+        previous = value;
+    }
+    append_label(labels, "[%lld;inf[", previous + 1);
+}
+
+// The same for floats, where a class lies between any two values.
+void append_float_labels(const PolyChunk* values, IntHash* value_index, PolyList* labels) {
+    const auto number = [&](int i) { return static_cast<PolyValue*>(values->elements[i])->number; };
+    char* text = str_copy(util_double_to_str(number(0)));
+    append_label(labels, "]-inf;%s[", text);
+    for (int i = 0; i < values->count; ++i) {
+        ihash_insert(value_index, poly_copy_poly_value(values->elements[i]),
+                     static_cast<int>(labels->len));
+        append_label(labels, "%s", text);
+        if (i + 1 == values->count) break;
+        char* next = str_copy(util_double_to_str(number(i + 1)));
+        append_label(labels, "]%s;%s[", text, next);
+        str_delete(text);
+        text = next;
+    }
+    append_label(labels, "]%s;inf[", text);
+    str_delete(text);
+}
+
 } // namespace
+} // namespace norvane::model
+
+using namespace norvane;
+using namespace norvane::model;
 
 TypeCon* tc_new_bool_tc(unsigned linenumber) {
     return new_typecon(TC_BOOL, linenumber);
@@ -139,118 +279,16 @@ void tc_add_label_to_sum(TypeCon* typecon, char* label) {
 void tc_delete_typecon(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { tc_delete_typecon(typecon); });
     NORVANE_ASSERT(typecon);
-    auto& values = typecon->values;
-    switch (typecon->contype) {
-    case TC_BOOL: break;
-    case TC_INT: expr_delete(values.upper); break;
-    case TC_UBOUND_FLOAT:
-        pset_delete(values.enum_float.float_set);
-        ihash_delete(values.enum_float.value_index);
-        plist_delete(values.enum_float.labellist);
-        break;
-    case TC_UBOUND_INTEGER:
-        iset_delete(values.enum_int.int_set);
-        ihash_delete(values.enum_int.value_index);
-        plist_delete(values.enum_int.labellist);
-        break;
-    case TC_STRING:
-        pset_delete(values.enum_string.string_set);
-        ihash_delete(values.enum_string.value_index);
-        plist_delete(values.enum_string.labellist);
-        break;
-    case TC_PROD:
-        plist_delete(values.prod.fields);
-        plist_delete(values.prod.rules);
-        break;
-    case TC_SUM: plist_delete(values.labels); break;
-    case TC_ARRAY:
-        expr_delete(values.array.size);
-        tc_delete_typecon(values.array.element);
-        break;
-    case TC_NAMED: str_delete(values.name); break;
-    case TC_OPTIONAL: tc_delete_typecon(values.base); break;
-    default: NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
-    }
+    delete_parts(typecon);
     std::free(typecon);
 }
-
-namespace {
-
-using KeyCopy = void* (*)(void*);
-
-// `copy` is for keys that the table takes as they are given.
-void copy_index(const IntHash* from, IntHash* to, KeyCopy copy) {
-    IntHashIter iter;
-    void* key;
-    int index;
-    ihash_iter_init(&iter, from);
-    while (ihash_iter_next(&iter, &key, &index))
-        ihash_insert(to, copy == nullptr ? key : copy(key), index);
-}
-
-TypeCon* copy_float(const TypeCon* typecon) {
-    TypeCon* copy = tc_new_float_tc(typecon->linenumber);
-    const auto& from = typecon->values.enum_float;
-    auto& to = copy->values.enum_float;
-    PolySetIter iter;
-    void* value;
-    pset_iter_init(&iter, from.float_set);
-    while (pset_iter_next(&iter, &value))
-        pset_insert(to.float_set, poly_copy_poly_value(value));
-    copy_index(from.value_index, to.value_index, poly_copy_poly_value);
-    plist_delete(to.labellist);
-    to.labellist = plist_copy_with_copycon(from.labellist, poly_copy_string);
-    return copy;
-}
-
-TypeCon* copy_integer(const TypeCon* typecon) {
-    TypeCon* copy = tc_new_integer_tc(typecon->linenumber);
-    const auto& from = typecon->values.enum_int;
-    auto& to = copy->values.enum_int;
-    IntSetIter iter;
-    int value;
-    iset_iter_init(&iter, from.int_set);
-    while (iset_iter_next(&iter, &value))
-        iset_insert(to.int_set, value);
-    copy_index(from.value_index, to.value_index, nullptr);
-    plist_delete(to.labellist);
-    to.labellist = plist_copy_with_copycon(from.labellist, poly_copy_string);
-    return copy;
-}
-
-// The string set stays empty, unlike those of the numbers: callers rely on a copy of a string type
-// that knows its labels and starts to gather anew.
-TypeCon* copy_string(const TypeCon* typecon) {
-    TypeCon* copy = tc_new_string_tc(typecon->linenumber);
-    const auto& from = typecon->values.enum_string;
-    auto& to = copy->values.enum_string;
-    copy_index(from.value_index, to.value_index, nullptr);
-    plist_delete(to.labellist);
-    to.labellist = plist_copy(from.labellist);
-    return copy;
-}
-
-TypeCon* copy_record(const TypeCon* typecon) {
-    PolyList* fields =
-        plist_copy_with_copycon(typecon->values.prod.fields, poly<decl_copy_vardecl>);
-    PolyList* rules = plist_copy_with_copycon(typecon->values.prod.rules, poly<decl_copy_ruledecl>);
-    return tc_new_prod_tc_varlist(fields, rules, typecon->linenumber);
-}
-
-TypeCon* copy_array(const TypeCon* typecon) {
-    Expr* size = expr_copy_expr(typecon->values.array.size);
-    TypeCon* element = tc_copy_typecon(typecon->values.array.element);
-    return tc_new_array_tc(size, element, typecon->linenumber);
-}
-
-} // namespace
 
 TypeCon* tc_copy_typecon(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { return tc_copy_typecon(typecon); });
     NORVANE_ASSERT(typecon);
     NORVANE_ASSERT(typecon->p == typecon);
     const unsigned line = typecon->linenumber;
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_BOOL: return tc_new_bool_tc(line);
     case TC_INT: return tc_new_subrange_tc(expr_copy_expr(typecon->values.upper), line);
     case TC_UBOUND_FLOAT: return copy_float(typecon);
@@ -263,19 +301,25 @@ TypeCon* tc_copy_typecon(TypeCon* typecon) {
     case TC_ARRAY: return copy_array(typecon);
     case TC_NAMED: return tc_new_named_tc(str_copy(typecon->values.name), line);
     case TC_OPTIONAL: return tc_new_optional_tc(tc_copy_typecon(typecon->values.base), line);
-    default: NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
     }
+    NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
 }
 
 const char* tc_type_to_string(TypeCon* typecon) {
-    static constexpr const char* texts[] = {
-        "boolean", "integer",     "float", "integer",      "string",
-        "record",  "enumeration", "array", "user-defined", "optional",
-    };
     NORVANE_ASSERT(typecon);
-    if (typecon->contype >= std::size(texts))
-        NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
-    return texts[typecon->contype];
+    switch (kind_of(typecon)) {
+    case TC_BOOL: return "boolean";
+    case TC_INT:
+    case TC_UBOUND_INTEGER: return "integer";
+    case TC_UBOUND_FLOAT: return "float";
+    case TC_STRING: return "string";
+    case TC_PROD: return "record";
+    case TC_SUM: return "enumeration";
+    case TC_ARRAY: return "array";
+    case TC_NAMED: return "user-defined";
+    case TC_OPTIONAL: return "optional";
+    }
+    NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
 }
 
 void tc_remove_rules(TypeCon* typecon) {
@@ -286,56 +330,6 @@ void tc_remove_rules(TypeCon* typecon) {
     for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
         tc_remove_rules(field->typecon);
 }
-
-namespace {
-
-[[gnu::format(printf, 2, 3)]] void append_label(PolyList* labels, const char* format, ...) {
-    char text[MESSAGE_BUFFER_SIZE];
-    va_list args;
-    va_start(args, format);
-    str_vsnprintf(text, sizeof text, format, args);
-    va_end(args);
-    plist_append(labels, str_copy(text));
-}
-
-// Values and the classes between them, in ascending order. Callers rely on adjacent values having
-// no class between them. Wider than int: the outer classes begin beside the outermost values.
-void append_integer_labels(const IntChunk* values, IntHash* value_index, PolyList* labels) {
-    long long previous = values->elements[0];
-    append_label(labels, "]-inf;%lld]", previous - 1);
-    for (int i = 0; i < values->count; ++i) {
-        const long long value = values->elements[i];
-        const long long gap = value - previous;
-        if (gap == 2) append_label(labels, "%lld", previous + 1);
-        if (gap > 2) append_label(labels, "[%lld;%lld]", previous + 1, value - 1);
-        ihash_insert(value_index, reinterpret_cast<void*>(static_cast<std::intptr_t>(value)),
-                     static_cast<int>(labels->len));
-        append_label(labels, "%lld", value);
-        previous = value;
-    }
-    append_label(labels, "[%lld;inf[", previous + 1);
-}
-
-// As above, but there is a class between any two floats.
-void append_float_labels(const PolyChunk* values, IntHash* value_index, PolyList* labels) {
-    const auto number = [&](int i) { return static_cast<PolyValue*>(values->elements[i])->number; };
-    char* text = str_copy(util_double_to_str(number(0)));
-    append_label(labels, "]-inf;%s[", text);
-    for (int i = 0; i < values->count; ++i) {
-        ihash_insert(value_index, poly_copy_poly_value(values->elements[i]),
-                     static_cast<int>(labels->len));
-        append_label(labels, "%s", text);
-        if (i + 1 == values->count) break;
-        char* next = str_copy(util_double_to_str(number(i + 1)));
-        append_label(labels, "]%s;%s[", text, next);
-        str_delete(text);
-        text = next;
-    }
-    append_label(labels, "]%s;inf[", text);
-    str_delete(text);
-}
-
-} // namespace
 
 void tc_create_integer_intervals(TypeCon* typecon) {
     NORVANE_ASSERT(typecon);
@@ -369,7 +363,7 @@ void tc_create_string_hash(TypeCon* typecon) {
     NORVANE_ASSERT_TEXT(typecon->p == typecon, "typecon");
     auto& values = typecon->values.enum_string;
     if (!plist_isempty(values.labellist)) return;
-    // Stands for every string that the model does not name. The list copies what it is given.
+    // The label of every string that the model does not name. The list copies its elements.
     char other_values[] = "[Other values]";
     plist_append(values.labellist, other_values);
     PolyChunk* chunk = pset_to_polychunk(values.string_set);

@@ -1,5 +1,5 @@
-// Loads PM source: runs the preprocessor, then the scanner and the parser of pmlexer.l and
-// pmgrammar.y over what it wrote.
+// Loads PM source: runs the preprocessor, then the scanner (pmlexer.l) and the parser (pmgrammar.y)
+// on its output.
 #include "norvane/proj/loadpmfile.h"
 
 #include <cstdio>
@@ -15,35 +15,26 @@
 #include "pmgrammar.hpp"
 #include "report.h"
 
-namespace norvane {
-
-PmFrontEnd pm;
-
-const char* pm_position() {
-    static char position[MESSAGE_BUFFER_SIZE];
-    proj_line_information(pm.project->line_info, pm.line, position);
-    return position;
-}
-
+namespace norvane::pm {
 namespace {
 
-// Opens the preprocessor's output; null after a report. The file is gone from its folder at once,
-// so that nothing that stops the load can leave it behind.
+// Opens the preprocessor's output; null after a report. Unlinks the file at once, so that a load
+// that is stopped leaves no file in the directory.
 std::FILE* open_preprocessed(const char* name) {
     std::FILE* stream = std::fopen(name, "r");
-    // By the very name that the preprocessor's output has, and without a need for memory.
+    // Not os_delete_file, which needs memory and would translate the name.
     unlink(name);
     if (!stream) report_error(ERR_CPP_OUTPUT_NOT_FOUND(name));
     return stream;
 }
 
-// The preprocessed text of a file; null after a report, or without one if no name for a temporary
-// file is to be had.
+// The preprocessed text of a file. Null after a report, and without a report if no name for a
+// temporary file could be made.
 std::FILE* preprocess(const char* user_filename, const PolyList* cpp_args) {
     char* temporary = util_temp_filename(".pm");
     if (!temporary) return nullptr;
     std::FILE* stream = nullptr;
-    // When the preprocessor fails, what it wrote stays, for the modeller to look at.
+    // When the preprocessor fails, its output stays, so that the modeller can look at it.
     if (os_pre_process_file(temporary, user_filename, cpp_args) != 0)
         report_error(ERR_CPP());
     else
@@ -52,39 +43,38 @@ std::FILE* preprocess(const char* user_filename, const PolyList* cpp_args) {
     return stream;
 }
 
+// Scans and parses into load.project; false after a report.
+bool parse(Load& load, const char* filename) {
+    start_scanner(load);
+    if (pmparse(load) != 0) return false;
+    // After a read error the text that did parse is only the start of the source.
+    if (load.file.failed) report_error(ERR_FILE_OPEN(filename));
+    return !load.file.failed;
+}
+
 } // namespace
-} // namespace norvane
+} // namespace norvane::pm
 
 using namespace norvane;
+using namespace norvane::pm;
 
 Project* lpm_load_file(FILE* file, char* filename) {
     NORVANE_ASSERT(file);
     NORVANE_ASSERT(filename);
-    pm_scan(file);
-    pm.project = proj_new_project(str_copy(filename), nullptr, str_copy(filename));
-    pm.buffer = ustr_new();
-    pm.line = 0;
-    pm.comment_depth = 0;
-    bool is_loaded = pmparse() == 0;
-    // What was read makes sense by chance alone if there should be more of it.
-    if (is_loaded && pm_read_failed()) {
-        report_error(ERR_FILE_OPEN(filename));
-        is_loaded = false;
-    }
-    if (!is_loaded) {
-        proj_delete(pm.project);
-        pm.project = nullptr;
-    }
-    ustr_delete(pm.buffer);
-    Project* project = pm.project;
-    pm = {};
-    return project;
+    Load load{.file = {.stream = file}};
+    load.project = proj_new_project(str_copy(filename), nullptr, str_copy(filename));
+    load.buffer = ustr_new();
+    const bool is_loaded = parse(load, filename);
+    ustr_delete(load.buffer);
+    if (is_loaded) return load.project;
+    proj_delete(load.project);
+    return nullptr;
 }
 
 Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args) {
     NORVANE_ASSERT(user_filename);
     NORVANE_ASSERT(cpp_args);
-    // Callers tell a missing file from a failed preprocessor by this report.
+    // By this report callers distinguish a missing file from a failed preprocessor.
     if (!os_file_exists(user_filename)) {
         report_error(ERR_FILE_OPEN(user_filename));
         return nullptr;

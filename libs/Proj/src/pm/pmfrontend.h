@@ -1,22 +1,20 @@
-// What the scanner, the parser and the loader of PM source share.
-//
-// One load runs at a time in a process. The scanner's start condition and its input buffer outlive
-// a load; all else is set by the loader.
+// Shared by the scanner, the parser and the loader of PM source.
 #ifndef NORVANE_PROJ_PMFRONTEND_H
 #define NORVANE_PROJ_PMFRONTEND_H
 
 #include <bit>
 #include <cstddef>
-#include <cstdio>
 
 #include "norvane/base/strings.h"
 #include "norvane/proj/project.h"
+#include "position.h"
+#include "scanning.h"
 
-namespace norvane {
+namespace norvane::pm {
 
-// The text of a string literal, or of several in a row. Its memory is as large as room_for tells,
-// so that a long row of literals is joined in linear time.
-struct PmString {
+// The text of one string literal, or of several that follow each other. Its memory has the size
+// that room_for gives, so that joining a long row of literals takes linear time.
+struct Literal {
     char* text; // owned
     std::size_t length;
 };
@@ -25,31 +23,30 @@ inline std::size_t room_for(std::size_t length) {
 }
 
 // The arms of a case: as many conditions as evaluations.
-struct PmArms {
+struct Arms {
     PolyList* conditions;  // owned; Expr
     PolyList* evaluations; // owned; Expr
 };
 
-struct PmFrontEnd {
-    Project* project;       // under construction; of the load in progress
-    UtilString* buffer;     // the string literal or line directive that is being read
-    unsigned line;          // of the token being scanned, as the records of the model hold it
-    unsigned comment_depth; // how many block comments are open
-    bool bar_warned;        // a file gets the warning about bars between labels once
+// The state of one load. What outlives a load is the scanner's start condition.
+struct Load {
+    SourceFile file;
+    Project* project = nullptr;    // under construction; owned by the loader
+    UtilString* buffer = nullptr;  // the string literal or line directive that is being read
+    unsigned line = 0;             // of the token being scanned, as Expr.linenumber holds it
+    unsigned comment_depth = 0;    // how many block comments are open
+    bool is_warned_of_bar = false; // a file gets the warning about bars between labels once
 };
-extern PmFrontEnd pm;
 
-// The prefix of a message about the current line, in a buffer that the next call overwrites.
-const char* pm_position();
+// The prefix of a message about the current line.
+inline model::Position position_of(const Load& load) {
+    return model::position_of(load.project->line_info, load.line);
+}
 
-// Makes the scanner read from the start of `file`, in the condition that the last load left.
-void pm_scan(std::FILE* file);
-// True if the file could not be read to its end.
-bool pm_read_failed();
+// Makes the scanner read from the start of load.file, in the start condition that the last load
+// left. One load runs at a time in a process, because they share the scanner.
+void start_scanner(Load& load);
 
-} // namespace norvane
-
-// The next token, its value in pmlval; 0 at the end of the input.
-int pmlex();
+} // namespace norvane::pm
 
 #endif

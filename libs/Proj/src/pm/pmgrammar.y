@@ -1,22 +1,29 @@
-/* The grammar of PM source: builds the current project, declaration by declaration.
+/* The grammar of PM source: builds the project of a load, declaration by declaration.
  *
- * The line of a record is the scanner's at the moment of the reduction, so that of the last token
- * that was read. There is no resynchronisation: every error production reports which construct was
- * open, and ends the parse. */
+ * The line of a record is the scanner's line at the reduction, which is that of the last token read.
+ * There is no error recovery: every error production reports which construct was open and ends the
+ * parse. */
 
 %require "3.8"
 %define api.prefix {pm}
+%define api.pure full
 %define api.token.prefix {PM_}
 %define api.token.raw
 %define parse.error custom
-/* Where a list may be empty, an error could belong to the list or to what follows it. The five
- * conflicts stand for five lists, and shifting gives the error to the list. */
+%param {norvane::pm::Load& load}
+/* After a list that may be empty, an error could belong to the list or to the construct after it.
+ * These are the five conflicts, one for each such list; shifting assigns the error to the list. */
 %expect 5
 
 %code requires {
 #include "norvane/proj/project.h"
 
 #include "pmfrontend.h"
+}
+
+%code provides {
+/* The next token and its value; 0 at the end of the input. */
+int pmlex(PMSTYPE* value, norvane::pm::Load& load);
 }
 
 %code {
@@ -31,33 +38,34 @@
 #include "report.h"
 #include "syntax_error.h"
 
-/* Deep nesting and long case lists need a deep stack; the limit keeps hostile input from taking all
- * memory. */
+/* Deep nesting and long case lists need a deep stack; the limit bounds the memory that malicious input
+ * can take. */
 #define YYINITDEPTH 200
 #define YYMAXDEPTH 200000
 
-/* Reports that the construct that is open cannot be understood, and ends the parse. */
+/* Reports the construct that is open, and ends the parse. */
 #define FAIL(builder)                                                                              \
     do {                                                                                           \
-        report_error(builder(pm_position()));                                                      \
+        report_error(builder(position_of(load).text));                                             \
         YYABORT;                                                                                   \
     } while (0)
 
 using namespace norvane;
+using namespace norvane::pm;
 
 namespace {
 
 void delete_names(PolyList* names);
-void delete_arms(PmArms arms);
-PmString join(PmString left, PmString right);
-void declare_variables(PolyList* names, VarType vartype, TypeCon* typecon);
-void declare_fields(PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon);
+void delete_arms(Arms arms);
+Literal join(Literal left, Literal right);
+void declare_variables(const Load& load, PolyList* names, VarType vartype, TypeCon* typecon);
+void declare_fields(const Load& load, PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon);
 PolyList* list_of_expressions();
 PolyList* list_of_rules();
 PolyList* appended(PolyList* list, void* element);
-Expr* string_constant(PmString string);
-void warn_of_bar();
-void pmerror(const char* message);
+Expr* string_constant(const Load& load, Literal string);
+void warn_of_bar(Load& load);
+void pmerror(const Load& load, const char* message);
 
 } // namespace
 }
@@ -66,7 +74,7 @@ void pmerror(const char* message);
     int integer;
     double real;
     char* text;
-    norvane::PmString string;
+    norvane::pm::Literal string;
     OprTypes opr;
     VarType vartype;
     Expr* expr;
@@ -75,7 +83,7 @@ void pmerror(const char* message);
     PolyList* list;  /* owns its elements */
     PolyList* names; /* char*; without callbacks */
     RuleDecl* rule;
-    norvane::PmArms arms;
+    norvane::pm::Arms arms;
 }
 
 /* Their order is the order of names in messages. */
@@ -177,13 +185,9 @@ void pmerror(const char* message);
 %destructor { decl_delete_ruledecl($$); } <rule>
 %destructor { delete_arms($$); } <arms>
 
-%start start
+%start productmodel
 
 %%
-
-modelstart: %empty { pm.bar_warned = false; };
-
-start: modelstart productmodel;
 
 productmodel: decll;
 
@@ -206,7 +210,7 @@ constantdefl: constantdefl constantdef ";"
             ;
 
 constantdef: "Identifier" ":" expr {
-                 proj_add_constantdecl(pm.project, decl_new_constantdecl($1, $3, pm.line));
+                 proj_add_constantdecl(load.project, decl_new_constantdecl($1, $3, load.line));
              };
 
 typedecl: "type" typedefl;
@@ -217,7 +221,7 @@ typedefl: typedefl typedef ";"
         ;
 
 typedef: "Identifier" ":" type {
-             proj_add_typedecl(pm.project, decl_new_typedecl($1, $3, pm.line));
+             proj_add_typedecl(load.project, decl_new_typedecl($1, $3, load.line));
          };
 
 variabledecl: "variable" variabledefl;
@@ -231,7 +235,7 @@ idl: idl "," "Identifier" { $$ = appended($1, $3); }
    | "Identifier"         { $$ = appended(plist_new(nullptr, nullptr, nullptr), $1); }
    ;
 
-variabledef: modifier idl ":" type { declare_variables($2, $1, $4); };
+variabledef: modifier idl ":" type { declare_variables(load, $2, $1, $4); };
 
 ruledecl: "rule" ruledefl;
 
@@ -240,24 +244,24 @@ ruledefl: ruledefl ruledef ";"
         | error { FAIL(ERR_GRAM_RULEDEFL); }
         ;
 
-ruledef: expr { proj_add_ruledecl(pm.project, decl_new_ruledecl($1, nullptr, pm.line)); };
+ruledef: expr { proj_add_ruledecl(load.project, decl_new_ruledecl($1, nullptr, load.line)); };
 
-type: "Identifier"        { $$ = tc_new_named_tc($1, pm.line); }
-    | "boolean"           { $$ = tc_new_bool_tc(pm.line); }
-    | "float"             { $$ = tc_new_float_tc(pm.line); }
-    | "integer"           { $$ = tc_new_integer_tc(pm.line); }
-    | "string"            { $$ = tc_new_string_tc(pm.line); }
+type: "Identifier"        { $$ = tc_new_named_tc($1, load.line); }
+    | "boolean"           { $$ = tc_new_bool_tc(load.line); }
+    | "float"             { $$ = tc_new_float_tc(load.line); }
+    | "integer"           { $$ = tc_new_integer_tc(load.line); }
+    | "string"            { $$ = tc_new_string_tc(load.line); }
     | "[" "Integer constant" ".." expr "]" {
           if ($2 != 0) {
               expr_delete($4);
               FAIL(ERR_GRAM_INT_ZERO);
           }
-          $$ = tc_new_subrange_tc($4, pm.line);
+          $$ = tc_new_subrange_tc($4, load.line);
       }
-    | "optional" type     { $$ = tc_new_optional_tc($2, pm.line); }
-    | "array" expr "of" type { $$ = tc_new_array_tc($2, $4, pm.line); }
-    | "{" recfieldl recrules "}" { $$ = tc_new_prod_tc_varlist($2, $3, pm.line); }
-    | "[" enumvariablel "]" { $$ = tc_new_sum_tc_varlist($2, pm.line); }
+    | "optional" type     { $$ = tc_new_optional_tc($2, load.line); }
+    | "array" expr "of" type { $$ = tc_new_array_tc($2, $4, load.line); }
+    | "{" recfieldl recrules "}" { $$ = tc_new_prod_tc_varlist($2, $3, load.line); }
+    | "[" enumvariablel "]" { $$ = tc_new_sum_tc_varlist($2, load.line); }
     | error               { $$ = nullptr; FAIL(ERR_GRAM_TYPE); }
     ;
 
@@ -266,8 +270,8 @@ recfieldl: recfieldl recfield ";"
          | error  { $$ = nullptr; FAIL(ERR_GRAM_RECFIELDL); }
          ;
 
-/* $0 is the list of fields that recfieldl has behind it. */
-recfield: modifier idl ":" type { declare_fields($<list>0, $2, $1, $4); };
+/* $0 is the list of fields, which is below a recfield on the parser's stack. */
+recfield: modifier idl ":" type { declare_fields(load, $<list>0, $2, $1, $4); };
 
 recrules: "rule" recrulel { $$ = $2; }
         | "rule"          { $$ = list_of_rules(); }
@@ -279,9 +283,9 @@ recrulel: recrulel recrule ";" { $$ = appended($1, $2); }
         | recrule ";"          { $$ = appended(list_of_rules(), $1); }
         ;
 
-recrule: expr { $$ = decl_new_ruledecl($1, nullptr, pm.line); };
+recrule: expr { $$ = decl_new_ruledecl($1, nullptr, load.line); };
 
-enumvariablel: enumvariablel "|" enumvariable { $$ = appended($1, $3); warn_of_bar(); }
+enumvariablel: enumvariablel "|" enumvariable { $$ = appended($1, $3); warn_of_bar(load); }
              | enumvariablel "," enumvariable { $$ = appended($1, $3); }
              | enumvariable {
                    $$ = appended(plist_new(nullptr, nullptr, poly_delete_string), $1);
@@ -292,40 +296,40 @@ enumvariable: str { $$ = $1.text; }
             | "Identifier"
             ;
 
-expr: expr "and" expr { $$ = expr_new_binary(OPR_AND, $1, $3, pm.line); }
-    | expr "or" expr  { $$ = expr_new_binary(OPR_OR, $1, $3, pm.line); }
-    | expr "xor" expr { $$ = expr_new_binary(OPR_XOR, $1, $3, pm.line); }
-    | expr "->" expr  { $$ = expr_new_binary(OPR_IMPLIES, $1, $3, pm.line); }
-    | expr "<->" expr { $$ = expr_new_binary(OPR_BIIMPLIES, $1, $3, pm.line); }
-    | expr "+" expr   { $$ = expr_new_binary(OPR_PLUS, $1, $3, pm.line); }
-    | expr "-" expr   { $$ = expr_new_binary(OPR_MINUS, $1, $3, pm.line); }
-    | expr "*" expr   { $$ = expr_new_binary(OPR_TIMES, $1, $3, pm.line); }
-    | expr "/" expr   { $$ = expr_new_binary(OPR_DIV, $1, $3, pm.line); }
-    | expr "<" expr   { $$ = expr_new_binary(OPR_LT, $1, $3, pm.line); }
-    | expr "<=" expr  { $$ = expr_new_binary(OPR_LE, $1, $3, pm.line); }
-    | expr ">" expr   { $$ = expr_new_binary(OPR_GT, $1, $3, pm.line); }
-    | expr ">=" expr  { $$ = expr_new_binary(OPR_GE, $1, $3, pm.line); }
-    | expr "=" expr   { $$ = expr_new_binary(OPR_EQ, $1, $3, pm.line); }
-    | expr "<>" expr  { $$ = expr_new_binary(OPR_NEQ, $1, $3, pm.line); }
-    | "not" expr      { $$ = expr_new_unary(OPR_NOT, $2, pm.line); }
-    | "order" "(" expr ")" { $$ = expr_new_unary(OPR_ORDER, $3, pm.line); }
-    | "-" expr        { $$ = expr_new_unary(OPR_MINUS, $2, pm.line); }
-    | boolean         { $$ = expr_new_intconst(OPR_BOOLCONST, $1, pm.line); }
-    | "Integer constant" { $$ = expr_new_intconst(OPR_INTCONST, $1, pm.line); }
-    | "Float constant" { $$ = expr_new_floatconst($1, pm.line); }
+expr: expr "and" expr { $$ = expr_new_binary(OPR_AND, $1, $3, load.line); }
+    | expr "or" expr  { $$ = expr_new_binary(OPR_OR, $1, $3, load.line); }
+    | expr "xor" expr { $$ = expr_new_binary(OPR_XOR, $1, $3, load.line); }
+    | expr "->" expr  { $$ = expr_new_binary(OPR_IMPLIES, $1, $3, load.line); }
+    | expr "<->" expr { $$ = expr_new_binary(OPR_BIIMPLIES, $1, $3, load.line); }
+    | expr "+" expr   { $$ = expr_new_binary(OPR_PLUS, $1, $3, load.line); }
+    | expr "-" expr   { $$ = expr_new_binary(OPR_MINUS, $1, $3, load.line); }
+    | expr "*" expr   { $$ = expr_new_binary(OPR_TIMES, $1, $3, load.line); }
+    | expr "/" expr   { $$ = expr_new_binary(OPR_DIV, $1, $3, load.line); }
+    | expr "<" expr   { $$ = expr_new_binary(OPR_LT, $1, $3, load.line); }
+    | expr "<=" expr  { $$ = expr_new_binary(OPR_LE, $1, $3, load.line); }
+    | expr ">" expr   { $$ = expr_new_binary(OPR_GT, $1, $3, load.line); }
+    | expr ">=" expr  { $$ = expr_new_binary(OPR_GE, $1, $3, load.line); }
+    | expr "=" expr   { $$ = expr_new_binary(OPR_EQ, $1, $3, load.line); }
+    | expr "<>" expr  { $$ = expr_new_binary(OPR_NEQ, $1, $3, load.line); }
+    | "not" expr      { $$ = expr_new_unary(OPR_NOT, $2, load.line); }
+    | "order" "(" expr ")" { $$ = expr_new_unary(OPR_ORDER, $3, load.line); }
+    | "-" expr        { $$ = expr_new_unary(OPR_MINUS, $2, load.line); }
+    | boolean         { $$ = expr_new_intconst(OPR_BOOLCONST, $1, load.line); }
+    | "Integer constant" { $$ = expr_new_intconst(OPR_INTCONST, $1, load.line); }
+    | "Float constant" { $$ = expr_new_floatconst($1, load.line); }
     | "(" expr ")"    { $$ = $2; }
-    | "if" expr "then" expr "else" expr { $$ = expr_new_ite($2, $4, $6, pm.line); }
+    | "if" expr "then" expr "else" expr { $$ = expr_new_ite($2, $4, $6, load.line); }
     | "if" expr "then" expr %prec "else" {
           /* Without an else branch it is an implication. */
-          $$ = expr_new_ite($2, $4, expr_new_intconst(OPR_BOOLCONST, 1, pm.line), pm.line);
+          $$ = expr_new_ite($2, $4, expr_new_intconst(OPR_BOOLCONST, 1, load.line), load.line);
       }
-    | idcon           { $$ = expr_new_idcon($1, pm.line); }
-    | str             { $$ = string_constant($1); }
+    | idcon           { $$ = expr_new_idcon($1, load.line); }
+    | str             { $$ = string_constant(load, $1); }
     | rangeopr "Identifier" "in" "[" expr ".." expr "]" ":" "(" expr ")" {
-          $$ = expr_new_range($1, $2, $5, $7, $11, pm.line);
+          $$ = expr_new_range($1, $2, $5, $7, $11, load.line);
       }
     | "case" idcon "of" casedefl "default" expr "esac" {
-          $$ = expr_new_case($2, $4.conditions, $4.evaluations, $6, pm.line);
+          $$ = expr_new_case($2, $4.conditions, $4.evaluations, $6, load.line);
       }
     ;
 
@@ -338,13 +342,13 @@ casedefl: casedefl expr "then" expr "|" {
         | error  { $$ = {}; FAIL(ERR_GRAM_CASEDEFL); }
         ;
 
-idcon: "Identifier" { $$ = expr_new_simpleid($1, pm.line); }
-     | "Identifier" arrayindex { $$ = expr_new_arrayid($1, $2, pm.line); }
+idcon: "Identifier" { $$ = expr_new_simpleid($1, load.line); }
+     | "Identifier" arrayindex { $$ = expr_new_arrayid($1, $2, load.line); }
      | "Identifier" "." idcon {
-           $$ = expr_new_compositid(expr_new_simpleid($1, pm.line), $3, pm.line);
+           $$ = expr_new_compositid(expr_new_simpleid($1, load.line), $3, load.line);
        }
      | "Identifier" arrayindex "." idcon {
-           $$ = expr_new_compositid(expr_new_arrayid($1, $2, pm.line), $4, pm.line);
+           $$ = expr_new_compositid(expr_new_arrayid($1, $2, load.line), $4, load.line);
        }
      ;
 
@@ -375,7 +379,7 @@ str: "String constant"
 
 namespace {
 
-/* The stacks of the parser are moved about as plain memory when they grow. */
+/* The parser copies its stacks as plain memory when they grow. */
 static_assert(std::is_trivially_copyable_v<YYSTYPE> && sizeof(YYSTYPE) == 16);
 
 void delete_names(PolyList* names) {
@@ -383,12 +387,12 @@ void delete_names(PolyList* names) {
     plist_delete(names);
 }
 
-void delete_arms(PmArms arms) {
+void delete_arms(Arms arms) {
     plist_delete(arms.conditions);
     plist_delete(arms.evaluations);
 }
 
-PmString join(PmString left, PmString right) {
+Literal join(Literal left, Literal right) {
     const std::size_t length = left.length + right.length;
     if (room_for(length) > room_for(left.length))
         left.text = static_cast<char*>(util_realloc_throw(left.text, room_for(length)));
@@ -397,24 +401,24 @@ PmString join(PmString left, PmString right) {
     return {left.text, length};
 }
 
-/* Calls declare(variable) for each name. Each variable has a type of its own; the last one takes
- * the given type over. Frees the list. */
+/* Calls declare(variable) for each name, and frees the list. Each variable owns its type: the last one
+ * takes over the given type, the others get copies. */
 template <typename Declare>
-void for_each_declared(PolyList* names, VarType vartype, TypeCon* typecon, Declare declare) {
+void for_each_declared(const Load& load, PolyList* names, VarType vartype, TypeCon* typecon, Declare declare) {
     for (const PolyListNode* node = names->first; node; node = node->next) {
         TypeCon* own = node->next ? tc_copy_typecon(typecon) : typecon;
-        declare(decl_new_vardecl(static_cast<char*>(node->element), vartype, own, pm.line));
+        declare(decl_new_vardecl(static_cast<char*>(node->element), vartype, own, load.line));
     }
     plist_delete(names);
 }
 
-void declare_variables(PolyList* names, VarType vartype, TypeCon* typecon) {
-    for_each_declared(names, vartype, typecon,
-                      [](VarDecl* variable) { proj_add_vardecl(pm.project, variable); });
+void declare_variables(const Load& load, PolyList* names, VarType vartype, TypeCon* typecon) {
+    for_each_declared(load, names, vartype, typecon,
+                      [&](VarDecl* variable) { proj_add_vardecl(load.project, variable); });
 }
 
-void declare_fields(PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon) {
-    for_each_declared(names, vartype, typecon,
+void declare_fields(const Load& load, PolyList* fields, PolyList* names, VarType vartype, TypeCon* typecon) {
+    for_each_declared(load, names, vartype, typecon,
                       [fields](VarDecl* field) { plist_append(fields, field); });
 }
 
@@ -427,30 +431,30 @@ PolyList* appended(PolyList* list, void* element) {
     return list;
 }
 
-Expr* string_constant(PmString string) {
-    Expr* constant = expr_new_stringconst(string.text, pm.line);
+Expr* string_constant(const Load& load, Literal string) {
+    Expr* constant = expr_new_stringconst(string.text, load.line);
     str_delete(string.text);
     return constant;
 }
 
-void warn_of_bar() {
-    if (pm.bar_warned) return;
-    pm.bar_warned = true;
-    report(ERROR_TYPE_WARNING, ERR_GRAM_BAR_DEPRECATED(pm_position()));
+void warn_of_bar(Load& load) {
+    if (load.is_warned_of_bar) return;
+    load.is_warned_of_bar = true;
+    report(ERROR_TYPE_WARNING, ERR_GRAM_BAR_DEPRECATED(position_of(load).text));
 }
 
-/* Called by the parser for one thing alone: its stack is full. */
-void pmerror(const char*) { report_error(ERR_PARSER(pm_position(), "parser stack overflow")); }
+/* The parser calls this only when its stack is full. */
+void pmerror(const Load& load, const char*) { report_error(ERR_PARSER(position_of(load).text, "parser stack overflow")); }
 
 } // namespace
 
-static int yyreport_syntax_error(const yypcontext_t* context) {
+static int yyreport_syntax_error(const yypcontext_t* context, Load& load) {
     const int row = yypact[*context->yyssp];
     const ActionRow<std::remove_extent_t<decltype(yycheck)>> actions = {
         yycheck, YYLAST, YYNTOKENS, row, yypact_value_is_default(row), YYSYMBOL_BAD_TOKEN,
         [](int symbol) { return yysymbol_name(static_cast<yysymbol_kind_t>(symbol)); }};
     char message[MESSAGE_BUFFER_SIZE];
     actions.print_syntax_error(message, context->yytoken);
-    report_error(ERR_PARSER(pm_position(), message));
+    report_error(ERR_PARSER(position_of(load).text, message));
     return 0;
 }

@@ -1,7 +1,7 @@
 // Writes a model as XML.
 //
-// The whole tree of nodes is built before the file is opened, so that a model which the format
-// cannot hold leaves an existing file as it was.
+// The tree of nodes is built before the file is opened, so that a model that the format cannot hold
+// leaves an existing file unchanged.
 
 #include "norvane/proj/xml_export.h"
 
@@ -13,49 +13,43 @@
 #include "norvane/base/util.h"
 #include "norvane/base/xml.h"
 #include "report.h"
+#include "tags.h"
 #include "xml_names.h"
+#include "xml_writing.h"
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
-XmlNode* add(XmlNode* parent, const char* tag) {
-    XmlNode* node = xml_node_new_tag(tag);
-    xml_node_add_child(parent, node);
-    return node;
-}
-
-XmlNode* add(XmlNode* parent, const char* tag, const char* attribute, const char* value) {
-    XmlNode* node = add(parent, tag);
-    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, attribute, value);
-    return node;
-}
-
-void add_text(XmlNode* parent, const char* tag, const char* text) {
-    xml_node_add_child(add(parent, tag), xml_node_new_text(text));
-}
+using model::kind_of;
+using model::structure_of;
 
 void write_expr(XmlNode* parent, Expr* expr);
 void write_type(XmlNode* parent, TypeCon* typecon);
 
-const char* operator_name(unsigned opr, XmlOperatorUse place, const char* failure) {
-    const XmlOperator* row = xml_operator(opr, place);
+const char* operator_name(unsigned opr, OperatorUse place, const char* failure) {
+    const Operator* row = find_operator(opr, place);
     if (!row) NORVANE_FAIL("%s", failure);
     return row->name;
 }
 
 void write_indices(XmlNode* node, IdCon* idcon) {
-    XmlNode* list = add(node, "indexlist");
+    XmlNode* list = add_element(node, "indexlist");
     for (Expr* index : items<Expr>(idcon->args.array.exprlist))
         write_expr(list, index);
 }
 
 XmlNode* write_step(XmlNode* parent, IdCon* step, const char* failure) {
     NORVANE_ASSERT(step);
-    if (step->contype != IDCON_SIMPLE && step->contype != IDCON_ARRAY) NORVANE_FAIL("%s", failure);
-    XmlNode* node = add(parent, "idcon", "name", step->args.id.idname);
-    if (step->contype == IDCON_ARRAY) write_indices(node, step);
-    return node;
+    switch (kind_of(step)) {
+    case IDCON_SIMPLE: return add_element(parent, "idcon", {{"name", step->args.id.idname}});
+    case IDCON_ARRAY: {
+        XmlNode* node = add_element(parent, "idcon", {{"name", step->args.array.idname}});
+        write_indices(node, step);
+        return node;
+    }
+    case IDCON_COMPOSIT: break;
+    }
+    NORVANE_FAIL("%s", failure);
 }
 
 // Each step of a path nests the rest in its element.
@@ -70,7 +64,7 @@ void write_idcon(XmlNode* parent, IdCon* idcon) {
     write_step(parent, idcon, "Invalid id constructor");
 }
 
-// The operands of a whole tree of one operator, from left to right.
+// Writes the operands of a tree of one operator side by side, from left to right.
 void write_operands(XmlNode* node, Expr* expr, unsigned opr) {
     if (stack_is_low()) return on_fresh_stack([&] { write_operands(node, expr, opr); });
     NORVANE_ASSERT(expr);
@@ -80,9 +74,9 @@ void write_operands(XmlNode* node, Expr* expr, unsigned opr) {
 }
 
 void write_binary(XmlNode* parent, Expr* expr) {
-    const XmlOperator* row = xml_operator(expr->opr, XmlOperatorUse::Binary);
+    const Operator* row = find_operator(expr->opr, OperatorUse::Binary);
     if (!row) NORVANE_FAIL("Invalid binary operator");
-    XmlNode* node = add(parent, "op", "opr", row->name);
+    XmlNode* node = add_element(parent, "op", {{"opr", row->name}});
     if (row->flattened) return write_operands(node, expr, expr->opr);
     write_expr(node, expr->args.binargs.leftarg);
     write_expr(node, expr->args.binargs.rightarg);
@@ -91,42 +85,34 @@ void write_binary(XmlNode* parent, Expr* expr) {
 void write_int_const(XmlNode* parent, Expr* expr) {
     const int value = expr->args.intconst.value;
     if (expr->opr == OPR_BOOLCONST) {
-        add(parent, value ? "true" : "false");
+        add_element(parent, value ? "true" : "false");
         return;
     }
     if (expr->opr != OPR_INTCONST) NORVANE_FAIL("Invalid constant expression");
-    char text[50];
-    if (std::snprintf(text, sizeof text, "%i", value) <= 0)
-        NORVANE_FAIL("Could not convert the value %i to a string", value);
-    add(parent, "int_const", "value", text);
+    add_element(parent, "int_const", {{"value", DecimalText(value).text}});
 }
 
 void write_float_const(XmlNode* parent, Expr* expr) {
-    const double value = expr->args.floatconst.value;
-    char text[200]; // tried and dropped: the shorter form would not read back as the same number
-    if (std::snprintf(text, sizeof text, "%g", value) <= 0)
-        NORVANE_FAIL("Could not convert the value %g to a string", value);
-    add(parent, "float_const", "value", util_double_to_str(value));
+    const char* text = util_double_to_str(expr->args.floatconst.value);
+    add_element(parent, "float_const", {{"value", text}});
 }
 
 void write_range(XmlNode* parent, Expr* expr) {
-    const char* name = operator_name(expr->opr, XmlOperatorUse::Range, "Invalid range expression");
-    XmlNode* node = add(parent, "range");
-    char** attributes = xml_node_alloc_attributes(node, 2);
-    xml_set_attr(attributes, 0, "var", expr->args.range.lambdavar);
-    xml_set_attr(attributes, 1, "opr", name);
+    const char* name = operator_name(expr->opr, OperatorUse::Range, "Invalid range expression");
+    XmlNode* node =
+        add_element(parent, "range", {{"var", expr->args.range.lambdavar}, {"opr", name}});
     write_expr(node, expr->args.range.rangebegin);
     write_expr(node, expr->args.range.rangeend);
     write_expr(node, expr->args.range.lambdaexpr);
 }
 
 void write_case(XmlNode* parent, Expr* expr) {
-    XmlNode* node = add(parent, "case");
+    XmlNode* node = add_element(parent, "case");
     write_idcon(node, expr->args.caseexpr.casevar);
     const PolyListNode* evaluation = expr->args.caseexpr.exprlist_evaluation->first;
     for (Expr* condition : items<Expr>(expr->args.caseexpr.exprlist_condition)) {
         NORVANE_ASSERT(evaluation);
-        XmlNode* pattern = add(node, "pattern");
+        XmlNode* pattern = add_element(node, "pattern");
         write_expr(pattern, condition);
         write_expr(pattern, static_cast<Expr*>(evaluation->element));
         evaluation = evaluation->next;
@@ -135,28 +121,28 @@ void write_case(XmlNode* parent, Expr* expr) {
 }
 
 void write_ite(XmlNode* parent, Expr* expr) {
-    XmlNode* node = add(parent, "if");
+    XmlNode* node = add_element(parent, "if");
     write_expr(node, expr->args.ite.logictest);
     write_expr(node, expr->args.ite.trueexpr);
     write_expr(node, expr->args.ite.falseexpr);
 }
 
 void write_unary(XmlNode* parent, Expr* expr) {
-    // The words of a binary operator, here too: callers know the text.
-    const char* name = operator_name(expr->opr, XmlOperatorUse::Unary, "Invalid binary operator");
-    write_expr(add(parent, "uop", "opr", name), expr->args.arg);
+    // The text speaks of a binary operator here too, because callers match it.
+    const char* name = operator_name(expr->opr, OperatorUse::Unary, "Invalid binary operator");
+    write_expr(add_element(parent, "uop", {{"opr", name}}), expr->args.arg);
 }
 
 void write_expr(XmlNode* parent, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { write_expr(parent, expr); });
     NORVANE_ASSERT(expr);
-    XmlNode* node = add(parent, "expr");
-    switch (expr->structure) {
+    XmlNode* node = add_element(parent, "expr");
+    switch (structure_of(expr)) {
     case EXPR_BINARY: return write_binary(node, expr);
     case EXPR_UNARY: return write_unary(node, expr);
     case EXPR_IDCONSTRUCTOR: return write_idcon(node, expr->args.idcon);
     case EXPR_INT_CONST: return write_int_const(node, expr);
-    case EXPR_STRING_CONST: return add_text(node, "string_const", expr->args.str);
+    case EXPR_STRING_CONST: return add_text_element(node, "string_const", expr->args.str);
     case EXPR_FLOAT_CONST: return write_float_const(node, expr);
     case EXPR_ITE: return write_ite(node, expr);
     case EXPR_RANGE: return write_range(node, expr);
@@ -166,20 +152,18 @@ void write_expr(XmlNode* parent, Expr* expr) {
 }
 
 void write_vardecl(XmlNode* parent, VarDecl* vardecl) {
-    XmlNode* node = add(parent, "vardecl");
-    char** attributes = xml_node_alloc_attributes(node, 2);
-    xml_set_attr(attributes, 0, "is_private",
-                 vardecl->vartype == VARTYPE_PRIVATE ? "true" : "false");
-    xml_set_attr(attributes, 1, "name", vardecl->name);
+    const char* is_private = vardecl->vartype == VARTYPE_PRIVATE ? "true" : "false";
+    XmlNode* node =
+        add_element(parent, "vardecl", {{"is_private", is_private}, {"name", vardecl->name}});
     write_type(node, vardecl->typecon);
 }
 
 void write_ruledecl(XmlNode* parent, RuleDecl* ruledecl) {
-    write_expr(add(parent, "ruledecl"), ruledecl->rule);
+    write_expr(add_element(parent, "ruledecl"), ruledecl->rule);
 }
 
 void write_record(XmlNode* parent, TypeCon* typecon) {
-    XmlNode* node = add(parent, "record");
+    XmlNode* node = add_element(parent, "record");
     for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
         write_vardecl(node, field);
     for (RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules))
@@ -187,13 +171,13 @@ void write_record(XmlNode* parent, TypeCon* typecon) {
 }
 
 void write_enum(XmlNode* parent, TypeCon* typecon) {
-    XmlNode* list = add(add(parent, "enum"), "stringlist");
+    XmlNode* list = add_element(add_element(parent, "enum"), "stringlist");
     for (const char* label : items<char>(typecon->values.labels))
-        add_text(list, "string", label);
+        add_text_element(list, "string", label);
 }
 
 void write_array(XmlNode* parent, TypeCon* typecon) {
-    XmlNode* node = add(parent, "array");
+    XmlNode* node = add_element(parent, "array");
     write_expr(node, typecon->values.array.size);
     write_type(node, typecon->values.array.element);
 }
@@ -201,18 +185,18 @@ void write_array(XmlNode* parent, TypeCon* typecon) {
 void write_type(XmlNode* parent, TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { write_type(parent, typecon); });
     NORVANE_ASSERT(typecon);
-    XmlNode* node = add(parent, "type");
-    switch (typecon->contype) {
-    case TC_BOOL: add(node, "bool"); return;
-    case TC_INT: return write_expr(add(node, "subrange"), typecon->values.upper);
-    case TC_UBOUND_FLOAT: add(node, "float"); return;
-    case TC_UBOUND_INTEGER: add(node, "integer"); return;
-    case TC_STRING: add(node, "string"); return;
+    XmlNode* node = add_element(parent, "type");
+    switch (kind_of(typecon)) {
+    case TC_BOOL: add_element(node, "bool"); return;
+    case TC_INT: return write_expr(add_element(node, "subrange"), typecon->values.upper);
+    case TC_UBOUND_FLOAT: add_element(node, "float"); return;
+    case TC_UBOUND_INTEGER: add_element(node, "integer"); return;
+    case TC_STRING: add_element(node, "string"); return;
     case TC_PROD: return write_record(node, typecon);
     case TC_SUM: return write_enum(node, typecon);
     case TC_ARRAY: return write_array(node, typecon);
-    case TC_NAMED: add(node, "nametype", "name", typecon->values.name); return;
-    case TC_OPTIONAL: return write_type(add(node, "optional"), typecon->values.base);
+    case TC_NAMED: add_element(node, "nametype", {{"name", typecon->values.name}}); return;
+    case TC_OPTIONAL: return write_type(add_element(node, "optional"), typecon->values.base);
     }
     NORVANE_FAIL("Invalid type constructor type '%d'", typecon->contype);
 }
@@ -220,9 +204,9 @@ void write_type(XmlNode* parent, TypeCon* typecon) {
 XmlNode* write_model(Project* project) {
     XmlNode* model = xml_node_new_tag("model");
     for (ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist))
-        write_expr(add(model, "constantdecl", "name", constant->name), constant->value);
+        write_expr(add_element(model, "constantdecl", {{"name", constant->name}}), constant->value);
     for (TypeDecl* type : items<TypeDecl>(project->typedecllist))
-        write_type(add(model, "typedecl", "name", type->name), type->typecon);
+        write_type(add_element(model, "typedecl", {{"name", type->name}}), type->typecon);
     for (VarDecl* variable : items<VarDecl>(project->vardecllist))
         write_vardecl(model, variable);
     for (RuleDecl* rule : items<RuleDecl>(project->ruledecllist))
@@ -231,10 +215,10 @@ XmlNode* write_model(Project* project) {
 }
 
 } // namespace
-
-} // namespace norvane
+} // namespace norvane::xml
 
 using namespace norvane;
+using namespace norvane::xml;
 
 int proj_export_to_xmlfile(Project* project, const char* filename) {
     NORVANE_ASSERT(project);

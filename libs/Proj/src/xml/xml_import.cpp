@@ -1,8 +1,8 @@
-// Reads a model from XML: a walk over the parsed document inside a catching frame.
+// Reads a model from XML: walks over the parsed document inside a catching frame.
 //
-// What is wrong with the file is thrown by the checking iterators from wherever it is found. So
-// that nothing half-built is lost then, whatever is kept while more is being read is held on a
-// stack of the reader, which the frame's owner clears.
+// The checking iterators throw where they find a fault in the file, and a throw runs no
+// destructors. So a tree that waits for more of the file to be read is held on a stack of the
+// reader, which proj_import_from_xmlfile clears after a throw.
 
 #include "norvane/proj/xml_import.h"
 
@@ -18,11 +18,10 @@
 #include "xml_names.h"
 #include "xml_reading.h"
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
-// Trees that belong to nobody yet, innermost last.
+// The trees that have no owner yet, innermost last.
 class Held {
   public:
     template <auto remove, typename T>
@@ -34,11 +33,11 @@ class Held {
         entries_[count_++] = {tree, poly<remove>};
         return tree;
     }
-    // The tree held last has become part of this one.
+    // The tree held last has become a part of this one, which takes its place.
     void replace(void* tree) { entries_[count_ - 1].tree = tree; }
-    // The trees held last are about to get an owner: nothing throws in between.
+    // The trees held last are given to an owner before anything can throw.
     void release(unsigned count = 1) { count_ -= count; }
-    // Frees all that is still held.
+    // Frees the trees that are still held.
     void clear() {
         while (count_ > 0) {
             --count_;
@@ -77,9 +76,9 @@ Expr* read_next_expr(Reader* r, XmlNodeIter* iter) {
     return read_expr(r, xml_parse_mustbe(iter, "expr"));
 }
 
-const XmlOperator* read_operator(XmlNode* node, XmlOperatorUse use, const char* failure) {
+const Operator* read_operator(XmlNode* node, OperatorUse use, const char* failure) {
     const char* name = xml_parse_mustbe_attr_text(node, "opr");
-    const XmlOperator* row = xml_operator(name, use);
+    const Operator* row = find_operator(name, use);
     if (!row) xml_parse_report_error(node, "%s : %s", failure, name);
     return row;
 }
@@ -97,7 +96,7 @@ PolyList* read_indices(Reader* r, XmlNode* node) {
     return indices;
 }
 
-// Children behind the nested path are ignored in silence.
+// Children after the nested path are ignored without a report.
 IdCon* read_idcon(Reader* r, XmlNode* node) {
     if (stack_is_low()) return on_fresh_stack([&] { return read_idcon(r, node); });
     const char* name = xml_parse_mustbe_attr_text(node, "name");
@@ -115,7 +114,7 @@ IdCon* read_idcon(Reader* r, XmlNode* node) {
 }
 
 Expr* read_binary(Reader* r, XmlNode* node) {
-    const XmlOperator* row = read_operator(node, XmlOperatorUse::Binary, invalid_operator);
+    const Operator* row = read_operator(node, OperatorUse::Binary, invalid_operator);
     XmlNodeIter iter = children_of(node);
     Expr* chain = nullptr;
     unsigned count = 0;
@@ -144,11 +143,11 @@ Expr* read_only_expr(Reader* r, XmlNode* node) {
 }
 
 Expr* read_unary(Reader* r, XmlNode* node) {
-    const XmlOperator* row = read_operator(node, XmlOperatorUse::Unary, invalid_operator);
+    const Operator* row = read_operator(node, OperatorUse::Unary, invalid_operator);
     return expr_new_unary(row->opr, read_only_expr(r, node), line(node));
 }
 
-// The three operands of a conditional or a loop.
+// Reads the three operands of a conditional or a loop.
 void read_three(Reader* r, XmlNode* node, Expr* operands[3]) {
     XmlNodeIter iter = children_of(node);
     for (int i = 0; i < 3; ++i)
@@ -165,7 +164,7 @@ Expr* read_ite(Reader* r, XmlNode* node) {
 
 Expr* read_range(Reader* r, XmlNode* node) {
     const char* variable = xml_parse_mustbe_attr_text(node, "var");
-    const XmlOperator* row = read_operator(node, XmlOperatorUse::Range, invalid_range_operator);
+    const Operator* row = read_operator(node, OperatorUse::Range, invalid_range_operator);
     Expr* operands[3];
     read_three(r, node, operands);
     return expr_new_range(row->opr, str_copy(variable), operands[0], operands[1], operands[2],
@@ -209,8 +208,8 @@ Expr* read_bool_const(int value, unsigned linenumber) {
     return expr_new_intconst(OPR_BOOLCONST, value, linenumber);
 }
 
-// The kinds of expression, in the order in which they are looked for. Children behind the first
-// that fits are ignored in silence.
+// Reads an expression of the first kind in this order that the element has a child for. Other
+// children are ignored without a report.
 Expr* read_expr(Reader* r, XmlNode* node) {
     if (stack_is_low()) return on_fresh_stack([&] { return read_expr(r, node); });
     XmlNodeIter iter = children_of(node);
@@ -230,7 +229,7 @@ Expr* read_expr(Reader* r, XmlNode* node) {
     xml_parse_report_error(node, "No valid tags found for expression");
 }
 
-// The type that is the last child.
+// Reads the type that is the last child.
 TypeCon* read_last_type(Reader* r, XmlNodeIter* iter) {
     TypeCon* type = r->held.hold<tc_delete_typecon>(read_type(r, xml_parse_mustbe(iter, "type")));
     xml_parse_mustbe_empty(iter);
@@ -291,8 +290,8 @@ TypeCon* read_optional(Reader* r, XmlNode* node) {
     return tc_new_optional_tc(read_only_type(r, node), line(node));
 }
 
-// The kinds of type, in the order in which they are looked for. An optional is demanded last, so a
-// wrong child is refused in its name.
+// Reads a type of the first kind in this order that the element has a child for. The last kind is
+// required, so the report about a wrong child says that an optional is expected.
 TypeCon* read_type(Reader* r, XmlNode* node) {
     if (stack_is_low()) return on_fresh_stack([&] { return read_type(r, node); });
     XmlNodeIter iter = children_of(node);
@@ -335,7 +334,7 @@ constexpr Declaration declarations[] = {
     {"ruledecl", [](Reader* r, XmlNode* n) { proj_add_ruledecl(r->project, read_ruledecl(r, n)); }},
 };
 
-// False if no declaration comes next. The kinds may be mixed.
+// Reads the next declaration, of any kind; false if none follows.
 bool read_declaration(Reader* r, XmlNodeIter* iter) {
     for (const auto& [tag, read] : declarations) {
         XmlNode* node = xml_parse_have(iter, tag);
@@ -370,10 +369,10 @@ int is_model_tag(const char* tag) {
 }
 
 } // namespace
-
-} // namespace norvane
+} // namespace norvane::xml
 
 using namespace norvane;
+using namespace norvane::xml;
 
 Project* proj_import_from_xmlfile(const char* filename) {
     NORVANE_ASSERT(filename);

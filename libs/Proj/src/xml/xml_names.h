@@ -1,67 +1,85 @@
-// The words of the product-model XML: operators and tags, shared by writer and reader.
+// The names of the operators in the product-model XML, shared by the writer and the reader.
 #ifndef NORVANE_PROJ_XML_NAMES_H
 #define NORVANE_PROJ_XML_NAMES_H
 
+#include <array>
 #include <string_view>
 
 #include "norvane/proj/expr.h"
 
-namespace norvane {
+namespace norvane::xml {
 
 // Which element an operator belongs to.
-enum class XmlOperatorUse : unsigned char { Binary, BinaryAndUnary, Unary, Range };
+enum class OperatorUse : unsigned char { Binary, BinaryAndUnary, Unary, Range };
 
-struct XmlOperator {
-    const char* name;
+struct Operator {
     OprTypes opr;
-    XmlOperatorUse use;
-    bool flattened; // the writer gives one element to a whole tree of this operator
+    const char* name; // null for an operator that the format cannot hold
+    OperatorUse use = OperatorUse::Binary;
+    bool flattened = false; // the writer gives one element to a whole tree of this operator
 };
 
-// Division, the shifts and the equation of unbounded variables have no name: they cannot be
-// written.
-inline constexpr XmlOperator xml_operators[] = {
-    {"and", OPR_AND, XmlOperatorUse::Binary, true},
-    {"or", OPR_OR, XmlOperatorUse::Binary, true},
-    {"xor", OPR_XOR, XmlOperatorUse::Binary, true},
-    {"not", OPR_NOT, XmlOperatorUse::Unary, false},
-    {"imp", OPR_IMPLIES, XmlOperatorUse::Binary, false},
-    {"biimp", OPR_BIIMPLIES, XmlOperatorUse::Binary, false},
-    {"plus", OPR_PLUS, XmlOperatorUse::Binary, true},
-    {"minus", OPR_MINUS, XmlOperatorUse::BinaryAndUnary, false},
-    {"mult", OPR_TIMES, XmlOperatorUse::Binary, true},
-    {"lt", OPR_LT, XmlOperatorUse::Binary, false},
-    {"lteq", OPR_LE, XmlOperatorUse::Binary, false},
-    {"gr", OPR_GT, XmlOperatorUse::Binary, false},
-    {"greq", OPR_GE, XmlOperatorUse::Binary, false},
-    {"eq", OPR_EQ, XmlOperatorUse::Binary, false},
-    {"neq", OPR_NEQ, XmlOperatorUse::Binary, false},
-    {"forall", OPR_FORALL, XmlOperatorUse::Range, false},
-    {"exist", OPR_EXIST, XmlOperatorUse::Range, false},
-    {"sum", OPR_SUM, XmlOperatorUse::Range, false},
-    {"prod", OPR_PROD, XmlOperatorUse::Range, false},
-    {"order", OPR_ORDER, XmlOperatorUse::Unary, false},
-};
+constexpr Operator make_operator(OprTypes opr) {
+    switch (opr) {
+    case OPR_AND: return {opr, "and", OperatorUse::Binary, true};
+    case OPR_OR: return {opr, "or", OperatorUse::Binary, true};
+    case OPR_XOR: return {opr, "xor", OperatorUse::Binary, true};
+    case OPR_NOT: return {opr, "not", OperatorUse::Unary};
+    case OPR_IMPLIES: return {opr, "imp", OperatorUse::Binary};
+    case OPR_BIIMPLIES: return {opr, "biimp", OperatorUse::Binary};
+    case OPR_PLUS: return {opr, "plus", OperatorUse::Binary, true};
+    case OPR_MINUS: return {opr, "minus", OperatorUse::BinaryAndUnary};
+    case OPR_TIMES: return {opr, "mult", OperatorUse::Binary, true};
+    case OPR_LT: return {opr, "lt", OperatorUse::Binary};
+    case OPR_LE: return {opr, "lteq", OperatorUse::Binary};
+    case OPR_GT: return {opr, "gr", OperatorUse::Binary};
+    case OPR_GE: return {opr, "greq", OperatorUse::Binary};
+    case OPR_EQ: return {opr, "eq", OperatorUse::Binary};
+    case OPR_NEQ: return {opr, "neq", OperatorUse::Binary};
+    case OPR_FORALL: return {opr, "forall", OperatorUse::Range};
+    case OPR_EXIST: return {opr, "exist", OperatorUse::Range};
+    case OPR_SUM: return {opr, "sum", OperatorUse::Range};
+    case OPR_PROD: return {opr, "prod", OperatorUse::Range};
+    case OPR_ORDER: return {opr, "order", OperatorUse::Unary};
+    case OPR_DIV:
+    case OPR_SHL:
+    case OPR_SHR:
+    case OPR_UBOUND_EQ: break; // the format has no name for these
+    case OPR_BOOLCONST:
+    case OPR_INTCONST:
+    case OPR_FLOATCONST:
+    case OPR_NONE: break; // constants have elements of their own
+    }
+    return {opr, nullptr};
+}
+
+// By OprTypes.
+inline constexpr auto operators = [] {
+    std::array<Operator, OPR_NONE + 1> rows{};
+    for (unsigned opr = 0; opr < rows.size(); ++opr)
+        rows[opr] = make_operator(static_cast<OprTypes>(opr));
+    return rows;
+}();
 
 // True if an operator of this use may stand where `place` is asked for.
-constexpr bool xml_operator_fits(XmlOperatorUse use, XmlOperatorUse place) {
+constexpr bool fits(OperatorUse use, OperatorUse place) {
     if (use == place) return true;
-    return use == XmlOperatorUse::BinaryAndUnary && place != XmlOperatorUse::Range;
+    return use == OperatorUse::BinaryAndUnary && place != OperatorUse::Range;
 }
 
 // The row of an operator in an element of the given use, or null.
-inline const XmlOperator* xml_operator(unsigned opr, XmlOperatorUse place) {
-    for (const XmlOperator& row : xml_operators)
-        if (static_cast<unsigned>(row.opr) == opr && xml_operator_fits(row.use, place)) return &row;
+inline const Operator* find_operator(unsigned opr, OperatorUse place) {
+    if (opr >= operators.size()) return nullptr;
+    const Operator& row = operators[opr];
+    return row.name && fits(row.use, place) ? &row : nullptr;
+}
+
+inline const Operator* find_operator(std::string_view name, OperatorUse place) {
+    for (const Operator& row : operators)
+        if (row.name && row.name == name && fits(row.use, place)) return &row;
     return nullptr;
 }
 
-inline const XmlOperator* xml_operator(std::string_view name, XmlOperatorUse place) {
-    for (const XmlOperator& row : xml_operators)
-        if (row.name == name && xml_operator_fits(row.use, place)) return &row;
-    return nullptr;
-}
-
-} // namespace norvane
+} // namespace norvane::xml
 
 #endif
