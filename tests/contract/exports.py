@@ -2,6 +2,7 @@
 """Compares the names that the libraries export with those that are promised: in the version script,
 in the headers, and, for the errors, in what the driver can explain."""
 import argparse
+import fnmatch
 import glob
 import os
 import re
@@ -23,9 +24,12 @@ def exported(library, kinds=''):
     return {name.partition('@')[0] for _, kind, name in rows if not kinds or kind in kinds}
 
 
-def in_map(path):
+def in_map(path, declared):
+    """The names that the version script lists; a pattern stands for the declared names that fit it."""
     with open(path) as stream:
-        return set(re.findall(r'^ +(\w+);', stream.read(), re.M))
+        listed = re.findall(r'^ +([\w*]+);', stream.read(), re.M)
+    return {name for name in listed if '*' not in name} | \
+           {name for name in declared for pattern in listed if fnmatch.fnmatch(name, pattern)}
 
 
 def in_headers(folder):
@@ -55,13 +59,14 @@ def main():
     for option in ('proj', 'base', 'map', 'headers', 'driver'):
         parser.add_argument('--' + option, required=True)
     arguments = parser.parse_args()
-    promised = in_map(arguments.map)
+    declared = in_headers(arguments.headers)
+    promised = in_map(arguments.map, declared)
     names = exported(arguments.proj)
     errors = {n for n in names | exported(arguments.base) if n.startswith('ERR_')}
     explained = {line.split()[0] for line in output(arguments.driver, 'explain', '--list').splitlines()}
     own = {n for n in needed(arguments.proj) if not n.startswith(RUNTIME)}
     good = [compare('library / version script', names, promised),
-            compare('headers / version script', in_headers(arguments.headers), promised),
+            compare('headers / version script', declared, promised),
             compare('errors of the libraries / of norvane-pm explain', errors, explained)]
     if not own <= OWN:
         print('the library needs more than it should:', ' '.join(sorted(own - OWN)))

@@ -78,12 +78,11 @@ std::map<std::string, std::string> expected_entries() {
     return entries;
 }
 
-#define BUILDER(name)                                                                              \
-    { #name, with_arguments_and_without(&name) }
+#define PROJ_ERROR(name, parameters, arguments) {#name, with_arguments_and_without(&name)},
 
 std::map<std::string, std::pair<ErrorPtr, ErrorPtr>> all_builders() {
     std::pair<std::string, std::pair<ErrorPtr, ErrorPtr>> list[] = {
-#include "proj_errors_builders.inc"
+#include "proj_errors.inc"
     };
     std::map<std::string, std::pair<ErrorPtr, ErrorPtr>> builders;
     for (auto& row : list)

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "norvane/base.h"
 #include "norvane/proj/proj_errors.h"
@@ -20,23 +22,30 @@ struct DeleteError {
 };
 using Error = std::unique_ptr<ErrorInfo, DeleteError>;
 
+// Stands for an integer argument until title_of writes dots for it.
+constexpr int any_number = -2147483647;
+constexpr const char* any_number_text = "-2147483647";
+
 template <typename T>
 T placeholder() {
     if constexpr (std::is_same_v<T, const char*>)
         return "...";
     else
-        return 0;
+        return any_number;
 }
 
-// For a builder that quotes all its arguments.
-template <typename... Arguments>
-ErrorInfo* build(ErrorInfo* (*builder)(Arguments...)) {
+// True for a builder whose first argument is the place in the model, which the titles leave out.
+constexpr bool is_placed(std::string_view parameters) {
+    return parameters.starts_with("(const char* position");
+}
+
+template <bool placed, typename... Arguments>
+requires(!placed) ErrorInfo* build(ErrorInfo* (*builder)(Arguments...)) {
     return builder(placeholder<Arguments>()...);
 }
 
-// For a builder whose first argument is the place in the model.
-template <typename... Arguments>
-ErrorInfo* build_placed(ErrorInfo* (*builder)(const char*, Arguments...)) {
+template <bool placed, typename... Arguments>
+requires placed ErrorInfo* build(ErrorInfo* (*builder)(const char*, Arguments...)) {
     return builder("", placeholder<Arguments>()...);
 }
 
@@ -45,121 +54,37 @@ struct Row {
     ErrorInfo* (*build)();
 };
 
-#define PLAIN(builder)                                                                             \
-    {                                                                                              \
-#builder, [] { return build(builder); }                                                    \
-    }
-#define PLACED(builder)                                                                            \
-    {                                                                                              \
-#builder, [] { return build_placed(builder); }                                             \
-    }
-
 const Row table[] = {
-    PLACED(ERR_NAME_REDECLARED),
-    PLACED(ERR_NAME_REDECLARED_SCOPE),
-    PLACED(ERR_TYPE_AS_VAR),
-    PLACED(ERR_EMPTY_VAR_NAME),
-    PLACED(ERR_EMPTY_LABEL_NAME),
-    PLACED(ERR_LABEL_RESERVED_WORD),
-    PLACED(ERR_NO_LABELS),
-    PLACED(ERR_INVALID_INT),
-    PLACED(ERR_INVALID_TOKEN),
-    PLACED(ERR_PARSER),
-    PLACED(ERR_GRAM_DECL),
-    PLACED(ERR_GRAM_CONSTANTDEFL),
-    PLACED(ERR_GRAM_TYPEDEFL),
-    PLACED(ERR_GRAM_VARIABLEDEFL),
-    PLACED(ERR_GRAM_RULEDEFL),
-    PLACED(ERR_GRAM_INT_ZERO),
-    PLACED(ERR_GRAM_TYPE),
-    PLACED(ERR_GRAM_RECFIELDL),
-    PLACED(ERR_GRAM_RECRULEL),
-    PLACED(ERR_GRAM_CASEDEFL),
-    PLACED(ERR_GRAM_IDCON),
-    PLACED(ERR_GRAM_BAR_DEPRECATED),
-    PLACED(ERR_EXPR_NOT_STATIC),
-    PLACED(ERR_CONSTANT_EXPR),
-    PLACED(ERR_CONSTANT_TYPE),
-    PLACED(ERR_DIV_NOT_CONSTANT),
-    PLACED(ERR_DOMAIN_NOT_STATIC),
-    PLACED(ERR_DOMAIN_TYPE),
-    PLACED(ERR_DOMAIN_BOUND),
-    PLACED(ERR_ARRAY_NOT_STATIC),
-    PLACED(ERR_ARRAY_DIM),
-    PLACED(ERR_TYPE_UNDEF),
-    PLACED(ERR_VAR_AS_TYPE_NAME),
-    PLACED(ERR_RULE_NOT_BOOLEAN),
-    PLACED(ERR_OP_TYPES_BIN),
-    PLACED(ERR_OP_TYPES_UN),
-    PLACED(ERR_IF_TYPE),
-    PLACED(ERR_THEN_TYPE),
-    PLACED(ERR_CASE_DEFAULT_TYPE),
-    PLACED(ERR_ENUM_FLOAT_COMPARE),
-    PLACED(ERR_ENUM_INTEGER_COMPARE),
-    PLACED(ERR_FLOATS_NOT_STATIC),
-    PLACED(ERR_STRING_COMPARE),
-    PLACED(ERR_STRVAR_COMPARE_LABEL),
-    PLACED(ERR_RANGES_NOT_INTEGER),
-    PLACED(ERR_RANGES_BEGIN),
-    PLACED(ERR_RANGES_END),
-    PLACED(ERR_RANGES_LT),
-    PLACED(ERR_RANGES_NESTED),
-    PLACED(ERR_RANGE_TYPE),
-    PLACED(ERR_INDEX_NOT_STATIC),
-    PLACED(ERR_INDEX_NOT_INT),
-    PLACED(ERR_NEG_ARRAY_INDEX),
-    PLACED(ERR_ARRAY_INDEX_OUT_OF_RANGE),
-    PLACED(ERR_ARRAY_INDEX),
-    PLACED(ERR_ILLEGAL_ARRAY_VAR),
-    PLACED(ERR_VAR_AS_ARRAY),
-    PLACED(ERR_NOT_RECORD),
-    PLACED(ERR_ID_UNDECLARED),
-    PLACED(ERR_TYPE_AS_VAR_NAME),
-    PLAIN(ERR_NO_VARS),
-    PLAIN(ERR_NO_PUBLIC_VARS),
-    PLACED(ERR_NO_PUBLIC_VARS_PROD),
-    PLACED(ERR_CALC_FNC_REDEF),
-    PLAIN(ERR_CALC_LEX_COMMENT_NOT_CLOSED),
-    PLACED(ERR_CALC_GRAM_COLON_DEPRECATED),
-    PLACED(ERR_CALC_GRAM_NS_NAME),
-    PLAIN(ERR_CALC_NS_NAME_RESERVED),
-    PLACED(ERR_CALC_FNC),
-    PLACED(ERR_CALC_VAR_VALUE),
-    PLACED(ERR_CALC_PM_VAR_EXISTS),
-    PLACED(ERR_CALC_FOR_INIT),
-    PLACED(ERR_CALC_FOR_INCR),
-    PLAIN(ERR_ZEB_NO_MAIN_FILE),
-    PLAIN(ERR_ZEB_NO_MU_FILE),
-    PLAIN(ERR_ZEB_PROJECT_EXISTS),
-    PLAIN(ERR_ZEB_PROJECT_NOT_FOUND),
-    PLAIN(ERR_ZEB_DEPLOY_CMD),
-    PLAIN(ERR_ZEB_TARGET_EXISTS),
-    PLAIN(ERR_ZEB_MUB_READ_ONLY),
-    PLAIN(ERR_ZEB_MUB_FAILED_TO_CREATE),
-    PLAIN(ERR_MUB_NO_CLXFILE),
-    PLAIN(ERR_PRES_WRONG_NAME),
-    PLAIN(ERR_PRES_PARSER),
-    PLAIN(ERR_VARORDER_PARSER),
-    PLAIN(ERR_VARORDER_DUPLICATE_VAR),
-    PLAIN(ERR_FILE_NOT_EXISTS),
-    PLAIN(ERR_FILE_OPEN),
-    PLAIN(ERR_FILE_OPEN_WRITE),
-    PLAIN(ERR_CPP),
-    PLAIN(ERR_CPP_OUTPUT_NOT_FOUND),
-    PLAIN(ERR_XML_MALFORMED),
-    PLAIN(ERR_XML_NO_TAGS),
-    PLAIN(ERR_XML_PARSER),
-    PLAIN(ERR_LIBRARY_LOAD),
-    PLAIN(ERR_MUB_MODULE_NOT_FOUND),
+// The project library's, in the order of its header.
+#define PROJ_ERROR(builder, parameters, arguments)                                                 \
+    {#builder, [] { return build<is_placed(#parameters)>(builder); }},
+#include "proj_errors.inc"
+// The base library's.
+#define BASE_ERROR(builder)                                                                        \
+    {                                                                                              \
+#builder, [] { return build<false>(builder); }                                             \
+    }
+    BASE_ERROR(ERR_FILE_NOT_EXISTS),      BASE_ERROR(ERR_FILE_OPEN),
+    BASE_ERROR(ERR_FILE_OPEN_WRITE),      BASE_ERROR(ERR_CPP),
+    BASE_ERROR(ERR_CPP_OUTPUT_NOT_FOUND), BASE_ERROR(ERR_XML_MALFORMED),
+    BASE_ERROR(ERR_XML_NO_TAGS),          BASE_ERROR(ERR_XML_PARSER),
+    BASE_ERROR(ERR_LIBRARY_LOAD),         BASE_ERROR(ERR_MUB_MODULE_NOT_FOUND),
 };
 
-#undef PLAIN
-#undef PLACED
+#undef PROJ_ERROR
+#undef BASE_ERROR
+
+std::string title_of(const ErrorInfo* error) {
+    std::string title = error->message;
+    for (std::size_t at; (at = title.find(any_number_text)) != title.npos;)
+        title.replace(at, std::string_view(any_number_text).size(), "...");
+    return title;
+}
 
 int list_errors() {
     for (const Row& row : table) {
         const Error error(row.build());
-        std::printf("%-28s  %s\n", row.name, error->message);
+        std::printf("%-28s  %s\n", row.name, title_of(error.get()).c_str());
     }
     return STATUS_OK;
 }
@@ -171,7 +96,7 @@ int explain(const Options& options) {
     for (const Row& row : table) {
         if (options.error_name != row.name) continue;
         const Error error(row.build());
-        std::printf("%s: %s\n", row.name, error->message);
+        std::printf("%s: %s\n", row.name, title_of(error.get()).c_str());
         if (!plist_isempty(error->paragraphs)) {
             std::putchar('\n');
             err_print_description(stdout, error.get());

@@ -1,15 +1,17 @@
-// Makes a report from an entry of the error catalogue. Every builder of the library comes through
-// here, so that all reports have the same shape.
-#include "proj_errors_catalogue.h"
+// Defines the builders of the error catalogue. All of them make their reports by build_error.
+#include "norvane/proj/proj_errors.h"
 
 #include <cstdarg>
 
 #include "norvane/base/except.h"
+#include "proj_errors_calculations.h"
+#include "proj_errors_semantics.h"
+#include "proj_errors_syntax.h"
 
 namespace norvane {
 namespace {
 
-// The one manual that descriptions point into.
+// The manual that all references of descriptions name.
 constexpr const char* manual_key = "developer";
 
 void append_run(ErrorDescParagraph* paragraph, const CatalogueRun& run) {
@@ -23,10 +25,10 @@ void append_run(ErrorDescParagraph* paragraph, const CatalogueRun& run) {
 
 } // namespace
 
-ErrorInfo* build_error(const CatalogueEntry* entry, ...) {
+ErrorInfo* build_error(const char* name, const CatalogueEntry* entry, ...) {
     ErrorInfo* error = err_new();
     NORVANE_ASSERT_TEXT(error, "einfo");
-    str_snprintf(error->name, sizeof error->name, "%s", entry->name);
+    str_snprintf(error->name, sizeof error->name, "%s", name);
     std::va_list arguments;
     va_start(arguments, entry);
     str_vsnprintf(error->message, sizeof error->message, entry->title, arguments);
@@ -41,3 +43,9 @@ ErrorInfo* build_error(const CatalogueEntry* entry, ...) {
 }
 
 } // namespace norvane
+
+#define PROJ_ERROR(name, parameters, arguments)                                                    \
+    ErrorInfo* name parameters {                                                                   \
+        return norvane::Builder<norvane::name##_entry>{#name} arguments;                           \
+    }
+#include "proj_errors.inc"

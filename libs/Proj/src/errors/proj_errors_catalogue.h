@@ -1,9 +1,14 @@
-// How the error catalogue is written down, and the one mechanism that turns an entry into a report.
+// How the texts of an error are written down, and the one function that makes a report of them.
 //
-// A group of errors is a file of entries and of builders of one line each; the title's conversions
-// are checked against the builder's arguments when it is compiled.
-#ifndef NORVANE_PROJ_PROJ_ERRORS_CATALOGUE_H
-#define NORVANE_PROJ_PROJ_ERRORS_CATALOGUE_H
+// An error is a declaration in norvane/proj/proj_errors.h and an entry of texts in one of the three
+// tables, proj_errors_*.h, under the same name. Its builder (proj_errors.cpp), its row in the list
+// of norvane-pm explain, its export and its test are made from these two. The compiler compares the
+// conversions of the title with the arguments of the builder.
+//
+// Users know the texts, and documentation and tools quote them, so they stay as they are,
+// misspellings and odd blanks included.
+#ifndef NORVANE_PROJ_ERRORS_CATALOGUE_H
+#define NORVANE_PROJ_ERRORS_CATALOGUE_H
 
 #include <initializer_list>
 #include <string_view>
@@ -15,8 +20,8 @@ namespace norvane {
 
 struct CatalogueRun {
     ErrorRunKind kind;
-    const char* text;   // null for a reference to a manual as a whole
-    const char* anchor; // null but for a section
+    const char* text;   // null for a reference to a whole manual
+    const char* anchor; // of a section; null for the other kinds
 };
 
 struct CatalogueParagraph {
@@ -25,7 +30,6 @@ struct CatalogueParagraph {
 };
 
 struct CatalogueEntry {
-    const char* name;
     const char* title; // a format with %s and %d, in the order of the builder's arguments
     std::initializer_list<CatalogueParagraph> paragraphs;
 };
@@ -43,10 +47,14 @@ constexpr CatalogueRun manual() {
     return {ERROR_RUN_MANREF, nullptr, nullptr};
 }
 
-// A new report from the entry and the arguments of its title, which are `const char*` and `int`.
-ErrorInfo* build_error(const CatalogueEntry* entry, ...);
+// Begins the entry of an error: NORVANE_ERROR(ERR_NAME){title, {paragraphs}};
+#define NORVANE_ERROR(name) inline constexpr CatalogueEntry name##_entry
 
-// Tells whether the conversions of `format` are those of the arguments, one by one.
+// A new report, owned by the caller, from an entry and the arguments of its title, which are
+// `const char*` and `int`.
+ErrorInfo* build_error(const char* name, const CatalogueEntry* entry, ...);
+
+// True if `format` has one conversion for each argument, in order and of its type.
 template <typename... Arguments>
 constexpr bool format_takes(std::string_view format) {
     constexpr char wanted[] = {(std::is_same_v<Arguments, int> ? 'd' : 's')..., '\0'};
@@ -65,11 +73,15 @@ constexpr const char* title_argument(const char* value) {
     return value ? value : "";
 }
 
-template <const CatalogueEntry& entry, typename... Arguments>
-ErrorInfo* build(Arguments... arguments) {
-    static_assert(format_takes<Arguments...>(entry.title));
-    return build_error(&entry, title_argument(arguments)...);
-}
+template <const CatalogueEntry& entry>
+struct Builder {
+    const char* name;
+    template <typename... Arguments>
+    ErrorInfo* operator()(Arguments... arguments) const {
+        static_assert(format_takes<Arguments...>(entry.title));
+        return build_error(name, &entry, title_argument(arguments)...);
+    }
+};
 
 } // namespace norvane
 

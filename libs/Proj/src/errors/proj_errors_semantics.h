@@ -1,17 +1,13 @@
-// The catalogue of what a model that reads well can mean wrongly: values that must be static and
-// are not, types that do not fit, loops, arrays, and the project as a whole.
-//
-// The texts are what users have come to know, and documentation and tools quote them: they stay as
-// they are, misspellings and odd blanks included.
+// The texts of the errors that the check of a model finds: values that are not static, types that
+// do not fit, loops, arrays, and the project as a whole.
+#ifndef NORVANE_PROJ_ERRORS_SEMANTICS_H
+#define NORVANE_PROJ_ERRORS_SEMANTICS_H
+
 #include "proj_errors_catalogue.h"
 
-#include "norvane/proj/proj_errors.h"
-
 namespace norvane {
-namespace {
 
-constexpr CatalogueEntry expr_not_static_entry = {
-    "ERR_EXPR_NOT_STATIC",
+NORVANE_ERROR(ERR_EXPR_NOT_STATIC){
     "%sExpression representing value for constant '%s' is not a static expression: %s",
     {{ERROR_P_ORDINARY,
       {text("A static expression is an expression which the compiler can \n"
@@ -31,8 +27,7 @@ constexpr CatalogueEntry expr_not_static_entry = {
             "  variables, the size of arrays, when indexing into arrays and when\n"
             "  defining  the bounds of the loop operators. \n")}}}};
 
-constexpr CatalogueEntry constant_expr_entry = {
-    "ERR_CONSTANT_EXPR",
+NORVANE_ERROR(ERR_CONSTANT_EXPR){
     "%sInvalid constant expression: %s",
     {{ERROR_P_ORDINARY,
       {text("Constant expression can only contain\n"
@@ -50,18 +45,15 @@ constexpr CatalogueEntry constant_expr_entry = {
        text(" is either a constant or a variable defined in\n"
             "  a loop operator.")}}}};
 
-constexpr CatalogueEntry constant_type_entry = {
-    "ERR_CONSTANT_TYPE",
-    "%sType of constant '%s' must be Boolean or integer",
-    {{ERROR_P_ORDINARY,
-      {text("The expression defining the value of a\n"
-            "  constant must have integer or boolean type. See "),
-       section("Constants", "Constants"),
-       text("\n"
-            "  for more information on constant declarations. ")}}}};
+NORVANE_ERROR(ERR_CONSTANT_TYPE){"%sType of constant '%s' must be Boolean or integer",
+                                 {{ERROR_P_ORDINARY,
+                                   {text("The expression defining the value of a\n"
+                                         "  constant must have integer or boolean type. See "),
+                                    section("Constants", "Constants"),
+                                    text("\n"
+                                         "  for more information on constant declarations. ")}}}};
 
-constexpr CatalogueEntry div_not_constant_entry = {
-    "ERR_DIV_NOT_CONSTANT",
+NORVANE_ERROR(ERR_DIV_NOT_CONSTANT){
     "%sBoth operands in a division must have static values: %s",
     {{ERROR_P_ORDINARY,
       {text("It is only possible to divide two\n"
@@ -72,8 +64,7 @@ constexpr CatalogueEntry div_not_constant_entry = {
             "  "),
        code("forall"), text(" and "), code("sum"), text(".")}}}};
 
-constexpr CatalogueEntry domain_not_static_entry = {
-    "ERR_DOMAIN_NOT_STATIC",
+NORVANE_ERROR(ERR_DOMAIN_NOT_STATIC){
     "%sExpression defining domain for type is not a static expression: %s",
     {{ERROR_P_ORDINARY,
       {text("A static expression is an expression\n"
@@ -94,22 +85,19 @@ constexpr CatalogueEntry domain_not_static_entry = {
             "      b : [0..a];\n"
             "  ")}}}};
 
-constexpr CatalogueEntry domain_type_entry = {
-    "ERR_DOMAIN_TYPE",
-    "%sExpression defining domain of range must be of integer type: %s",
-    {{ERROR_P_ORDINARY,
-      {text("When declaring a range variable, the expression defining\n"
-            "    the range must be of integer type.")}},
-     {ERROR_P_ORDINARY, {text("For example:")}},
-     {ERROR_P_ORDINARY,
-      {code("\n"
-            "      variable\n"
-            "        a : [0..3];\n"
-            "        b : [0..3+3];\n"
-            "  ")}}}};
+NORVANE_ERROR(ERR_DOMAIN_TYPE){"%sExpression defining domain of range must be of integer type: %s",
+                               {{ERROR_P_ORDINARY,
+                                 {text("When declaring a range variable, the expression defining\n"
+                                       "    the range must be of integer type.")}},
+                                {ERROR_P_ORDINARY, {text("For example:")}},
+                                {ERROR_P_ORDINARY,
+                                 {code("\n"
+                                       "      variable\n"
+                                       "        a : [0..3];\n"
+                                       "        b : [0..3+3];\n"
+                                       "  ")}}}};
 
-constexpr CatalogueEntry domain_bound_entry = {
-    "ERR_DOMAIN_BOUND",
+NORVANE_ERROR(ERR_DOMAIN_BOUND){
     "%sUpper bound of a range must be larger than 0 and smaller than 16777216 (24 "
     "bits) : %s",
     {{ERROR_P_ORDINARY,
@@ -124,8 +112,7 @@ constexpr CatalogueEntry domain_bound_entry = {
             "variable\n"
             "  b : integer;\n")}}}};
 
-constexpr CatalogueEntry array_not_static_entry = {
-    "ERR_ARRAY_NOT_STATIC",
+NORVANE_ERROR(ERR_ARRAY_NOT_STATIC){
     "%sExpression defining range of array type is not a static expression: %s",
     {{ERROR_P_ORDINARY,
       {text("  A static expression is an expression which the compiler can \n"
@@ -152,8 +139,7 @@ constexpr CatalogueEntry array_not_static_entry = {
             "       b : array a of [0..3];\n"
             "  ")}}}};
 
-constexpr CatalogueEntry array_dim_entry = {
-    "ERR_ARRAY_DIM",
+NORVANE_ERROR(ERR_ARRAY_DIM){
     "%sDimension of array must be declared as a positive integer number. Declared as '%s'",
     {{ERROR_P_ORDINARY,
       {text("The size of an array must be declared by a\n"
@@ -169,8 +155,7 @@ constexpr CatalogueEntry array_dim_entry = {
        text(" for more\n"
             "  information on arrays in PM. ")}}}};
 
-constexpr CatalogueEntry type_undef_entry = {
-    "ERR_TYPE_UNDEF",
+NORVANE_ERROR(ERR_TYPE_UNDEF){
     "%sUndefined type '%s'",
     {{ERROR_P_ORDINARY,
       {text("  You have defined a variable to be of a type that you have not\n"
@@ -190,11 +175,9 @@ constexpr CatalogueEntry type_undef_entry = {
        text(" for detailed information on user\n"
             "  defined types.")}}}};
 
-constexpr CatalogueEntry var_as_type_name_entry = {
-    "ERR_VAR_AS_TYPE_NAME", "%sVariable identifier is used as a type '%s'", {}};
+NORVANE_ERROR(ERR_VAR_AS_TYPE_NAME){"%sVariable identifier is used as a type '%s'", {}};
 
-constexpr CatalogueEntry rule_not_boolean_entry = {
-    "ERR_RULE_NOT_BOOLEAN",
+NORVANE_ERROR(ERR_RULE_NOT_BOOLEAN){
     "%sRule is not of boolean type: %s",
     {{ERROR_P_ORDINARY,
       {text("  Each rule must be of boolean type. It is meaningless to \n"
@@ -209,8 +192,7 @@ constexpr CatalogueEntry rule_not_boolean_entry = {
             "    rule\n"
             "      if x then a else 3;\n")}}}};
 
-constexpr CatalogueEntry op_types_bin_entry = {
-    "ERR_OP_TYPES_BIN",
+NORVANE_ERROR(ERR_OP_TYPES_BIN){
     "%sOperator type mismatch: Left operand is %s type, right operand is %s type in '%s'",
     {{ERROR_P_ORDINARY,
       {text("  You have compared two variables or labels of different types. \n"
@@ -238,16 +220,14 @@ constexpr CatalogueEntry op_types_bin_entry = {
        text(" for an overview of the different operators and\n"
             "  the types of their operands.\n")}}}};
 
-constexpr CatalogueEntry op_types_un_entry = {
-    "ERR_OP_TYPES_UN",
+NORVANE_ERROR(ERR_OP_TYPES_UN){
     "%sOperator type mismatch: Operand is of type '%s' in expression '%s'",
     {{ERROR_P_ORDINARY,
       {text("  You have applied unary operator to a variable or label \n"
             "  with an incorrect type. For example, a unary minus\n"
             "  cannot be applied to boolean or enumeration type variables.\n")}}}};
 
-constexpr CatalogueEntry if_type_entry = {
-    "ERR_IF_TYPE",
+NORVANE_ERROR(ERR_IF_TYPE){
     "%sThe 'if'-expression is of type %s, but should be of type boolean in "
     "if-then-else expression '%s'",
     {{ERROR_P_ORDINARY,
@@ -259,8 +239,7 @@ constexpr CatalogueEntry if_type_entry = {
       {text("See "), section("Boolean Operators", "BooleanOperators"),
        text(" for more on if-then-else expressions.\n")}}}};
 
-constexpr CatalogueEntry then_type_entry = {
-    "ERR_THEN_TYPE",
+NORVANE_ERROR(ERR_THEN_TYPE){
     "%sThe 'then'-branch is of type %s and the 'else'-branch of type %s (they must "
     "both be either range or boolean) in if-then-else  expression '%s'",
     {{ERROR_P_ORDINARY,
@@ -275,8 +254,7 @@ constexpr CatalogueEntry then_type_entry = {
       {text("See "), section("Boolean Operators", "BooleanOperators"),
        text(" for more on if-then-else expressions.\n")}}}};
 
-constexpr CatalogueEntry case_default_type_entry = {
-    "ERR_CASE_DEFAULT_TYPE",
+NORVANE_ERROR(ERR_CASE_DEFAULT_TYPE){
     "%sDefault expression is of %s type, but case expression is of %s type: %s",
     {{ERROR_P_ORDINARY,
       {text("  All expressions following the "), code("then"),
@@ -294,8 +272,7 @@ constexpr CatalogueEntry case_default_type_entry = {
             "    esac;\n"
             "  ")}}}};
 
-constexpr CatalogueEntry enum_float_compare_entry = {
-    "ERR_ENUM_FLOAT_COMPARE",
+NORVANE_ERROR(ERR_ENUM_FLOAT_COMPARE){
     "%sFloat type variables can only be compared with static float expression : %s",
     {{ERROR_P_ORDINARY,
       {text("When comparing two float operands,\n"
@@ -303,8 +280,7 @@ constexpr CatalogueEntry enum_float_compare_entry = {
             "  operand must be a float type constant. Comparison of two float type\n"
             "  variables is not supported.")}}}};
 
-constexpr CatalogueEntry enum_integer_compare_entry = {
-    "ERR_ENUM_INTEGER_COMPARE",
+NORVANE_ERROR(ERR_ENUM_INTEGER_COMPARE){
     "%sInteger type variables can only be compared with static integer expressions: %s",
     {{ERROR_P_ORDINARY,
       {text("When comparing two integer\n"
@@ -312,8 +288,7 @@ constexpr CatalogueEntry enum_integer_compare_entry = {
             "  the other operand must be an integer type constant. Comparison of\n"
             "  two integer type variables is not supported. ")}}}};
 
-constexpr CatalogueEntry floats_not_static_entry = {
-    "ERR_FLOATS_NOT_STATIC",
+NORVANE_ERROR(ERR_FLOATS_NOT_STATIC){
     "%sThe expression contains float variables, but only static float values are "
     "allowed: %s",
     {{ERROR_P_ORDINARY,
@@ -326,8 +301,7 @@ constexpr CatalogueEntry floats_not_static_entry = {
      {ERROR_P_DISPLAY, {code("my_var + 2.2 * 3.2")}},
      {ERROR_P_ORDINARY, {text("is not allowed if "), code("my_var"), text(" is a variable.\n")}}}};
 
-constexpr CatalogueEntry string_compare_entry = {
-    "ERR_STRING_COMPARE",
+NORVANE_ERROR(ERR_STRING_COMPARE){
     "%sString type variables can only be compared with constant strings or enum "
     "variables: %s",
     {{ERROR_P_ORDINARY,
@@ -336,15 +310,13 @@ constexpr CatalogueEntry string_compare_entry = {
             "variable. Comparison of\n"
             "  two string variables is not supported. ")}}}};
 
-constexpr CatalogueEntry strvar_compare_label_entry = {
-    "ERR_STRVAR_COMPARE_LABEL",
+NORVANE_ERROR(ERR_STRVAR_COMPARE_LABEL){
     "%sString variable cannot be compared with enum value: %s",
     {{ERROR_P_ORDINARY,
       {text("A string variable can be compared with an enum variable,\n"
             "  but not with an enum value ")}}}};
 
-constexpr CatalogueEntry ranges_not_integer_entry = {
-    "ERR_RANGES_NOT_INTEGER",
+NORVANE_ERROR(ERR_RANGES_NOT_INTEGER){
     "%sThe ranges must be integers in expression: %s",
     {{ERROR_P_ORDINARY,
       {text("The range definition in a loop\n"
@@ -354,8 +326,7 @@ constexpr CatalogueEntry ranges_not_integer_entry = {
        text("\n"
             "    is of integer type.")}}}};
 
-constexpr CatalogueEntry ranges_begin_entry = {
-    "ERR_RANGES_BEGIN",
+NORVANE_ERROR(ERR_RANGES_BEGIN){
     "%sExpression defining the beginning of the range is not static: %s",
     {{ERROR_P_ORDINARY,
       {text("  A static expression is an expression which the compiler can \n"
@@ -381,8 +352,7 @@ constexpr CatalogueEntry ranges_begin_entry = {
             "  only makes sense if "),
        code("a"), text(" is a static integer expression. \n")}}}};
 
-constexpr CatalogueEntry ranges_end_entry = {
-    "ERR_RANGES_END",
+NORVANE_ERROR(ERR_RANGES_END){
     "%sExpression defining the end of the range is not static: %s",
     {{ERROR_P_ORDINARY,
       {text("  A static expression is an expression which the compiler can \n"
@@ -407,8 +377,7 @@ constexpr CatalogueEntry ranges_end_entry = {
             "  only makes sense if "),
        code("a"), text(" is a static integer expression. \n")}}}};
 
-constexpr CatalogueEntry ranges_lt_entry = {
-    "ERR_RANGES_LT",
+NORVANE_ERROR(ERR_RANGES_LT){
     "%sLower range (%d) must be less than or equal to the upper range (%d) in "
     "expression: %s",
     {{ERROR_P_ORDINARY,
@@ -420,8 +389,7 @@ constexpr CatalogueEntry ranges_lt_entry = {
             "  only makes sense if "),
        code("a"), text(" is smaller than or equal to "), code("b"), text(".\n")}}}};
 
-constexpr CatalogueEntry ranges_nested_entry = {
-    "ERR_RANGES_NESTED",
+NORVANE_ERROR(ERR_RANGES_NESTED){
     "%sNested expression in a product range must be a constant expression: %s",
     {{ERROR_P_ORDINARY,
       {text("  The expression used in a product-operator must be static. \n"
@@ -435,22 +403,19 @@ constexpr CatalogueEntry ranges_nested_entry = {
        text(" is either a constant or\n"
             "  a variable defined in a loop operator.")}}}};
 
-constexpr CatalogueEntry range_type_entry = {
-    "ERR_RANGE_TYPE",
-    "%sRange expression has %s type: %s",
-    {{ERROR_P_ORDINARY,
-      {text("The expression in "), code("forall"),
-       text("- and\n"
-            "  "),
-       code("exists"),
-       text("-operators must be of boolean type and the expression\n"
-            "  in "),
-       code("sum"), text("- and "), code("product"),
-       text("-operators must be of range\n"
-            "  type.")}}}};
+NORVANE_ERROR(ERR_RANGE_TYPE){"%sRange expression has %s type: %s",
+                              {{ERROR_P_ORDINARY,
+                                {text("The expression in "), code("forall"),
+                                 text("- and\n"
+                                      "  "),
+                                 code("exists"),
+                                 text("-operators must be of boolean type and the expression\n"
+                                      "  in "),
+                                 code("sum"), text("- and "), code("product"),
+                                 text("-operators must be of range\n"
+                                      "  type.")}}}};
 
-constexpr CatalogueEntry index_not_static_entry = {
-    "ERR_INDEX_NOT_STATIC",
+NORVANE_ERROR(ERR_INDEX_NOT_STATIC){
     "%sIndex in array type '%s' is not static: %s",
     {{ERROR_P_ORDINARY,
       {text("  The expression used to index an array-element must be static.\n"
@@ -473,8 +438,7 @@ constexpr CatalogueEntry index_not_static_entry = {
        text(" is either a constant or a variable defined in\n"
             "  a loop operator.\n")}}}};
 
-constexpr CatalogueEntry index_not_int_entry = {
-    "ERR_INDEX_NOT_INT",
+NORVANE_ERROR(ERR_INDEX_NOT_INT){
     "%sExpression defining index in dimension %d of array variable is not of integer "
     "type: %s",
     {{ERROR_P_ORDINARY,
@@ -489,8 +453,7 @@ constexpr CatalogueEntry index_not_int_entry = {
             "        x[0] or x[1+1];\n"
             "  ")}}}};
 
-constexpr CatalogueEntry neg_array_index_entry = {
-    "ERR_NEG_ARRAY_INDEX",
+NORVANE_ERROR(ERR_NEG_ARRAY_INDEX){
     "%sIndex in dimension %d of array variable '%s' is negative",
     {{ERROR_P_ORDINARY,
       {text("  You have indexed an element in an array with a negative value. \n"
@@ -500,8 +463,7 @@ constexpr CatalogueEntry neg_array_index_entry = {
       {text("See "), section("Arrays", "Arrays"),
        text(" for more information on arrays in PM. \n")}}}};
 
-constexpr CatalogueEntry array_index_out_of_range_entry = {
-    "ERR_ARRAY_INDEX_OUT_OF_RANGE",
+NORVANE_ERROR(ERR_ARRAY_INDEX_OUT_OF_RANGE){
     "%sIndex in dimension %d of array variable '%s' is %d, but must be in [0..%d]",
     {{ERROR_P_ORDINARY,
       {text("  You have indexed an element in an array with a value which is larger\n"
@@ -512,8 +474,7 @@ constexpr CatalogueEntry array_index_out_of_range_entry = {
       {text("See "), section("Arrays", "Arrays"),
        text(" for more information on arrays in PM. \n")}}}};
 
-constexpr CatalogueEntry array_index_entry = {
-    "ERR_ARRAY_INDEX",
+NORVANE_ERROR(ERR_ARRAY_INDEX){
     "%sThe %d-dimensional array '%s' cannot be indexed with %d dimensions",
     {{ERROR_P_ORDINARY,
       {text("An n-dimensional array has been indexed as if it was of some\n"
@@ -530,8 +491,7 @@ constexpr CatalogueEntry array_index_entry = {
       {text("See "), section("Arrays", "Arrays"),
        text(" for more information on arrays in PM. \n")}}}};
 
-constexpr CatalogueEntry illegal_array_var_entry = {
-    "ERR_ILLEGAL_ARRAY_VAR",
+NORVANE_ERROR(ERR_ILLEGAL_ARRAY_VAR){
     "%sThe type '%s' is used as an array variable",
     {{ERROR_P_ORDINARY,
       {text("  You have used an identifier as if it was an array, but it has not\n"
@@ -548,23 +508,20 @@ constexpr CatalogueEntry illegal_array_var_entry = {
       {text("See "), section("Arrays", "Arrays"),
        text(" for more information on arrays in PM. \n")}}}};
 
-constexpr CatalogueEntry var_as_array_entry = {
-    "ERR_VAR_AS_ARRAY",
-    "%sThe %s variable '%s' is used as an array variable",
-    {{ERROR_P_ORDINARY,
-      {text("  A variable which is not an array type, is used as\n"
-            "    such. For example:")}},
-     {ERROR_P_ORDINARY,
-      {code("\n"
-            "      variable\n"
-            "        x : [0..4];\n"
-            "\n"
-            "      rule\n"
-            "        x[2] > 2;\n"
-            "  ")}}}};
+NORVANE_ERROR(ERR_VAR_AS_ARRAY){"%sThe %s variable '%s' is used as an array variable",
+                                {{ERROR_P_ORDINARY,
+                                  {text("  A variable which is not an array type, is used as\n"
+                                        "    such. For example:")}},
+                                 {ERROR_P_ORDINARY,
+                                  {code("\n"
+                                        "      variable\n"
+                                        "        x : [0..4];\n"
+                                        "\n"
+                                        "      rule\n"
+                                        "        x[2] > 2;\n"
+                                        "  ")}}}};
 
-constexpr CatalogueEntry not_record_entry = {
-    "ERR_NOT_RECORD",
+NORVANE_ERROR(ERR_NOT_RECORD){
     "%s'%s' is not a record type variable",
     {{ERROR_P_ORDINARY,
       {text("  You have ``dotted'' into a variable which is not a record type\n"
@@ -581,8 +538,7 @@ constexpr CatalogueEntry not_record_entry = {
       {text("See "), section("Records", "Records"),
        text(" for more information on records in PM. \n")}}}};
 
-constexpr CatalogueEntry id_undeclared_entry = {
-    "ERR_ID_UNDECLARED",
+NORVANE_ERROR(ERR_ID_UNDECLARED){
     "%sUndeclared identifier '%s'",
     {{ERROR_P_ORDINARY,
       {text("  You have used an identifier which has not been defined. Check the \n"
@@ -591,8 +547,7 @@ constexpr CatalogueEntry id_undeclared_entry = {
       {text("See "), section("Identifiers", "Identifiers"),
        text(" for more information on identifiers in PM.\n")}}}};
 
-constexpr CatalogueEntry type_as_var_name_entry = {
-    "ERR_TYPE_AS_VAR_NAME",
+NORVANE_ERROR(ERR_TYPE_AS_VAR_NAME){
     "%sType identifier is used as a variable '%s'",
     {{ERROR_P_ORDINARY,
       {text("  A type identifier is used as an array variable. For\n"
@@ -606,22 +561,18 @@ constexpr CatalogueEntry type_as_var_name_entry = {
             "        X > 2;\n"
             "  ")}}}};
 
-constexpr CatalogueEntry no_vars_entry = {
-    "ERR_NO_VARS",
-    "Project contains no variables",
-    {{ERROR_P_ORDINARY,
-      {text("  The product model contains no variables. Thus, there are\n"
-            "  no parameters for the end-user to configure on. \n")}}}};
+NORVANE_ERROR(ERR_NO_VARS){"Project contains no variables",
+                           {{ERROR_P_ORDINARY,
+                             {text("  The product model contains no variables. Thus, there are\n"
+                                   "  no parameters for the end-user to configure on. \n")}}}};
 
-constexpr CatalogueEntry no_public_vars_entry = {
-    "ERR_NO_PUBLIC_VARS",
+NORVANE_ERROR(ERR_NO_PUBLIC_VARS){
     "Project contains no public variables",
     {{ERROR_P_ORDINARY,
       {text("  All variables have been declared as private and thus there are\n"
             "  no parameters for the end-user to configure on. \n")}}}};
 
-constexpr CatalogueEntry no_public_vars_prod_entry = {
-    "ERR_NO_PUBLIC_VARS_PROD",
+NORVANE_ERROR(ERR_NO_PUBLIC_VARS_PROD){
     "%sThe type constructor contains no public variables",
     {{ERROR_P_ORDINARY,
       {text("In a record type constructor, at\n"
@@ -629,136 +580,6 @@ constexpr CatalogueEntry no_public_vars_prod_entry = {
             "  by either declaring a record type constructor without any variables,\n"
             "  or by declaring all variables in the record type for private.")}}}};
 
-} // namespace
 } // namespace norvane
 
-using namespace norvane;
-
-// clang-format off
-ErrorInfo* ERR_EXPR_NOT_STATIC(const char* position, const char* constant_name,
-                               const char* expr_text) {
-    return build<expr_not_static_entry>(position, constant_name, expr_text);
-}
-ErrorInfo* ERR_CONSTANT_EXPR(const char* position, const char* expr_text) {
-    return build<constant_expr_entry>(position, expr_text);
-}
-ErrorInfo* ERR_CONSTANT_TYPE(const char* position, const char* constant_name) {
-    return build<constant_type_entry>(position, constant_name);
-}
-ErrorInfo* ERR_DIV_NOT_CONSTANT(const char* position, const char* expr_text) {
-    return build<div_not_constant_entry>(position, expr_text);
-}
-ErrorInfo* ERR_DOMAIN_NOT_STATIC(const char* position, const char* expr_text) {
-    return build<domain_not_static_entry>(position, expr_text);
-}
-ErrorInfo* ERR_DOMAIN_TYPE(const char* position, const char* expr_text) {
-    return build<domain_type_entry>(position, expr_text);
-}
-ErrorInfo* ERR_DOMAIN_BOUND(const char* position, const char* expr_text) {
-    return build<domain_bound_entry>(position, expr_text);
-}
-ErrorInfo* ERR_ARRAY_NOT_STATIC(const char* position, const char* expr_text) {
-    return build<array_not_static_entry>(position, expr_text);
-}
-ErrorInfo* ERR_ARRAY_DIM(const char* position, const char* dimension_text) {
-    return build<array_dim_entry>(position, dimension_text);
-}
-ErrorInfo* ERR_TYPE_UNDEF(const char* position, const char* type_name) {
-    return build<type_undef_entry>(position, type_name);
-}
-ErrorInfo* ERR_VAR_AS_TYPE_NAME(const char* position, const char* name) {
-    return build<var_as_type_name_entry>(position, name);
-}
-ErrorInfo* ERR_RULE_NOT_BOOLEAN(const char* position, const char* expr_text) {
-    return build<rule_not_boolean_entry>(position, expr_text);
-}
-ErrorInfo* ERR_OP_TYPES_BIN(const char* position, const char* left_type, const char* right_type,
-                            const char* expr_text) {
-    return build<op_types_bin_entry>(position, left_type, right_type, expr_text);
-}
-ErrorInfo* ERR_OP_TYPES_UN(const char* position, const char* operand_type, const char* expr_text) {
-    return build<op_types_un_entry>(position, operand_type, expr_text);
-}
-ErrorInfo* ERR_IF_TYPE(const char* position, const char* condition_type, const char* expr_text) {
-    return build<if_type_entry>(position, condition_type, expr_text);
-}
-ErrorInfo* ERR_THEN_TYPE(const char* position, const char* then_type, const char* else_type,
-                         const char* expr_text) {
-    return build<then_type_entry>(position, then_type, else_type, expr_text);
-}
-ErrorInfo* ERR_CASE_DEFAULT_TYPE(const char* position, const char* default_type,
-                                 const char* case_type, const char* expr_text) {
-    return build<case_default_type_entry>(position, default_type, case_type, expr_text);
-}
-ErrorInfo* ERR_ENUM_FLOAT_COMPARE(const char* position, const char* expr_text) {
-    return build<enum_float_compare_entry>(position, expr_text);
-}
-ErrorInfo* ERR_ENUM_INTEGER_COMPARE(const char* position, const char* expr_text) {
-    return build<enum_integer_compare_entry>(position, expr_text);
-}
-ErrorInfo* ERR_FLOATS_NOT_STATIC(const char* position, const char* expr_text) {
-    return build<floats_not_static_entry>(position, expr_text);
-}
-ErrorInfo* ERR_STRING_COMPARE(const char* position, const char* expr_text) {
-    return build<string_compare_entry>(position, expr_text);
-}
-ErrorInfo* ERR_STRVAR_COMPARE_LABEL(const char* position, const char* expr_text) {
-    return build<strvar_compare_label_entry>(position, expr_text);
-}
-ErrorInfo* ERR_RANGES_NOT_INTEGER(const char* position, const char* expr_text) {
-    return build<ranges_not_integer_entry>(position, expr_text);
-}
-ErrorInfo* ERR_RANGES_BEGIN(const char* position, const char* expr_text) {
-    return build<ranges_begin_entry>(position, expr_text);
-}
-ErrorInfo* ERR_RANGES_END(const char* position, const char* expr_text) {
-    return build<ranges_end_entry>(position, expr_text);
-}
-ErrorInfo* ERR_RANGES_LT(const char* position, int lower, int upper, const char* expr_text) {
-    return build<ranges_lt_entry>(position, lower, upper, expr_text);
-}
-ErrorInfo* ERR_RANGES_NESTED(const char* position, const char* expr_text) {
-    return build<ranges_nested_entry>(position, expr_text);
-}
-ErrorInfo* ERR_RANGE_TYPE(const char* position, const char* type_name, const char* expr_text) {
-    return build<range_type_entry>(position, type_name, expr_text);
-}
-ErrorInfo* ERR_INDEX_NOT_STATIC(const char* position, const char* array_name,
-                                const char* expr_text) {
-    return build<index_not_static_entry>(position, array_name, expr_text);
-}
-ErrorInfo* ERR_INDEX_NOT_INT(const char* position, int dimension, const char* expr_text) {
-    return build<index_not_int_entry>(position, dimension, expr_text);
-}
-ErrorInfo* ERR_NEG_ARRAY_INDEX(const char* position, int dimension, const char* array_name) {
-    return build<neg_array_index_entry>(position, dimension, array_name);
-}
-ErrorInfo* ERR_ARRAY_INDEX_OUT_OF_RANGE(const char* position, int dimension,
-                                        const char* array_name, int index, int max_index) {
-    return build<array_index_out_of_range_entry>(position, dimension, array_name, index, max_index);
-}
-ErrorInfo* ERR_ARRAY_INDEX(const char* position, int declared_dimensions, const char* array_name,
-                           int used_dimensions) {
-    return build<array_index_entry>(position, declared_dimensions, array_name, used_dimensions);
-}
-ErrorInfo* ERR_ILLEGAL_ARRAY_VAR(const char* position, const char* name) {
-    return build<illegal_array_var_entry>(position, name);
-}
-ErrorInfo* ERR_VAR_AS_ARRAY(const char* position, const char* type_name, const char* name) {
-    return build<var_as_array_entry>(position, type_name, name);
-}
-ErrorInfo* ERR_NOT_RECORD(const char* position, const char* name) {
-    return build<not_record_entry>(position, name);
-}
-ErrorInfo* ERR_ID_UNDECLARED(const char* position, const char* name) {
-    return build<id_undeclared_entry>(position, name);
-}
-ErrorInfo* ERR_TYPE_AS_VAR_NAME(const char* position, const char* name) {
-    return build<type_as_var_name_entry>(position, name);
-}
-ErrorInfo* ERR_NO_VARS() { return build<no_vars_entry>(); }
-ErrorInfo* ERR_NO_PUBLIC_VARS() { return build<no_public_vars_entry>(); }
-ErrorInfo* ERR_NO_PUBLIC_VARS_PROD(const char* position) {
-    return build<no_public_vars_prod_entry>(position);
-}
-// clang-format on
+#endif

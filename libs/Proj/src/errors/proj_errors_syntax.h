@@ -1,23 +1,18 @@
-// The catalogue of the product-model language's syntax and declarations.
-//
-// The texts are what users have come to know, and documentation and tools quote them: they stay as
-// they are, misspellings and odd blanks included.
+// The texts of the errors in the syntax and the declarations of the product-model language.
+#ifndef NORVANE_PROJ_ERRORS_SYNTAX_H
+#define NORVANE_PROJ_ERRORS_SYNTAX_H
+
 #include "proj_errors_catalogue.h"
 
-#include "norvane/proj/proj_errors.h"
-
 namespace norvane {
-namespace {
 
-constexpr CatalogueEntry name_redeclared_entry = {
-    "ERR_NAME_REDECLARED",
+NORVANE_ERROR(ERR_NAME_REDECLARED){
     "%sThe %s name '%s' is already declared as a %s",
     {{ERROR_P_ORDINARY,
       {text("  You have used the same identifier for several things. All constants,\n"
             "  values, types, labels,  and variables must have distinct names. \n")}}}};
 
-constexpr CatalogueEntry name_redeclared_scope_entry = {
-    "ERR_NAME_REDECLARED_SCOPE",
+NORVANE_ERROR(ERR_NAME_REDECLARED_SCOPE){
     "%sThe %s name '%s' is already declared in the same scope",
     {{ERROR_P_ORDINARY,
       {text("  You have defined an identifier multiple times within the same\n"
@@ -25,8 +20,7 @@ constexpr CatalogueEntry name_redeclared_scope_entry = {
             "  on the same scope level, i.e., within a record type or on the\n"
             "  top-most level.  \n")}}}};
 
-constexpr CatalogueEntry type_as_var_entry = {
-    "ERR_TYPE_AS_VAR",
+NORVANE_ERROR(ERR_TYPE_AS_VAR){
     "%sThe type '%s' is used as a variable",
     {{ERROR_P_ORDINARY,
       {text("  You have used the name of a type in a rule rather than using a\n"
@@ -44,22 +38,19 @@ constexpr CatalogueEntry type_as_var_entry = {
             "       Size > 2;\n"
             "  ")}}}};
 
-constexpr CatalogueEntry empty_var_name_entry = {
-    "ERR_EMPTY_VAR_NAME",
+NORVANE_ERROR(ERR_EMPTY_VAR_NAME){
     "%sThe empty variable name is not allowed",
     {{ERROR_P_ORDINARY,
       {text("All variables must be given a valid name. The empty\n"
             "             string is not recognized as a valid variable name.")}}}};
 
-constexpr CatalogueEntry empty_label_name_entry = {
-    "ERR_EMPTY_LABEL_NAME",
+NORVANE_ERROR(ERR_EMPTY_LABEL_NAME){
     "%sThe empty label name is not allowed",
     {{ERROR_P_ORDINARY,
       {text("All labels in an enum type must be given a valid name. The empty\n"
             "             string is not recognized as a valid label name.")}}}};
 
-constexpr CatalogueEntry label_reserved_word_entry = {
-    "ERR_LABEL_RESERVED_WORD",
+NORVANE_ERROR(ERR_LABEL_RESERVED_WORD){
     "%s'NONE' and 'SOME' are reserved words and cannot be used as labels",
     {{ERROR_P_ORDINARY,
       {text("  The strings ``"), code("SOME"), text("'' or ``"), code("NONE"),
@@ -69,19 +60,16 @@ constexpr CatalogueEntry label_reserved_word_entry = {
        text(" for more on\n"
             "  optional variables.\n")}}}};
 
-constexpr CatalogueEntry no_labels_entry = {
-    "ERR_NO_LABELS",
+NORVANE_ERROR(ERR_NO_LABELS){
     "%sEnumeration type contains no labels",
     {{ERROR_P_ORDINARY, {text("The specified enumeration type does not contain any labels ")}}}};
 
-constexpr CatalogueEntry invalid_int_entry = {
-    "ERR_INVALID_INT",
+NORVANE_ERROR(ERR_INVALID_INT){
     "%sIntegers must be in the range [-2147483648..2147483647] (32 bits). The value: "
     "'%s' is invalid",
     {}};
 
-constexpr CatalogueEntry invalid_token_entry = {
-    "ERR_INVALID_TOKEN",
+NORVANE_ERROR(ERR_INVALID_TOKEN){
     "%sInvalid token '%s' found",
     {{ERROR_P_ORDINARY,
       {text("  The file contains characters or strings that cannot be recognized\n"
@@ -97,19 +85,16 @@ constexpr CatalogueEntry invalid_token_entry = {
        text(" for the precise definition of \n"
             "  the PM grammar. ")}}}};
 
-constexpr CatalogueEntry parser_entry = {
-    "ERR_PARSER",
-    "%s%s",
-    {{ERROR_P_ORDINARY,
-      {text("The input could not be parsed, i.e., it does not \n"
-            "  follow the syntactic rules of the input.")}},
-     {ERROR_P_ORDINARY,
-      {text("See "), section("PM Grammar", "PMGrammar"),
-       text(" for the precise definition of \n"
-            "     the PM grammar. ")}}}};
+NORVANE_ERROR(ERR_PARSER){"%s%s",
+                          {{ERROR_P_ORDINARY,
+                            {text("The input could not be parsed, i.e., it does not \n"
+                                  "  follow the syntactic rules of the input.")}},
+                           {ERROR_P_ORDINARY,
+                            {text("See "), section("PM Grammar", "PMGrammar"),
+                             text(" for the precise definition of \n"
+                                  "     the PM grammar. ")}}}};
 
-constexpr CatalogueEntry gram_decl_entry = {
-    "ERR_GRAM_DECL",
+NORVANE_ERROR(ERR_GRAM_DECL){
     "%sExpecting a section delimiter: one of 'constant', 'type', 'variable', or 'rule'.",
     {{ERROR_P_ORDINARY,
       {text("  The parser could not find one of the three possible section\n"
@@ -123,8 +108,7 @@ constexpr CatalogueEntry gram_decl_entry = {
        text(" for the precise description of the syntax of legal section  "
             "declarations.  \n")}}}};
 
-constexpr CatalogueEntry gram_constantdefl_entry = {
-    "ERR_GRAM_CONSTANTDEFL",
+NORVANE_ERROR(ERR_GRAM_CONSTANTDEFL){
     "%sIllegal constant declaration.",
     {{ERROR_P_ORDINARY, {text("  The parser could not understand the constant definition. ")}},
      {ERROR_P_ORDINARY,
@@ -138,8 +122,7 @@ constexpr CatalogueEntry gram_constantdefl_entry = {
        text(" contains the precise description of the\n"
             "  syntax of a constant declaration.  ")}}}};
 
-constexpr CatalogueEntry gram_typedefl_entry = {
-    "ERR_GRAM_TYPEDEFL",
+NORVANE_ERROR(ERR_GRAM_TYPEDEFL){
     "%sIllegal type declaration.",
     {{ERROR_P_ORDINARY, {text("  The parser could not understand the type definition. ")}},
      {ERROR_P_ORDINARY,
@@ -158,8 +141,7 @@ constexpr CatalogueEntry gram_typedefl_entry = {
             "  precise description of the syntax of a user-declared type\n"
             "  declaration.  ")}}}};
 
-constexpr CatalogueEntry gram_variabledefl_entry = {
-    "ERR_GRAM_VARIABLEDEFL",
+NORVANE_ERROR(ERR_GRAM_VARIABLEDEFL){
     "%sIllegal variable declaration.",
     {{ERROR_P_ORDINARY, {text("  The parser could not understand the variable definition. ")}},
      {ERROR_P_ORDINARY,
@@ -173,8 +155,7 @@ constexpr CatalogueEntry gram_variabledefl_entry = {
        text(" contains \n"
             "  the precise description of the syntax of a variable declaration.  \n")}}}};
 
-constexpr CatalogueEntry gram_ruledefl_entry = {
-    "ERR_GRAM_RULEDEFL",
+NORVANE_ERROR(ERR_GRAM_RULEDEFL){
     "%sIllegal rule declaration.",
     {{ERROR_P_ORDINARY, {text("  The parser could not understand the rule definition. ")}},
      {ERROR_P_ORDINARY,
@@ -189,8 +170,7 @@ constexpr CatalogueEntry gram_ruledefl_entry = {
             "  contains the precise description of the syntax of a rule\n"
             "  declaration.  ")}}}};
 
-constexpr CatalogueEntry gram_int_zero_entry = {
-    "ERR_GRAM_INT_ZERO",
+NORVANE_ERROR(ERR_GRAM_INT_ZERO){
     "%sRange intervals must start at 0",
     {{ERROR_P_ORDINARY,
       {text("  Range variables cannot be negative and the ranges must start with "
@@ -200,8 +180,7 @@ constexpr CatalogueEntry gram_int_zero_entry = {
        text(" for the precise description of the syntax\n"
             "  of range declarations.\n")}}}};
 
-constexpr CatalogueEntry gram_type_entry = {
-    "ERR_GRAM_TYPE",
+NORVANE_ERROR(ERR_GRAM_TYPE){
     "%sIllegal type declaration.",
     {{ERROR_P_ORDINARY, {text("  The parser could not understand the type definition. ")}},
      {ERROR_P_ORDINARY,
@@ -213,8 +192,7 @@ constexpr CatalogueEntry gram_type_entry = {
        text(" contains the\n"
             "  precise description of the syntax of type declarations.  ")}}}};
 
-constexpr CatalogueEntry gram_recfieldl_entry = {
-    "ERR_GRAM_RECFIELDL",
+NORVANE_ERROR(ERR_GRAM_RECFIELDL){
     "%sIllegal record field declaration.",
     {{ERROR_P_ORDINARY,
       {text("  The parser could not understand the declaration of a variable in a\n"
@@ -227,8 +205,7 @@ constexpr CatalogueEntry gram_recfieldl_entry = {
        text(" contains the\n"
             "  precise description of the syntax of record declarations.  ")}}}};
 
-constexpr CatalogueEntry gram_recrulel_entry = {
-    "ERR_GRAM_RECRULEL",
+NORVANE_ERROR(ERR_GRAM_RECRULEL){
     "%sIllegal record rule declaration.",
     {{ERROR_P_ORDINARY,
       {text("  The parser could not understand the declaration of a rule in a\n"
@@ -248,8 +225,7 @@ constexpr CatalogueEntry gram_recrulel_entry = {
             "  contains the precise description of the syntax of a rule\n"
             "  declaration. ")}}}};
 
-constexpr CatalogueEntry gram_casedefl_entry = {
-    "ERR_GRAM_CASEDEFL",
+NORVANE_ERROR(ERR_GRAM_CASEDEFL){
     "%sIllegal case declaration.",
     {{ERROR_P_ORDINARY, {text("The parser could not understand the case-construct. ")}},
      {ERROR_P_ORDINARY,
@@ -265,8 +241,7 @@ constexpr CatalogueEntry gram_casedefl_entry = {
             "<expr> 'esac'\n"
             "  ")}}}};
 
-constexpr CatalogueEntry gram_idcon_entry = {
-    "ERR_GRAM_IDCON",
+NORVANE_ERROR(ERR_GRAM_IDCON){
     "%sIllegal identifier",
     {{ERROR_P_ORDINARY, {text("  The parser could not recognize the identifier. ")}},
      {ERROR_P_ORDINARY,
@@ -286,8 +261,7 @@ constexpr CatalogueEntry gram_idcon_entry = {
        text("\n"
             "  are examples of legal identifiers. ")}}}};
 
-constexpr CatalogueEntry gram_bar_deprecated_entry = {
-    "ERR_GRAM_BAR_DEPRECATED",
+NORVANE_ERROR(ERR_GRAM_BAR_DEPRECATED){
     "%sUsing a bar to seperate labels is deprecated, use a comma instead",
     {{ERROR_P_ORDINARY,
       {text("  As of PM version 3.0 using a bar as seperator for labels in an\n"
@@ -309,59 +283,6 @@ constexpr CatalogueEntry gram_bar_deprecated_entry = {
       {text("Note : using a comma as label seperator is not backward compatible\n"
             "  with compilers prior to version 3.0.")}}}};
 
-} // namespace
 } // namespace norvane
 
-using namespace norvane;
-
-// clang-format off
-ErrorInfo* ERR_NAME_REDECLARED(const char* position, const char* kind, const char* name,
-                               const char* other_kind) {
-    return build<name_redeclared_entry>(position, kind, name, other_kind);
-}
-ErrorInfo* ERR_NAME_REDECLARED_SCOPE(const char* position, const char* kind, const char* name) {
-    return build<name_redeclared_scope_entry>(position, kind, name);
-}
-ErrorInfo* ERR_TYPE_AS_VAR(const char* position, const char* type_name) {
-    return build<type_as_var_entry>(position, type_name);
-}
-ErrorInfo* ERR_EMPTY_VAR_NAME(const char* position) {
-    return build<empty_var_name_entry>(position);
-}
-ErrorInfo* ERR_EMPTY_LABEL_NAME(const char* position) {
-    return build<empty_label_name_entry>(position);
-}
-ErrorInfo* ERR_LABEL_RESERVED_WORD(const char* position) {
-    return build<label_reserved_word_entry>(position);
-}
-ErrorInfo* ERR_NO_LABELS(const char* position) { return build<no_labels_entry>(position); }
-ErrorInfo* ERR_INVALID_INT(const char* position, const char* token_text) {
-    return build<invalid_int_entry>(position, token_text);
-}
-ErrorInfo* ERR_INVALID_TOKEN(const char* position, const char* token_text) {
-    return build<invalid_token_entry>(position, token_text);
-}
-ErrorInfo* ERR_PARSER(const char* position, const char* message) {
-    return build<parser_entry>(position, message);
-}
-ErrorInfo* ERR_GRAM_DECL(const char* position) { return build<gram_decl_entry>(position); }
-ErrorInfo* ERR_GRAM_CONSTANTDEFL(const char* position) {
-    return build<gram_constantdefl_entry>(position);
-}
-ErrorInfo* ERR_GRAM_TYPEDEFL(const char* position) { return build<gram_typedefl_entry>(position); }
-ErrorInfo* ERR_GRAM_VARIABLEDEFL(const char* position) {
-    return build<gram_variabledefl_entry>(position);
-}
-ErrorInfo* ERR_GRAM_RULEDEFL(const char* position) { return build<gram_ruledefl_entry>(position); }
-ErrorInfo* ERR_GRAM_INT_ZERO(const char* position) { return build<gram_int_zero_entry>(position); }
-ErrorInfo* ERR_GRAM_TYPE(const char* position) { return build<gram_type_entry>(position); }
-ErrorInfo* ERR_GRAM_RECFIELDL(const char* position) {
-    return build<gram_recfieldl_entry>(position);
-}
-ErrorInfo* ERR_GRAM_RECRULEL(const char* position) { return build<gram_recrulel_entry>(position); }
-ErrorInfo* ERR_GRAM_CASEDEFL(const char* position) { return build<gram_casedefl_entry>(position); }
-ErrorInfo* ERR_GRAM_IDCON(const char* position) { return build<gram_idcon_entry>(position); }
-ErrorInfo* ERR_GRAM_BAR_DEPRECATED(const char* position) {
-    return build<gram_bar_deprecated_entry>(position);
-}
-// clang-format on
+#endif
