@@ -1,6 +1,8 @@
-// Turns the typed functions of this library into the untyped callbacks of containers: calling a
-// function through a pointer of another type is undefined, so each callback is a function of its
-// own. And callbacks over addresses.
+// Callbacks of containers: typed functions of this library as untyped callbacks, and callbacks that
+// compare and hash addresses.
+//
+// Calling a function through a pointer of another type is undefined behaviour, so each typed
+// function gets a callback of its own that calls it.
 #ifndef NORVANE_PROJ_POLY_ADAPTORS_H
 #define NORVANE_PROJ_POLY_ADAPTORS_H
 
@@ -51,7 +53,7 @@ struct PolyAdaptor<function> {
 template <auto function>
 inline constexpr auto* poly = &PolyAdaptor<function>::call;
 
-// The callbacks of containers that tell their elements apart by address.
+// Callbacks for containers whose elements are equal only if they are the same object.
 inline int compare_addresses(const void* a, const void* b) {
     const void* left = *static_cast<const void* const*>(a);
     const void* right = *static_cast<const void* const*>(b);

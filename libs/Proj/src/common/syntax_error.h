@@ -33,8 +33,8 @@ struct ActionRow {
         return text + std::sprintf(text, "%s%s%s%s", prefix, quote, name(symbol), quote);
     }
 
-    // Writes the message. It lists the expected tokens if there are fewer than five, bison's
-    // `error` counted where the state has an error production.
+    // Writes the message. It lists the expected tokens if there are fewer than five; bison's
+    // `error` counts as one in a state with an error production.
     void print_syntax_error(char* text, int unexpected) const {
         text += std::sprintf(text, "parse error");
         if (is_default) return;

@@ -1,4 +1,4 @@
-// How this library's readers of XML go into an element.
+// How this library's readers of XML iterate over the children of an element.
 #ifndef NORVANE_PROJ_XML_READING_H
 #define NORVANE_PROJ_XML_READING_H
 
@@ -8,14 +8,14 @@
 
 namespace norvane {
 
-// A cursor over the child elements; white space between them does not count.
+// An iterator over the child elements, which skips white space between them.
 inline XmlNodeIter children_of(XmlNode* node) {
     XmlNodeIter iter;
     xml_node_iter_init(node, &iter, 1);
     return iter;
 }
 
-// The same for the root of a document, which must have this tag.
+// The same for the root of a document. Throws EXCEPT_MALFORMED_INPUT if it has another tag.
 inline XmlNodeIter children_of_root(XmlDocument* document, const char* tag) {
     XmlNode* root = document->root;
     NORVANE_ASSERT(root);

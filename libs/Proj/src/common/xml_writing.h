@@ -1,4 +1,4 @@
-// How this library's writers of XML build the tree of a document.
+// How this library's writers of XML add elements, attributes and texts to a document's tree.
 #ifndef NORVANE_PROJ_XML_WRITING_H
 #define NORVANE_PROJ_XML_WRITING_H
 

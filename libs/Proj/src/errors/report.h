@@ -1,4 +1,4 @@
-// How this library's modules report a fault of somebody's input.
+// How this library's modules report a fault in a user's input.
 #ifndef NORVANE_PROJ_REPORT_H
 #define NORVANE_PROJ_REPORT_H
 
@@ -6,7 +6,7 @@
 
 namespace norvane {
 
-// Stamps the report with the place of the call and hands it to the sink, which takes it over.
+// Stores the place of the call in the report and passes it to the sink, which takes it over.
 inline void report(ErrorType type, ErrorInfo* error, int line = __builtin_LINE(),
                    const char* file = __builtin_FILE()) {
     err_set_position(error, line, file);

@@ -112,7 +112,7 @@ IdCon* prefixed(IdCon* idcon, const Rewrite& rewrite) {
     return path;
 }
 
-// A copy that has the type of its own constructor, not what the checker made of it.
+// A copy of a constant with the type that its constructor sets, not the one that the checker set.
 Expr* new_constant(const Expr* expr) {
     const unsigned line = expr->linenumber;
     if (expr->structure == EXPR_STRING_CONST) return expr_new_stringconst(expr->args.str, line);

@@ -30,8 +30,8 @@ const char* first_name(const IdCon* idcon) {
     return has_name ? idcon->args.id.idname : nullptr;
 }
 
-// A stack of the operands that are still to be searched for names. Operands beyond its fixed size
-// are dropped, which costs no more than their prefetch.
+// The operands that are still to be searched for names, the last one first. Operands beyond the
+// fixed size are dropped, so their names are not prefetched.
 class Pending {
   public:
     void push(const Expr* expr) {

@@ -39,7 +39,7 @@ class RulesAhead {
         Name* begin() { return names; }
         Name* end() { return names + count; }
     };
-    static constexpr unsigned rules_under_way = slots; // a power of two, as the counter may wrap
+    static constexpr unsigned rules_under_way = slots; // a power of two, because at_ wraps
 
     Names& names_of_rule(unsigned distance) { return names_[(at_ + distance) % rules_under_way]; }
     void step();

@@ -142,7 +142,7 @@ struct Path {
 bool enter(Path* path) {
     while (path->idcon->contype == IDCON_COMPOSIT) {
         const IdCon* head = path->idcon->args.compositid.hier;
-        // A composite has no name to read.
+        // The first step of a composite has a name.
         NORVANE_ASSERT_TEXT(head->contype != IDCON_COMPOSIT,
                             "idcon->args.compositid.hier->contype != IDCON_COMPOSIT");
         PolyHash* environment;
@@ -308,7 +308,7 @@ NameData* symtbl_new_namedata(NameDataType ndtype, TypeCon* typecon, PolyHash* e
 }
 
 void symtbl_delete_namedata(NameData* namedata) {
-    // Deleting an environment deletes the records in it, and so on inwards.
+    // Recursive: an environment deletes its records, which delete their environments.
     if (stack_is_low()) return on_fresh_stack([=] { symtbl_delete_namedata(namedata); });
     NORVANE_ASSERT(namedata);
     switch (kind_of(namedata)) {

@@ -1,7 +1,8 @@
 // The children of a node, for walks that differ only in what they do at a node.
 //
 // A walk recurses by itself, so that it can guard its own depth (norvane/base/deep.hpp). It passes
-// the text of its own failure for an impossible tag, which callers know it by.
+// the text of the failure for an impossible tag, because callers match these texts, and each walk
+// has its own.
 #ifndef NORVANE_PROJ_WALK_H
 #define NORVANE_PROJ_WALK_H
 

@@ -1,7 +1,7 @@
 /* Declarations: constants, types, variables and record fields, rules.
  *
- * Ownership and assertions are as in expr.h: constructors take over what they are given, copies
- * share nothing. */
+ * Every function asserts its pointer arguments as those in expr.h do, and throws the failures of
+ * the functions in expr.h and typecon.h for the trees that a declaration owns. */
 #ifndef NORVANE_PROJ_DECL_H
 #define NORVANE_PROJ_DECL_H
 
@@ -11,7 +11,7 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Whether users of the product see a variable. */
+/* Whether the users of the product see a variable. */
 typedef enum VarType { VARTYPE_PRIVATE = 0, VARTYPE_PUBLIC = 1 } VarType;
 
 /* A named type. */
@@ -39,30 +39,31 @@ typedef struct ConstantDecl {
 /* A rule. */
 typedef struct RuleDecl {
     unsigned linenumber;
-    char* comment;     /* owned; may be null: what the rule is about */
-    char* source_info; /* owned; may be null: where it came from, shown in place of file and line */
+    char* comment;     /* owned; may be null */
+    char* source_info; /* owned; may be null; messages show it instead of the file and the line */
     Expr* rule;        /* owned */
 } RuleDecl;
 
-/* New declarations, freed with the functions below. */
+/* New declarations, owned by the caller and freed with the delete functions below. They take over
+ * their pointer arguments. */
 NORVANE_PROJ_API TypeDecl* decl_new_typedecl(char* name, TypeCon* typecon, unsigned linenumber);
 NORVANE_PROJ_API VarDecl* decl_new_vardecl(char* name, VarType vartype, TypeCon* typecon,
                                            unsigned linenumber);
 NORVANE_PROJ_API ConstantDecl* decl_new_constantdecl(char* name, Expr* value, unsigned linenumber);
 
-/* `comment` and `source_info` may be null. The second form is for a rule without a line: it has
- * UNDEF_LINENO. */
+/* Likewise; `comment` and `source_info` may be null. The second function makes a rule without a
+ * line: its line number is UNDEF_LINENO. */
 NORVANE_PROJ_API RuleDecl* decl_new_ruledecl(Expr* rule, char* comment, unsigned linenumber);
 NORVANE_PROJ_API RuleDecl* decl_new_ruledecl_source_info(Expr* rule, char* comment,
                                                          char* source_info);
 
-/* Deep copies, owned by the caller. */
+/* Deep copies, owned by the caller; they share nothing with the source. */
 NORVANE_PROJ_API TypeDecl* decl_copy_typedecl(TypeDecl* type_decl);
 NORVANE_PROJ_API VarDecl* decl_copy_vardecl(VarDecl* vardecl);
 NORVANE_PROJ_API ConstantDecl* decl_copy_constantdecl(ConstantDecl* constantdecl);
 NORVANE_PROJ_API RuleDecl* decl_copy_ruledecl(RuleDecl* ruledecl);
 
-/* Free a declaration with all that it owns. */
+/* Free a declaration and everything that it owns. */
 NORVANE_PROJ_API void decl_delete_typedecl(TypeDecl* type_decl);
 NORVANE_PROJ_API void decl_delete_vardecl(VarDecl* vardecl);
 NORVANE_PROJ_API void decl_delete_constantdecl(ConstantDecl* constantdecl);

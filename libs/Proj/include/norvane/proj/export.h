@@ -1,4 +1,4 @@
-/* Linkage of the project library's public names. Every header of norvane_proj takes this one in. */
+/* Linkage of the project library's public names. Every header of norvane_proj includes it. */
 #ifndef NORVANE_PROJ_EXPORT_H
 #define NORVANE_PROJ_EXPORT_H
 

@@ -1,9 +1,8 @@
-/* Expressions and identifiers of the product model.
+/* Expressions and identifiers of the product model: trees of tagged records.
  *
- * Trees of tagged records. Constructors take over what they are given, except where told; copies
- * share nothing; one delete function frees a whole tree. Every function asserts its pointer
- * arguments (except.h), with the parameter's name as the text, and throws nothing else but what
- * is told. Trees may be of any depth and width that memory holds. */
+ * Every function asserts its pointer arguments (except.h), with the parameter's name as the text.
+ * It throws nothing else but the failures that its comment names, and "Out of memory" (memory.h).
+ * Trees may be as deep and as wide as memory allows. */
 #ifndef NORVANE_PROJ_EXPR_H
 #define NORVANE_PROJ_EXPR_H
 
@@ -13,8 +12,8 @@
 
 NORVANE_BEGIN_DECLS
 
-/* A place in the source: the high 16 bits index LineInfo.files (project.h), the low 16 bits are the
- * line. UNDEF_LINENO marks a node that was generated. */
+/* The line number of a generated node, which has no place in the source. In all other line numbers
+ * the high 16 bits index LineInfo.files (project.h) and the low 16 bits are the line. */
 #define UNDEF_LINENO 0xFFFFFFFFu
 
 /* The kinds of expressions. */
@@ -22,7 +21,7 @@ typedef enum ExprStructure {
     EXPR_BINARY = 0,
     EXPR_UNARY = 1,
     EXPR_IDCONSTRUCTOR = 2,
-    EXPR_INT_CONST = 3, /* booleans too, with OPR_BOOLCONST */
+    EXPR_INT_CONST = 3, /* booleans too: their operator is OPR_BOOLCONST */
     EXPR_STRING_CONST = 4,
     EXPR_FLOAT_CONST = 5,
     EXPR_ITE = 6,
@@ -30,7 +29,7 @@ typedef enum ExprStructure {
     EXPR_CASE = 8
 } ExprStructure;
 
-/* Operators, those of constants and of loops among them. */
+/* Operators, including those that mark constants and loops. */
 typedef enum OprTypes {
     OPR_AND = 0,
     OPR_OR = 1,
@@ -48,7 +47,7 @@ typedef enum OprTypes {
     OPR_GE = 13,
     OPR_EQ = 14,
     OPR_NEQ = 15,
-    OPR_SHL = 16, /* no source has the two shifts; trees may */
+    OPR_SHL = 16, /* the language has no shifts; trees built by callers may */
     OPR_SHR = 17,
     OPR_FORALL = 18,
     OPR_EXIST = 19,
@@ -58,11 +57,11 @@ typedef enum OprTypes {
     OPR_INTCONST = 23,
     OPR_FLOATCONST = 24,
     OPR_ORDER = 25,
-    OPR_UBOUND_EQ = 26, /* two unbounded variables equated; made by the checker from OPR_EQ */
+    OPR_UBOUND_EQ = 26, /* OPR_EQ of two unbounded variables; set by the checker */
     OPR_NONE = 27
 } OprTypes;
 
-/* Set by the constructors for constants, and by ssem_check_expr for all else. */
+/* The type of an expression. Constructors set it for constants, ssem_check_expr for all others. */
 typedef enum ExprType {
     ETYPE_UNDEF = 0,
     ETYPE_BOOL = 1,
@@ -83,8 +82,8 @@ typedef struct Expr Expr;
 typedef struct IdCon IdCon;
 
 /* The name of a variable, constant or label, or a path. A path such as `a.b[1].c` is right-nested:
- * `hier` is `a` and `nested` is the composite `b[1].c`. The name stands at the same place in simple
- * and array constructors, and callers read it as `id.idname` without a test. */
+ * `hier` is `a` and `nested` is the composite `b[1].c`. Simple and array constructors have the name
+ * at the same offset, so callers may read `id.idname` of both. */
 struct IdCon {
     unsigned char contype; /* IdConType; names the live member of `args` */
     unsigned linenumber;
@@ -94,11 +93,11 @@ struct IdCon {
         } id;             /* IDCON_SIMPLE */
         struct {
             char* idname;       /* owned */
-            PolyList* exprlist; /* owned; the indices, Expr */
+            PolyList* exprlist; /* owned; Expr, the indices */
         } array;                /* IDCON_ARRAY */
         struct {
-            IdCon* hier;   /* owned; the head, simple or array */
-            IdCon* nested; /* owned; the rest of the path */
+            IdCon* hier;   /* owned; the first step, simple or array */
+            IdCon* nested; /* owned; the other steps */
         } compositid;      /* IDCON_COMPOSIT */
     } args;
 };
@@ -124,18 +123,18 @@ struct Expr {
             double value;
         } floatconst; /* EXPR_FLOAT_CONST */
         struct {
-            Expr* logictest; /* owned, as are the branches */
+            Expr* logictest; /* owned, like the branches */
             Expr* trueexpr;
             Expr* falseexpr;
         } ite; /* EXPR_ITE */
         struct {
-            char* lambdavar; /* owned, as are the rest */
+            char* lambdavar; /* owned, like the other members */
             Expr* rangebegin;
             Expr* rangeend;
             Expr* lambdaexpr;
         } range; /* EXPR_RANGE */
         struct {
-            IdCon* casevar;                /* owned, as are the rest */
+            IdCon* casevar;                /* owned, like the other members */
             PolyList* exprlist_condition;  /* Expr, as many as evaluations */
             PolyList* exprlist_evaluation; /* Expr */
             Expr* default_expr;
@@ -143,26 +142,28 @@ struct Expr {
     } args;
 };
 
-/* Constructors. Each takes over its pointer arguments and returns a new node, freed with
- * expr_delete; `type` is ETYPE_UNDEF where not told otherwise. */
+/* Constructors. Each takes over its pointer arguments, unless its comment says otherwise, and
+ * returns a new node, which the caller owns and frees with expr_delete. `type` is ETYPE_UNDEF
+ * unless the comment names another. */
 NORVANE_PROJ_API Expr* expr_new_binary(OprTypes opr, Expr* leftarg, Expr* rightarg,
                                        unsigned linenumber);
 
-/* OPR_MINUS on an integer or float constant negates it in place and returns it: no node is made,
- * and it keeps its own line. The test is on `structure` alone, so a boolean constant is negated
- * too; the checks that follow deal with it. The smallest integer stays as it is. */
+/* OPR_MINUS on an integer or float constant makes no node: it negates `arg` in place and returns
+ * it, with its own line. Only `structure` is tested, so a boolean constant is negated too, which
+ * the later checks expect. The smallest integer stays unchanged. */
 NORVANE_PROJ_API Expr* expr_new_unary(OprTypes opr, Expr* arg, unsigned linenumber);
 
-/* A name as an expression. */
+/* An identifier as an expression. */
 NORVANE_PROJ_API Expr* expr_new_idcon(IdCon* idcon, unsigned linenumber);
 
-/* OPR_INTCONST (ETYPE_INT) or OPR_BOOLCONST (ETYPE_BOOL, `value` at most 1); asserts both. */
+/* `opr` is OPR_INTCONST (type ETYPE_INT) or OPR_BOOLCONST (type ETYPE_BOOL, `value` at most 1);
+ * asserted. */
 NORVANE_PROJ_API Expr* expr_new_intconst(OprTypes opr, int value, unsigned linenumber);
 
-/* The one constructor that copies: `str` stays the caller's. ETYPE_STRING, OPR_NONE. */
+/* Borrows and copies `str`, unlike the other constructors. Type ETYPE_STRING, operator OPR_NONE. */
 NORVANE_PROJ_API Expr* expr_new_stringconst(const char* str, unsigned linenumber);
 
-/* ETYPE_ENUM_FLOAT, OPR_FLOATCONST. */
+/* Type ETYPE_ENUM_FLOAT, operator OPR_FLOATCONST. */
 NORVANE_PROJ_API Expr* expr_new_floatconst(double value, unsigned linenumber);
 
 /* if ... then ... else ... */
@@ -173,56 +174,62 @@ NORVANE_PROJ_API Expr* expr_new_ite(Expr* logictest, Expr* trueexpr, Expr* false
 NORVANE_PROJ_API Expr* expr_new_range(OprTypes opr, char* lambdavar, Expr* rangebegin,
                                       Expr* rangeend, Expr* lambdaexpr, unsigned linenumber);
 
-/* `casevar` is compared with each condition in turn; the lists, of Expr, are of one length. */
+/* Compares `casevar` with each condition in order. Both lists are of Expr and have the same length.
+ */
 NORVANE_PROJ_API Expr* expr_new_case(IdCon* casevar, PolyList* exprlist_condition,
                                      PolyList* exprlist_evaluation, Expr* default_expr,
                                      unsigned linenumber);
 
-/* Names: `name`, `name[exprlist]`, and `hier.nested`. Freed with expr_delete_idcon. */
+/* Identifiers: `name`, `name[exprlist]` and `hier.nested`. They take over their pointer arguments;
+ * the caller owns the result and frees it with expr_delete_idcon. */
 NORVANE_PROJ_API IdCon* expr_new_simpleid(char* name, unsigned linenumber);
 NORVANE_PROJ_API IdCon* expr_new_arrayid(char* name, PolyList* exprlist, unsigned linenumber);
 NORVANE_PROJ_API IdCon* expr_new_compositid(IdCon* hier, IdCon* nested, unsigned linenumber);
 
-/* Free a whole tree. Fail with "Invalid expression structure '%d'" and "Invalid id constructor type
- * '%d'" on a bad tag. */
+/* Free a whole tree. A bad tag throws "Invalid expression structure '%d'" or "Invalid id
+ * constructor type '%d'". */
 NORVANE_PROJ_API void expr_delete(Expr* expr);
 NORVANE_PROJ_API void expr_delete_idcon(IdCon* idcon);
 
-/* Deep copies, owned by the caller, `type` and lines included. The same failures. A unary minus
- * around a constant, which only a tree built by hand holds, folds in the copy. */
+/* Deep copies, owned by the caller, with types and lines. They throw the failures of the delete
+ * functions. A unary minus on a constant, which only a caller's own tree can contain, becomes a
+ * negative constant in the copy. */
 NORVANE_PROJ_API Expr* expr_copy_expr(const Expr* expr);
 NORVANE_PROJ_API IdCon* expr_copy_idcon(IdCon* idcon);
 
-/* Total order by structure, operator and operands; negative, zero or positive. Types and lines play
- * no part. They take the addresses of the pointers, as compare callbacks do. Two float constants at
- * the same place have no order: that fails with "Invalid expression structure '%d'". */
+/* Order two trees by structure, operator and operands, ignoring types and lines: negative, zero or
+ * positive. They borrow the addresses of the pointers, as compare callbacks do. Two float constants
+ * have no order: comparing them throws "Invalid expression structure '%d'". */
 NORVANE_PROJ_API int expr_compare_expr(Expr** exprp1, Expr** exprp2);
 NORVANE_PROJ_API int expr_compare_idcon(IdCon** idconp1, IdCon** idconp2);
 
-/* A number from 0 below `size`, by the printed text. */
+/* A hash of the printed text, from 0 to `size` - 1. Asserts "size >= 1". */
 NORVANE_PROJ_API int expr_hash_idcon(IdCon* idcon, int size);
 
-/* Appends a copy of the path `expansion` at the end of `composit`, in place. */
+/* Appends a copy of the path `expansion`, which is borrowed, to the path `composit`, in place. */
 NORVANE_PROJ_API void expr_expand_composit_idcon(IdCon* composit, IdCon* expansion);
 
-/* Removes the last step of a path of two steps or more, in place. Asserts "composit->contype ==
- * IDCON_COMPOSIT". */
+/* Removes and frees the last step of a path of two steps or more, in place. Asserts
+ * "composit->contype
+ * == IDCON_COMPOSIT". */
 NORVANE_PROJ_API void expr_collaps_composit_idcon(IdCon* composit);
 
-/* The free identifiers: a new set of copies, freed with pset_delete. Indices are not walked. The
- * variable of a loop is taken out when its loop has been walked, and an equal name that was found
- * before goes with it. */
+/* The free identifiers of an expression: a new set of copies (IdCon), owned by the caller and freed
+ * with pset_delete. Indices are not searched. A loop's variable is removed from the set after the
+ * loop has been searched, so an equal name that was found earlier is removed with it. */
 NORVANE_PROJ_API PolySet* expr_get_free_idconstructors(Expr* expr);
 
-/* New trees, owned by the caller; the input stays. `type` is not carried over. The first puts the
- * path `idcon` in front of every identifier, indices excepted, and fails with "Range expressions
- * should have been removed before expand" on a loop. The second puts a copy of `replacement` in the
- * place of every identifier equal to `idcon`; the selector of a case stays, and a loop variable of
- * the same name does not shadow. */
+/* Rewritten copies, owned by the caller. They borrow their arguments and do not copy types.
+ * expr_expand_expr_with_idcon prefixes every identifier, except those in indices, with the path
+ * `idcon`; a loop throws "Range expressions should have been removed before expand".
+ * expr_replace_idcon_with_expr replaces every identifier that equals `idcon` by a copy of
+ * `replacement`, even inside a loop over a variable of that name, but not the selector of a case.
+ */
 NORVANE_PROJ_API Expr* expr_expand_expr_with_idcon(Expr* expr, IdCon* idcon);
 NORVANE_PROJ_API Expr* expr_replace_idcon_with_expr(Expr* expr, IdCon* idcon, Expr* replacement);
 
-/* "boolean", "range", ...: static text of the node's `type`. Fails with "Invalid expression type
+/* The name of the node's `type`: "boolean", "range", ..., a static text. Throws "Invalid expression
+ * type
  * '%d'". */
 NORVANE_PROJ_API const char* expr_type_to_string(Expr* expr);
 

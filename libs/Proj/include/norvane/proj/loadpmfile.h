@@ -1,4 +1,4 @@
-/* From PM source to a Project. */
+/* Loads PM source into a Project. */
 #ifndef NORVANE_PROJ_LOADPMFILE_H
 #define NORVANE_PROJ_LOADPMFILE_H
 
@@ -10,23 +10,25 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Loads a file through the C preprocessor. Both arguments are required and borrowed; `cpp_args` is
- * a list of strings, trusted, passed on to the preprocessor, and may be empty. Returns a new
- * project, or null after reporting: ERR_FILE_OPEN if there is no such file, ERR_CPP if the
- * preprocessor failed (what it wrote so far then stays in the folder for temporary files),
- * ERR_CPP_OUTPUT_NOT_FOUND if its output cannot be opened, or what lpm_load_file reports. Null
- * without a report: no name for a temporary file could be made.
+/* Runs the C preprocessor on a file and loads its output. Borrows and asserts both arguments;
+ * `cpp_args` is a list of strings, possibly empty, which is passed to the preprocessor unchecked.
+ * Returns a new project, freed with proj_delete, or null. A null is reported: ERR_FILE_OPEN if
+ * there is no such file, ERR_CPP if the preprocessor failed (its output so far stays in the
+ * directory for temporary files), ERR_CPP_OUTPUT_NOT_FOUND if its output cannot be opened, or a
+ * report of lpm_load_file. The exception is a null without a report: no name for a temporary file
+ * could be made.
  *
- * One load at a time in a process; an error sink must not start another. */
+ * One load runs at a time in a process; an error sink must not start another. */
 NORVANE_PROJ_API Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args);
 
-/* Parses a stream of preprocessed source. `filename` is required and copied: it becomes the name
- * and the file name of the project. The caller closes the stream. Returns a new project, or null
- * after reporting ERR_PARSER and the ERR_GRAM_ error of the construct that was open, or
- * ERR_GRAM_INT_ZERO; behind ERR_INVALID_TOKEN or ERR_INVALID_INT if the scanner refused a token.
+/* Parses a stream of preprocessed source. Borrows and asserts both arguments: the caller closes the
+ * stream, and copies of `filename` become the name and the file name of the project. Returns a new
+ * project, freed with proj_delete, or null after reporting ERR_PARSER and the ERR_GRAM_ error of
+ * the construct that was open, or ERR_GRAM_INT_ZERO. ERR_INVALID_TOKEN or ERR_INVALID_INT comes
+ * first if the scanner rejected a token. A read error is reported as ERR_FILE_OPEN.
  *
- * A file that ended inside a comment or a string leaves the scanner in that state for the next load
- * of the process. */
+ * After a file that ended inside a comment or a string, the next load of the process starts there.
+ */
 NORVANE_PROJ_API Project* lpm_load_file(FILE* file, char* filename);
 
 NORVANE_END_DECLS

@@ -1,14 +1,14 @@
-/* The error catalogue: one builder for each failure that a modeller can cause.
+/* The error catalogue: one builder for each fault that a modeller can cause.
  *
- * A builder returns a new ErrorInfo (diagnostics.h), owned by the caller: freed with err_delete, or
- * stamped with err_set_position and handed to msg_report_error, which takes it over. `name` is the
- * builder's own name, `message` the title with the arguments filled in, in order, cut at 2047
- * bytes; the description is constant. Builders neither report nor throw, and borrow their
- * arguments; a null text counts as empty.
+ * A builder returns a new ErrorInfo (diagnostics.h), owned by the caller, who frees it with
+ * err_delete, or calls err_set_position on it and passes it to msg_report_error, which takes it
+ * over. `name` is the builder's name, `message` the title with the arguments in order, cut at 2047
+ * bytes; the description is constant. Builders borrow their arguments, and a null text counts as
+ * empty. They do not report, and throw only "Out of memory" (memory.h).
  *
- * `position` is the finished prefix that proj_line_information writes, or an empty text.
- * `expr_text` is the printed expression that is at fault; `..._type` the text of a type. All are
- * reported as errors, but for those that are called warnings here. */
+ * `position` is the prefix that proj_line_information writes, or an empty text. `expr_text` is the
+ * faulty expression as it is printed, `..._type` the name of a type. Each comment says which
+ * function raises the error, as an error unless the comment says that it is a warning. */
 #ifndef NORVANE_PROJ_PROJ_ERRORS_H
 #define NORVANE_PROJ_PROJ_ERRORS_H
 
@@ -38,11 +38,11 @@ NORVANE_PROJ_API ErrorInfo* ERR_NO_LABELS(const char* position);
 
 /* Tokens and the parser. */
 
-/* `token_text`: the digits as they were written. By the scanners. */
+/* `token_text`: the digits. By the scanners. */
 NORVANE_PROJ_API ErrorInfo* ERR_INVALID_INT(const char* position, const char* token_text);
-/* `token_text`: the byte that begins no token. By the scanners. */
+/* `token_text`: the byte that no token begins with. By the scanners. */
 NORVANE_PROJ_API ErrorInfo* ERR_INVALID_TOKEN(const char* position, const char* token_text);
-/* `message`: the parser's own, which carries all the words. By the parsers. */
+/* `message`: the whole text of the syntax error. By the parsers. */
 NORVANE_PROJ_API ErrorInfo* ERR_PARSER(const char* position, const char* message);
 
 /* Grammar productions. */
@@ -57,7 +57,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_GRAM_TYPEDEFL(const char* position);
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_VARIABLEDEFL(const char* position);
 /* By the parser, in a rule section. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_RULEDEFL(const char* position);
-/* By the parser, for a range with another lower bound. */
+/* By the parser, for a range whose lower bound is not 0. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_INT_ZERO(const char* position);
 /* By the parser, in a type. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_TYPE(const char* position);
@@ -67,9 +67,9 @@ NORVANE_PROJ_API ErrorInfo* ERR_GRAM_RECFIELDL(const char* position);
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_RECRULEL(const char* position);
 /* By the parser, in the arms of a case. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_CASEDEFL(const char* position);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_IDCON(const char* position);
-/* A warning, once a file. By the parser. */
+/* A warning, once per file. By the parser. */
 NORVANE_PROJ_API ErrorInfo* ERR_GRAM_BAR_DEPRECATED(const char* position);
 
 /* Static values. */
@@ -81,7 +81,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_EXPR_NOT_STATIC(const char* position, const char
 NORVANE_PROJ_API ErrorInfo* ERR_CONSTANT_EXPR(const char* position, const char* expr_text);
 /* By the check of constants. */
 NORVANE_PROJ_API ErrorInfo* ERR_CONSTANT_TYPE(const char* position, const char* constant_name);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_DIV_NOT_CONSTANT(const char* position, const char* expr_text);
 
 /* Types of declarations and domains. */
@@ -145,7 +145,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_RANGES_END(const char* position, const char* exp
 /* `lower`, `upper`: the bounds of the loop. By the check of expressions. */
 NORVANE_PROJ_API ErrorInfo* ERR_RANGES_LT(const char* position, int lower, int upper,
                                           const char* expr_text);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_RANGES_NESTED(const char* position, const char* expr_text);
 /* `type_name`: of the loop's body. By the check of expressions. */
 NORVANE_PROJ_API ErrorInfo* ERR_RANGE_TYPE(const char* position, const char* type_name,
@@ -156,10 +156,10 @@ NORVANE_PROJ_API ErrorInfo* ERR_RANGE_TYPE(const char* position, const char* typ
 /* `expr_text`: the index. By the check of expressions. */
 NORVANE_PROJ_API ErrorInfo* ERR_INDEX_NOT_STATIC(const char* position, const char* array_name,
                                                  const char* expr_text);
-/* `dimension`: which index it is. By the check of expressions. */
+/* `dimension`: the number of the index. By the check of expressions. */
 NORVANE_PROJ_API ErrorInfo* ERR_INDEX_NOT_INT(const char* position, int dimension,
                                               const char* expr_text);
-/* `dimension`: which index it is. By the check of expressions. */
+/* `dimension`: the number of the index. By the check of expressions. */
 NORVANE_PROJ_API ErrorInfo* ERR_NEG_ARRAY_INDEX(const char* position, int dimension,
                                                 const char* array_name);
 /* `max_index`: the largest legal index, not the size. By the check of expressions. */
@@ -187,7 +187,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_TYPE_AS_VAR_NAME(const char* position, const cha
 NORVANE_PROJ_API ErrorInfo* ERR_NO_VARS(void);
 /* By the check of the project. */
 NORVANE_PROJ_API ErrorInfo* ERR_NO_PUBLIC_VARS(void);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_NO_PUBLIC_VARS_PROD(const char* position);
 
 /* Calculations. */
@@ -195,7 +195,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_NO_PUBLIC_VARS_PROD(const char* position);
 /* By calc_add_function. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_FNC_REDEF(const char* position, const char* function_name,
                                                const char* namespace_name);
-/* A warning. `current_line`: the last of the file. By the scanner of calculations. */
+/* A warning. `current_line`: the last line of the file. By the scanner of calculations. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_LEX_COMMENT_NOT_CLOSED(const char* file_name, int current_line,
                                                             int start_line);
 /* A warning. By the parser of calculations. */
@@ -204,10 +204,10 @@ NORVANE_PROJ_API ErrorInfo* ERR_CALC_GRAM_COLON_DEPRECATED(const char* position)
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_GRAM_NS_NAME(const char* position);
 /* By calc_check_functions and calc_check_function. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_NS_NAME_RESERVED(const char* namespace_name);
-/* `message`: what is wrong, in words. By the check of calculations. */
+/* `message`: the text of the fault. By the check of calculations. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_FNC(const char* position, const char* namespace_name,
                                          const char* function_name, const char* message);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_VAR_VALUE(const char* position, const char* namespace_name,
                                                const char* function_name, const char* value,
                                                const char* variable_name);
@@ -217,7 +217,7 @@ NORVANE_PROJ_API ErrorInfo* ERR_CALC_PM_VAR_EXISTS(const char* position, const c
                                                    const char* function_name);
 /* A warning, for the initial and for the incremental statement. By the check of calculations. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_FOR_INIT(const char* position);
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_CALC_FOR_INCR(const char* position);
 
 /* Workspace and packages. */
@@ -243,13 +243,13 @@ NORVANE_PROJ_API ErrorInfo* ERR_MUB_NO_CLXFILE(const char* package_name, const c
 
 /* Side data. */
 
-/* Not raised by the library; for its callers. */
+/* For callers; the library does not raise it. */
 NORVANE_PROJ_API ErrorInfo* ERR_PRES_WRONG_NAME(const char* layer_name);
-/* `parser_message`: what the reader stopped on. By pres_import. */
+/* `parser_message`: the reader's text. By pres_import. */
 NORVANE_PROJ_API ErrorInfo* ERR_PRES_PARSER(const char* parser_message);
-/* `parser_message`: what the reader stopped on. By var_order_import. */
+/* `parser_message`: the reader's text. By var_order_import. */
 NORVANE_PROJ_API ErrorInfo* ERR_VARORDER_PARSER(const char* parser_message);
-/* A warning, for each occurrence but the first. By var_order_import. */
+/* A warning, for each occurrence except the first. By var_order_import. */
 NORVANE_PROJ_API ErrorInfo* ERR_VARORDER_DUPLICATE_VAR(const char* variable_name);
 
 NORVANE_END_DECLS

@@ -1,10 +1,11 @@
 /* Types of the product model.
  *
- * `float`, `integer` and `string` are open: the checker gathers the values that the model compares
- * such a variable with, merges the types of variables that are equated, and the value classes
- * become labels. A merged type is reached through tc_find_set.
+ * `float`, `integer` and `string` are unbounded types: the checker collects the values that the
+ * model compares a variable with, merges the types of variables that are equated, and gives each
+ * class of values a label. tc_find_set finds the merged type.
  *
- * Ownership and assertions are as in expr.h. */
+ * Every function asserts its pointer arguments as those in expr.h do. Trees may be as deep and as
+ * wide as memory allows. */
 #ifndef NORVANE_PROJ_TYPECON_H
 #define NORVANE_PROJ_TYPECON_H
 
@@ -65,12 +66,12 @@ struct TypeCon {
         char* name;           /* TC_NAMED; owned */
         TypeCon* base;        /* TC_OPTIONAL; owned */
     } values;
-    TypeCon* p;    /* parent in the forest of merged types; itself at a root; never owned */
-    unsigned rank; /* of a root, by which tc_union links */
+    TypeCon* p;    /* borrowed; parent in the forest of merged types; a root points to itself */
+    unsigned rank; /* of a root: tc_union links the root of the lower rank to the other */
 };
 
-/* Constructors: new types, freed with tc_delete_typecon, each its own root. They take over their
- * pointer arguments. */
+/* Constructors. They take over their pointer arguments and return a new type, its own root, which
+ * the caller owns and frees with tc_delete_typecon. */
 NORVANE_PROJ_API TypeCon* tc_new_bool_tc(unsigned linenumber);
 NORVANE_PROJ_API TypeCon* tc_new_float_tc(unsigned linenumber);
 NORVANE_PROJ_API TypeCon* tc_new_integer_tc(unsigned linenumber);
@@ -85,35 +86,39 @@ NORVANE_PROJ_API TypeCon* tc_new_array_tc(Expr* size, TypeCon* element, unsigned
 NORVANE_PROJ_API TypeCon* tc_new_named_tc(char* name, unsigned linenumber);
 NORVANE_PROJ_API TypeCon* tc_new_optional_tc(TypeCon* base, unsigned linenumber);
 
-/* Appends a label, taking it over. Fails with "Type constructor is not of sum type". */
+/* Appends a label, which the type takes over. Throws "Type constructor is not of sum type". */
 NORVANE_PROJ_API void tc_add_label_to_sum(TypeCon* typecon, char* label);
 
-/* Frees the tree, merged types apart. */
+/* Frees the tree, but not the types that it is merged with. Throws "Invalid type constructor type
+ * '%d'". */
 NORVANE_PROJ_API void tc_delete_typecon(TypeCon* typecon);
 
-/* A deep copy, owned by the caller, its own root. Asserts that the source is its own root. The
- * string set of a TC_STRING is not copied: the copy starts with an empty one. Fails with "Invalid
- * type constructor type '%d'". */
+/* A deep copy, its own root, owned by the caller. Asserts that the source is its own root. The
+ * string set of a TC_STRING is not copied: the copy has an empty one. Throws "Invalid type
+ * constructor type
+ * '%d'". */
 NORVANE_PROJ_API TypeCon* tc_copy_typecon(TypeCon* typecon);
 
-/* "boolean", "integer", ...: static text. Fails with "Invalid type constructor type '%d'". */
+/* The name of the kind of type: "boolean", "integer", ..., a static text. Throws "Invalid type
+ * constructor type '%d'". */
 NORVANE_PROJ_API const char* tc_type_to_string(TypeCon* typecon);
 
-/* On a record: empties its rules, and those of records that are its fields, and so on. It enters no
- * arrays and no optionals; on other types it does nothing. */
+/* Removes and frees the rules of a record, of the records among its fields, and so on. Does not
+ * enter arrays and optionals, and does nothing on other types. */
 NORVANE_PROJ_API void tc_remove_rules(TypeCon* typecon);
 
-/* Make the labels of an open type, and the index from each value to its label, from the values
- * gathered so far. On a type that has labels they do nothing. They assert "typecon" for a null, for
+/* Make the labels of an unbounded type from the values collected so far, and the index from each
+ * value to its label. They do nothing if the type has labels. They assert "typecon" for a null, for
  * another kind of type, and for a type that is not its own root. */
 NORVANE_PROJ_API void tc_create_integer_intervals(TypeCon* typecon);
 NORVANE_PROJ_API void tc_create_float_intervals(TypeCon* typecon);
 NORVANE_PROJ_API void tc_create_string_hash(TypeCon* typecon);
 
-/* The root of the set of merged types that this one belongs to. */
+/* The root of the merged types that this one belongs to, borrowed. */
 NORVANE_PROJ_API TypeCon* tc_find_set(TypeCon* typecon);
 
-/* Merges the sets of two open types of the same kind. No values move. */
+/* Merges two unbounded types of the same kind, which is asserted. The values of the two stay where
+ * they are. */
 NORVANE_PROJ_API void tc_union(TypeCon* x, TypeCon* y);
 
 NORVANE_END_DECLS

@@ -1,4 +1,4 @@
-/* Writing a model as XML, of the document type "product_model.dtd". */
+/* Writes a model as XML of the document type "product_model.dtd". */
 #ifndef NORVANE_PROJ_XML_EXPORT_H
 #define NORVANE_PROJ_XML_EXPORT_H
 
@@ -7,16 +7,17 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Writes the project to a new file: 0, or -1 after reporting ERR_FILE_OPEN_WRITE if it cannot be
- * opened. Write errors are not looked at. Both arguments are required and borrowed.
+/* Writes the project to a file and replaces its contents. Borrows and asserts both arguments.
+ * Returns 0, or -1 after reporting ERR_FILE_OPEN_WRITE if the file cannot be opened. Write errors
+ * are not checked.
  *
- * What is stored of a rule is its expression alone, and chains of and, or, xor, plus and mult come
- * back nested to the left. The kinds of declaration are grouped, each in its order. Control
- * characters in texts become "?", but for tabs and line ends.
+ * Of a rule only the expression is stored, and chains of and, or, xor, plus and mult are read back
+ * nested to the left. Declarations are grouped by kind, each group in its order. Control characters
+ * in texts, except tabs and line ends, become "?".
  *
- * The format has no name for division, for the shifts, and for equated unbounded variables: such a
- * model fails with "Invalid binary operator" (except.h), as does any broken tree with a text of its
- * own, before the file is touched. */
+ * The format has no name for division, the shifts and OPR_UBOUND_EQ: a model with one of them
+ * throws "Invalid binary operator" (except.h). That and the failures for broken trees are thrown
+ * before the file is opened. */
 NORVANE_PROJ_API int proj_export_to_xmlfile(Project* project, const char* filename);
 
 NORVANE_END_DECLS
