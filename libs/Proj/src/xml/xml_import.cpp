@@ -7,7 +7,6 @@
 #include "norvane/proj/xml_import.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
@@ -355,19 +354,6 @@ void read_model(void* user) {
     xml_parse_mustbe_empty(&iter);
 }
 
-int is_model_tag(const char* tag) {
-    static constexpr const char* tags[] = {
-        "array",      "bool",      "case",        "constantdecl", "enum",     "expr",
-        "false",      "float",     "float_const", "idcon",        "if",       "indexlist",
-        "integer",    "int_const", "model",       "nametype",     "op",       "optional",
-        "pattern",    "range",     "record",      "ruledecl",     "string",   "string_const",
-        "stringlist", "subrange",  "true",        "type",         "typedecl", "uop",
-        "vardecl"};
-    for (const char* known : tags)
-        if (std::strcmp(known, tag) == 0) return 1;
-    return 0;
-}
-
 } // namespace
 } // namespace norvane::xml
 
@@ -376,7 +362,7 @@ using namespace norvane::xml;
 
 Project* proj_import_from_xmlfile(const char* filename) {
     NORVANE_ASSERT(filename);
-    XmlDocument* document = xml_parse_file(filename, is_model_tag);
+    XmlDocument* document = xml_parse_file(filename, is_any_tag);
     if (!document) return nullptr;
     Reader reader{filename, document, nullptr, Held()};
     ExceptionState state;
