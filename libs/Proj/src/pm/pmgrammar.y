@@ -185,11 +185,11 @@ void pmerror(const Load& load, const char* message);
 %destructor { decl_delete_ruledecl($$); } <rule>
 %destructor { delete_arms($$); } <arms>
 
-%start productmodel
+%start start
 
 %%
 
-productmodel: decll;
+start: decll;
 
 decll: decll decl
      | %empty
