@@ -178,6 +178,7 @@ TEST(ZebProject, TargetsAreFoundOrMade) {
     const TargetPtr nameless(zeb_target_new(""));
     EXPECT_EQ(thrown([&] { zeb_project_add_target(p, nameless.get()); }),
               "1: str_is_set(target->name)");
+    EXPECT_EQ(thrown([&] { zeb_project_get_target(p, ""); }), "1: str_is_set(target->name)");
     EXPECT_EQ(p->targets->len, 2u);
 }
 

@@ -11,7 +11,7 @@
 #include "side_data.h"
 #include "xml_reading.h"
 
-namespace norvane {
+namespace norvane::sidedata {
 
 namespace {
 
@@ -36,7 +36,7 @@ XmlNode* add_tag(XmlNode* parent, const char* tag) {
     return node;
 }
 
-// What is read, and what it has become so far.
+// The document being read, and what was read of it so far.
 struct Reader {
     XmlDocument* document;
     PolyHash* presentation;
@@ -58,11 +58,10 @@ void read_layer(PolyHash* presentation, XmlNode* node) {
     xml_parse_mustbe_empty(&iter);
 }
 
-void read_presentation(void* user) {
-    auto* reader = static_cast<Reader*>(user);
-    XmlNodeIter iter = children_of_root(reader->document, "presentation");
+void read_presentation(const Reader& reader) {
+    XmlNodeIter iter = children_of_root(reader.document, "presentation");
     while (XmlNode* layer = xml_parse_have(&iter, "layer"))
-        read_layer(reader->presentation, layer);
+        read_layer(reader.presentation, layer);
     xml_parse_mustbe_empty(&iter);
 }
 
@@ -79,9 +78,10 @@ int is_utf8_tag(const char* tag) {
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::sidedata
 
 using namespace norvane;
+using namespace norvane::sidedata;
 using NorvaneCpp::String;
 using NorvaneCpp::UTF8;
 
@@ -152,7 +152,7 @@ void pres_add_key_value_utf8(PolyHash* presentation, const char* layer_name, con
 void pres_merge(PolyHash* target, PolyHash* source) {
     NORVANE_ASSERT(target);
     NORVANE_ASSERT(source);
-    if (target == source) return; // which has all of it, and must not change under the iterators
+    if (target == source) return; // nothing to add, and a table must not change while it is walked
     PolyHashIter layers;
     void* name;
     void* layer;
@@ -220,9 +220,9 @@ PolyHash* pres_import(const char* filename) {
     if (!document) return nullptr;
     Reader reader{document, pres_new()};
     ExceptionState state;
-    const int caught = except_catch(read_presentation, &reader, &state);
+    const bool has_failed = caught(&state, [&] { read_presentation(reader); });
     xml_delete(document);
-    if (!caught) return reader.presentation;
+    if (!has_failed) return reader.presentation;
     pres_delete(reader.presentation);
     if (state.kind != EXCEPT_MALFORMED_INPUT) except_rethrow(&state);
     report_error(ERR_PRES_PARSER(state.message));

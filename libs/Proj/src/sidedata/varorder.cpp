@@ -12,7 +12,7 @@
 #include "side_data.h"
 #include "xml_reading.h"
 
-namespace norvane {
+namespace norvane::sidedata {
 
 namespace {
 
@@ -22,17 +22,16 @@ struct Reader {
     PolySet* seen;
 };
 
-void read_variable(Reader* reader, XmlNode* node) {
+void read_variable(const Reader& reader, XmlNode* node) {
     const char* name = xml_parse_mustbe_text_node(node);
-    if (pset_peek(reader->seen, name, nullptr) == STATUS_SUCCESS)
+    if (pset_peek(reader.seen, name, nullptr) == STATUS_SUCCESS)
         return report(ERROR_TYPE_WARNING, ERR_VARORDER_DUPLICATE_VAR(name));
-    pset_insert(reader->seen, const_cast<char*>(name));
-    var_order_add_variable(reader->order, name);
+    pset_insert(reader.seen, const_cast<char*>(name));
+    var_order_add_variable(reader.order, name);
 }
 
-void read_order(void* user) {
-    auto* reader = static_cast<Reader*>(user);
-    XmlNodeIter iter = children_of_root(reader->document, "var_order");
+void read_order(const Reader& reader) {
+    XmlNodeIter iter = children_of_root(reader.document, "var_order");
     while (XmlNode* node = xml_parse_have(&iter, "var"))
         read_variable(reader, node);
     xml_parse_mustbe_empty(&iter);
@@ -44,9 +43,10 @@ int is_order_tag(const char* tag) {
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::sidedata
 
 using namespace norvane;
+using namespace norvane::sidedata;
 
 PolyList* var_order_new(void) {
     return plist_new(poly_compare_string, poly_copy_string, poly_delete_string);
@@ -92,10 +92,10 @@ PolyList* var_order_import(const char* filename) {
         document, var_order_new(),
         pset_new(100, poly_compare_string, poly_copy_string, poly_hash_string, poly_delete_string)};
     ExceptionState state;
-    const int caught = except_catch(read_order, &reader, &state);
+    const bool has_failed = caught(&state, [&] { read_order(reader); });
     xml_delete(document);
     pset_delete(reader.seen);
-    if (!caught) return reader.order;
+    if (!has_failed) return reader.order;
     var_order_delete(reader.order);
     if (state.kind != EXCEPT_MALFORMED_INPUT) except_rethrow(&state);
     report_error(ERR_VARORDER_PARSER(state.message));

@@ -1,7 +1,7 @@
-// The command lines of the toolchain's tools: built here, run by callers.
+// Builds the command lines of the tools of the toolchain; callers run them.
 //
-// An argument is one text. Where the tool's own command line needs quotes, they are part of the
-// text; nothing in it is escaped, because the tools know no escape.
+// An argument that a tool has to read in quotes carries them in its text. The tools know no escape
+// characters, so nothing inside the quotes is escaped.
 
 #include <cstdlib>
 #include <cstring>
@@ -18,13 +18,13 @@
 #include "report.h"
 #include "zeb_internal.h"
 
-namespace norvane {
+namespace norvane::workspace {
 
 namespace {
 
 struct Tool {
-    const char* name;           // null: the commands name their own programs
-    const char* first_argument; // null: none
+    const char* name;           // null where the commands name their programs themselves
+    const char* first_argument; // null for none
 };
 
 // By ZEBCommandType.
@@ -32,6 +32,7 @@ constexpr Tool tools[] = {{"kelc", "-c"},        {"kelc", nullptr}, {"kelscope",
                           {nullptr, nullptr},    {"kelc", "-ppl"},  {"keltrim", "-q"},
                           {"erp_relay", nullptr}};
 
+// One call of zeb_workspace_get_cmd.
 struct Order {
     const ZEBWorkspace* workspace;
     ZEBProject* project;
@@ -40,20 +41,20 @@ struct Order {
     const char* order_type;
     const char* extra_arg2;
     int mu_compile_stats;
-    PolyList* args;     // owned; of the tool's own command
-    PolyList* commands; // owned; the result
+    PolyList* args;     // owned; the arguments of the tool, so far
+    PolyList* commands; // owned; the result, so far
 };
 
-void zeb_argv_delete(char** argv) {
-    // A command of blanks has no array.
+void delete_argv(char** argv) {
+    // A blank command has no array.
     if (!argv) return;
     for (char** text = argv; *text; ++text)
         str_delete(*text);
     std::free(argv);
 }
 
-// A new array of copies, with a null behind them; null for an empty list.
-char** zeb_argv_from_list(const PolyList* list) {
+// A new array of copies that ends with a null; null for an empty list.
+char** argv_from_list(const PolyList* list) {
     if (list->len == 0) return nullptr;
     auto** argv =
         static_cast<char**>(util_malloc_throw((list->len + std::size_t{1}) * sizeof(char*)));
@@ -64,20 +65,12 @@ char** zeb_argv_from_list(const PolyList* list) {
     return argv;
 }
 
-// A new text.
-char* zeb_quote(const char* text) {
-    NORVANE_ASSERT(text);
-    NorvaneCpp::String quoted;
-    quoted.printf("\"%s\"", text);
-    return str_copy(quoted.GetStr());
-}
-
 bool is_blank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// The end of the token that begins here: behind the second quote of a quoted one, at a blank for
-// all others, in which quotes mean nothing.
+// The end of the token that begins here. A token that begins with a quote ends after the next one;
+// every other token ends at a blank, and quotes inside it have no meaning.
 const char* token_end(const char* token) {
     if (*token == '"') {
         const char* closing = std::strchr(token + 1, '"');
@@ -88,32 +81,33 @@ const char* token_end(const char* token) {
     return token;
 }
 
-// A new list of the tokens of a command line, quotes and all.
-PolyList* zeb_split_command(const char* command) {
-    PolyList* tokens = zeb_new_text_list();
+// A new list of the tokens of a command line, including their quotes.
+PolyList* split_command(const char* command) {
+    PolyList* tokens = new_text_list();
     for (;;) {
         while (is_blank(*command))
             ++command;
         if (!*command) return tokens;
         const char* end = token_end(command);
         const NorvaneCpp::String token(command, static_cast<std::size_t>(end - command));
-        zeb_append(tokens, token.GetStr());
+        append(tokens, token.GetStr());
         command = end;
     }
 }
 
-// Arguments. -------------------------------------------------------------------------------------
+// Arguments.
 
 void add_quoted(PolyList* args, const char* text) {
-    char* quoted = zeb_quote(text);
-    zeb_append(args, quoted);
-    str_delete(quoted);
+    NORVANE_ASSERT(text);
+    NorvaneCpp::String quoted;
+    quoted.printf("\"%s\"", text);
+    append(args, quoted.GetStr());
 }
 
-// For each text the option, and the text in quotes.
+// Adds, for each text, the option and the text in quotes.
 void add_quoted_each(PolyList* args, const char* option, const PolyList* texts) {
     for (const char* text : items<char>(texts)) {
-        zeb_append(args, option);
+        append(args, option);
         add_quoted(args, text);
     }
 }
@@ -124,15 +118,15 @@ void add_defines(PolyList* args, const PolyHash* defines) {
     void* value;
     phash_iter_init(&iter, defines);
     while (phash_iter_next(&iter, &name, &value)) {
-        zeb_append(args, "-D");
+        append(args, "-D");
         NorvaneCpp::String define(static_cast<char*>(name));
         if (str_is_set(static_cast<char*>(value)))
             define.printf("%s=\"%s\"", static_cast<char*>(name), static_cast<char*>(value));
-        zeb_append(args, define.GetStr());
+        append(args, define.GetStr());
     }
 }
 
-void zeb_options_to_args(PolyList* args, const PolyHash* options) {
+void add_options(PolyList* args, const PolyHash* options) {
     PolyHashIter iter;
     void* key;
     void* values;
@@ -140,30 +134,30 @@ void zeb_options_to_args(PolyList* args, const PolyHash* options) {
     while (phash_iter_next(&iter, &key, &values)) {
         const auto* option = static_cast<const char*>(key);
         const auto* list = static_cast<const PolyList*>(values);
-        // The tools take the value of every other option as it stands.
+        // The tools read the values of all other options without quotes.
         const bool is_quoted = str_is_equal(option, "-vof");
-        if (list->len == 0) zeb_append(args, option);
+        if (list->len == 0) append(args, option);
         for (const char* value : items<char>(list)) {
-            zeb_append(args, option);
+            append(args, option);
             if (!str_is_set(value)) continue;
             if (is_quoted)
                 add_quoted(args, value);
             else
-                zeb_append(args, value);
+                append(args, value);
         }
     }
 }
 
-// Commands. --------------------------------------------------------------------------------------
+// Commands.
 
 void add_command(PolyList* commands, const PolyList* args) {
-    plist_append(commands, zeb_argv_from_list(args));
+    plist_append(commands, argv_from_list(args));
 }
 
 void add_command(PolyList* commands, std::initializer_list<const char*> args) {
-    PolyList* list = zeb_new_text_list();
+    PolyList* list = new_text_list();
     for (const char* argument : args)
-        zeb_append(list, argument);
+        append(list, argument);
     add_command(commands, list);
     plist_delete(list);
 }
@@ -171,29 +165,29 @@ void add_command(PolyList* commands, std::initializer_list<const char*> args) {
 // Each line becomes a command.
 void add_command_lines(PolyList* commands, const PolyList* lines) {
     for (const char* line : items<char>(lines)) {
-        PolyList* tokens = zeb_split_command(line);
+        PolyList* tokens = split_command(line);
         add_command(commands, tokens);
         plist_delete(tokens);
     }
 }
 
-// The calculation files, by what has to happen to them. Owned lists of texts.
+// The calculation files of a project. The lists are owned and hold texts.
 struct Calculations {
-    PolyList* ready; // as the compiler takes them: the ready files, then the temporary ones
-    PolyList* sources;
-    PolyList* temporaries; // one for each source
+    PolyList* ready;       // what the compiler reads: XML files, then the temporary files
+    PolyList* sources;     // what has to be converted to XML first
+    PolyList* temporaries; // the results of the conversions, one for each source
 };
 
-// False if no name for a temporary file is to be had.
+// False if no unused name for a temporary file was found.
 bool sort_calculations(Calculations& calculations, const PolyList* files) {
     for (const char* file : items<char>(files)) {
         const bool is_ready = util_get_filetype(file) == FILETYPE_CLX;
-        zeb_append(is_ready ? calculations.ready : calculations.sources, file);
+        append(is_ready ? calculations.ready : calculations.sources, file);
     }
     for (unsigned left = calculations.sources->len; left > 0; --left) {
         char* temporary = util_temp_filename(".clx");
         if (!temporary) return false;
-        zeb_append(calculations.temporaries, temporary);
+        append(calculations.temporaries, temporary);
         str_delete(temporary);
     }
     plist_concat(calculations.ready, calculations.temporaries);
@@ -220,26 +214,26 @@ void add_clean_up(PolyList* commands, const PolyList* temporaries) {
 void add_compiler_args(const Order& order, const PolyList* calculations) {
     const ZEBProject* project = order.project;
     PolyList* args = order.args;
-    if (order.type == ZEB_CMD_PPL) zeb_append(args, order.extra_arg);
-    if (order.mu_compile_stats != 0) zeb_append(args, "-mu_compile_stats");
-    // From there the compiler reads the options of its target by itself.
-    zeb_append(args, "-options_from_zeb_file");
+    if (order.type == ZEB_CMD_PPL) append(args, order.extra_arg);
+    if (order.mu_compile_stats != 0) append(args, "-mu_compile_stats");
+    // The compiler reads the options of its target from the workspace file itself.
+    append(args, "-options_from_zeb_file");
     add_quoted(args, order.workspace->filename);
-    zeb_append(args, "-options_from_zeb_project");
+    append(args, "-options_from_zeb_project");
     add_quoted(args, project->name);
     add_quoted_each(args, "-I", project->includes);
     add_defines(args, project->defines);
     add_quoted_each(args, "-prs", project->pres_files);
     add_quoted_each(args, "-clc", calculations);
     if (order.type == ZEB_CMD_BUILD && str_is_set(project->virtual_table)) {
-        zeb_append(args, "-o");
-        zeb_append(args, project->virtual_table);
+        append(args, "-o");
+        append(args, project->virtual_table);
     }
     add_quoted(args, project->main_file);
 }
 
 bool compile(const Order& order) {
-    Calculations calculations{zeb_new_text_list(), zeb_new_text_list(), zeb_new_text_list()};
+    Calculations calculations{new_text_list(), new_text_list(), new_text_list()};
     const bool succeeded = sort_calculations(calculations, order.project->calc_files);
     if (succeeded) {
         add_compiler_args(order, calculations.ready);
@@ -255,10 +249,10 @@ bool compile(const Order& order) {
 
 bool optimize(const Order& order) {
     PolyList* args = order.args;
-    zeb_append(args, "-o");
-    zeb_append(args, order.extra_arg);
-    zeb_append(args, order.order_type);
-    if (order.extra_arg2) zeb_append(args, order.extra_arg2);
+    append(args, "-o");
+    append(args, order.extra_arg);
+    append(args, order.order_type);
+    if (order.extra_arg2) append(args, order.extra_arg2);
     add_quoted_each(args, "-I", order.project->includes);
     add_defines(args, order.project->defines);
     add_quoted(args, order.project->main_file);
@@ -268,7 +262,7 @@ bool optimize(const Order& order) {
 
 bool view(const Order& order) {
     ZEBProject* project = order.project;
-    zeb_options_to_args(order.args, zeb_project_get_target(project, "view")->options);
+    add_options(order.args, zeb_project_get_target(project, "view")->options);
     if (str_is_set(project->virtual_table)) {
         add_quoted(order.args, project->virtual_table);
     } else {
@@ -292,12 +286,12 @@ bool deploy(const Order& order) {
 
 bool relay(const Order& order) {
     const ZEBTarget* target = zeb_project_get_target(order.project, "erp_relay");
-    zeb_options_to_args(order.args, target->options);
+    add_options(order.args, target->options);
     add_command(order.commands, order.args);
     return true;
 }
 
-// What was entered to be run before and after the compiler.
+// Puts the commands that the modeller entered before and after those of the compiler.
 bool with_own_commands(const Order& order, bool (*build)(const Order&)) {
     const ZEBTarget* target = zeb_project_get_target(order.project, "compile");
     add_command_lines(order.commands, target->precmds);
@@ -323,7 +317,7 @@ bool is_for_compiler(ZEBCommandType type) {
     return type == ZEB_CMD_CHECK || type == ZEB_CMD_BUILD || type == ZEB_CMD_PPL;
 }
 
-// Before there is anything that a throw could lose.
+// Called before anything is allocated that a throw would leak.
 void assert_arguments(const Order& order) {
     const auto& [workspace, project, type, extra_arg, order_type, extra_arg2, stats, args,
                  commands] = order;
@@ -333,7 +327,7 @@ void assert_arguments(const Order& order) {
     if (type == ZEB_CMD_OPTIMIZE) NORVANE_ASSERT(order_type);
 }
 
-// Checks. ----------------------------------------------------------------------------------------
+// Checks.
 
 int check_file(const char* file) {
     if (os_file_exists(file)) return STATUS_SUCCESS;
@@ -369,9 +363,10 @@ int check_for_viewer(const ZEBProject* project) {
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::workspace
 
 using namespace norvane;
+using namespace norvane::workspace;
 
 int zeb_project_check(ZEBProject* project, ZEBCommandType type) {
     NORVANE_ASSERT(project);
@@ -396,11 +391,11 @@ PolyList* zeb_workspace_get_cmd(ZEBWorkspace* workspace, const char* project_nam
     Order order{workspace,  project,          type,    extra_arg, order_type,
                 extra_arg2, mu_compile_stats, nullptr, nullptr};
     assert_arguments(order);
-    order.args = zeb_new_text_list();
-    order.commands = plist_new(nullptr, nullptr, poly<zeb_argv_delete>);
+    order.args = new_text_list();
+    order.commands = plist_new(nullptr, nullptr, poly<delete_argv>);
     const Tool& tool = tools[type];
-    if (tool.name) zeb_append(order.args, settings_get_full_bin_path(tool.name));
-    if (tool.first_argument) zeb_append(order.args, tool.first_argument);
+    if (tool.name) append(order.args, settings_get_full_bin_path(tool.name));
+    if (tool.first_argument) append(order.args, tool.first_argument);
     const bool succeeded = build_commands(order);
     plist_delete(order.args);
     if (succeeded) return order.commands;

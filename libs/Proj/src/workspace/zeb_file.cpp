@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "norvane/base/except.h"
+#include "frames.h"
 #include "norvane/base/strings.h"
 #include "norvane/base/xml.h"
 #include "norvane/proj/proj_errors.h"
@@ -15,13 +15,13 @@
 #include "xml_reading.h"
 #include "zeb_internal.h"
 
-namespace norvane {
+namespace norvane::workspace {
 
 namespace {
 
 enum class Content : unsigned char { Uris, Uri, Defines, Targets };
 
-// A child of a project, and the field that it stands for where there is more than one of its kind.
+// A child element of a project and, where several elements have the same content, its field.
 struct ProjectElement {
     const char* tag;
     Content content;
@@ -44,7 +44,7 @@ constexpr ProjectElement project_elements[] = {
     {.tag = "targets", .content = Content::Targets},
 };
 
-int zeb_known_tag(const char* tag) {
+int is_known_tag(const char* tag) {
     static constexpr const char* tags[] = {
         "zeb",      "project",      "product_model", "uri",    "defines",      "define",
         "includes", "fileincludes", "virtual_table", "main",   "presentation", "calculation",
@@ -55,7 +55,7 @@ int zeb_known_tag(const char* tag) {
     return 0;
 }
 
-// Writing. ---------------------------------------------------------------------------------------
+// Writing.
 
 XmlNode* add_tag(XmlNode* parent, const char* tag) {
     XmlNode* node = xml_node_new_tag(tag);
@@ -88,9 +88,10 @@ void write_defines(XmlNode* parent, const PolyHash* defines) {
     while (phash_iter_next(&iter, &name, &value)) {
         NORVANE_ASSERT(name);
         NORVANE_ASSERT(value);
-        // The very object, and not its content: a table of copies, as ours is, writes the value of
-        // every define, and a define that was read without one has an empty one from then on.
-        const char* text = value == zeb_empty_text() ? nullptr : static_cast<char*>(value);
+        // Compared by address: only a host that puts the shared empty text into a table that does
+        // not copy writes a define without a value. Tables made here copy, so a define that was
+        // read without a value is written with an empty one; callers rely on that.
+        const char* text = value == shared_empty_text() ? nullptr : static_cast<char*>(value);
         add_named_tag(parent, "define", static_cast<char*>(name), text);
     }
 }
@@ -123,7 +124,7 @@ void write_target(XmlNode* parent, const ZEBTarget* target) {
     add_text_tags(add_tag(node, "postcmds"), "cmd", target->postcmds);
 }
 
-// The elements that have nothing in them are not written.
+// Elements without content are not written.
 void write_element(XmlNode* parent, const ProjectElement& element, const ZEBProject* project) {
     switch (element.content) {
     case Content::Uris: {
@@ -156,7 +157,7 @@ void write_project(XmlNode* parent, const ZEBProject* project) {
         write_element(node, element, project);
 }
 
-// Reading. ---------------------------------------------------------------------------------------
+// Reading.
 
 struct Reader {
     XmlDocument* document;
@@ -176,7 +177,7 @@ void mustbe_childless(XmlNode* node) {
 void read_uris(PolyList* uris, XmlNode* node) {
     XmlNodeIter iter = children_of(node);
     while (XmlNode* uri = next_child(&iter, "uri"))
-        zeb_append(uris, xml_parse_mustbe_text_node(uri));
+        append(uris, xml_parse_mustbe_text_node(uri));
 }
 
 const char* read_uri(XmlNode* node) {
@@ -192,7 +193,7 @@ void read_defines(PolyHash* defines, XmlNode* node) {
         mustbe_childless(define);
         const char* name = xml_parse_mustbe_attr_text(define, "name");
         const char* value = xml_node_find_attr(define, "value");
-        if (!value) value = zeb_empty_text();
+        if (!value) value = shared_empty_text();
         phash_insert(defines, const_cast<char*>(name), const_cast<char*>(value));
     }
 }
@@ -210,12 +211,12 @@ void read_commands(PolyList* commands, XmlNode* node) {
     XmlNodeIter iter = children_of(node);
     while (XmlNode* command = next_child(&iter, "cmd")) {
         const char* text = xml_parse_mustbe_text_node(command);
-        if (str_is_set(text)) zeb_append(commands, text);
+        if (str_is_set(text)) append(commands, text);
     }
 }
 
-// The number that the text begins with; -1, as without a timeout, if there is none. Numbers that
-// are too large are the largest.
+// The number that the text begins with, limited to the range of int; -1, which means no timeout, if
+// it does not begin with one.
 int read_timeout(XmlNode* node) {
     const char* text = xml_parse_mustbe_text_node(node);
     const char* number = text + std::strspn(text, " \t\n\v\f\r");
@@ -233,8 +234,8 @@ void read_target_children(ZEBTarget* target, XmlNode* node) {
             read_options(target, options);
         else if (XmlNode* before = xml_parse_have(&iter, "precmds"))
             read_commands(target->precmds, before);
-        else if (XmlNode* behind = xml_parse_have(&iter, "postcmds"))
-            read_commands(target->postcmds, behind);
+        else if (XmlNode* after = xml_parse_have(&iter, "postcmds"))
+            read_commands(target->postcmds, after);
         else
             xml_parse_report_error(iter.current,
                                    "Unexpected tag. I was expecting one of the following tags:\n"
@@ -242,8 +243,8 @@ void read_target_children(ZEBTarget* target, XmlNode* node) {
     }
 }
 
-// Records are put into place before they are read: what a failure leaves half read is freed with
-// its workspace.
+// A record is put into its workspace before its content is read, so that it is freed with the
+// workspace when the reading fails.
 void read_targets(ZEBProject* project, XmlNode* node) {
     XmlNodeIter iter = children_of(node);
     while (XmlNode* child = next_child(&iter, "target")) {
@@ -280,8 +281,8 @@ void read_project(ZEBWorkspace* workspace, XmlNode* node) {
     XmlNodeIter iter = children_of(node);
     while (iter.current) {
         const ProjectElement* element = find_element(xml_node_get_tag(iter.current));
-        // Neither <calculation> nor <table> is in the list, and both are taken: editors match the
-        // text as it stands.
+        // <calculation> and <table> are accepted although the text leaves them out: callers match
+        // the text as it is.
         if (!element)
             xml_parse_report_error(iter.current,
                                    "Unexpected tag. I was expecting one of the following tags:\n"
@@ -292,21 +293,21 @@ void read_project(ZEBWorkspace* workspace, XmlNode* node) {
     }
 }
 
-void read_workspace(void* user) {
-    auto* reader = static_cast<Reader*>(user);
-    XmlNode* root = reader->document->root;
+void read_workspace(Reader& reader) {
+    XmlNode* root = reader.document->root;
     NORVANE_ASSERT(root);
-    reader->workspace = zeb_workspace_new();
+    reader.workspace = zeb_workspace_new();
     if (!str_is_equal(xml_node_get_tag(root), "zeb"))
         xml_parse_report_error(root, "Expecting a <zeb> tag");
     XmlNodeIter iter = children_of(root);
     while (XmlNode* project = xml_parse_have(&iter, "project"))
-        read_project(reader->workspace, project);
+        read_project(reader.workspace, project);
     xml_parse_mustbe_empty(&iter);
 }
 
-// Frees a workspace that nobody has seen, with what projects leave to those who have seen them.
-void delete_unseen(ZEBWorkspace* workspace) {
+// Frees a workspace that was never handed out, including the lists that a project leaves to its
+// callers.
+void delete_unreturned(ZEBWorkspace* workspace) {
     for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
         plist_delete(project->fileincludes);
     zeb_workspace_delete(workspace);
@@ -314,9 +315,10 @@ void delete_unseen(ZEBWorkspace* workspace) {
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::workspace
 
 using namespace norvane;
+using namespace norvane::workspace;
 
 int zeb_workspace_save_fptr(ZEBWorkspace* workspace, FILE* stream) {
     NORVANE_ASSERT(workspace);
@@ -336,31 +338,32 @@ int zeb_workspace_save(ZEBWorkspace* workspace, const char* filename) {
     NORVANE_ASSERT(filename);
     std::FILE* stream = std::fopen(filename, "we");
     if (!stream) {
-        // Callers know this failure by the name that opening for reading has.
+        // Not ERR_FILE_OPEN_WRITE: callers know this failure by the name of a failed read.
         report_error(ERR_FILE_OPEN(filename));
         return STATUS_FAILURE;
     }
-    const int status = zeb_workspace_save_fptr(workspace, stream);
-    // A write that failed before need not show again at the end.
-    const bool is_incomplete = std::ferror(stream) != 0;
-    if (std::fclose(stream) != 0 || is_incomplete)
-        NORVANE_FAIL("Could not close file '%s'", filename);
-    return status;
+    bool is_incomplete = false; // closing need not fail again after a failed write
+    const int closed = close_after(stream, [&] {
+        zeb_workspace_save_fptr(workspace, stream);
+        is_incomplete = std::ferror(stream) != 0;
+    });
+    if (closed != 0 || is_incomplete) NORVANE_FAIL("Could not close file '%s'", filename);
+    return STATUS_SUCCESS;
 }
 
 ZEBWorkspace* zeb_workspace_load(const char* filename) {
     NORVANE_ASSERT(filename);
-    XmlDocument* document = xml_parse_file(filename, zeb_known_tag);
+    XmlDocument* document = xml_parse_file(filename, is_known_tag);
     if (!document) return nullptr;
     Reader reader{document, nullptr};
     ExceptionState state;
-    const int caught = except_catch(read_workspace, &reader, &state);
+    const bool has_failed = caught(&state, [&] { read_workspace(reader); });
     xml_delete(document);
-    if (!caught) {
+    if (!has_failed) {
         reader.workspace->filename = str_copy(filename);
         return reader.workspace;
     }
-    if (reader.workspace) delete_unseen(reader.workspace);
+    if (reader.workspace) delete_unreturned(reader.workspace);
     if (state.kind != EXCEPT_MALFORMED_INPUT) except_rethrow(&state);
     report_error(ERR_XML_PARSER(state.message));
     return nullptr;

@@ -8,23 +8,23 @@
 #include "norvane/base/text.hpp"
 #include "norvane/proj/zeb.h"
 
-namespace norvane {
+namespace norvane::workspace {
 
 // A new empty list that owns copies of the texts that it is given.
-inline PolyList* zeb_new_text_list() {
+inline PolyList* new_text_list() {
     return plist_new(poly_compare_string, poly_copy_string, poly_delete_string);
 }
 
-// Containers take what they copy as `void*`.
-inline void zeb_append(PolyList* list, const char* text) {
+// Appends a copy of the text.
+inline void append(PolyList* list, const char* text) {
     plist_append(list, const_cast<char*>(text));
 }
 
-// The empty text that all Strings share: one object, known by its address.
-inline const char* zeb_empty_text() {
+// The text of every empty String: one object, told from other empty texts by its address.
+inline const char* shared_empty_text() {
     return NorvaneCpp::String().GetStr();
 }
 
-} // namespace norvane
+} // namespace norvane::workspace
 
 #endif

@@ -1,4 +1,4 @@
-// Workspaces, projects and targets: records, and the operations that keep them in order.
+// Workspaces, projects and targets: making, freeing, copying and changing their records.
 
 #include "norvane/proj/zeb.h"
 
@@ -12,7 +12,7 @@
 #include "report.h"
 #include "zeb_internal.h"
 
-namespace norvane {
+namespace norvane::workspace {
 
 namespace {
 
@@ -32,7 +32,7 @@ void replace(char*& field, const char* text) {
 PolyList* find_or_make_option(ZEBTarget* target, const char* key) {
     PolyList* values = zeb_target_get_options(target, key);
     if (values) return values;
-    values = zeb_new_text_list();
+    values = new_text_list();
     phash_insert(target->options, const_cast<char*>(key), values);
     return values;
 }
@@ -45,11 +45,11 @@ bool contains(const PolyList* list, const char* text) {
 
 int add_unless_present(PolyList* list, const char* text) {
     if (contains(list, text)) return STATUS_FAILURE;
-    zeb_append(list, text);
+    append(list, text);
     return STATUS_SUCCESS;
 }
 
-// A list that was loaded can hold equal entries. The last of them goes.
+// Removes the last of equal entries, which a list that was loaded can hold.
 int remove_last(PolyList* list, const char* text) {
     unsigned index = 0;
     unsigned found = list->len;
@@ -77,9 +77,10 @@ bool is_taken(ZEBWorkspace* workspace, const char* name) {
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::workspace
 
 using namespace norvane;
+using namespace norvane::workspace;
 
 ZEBTarget* zeb_target_new(const char* name) {
     NORVANE_ASSERT(name);
@@ -88,8 +89,8 @@ ZEBTarget* zeb_target_new(const char* name) {
     target->timeout = -1;
     target->options = phash_new(table_size, poly_compare_string, poly_copy_string, nullptr,
                                 poly_hash_string, poly_delete_string, poly<plist_delete>);
-    target->precmds = zeb_new_text_list();
-    target->postcmds = zeb_new_text_list();
+    target->precmds = new_text_list();
+    target->postcmds = new_text_list();
     return target;
 }
 
@@ -106,17 +107,17 @@ void zeb_target_add_option(ZEBTarget* target, const char* key, const char* value
     NORVANE_ASSERT(target);
     NORVANE_ASSERT(key);
     PolyList* values = find_or_make_option(target, key);
-    if (str_is_set(value)) zeb_append(values, value);
+    if (str_is_set(value)) append(values, value);
 }
 
 void zeb_target_set_option(ZEBTarget* target, const char* key, const char* value) {
     NORVANE_ASSERT(target);
     NORVANE_ASSERT(key);
     PolyList* values = find_or_make_option(target, key);
-    // The value may be one of those that go.
+    // Copied first: the value may be one of those that are removed.
     char* copy = str_null_copy(value);
     plist_empty(values);
-    if (str_is_set(copy)) zeb_append(values, copy);
+    if (str_is_set(copy)) append(values, copy);
     str_null_delete(copy);
 }
 
@@ -141,13 +142,13 @@ int zeb_target_has_option(ZEBTarget* target, const char* key) {
 void zeb_target_add_precmd(ZEBTarget* target, const char* command) {
     NORVANE_ASSERT(target);
     NORVANE_ASSERT(command);
-    if (str_is_set(command)) zeb_append(target->precmds, command);
+    if (str_is_set(command)) append(target->precmds, command);
 }
 
 void zeb_target_add_postcmd(ZEBTarget* target, const char* command) {
     NORVANE_ASSERT(target);
     NORVANE_ASSERT(command);
-    if (str_is_set(command)) zeb_append(target->postcmds, command);
+    if (str_is_set(command)) append(target->postcmds, command);
 }
 
 void zeb_target_delete_all(ZEBTarget* target) {
@@ -182,14 +183,14 @@ ZEBProject* zeb_project_new(const char* name) {
     project->defines =
         phash_new(table_size, poly_compare_string, poly_copy_string, poly_copy_string,
                   poly_hash_string, poly_delete_string, poly_delete_string);
-    project->includes = zeb_new_text_list();
-    project->pm_files = zeb_new_text_list();
-    project->pres_files = zeb_new_text_list();
-    project->calc_files = zeb_new_text_list();
-    project->table_files = zeb_new_text_list();
-    project->var_order_files = zeb_new_text_list();
+    project->includes = new_text_list();
+    project->pm_files = new_text_list();
+    project->pres_files = new_text_list();
+    project->calc_files = new_text_list();
+    project->table_files = new_text_list();
+    project->var_order_files = new_text_list();
     project->targets = plist_new(nullptr, nullptr, poly<zeb_target_delete>);
-    project->fileincludes = zeb_new_text_list();
+    project->fileincludes = new_text_list();
     return project;
 }
 
@@ -206,7 +207,7 @@ void zeb_project_delete(ZEBProject* project) {
     plist_delete(project->table_files);
     plist_delete(project->var_order_files);
     plist_delete(project->targets);
-    // `fileincludes` stays: callers that read it go on using it when the project is gone.
+    // `fileincludes` is not freed: callers go on using the list after the project is deleted.
     std::free(project);
 }
 
@@ -302,9 +303,10 @@ int zeb_project_add_target(ZEBProject* project, ZEBTarget* target) {
 ZEBTarget* zeb_project_get_target(ZEBProject* project, const char* name) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(name);
-    ZEBTarget* target = find_target(project, name);
-    if (target) return target;
-    target = zeb_target_new(name);
+    if (ZEBTarget* target = find_target(project, name)) return target;
+    // What zeb_project_add_target asserts, before there is a target that the throw would leak.
+    NORVANE_ASSERT_TEXT(str_is_set(name), "str_is_set(target->name)");
+    ZEBTarget* target = zeb_target_new(name);
     zeb_project_add_target(project, target);
     return target;
 }
@@ -330,8 +332,8 @@ ZEBProject* zeb_project_copy(ZEBProject* project) {
     plist_concat(copy->pm_files, project->pm_files);
     plist_concat(copy->pres_files, project->pres_files);
     plist_concat(copy->var_order_files, project->var_order_files);
-    // Who copies a project makes a variant of the model: calculations, tables and extra files of
-    // the package are entered for it anew, and callers rely on finding those lists empty.
+    // A copy is the start of a variant of the model, for which calculations, tables and extra files
+    // of the package are entered anew: callers rely on finding those lists empty.
     for (ZEBTarget* target : items<ZEBTarget>(project->targets))
         plist_append(copy->targets, zeb_target_copy(target));
     return copy;
@@ -352,9 +354,9 @@ void zeb_workspace_delete(ZEBWorkspace* workspace) {
 
 PolyList* zeb_workspace_proj_names(ZEBWorkspace* workspace) {
     NORVANE_ASSERT(workspace);
-    PolyList* names = zeb_new_text_list();
+    PolyList* names = new_text_list();
     for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
-        zeb_append(names, project->name);
+        append(names, project->name);
     return names;
 }
 

@@ -1,4 +1,4 @@
-// Package making: what the tools left in a build folder, put into one file.
+// Makes packages: collects what the tools left in a build directory in one file.
 
 #include "norvane/base/except.h"
 #include "norvane/base/os.h"
@@ -8,7 +8,7 @@
 #include "report.h"
 #include "zeb_internal.h"
 
-namespace norvane {
+namespace norvane::workspace {
 
 namespace {
 
@@ -16,34 +16,33 @@ using NorvaneCpp::CFilePackage;
 using NorvaneCpp::CFilePtr;
 using NorvaneCpp::String;
 
-// What a package is made of. All borrowed.
+// What a package is made of. All texts are borrowed.
 struct PackageOrder {
     const char* model_name;
-    const char* output_folder;
-    const char* build_folder;
+    const char* output_directory;
+    const char* build_directory;
     bool debug;
-    const char* model_type;      // null: the ordinary one
-    const PolyList* extra_files; // null: none
+    const char* model_type;      // null for the default
+    const PolyList* extra_files; // null for none
 };
 
-// Imports a file of the build folder. All of them lie directly in it: `folder` is where the package
-// keeps them.
-bool zeb_package_import(CFilePackage& package, const PackageOrder& order, const char* folder,
-                        const char* file) {
+// Imports a file of the build directory as a member of `directory` in the package.
+bool import_file(CFilePackage& package, const PackageOrder& order, const char* directory,
+                 const char* file) {
     String source;
-    source.printf("%s/%s", order.build_folder, file);
+    source.printf("%s/%s", order.build_directory, file);
     if (!os_file_exists(source.GetStr())) return false;
     String member;
-    member.printf("workspace/%s/%s/%s", order.model_name, folder, file);
+    member.printf("workspace/%s/%s/%s", order.model_name, directory, file);
     return package.importFile(source, member);
 }
 
-// The same for the file of the model's name.
-bool import_by_extension(CFilePackage& package, const PackageOrder& order, const char* folder,
+// The same for the file that is named after the model.
+bool import_by_extension(CFilePackage& package, const PackageOrder& order, const char* directory,
                          const char* extension) {
     String file;
     file.printf("%s.%s", order.model_name, extension);
-    return zeb_package_import(package, order, folder, file.GetStr());
+    return import_file(package, order, directory, file.GetStr());
 }
 
 bool write_index(CFilePackage& package, const PackageOrder& order) {
@@ -55,13 +54,13 @@ bool write_index(CFilePackage& package, const PackageOrder& order) {
     return true;
 }
 
-// What is not there is left out.
+// Files that do not exist are left out.
 void import_optional(CFilePackage& package, const PackageOrder& order) {
     for (const char* extension : {"clx", "tbl"})
         import_by_extension(package, order, "build", extension);
     if (order.extra_files)
         for (const char* file : items<char>(order.extra_files))
-            zeb_package_import(package, order, "build", file);
+            import_file(package, order, "build", file);
     if (order.debug)
         for (const char* extension : {"pm", "vof", "zeb", "prs"})
             import_by_extension(package, order, "debug", extension);
@@ -72,9 +71,9 @@ int failed_to_create(const String& path) {
     return STATUS_FAILURE;
 }
 
-int zeb_make_package(const PackageOrder& order) {
+int make_package(const PackageOrder& order) {
     String path;
-    path.printf("%s\\%s.mub", order.output_folder, order.model_name);
+    path.printf("%s\\%s.mub", order.output_directory, order.model_name);
     if (os_file_exists(path.GetStr()) && os_file_is_readonly(path.GetStr())) {
         report_error(ERR_ZEB_MUB_READ_ONLY(path.GetStr()));
         return STATUS_FAILURE;
@@ -88,26 +87,27 @@ int zeb_make_package(const PackageOrder& order) {
         return STATUS_FAILURE;
     }
     import_optional(package, order);
-    // Saved here and not by the destructor, which cannot tell that the disk was full.
+    // Not left to the destructor, which could not report that the disk is full.
     return package.closeAndSave() ? STATUS_SUCCESS : failed_to_create(path);
 }
 
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::workspace
 
 using namespace norvane;
+using namespace norvane::workspace;
 
 int zeb_make_mub(const char* model_name, const char* output_folder, const char* build_folder,
                  bool debug, const char* model_type) {
     NORVANE_ASSERT(model_name);
     NORVANE_ASSERT(output_folder);
     NORVANE_ASSERT(build_folder);
-    return zeb_make_package({model_name, output_folder, build_folder, debug, model_type, nullptr});
+    return make_package({model_name, output_folder, build_folder, debug, model_type, nullptr});
 }
 
 int zeb_project_make_mub(ZEBProject* project, const char* model_type, bool debug) {
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(project->name);
-    return zeb_make_package({project->name, ".", ".", debug, model_type, project->fileincludes});
+    return make_package({project->name, ".", ".", debug, model_type, project->fileincludes});
 }
