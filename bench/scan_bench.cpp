@@ -33,14 +33,16 @@ double scan_model(std::FILE* stream) {
 }
 
 double scan_calculation(std::FILE* stream) {
-    norvane::cl.buffer = ustr_new();
-    norvane::cl_read_file(stream);
+    norvane::calculations::Load load{};
+    load.buffer = ustr_new();
+    load.input.file.stream = stream;
+    begin_scan(load);
     double tokens = 0;
     for (int token; (token = cllex()) != 0; ++tokens) {
         if (token == CL_IDENTIFIER || token == CL_STRINGCONST || token == CL_NAMESPACEID)
             std::free(cllval.text);
     }
-    ustr_delete(norvane::cl.buffer);
+    ustr_delete(load.buffer);
     return tokens;
 }
 

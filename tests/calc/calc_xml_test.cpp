@@ -6,12 +6,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <malloc.h>
 #include <unistd.h>
 
 #include "calc_dump.h"
 #include "calc_import_internal.h"
 #include "norvane/base/items.hpp"
+#include "norvane/base/work.h"
 #include "support.h"
 #include "xml_files.h"
 
@@ -37,11 +39,7 @@ std::size_t read_bytes(void* user, void* buffer, std::size_t size, bool* at_end)
 
 CalcPtr read(const std::string& xml, std::size_t block = 2048) {
     Bytes bytes{&xml, block, 0};
-    ExceptionState state;
-    bool is_thrown;
-    CalcPtr calc(calc_import_from_source({read_bytes, &bytes, "FILE"}, &state, &is_thrown));
-    if (is_thrown) except_rethrow(&state);
-    return calc;
+    return CalcPtr(calculations::import_from_source({read_bytes, &bytes, "FILE"}));
 }
 
 // Everything that the reading of a document tells: the reports, then the tree, if there is one.
@@ -190,7 +188,14 @@ TEST(CalcXml, BrokenTreesStopTheWriterBeforeTheFileIsTouched) {
         field = before;
         return text;
     };
+    const auto open_files = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto open_before = open_files();
+    work_begin();
     EXPECT_EQ(failure(func->type, 0), "1: Found invalid calculational type : 0");
+    EXPECT_EQ(open_files(), open_before);
+    EXPECT_EQ(work_mark.subject, func);
     EXPECT_EQ(failure(func->type, 6), "1: Found invalid calculational type : 6");
     CExpr* const init = lvar->init;
     lvar->init = nullptr;
@@ -415,10 +420,8 @@ std::size_t read_surroundings(void* user, void* buffer, std::size_t, bool* at_en
 TEST(CalcXml, WhatSurroundsACalculationTakesNoMemory) {
     Surroundings surroundings;
     const struct mallinfo2 before = mallinfo2();
-    ExceptionState state;
-    bool is_thrown;
     const CalcPtr calc(
-        calc_import_from_source({read_surroundings, &surroundings, "FILE"}, &state, &is_thrown));
+        calculations::import_from_source({read_surroundings, &surroundings, "FILE"}));
     EXPECT_TRUE(is_empty(calc));
     EXPECT_LT(surroundings.most_memory, before.uordblks + before.hblkhd + 200'000);
 }

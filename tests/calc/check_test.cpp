@@ -327,7 +327,7 @@ TEST_F(CalcCheckOneTest, NamespacesOfTheCatalogueAreRefusedAndDoNotLast) {
 // The catalogue in the words of the language, in its order.
 TEST(CalcBuiltins, AreThoseOfTheDataFile) {
     std::string text;
-    for (const CFuncSignature* row = build_in_func_table; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = calculations::catalogue; row->ns_name != nullptr; ++row) {
         text += std::string(calc_type2string(row->type)) + " " + row->ns_name + "." + row->fn_name;
         std::string arguments;
         for (const CFuncSignatureArg* arg = row->args; arg->name != nullptr; ++arg)

@@ -1,5 +1,4 @@
-// The calculation tree: making, freeing and copying it. The parser and the XML reader build their
-// trees here; the checker, the printer and the writer walk them.
+// Makes, copies and frees the nodes of calculation trees.
 #include "norvane/proj/calc.h"
 
 #include <cstdlib>
@@ -13,9 +12,7 @@
 #include "norvane/base/text.hpp"
 #include "poly_adaptors.h"
 
-using norvane::on_fresh_stack;
-using norvane::poly;
-using norvane::stack_is_low;
+namespace norvane::calculations {
 
 namespace {
 
@@ -24,7 +21,7 @@ struct Operator {
     const char* source;
 };
 
-// By number.
+// Indexed by COprType.
 constexpr Operator operators[] = {
     {COPR_NOT, "not"}, {COPR_MINUS, "-"},   {COPR_EQ, "="},    {COPR_LT, "<"},
     {COPR_GT, ">"},    {COPR_NEQ, "<>"},    {COPR_GTEQ, ">="}, {COPR_LTEQ, "<="},
@@ -68,13 +65,93 @@ bool is_ascii(const char* text) {
     return true;
 }
 
-// A new heap copy of `text`, which is in code page 1252, in UTF-8.
+// A new copy in UTF-8 of a text in code page 1252.
 char* to_utf8(const char* text) {
     const NorvaneCpp::String utf8 = NorvaneCpp::UTF8::ToUnicode(NorvaneCpp::String(text));
     return str_copy(utf8.GetStr());
 }
 
+CExpr* copy_call(const CExpr* expr) {
+    const auto& call = expr->args.call;
+    char* ns_name = str_null_copy(call.ns_name);
+    char* fname = str_copy(call.fname);
+    PolyList* args = plist_copy_with_copycon(call.args, poly<calc_copy_expr>);
+    return calc_new_call_expr(ns_name, fname, args, expr->line_no);
+}
+
+void delete_if_present(CExpr* expr) {
+    if (expr) calc_delete_expr(expr);
+}
+
+// The parser makes its lists of statements without a delete callback.
+void delete_stmts(PolyList* stmts) {
+    stmts->delete_element = poly<calc_delete_stmt>;
+    plist_delete(stmts);
+}
+
+// Frees what an expression owns.
+void delete_parts(CExpr* expr) {
+    auto& args = expr->args;
+    switch (expr->structure) {
+    case CEXPR_LVAR: return str_delete(args.lvar_name);
+    case CEXPR_PMVAR: return calc_delete_pmvar(args.pmvar);
+    case CEXPR_INT_CONST:
+    case CEXPR_FLOAT_CONST:
+    case CEXPR_BOOL_CONST: return;
+    case CEXPR_STRING_CONST: return str_delete(args.string_value);
+    case CEXPR_UOP: return calc_delete_expr(args.uop.arg);
+    case CEXPR_BOP:
+        calc_delete_expr(args.bop.left_arg);
+        return calc_delete_expr(args.bop.right_arg);
+    case CEXPR_ITE:
+        calc_delete_expr(args.ite.cond);
+        calc_delete_expr(args.ite.then_expr);
+        return calc_delete_expr(args.ite.else_expr);
+    case CEXPR_CALL:
+        str_null_delete(args.call.ns_name);
+        str_delete(args.call.fname);
+        return plist_delete(args.call.args);
+    }
+    NORVANE_FAIL("Found invalid expression structure : %d", static_cast<int>(expr->structure));
+}
+
+// Frees what a statement owns.
+void delete_parts(CStmt* stmt) {
+    auto& args = stmt->args;
+    switch (stmt->structure) {
+    case CSTMT_ITE:
+        calc_delete_expr(args.ite.cond);
+        calc_delete_stmt(args.ite.then_stmt);
+        if (args.ite.else_stmt) calc_delete_stmt(args.ite.else_stmt);
+        return;
+    case CSTMT_BLOCK: return delete_stmts(args.block_stmts);
+    case CSTMT_EXPR: return delete_if_present(args.expr);
+    case CSTMT_SWITCH:
+        calc_delete_expr(args.switch_args.switch_value);
+        plist_delete(args.switch_args.cases);
+        return calc_delete_case(args.switch_args.default_case);
+    case CSTMT_WHILE:
+        calc_delete_expr(args.while_args.cond);
+        return calc_delete_stmt(args.while_args.stmt);
+    case CSTMT_DO: calc_delete_expr(args.do_args.cond); return calc_delete_stmt(args.do_args.stmt);
+    case CSTMT_FOR:
+        delete_if_present(args.for_args.init);
+        delete_if_present(args.for_args.cond);
+        delete_if_present(args.for_args.incr);
+        return calc_delete_stmt(args.for_args.stmt);
+    case CSTMT_RETURN: return calc_delete_expr(args.return_value);
+    case CSTMT_BREAK: return;
+    case CSTMT_EXTERNAL: return str_delete(args.external_ref);
+    }
+    NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
+}
+
 } // namespace
+
+} // namespace norvane::calculations
+
+using namespace norvane;
+using namespace norvane::calculations;
 
 const char* calc_type2string(CalcType type) {
     switch (type) {
@@ -83,8 +160,9 @@ const char* calc_type2string(CalcType type) {
     case CTYPE_FLOAT: return "float";
     case CTYPE_STRING: return "string";
     case CTYPE_VOID: return "void";
-    default: return "undef";
+    case CTYPE_UNDEF: break;
     }
+    return "undef";
 }
 
 const char* calc_opr2string(COprType opr) {
@@ -129,8 +207,8 @@ CExpr* calc_new_floatconst_expr(double value, int line_no) {
 }
 
 CExpr* calc_new_stringconst_expr(char* value, int line_no, bool is_utf8) {
-    if (value == nullptr) value = str_copy("");
-    // ASCII is the same in both, and by far the most texts are: they are kept as they came.
+    if (!value) value = str_copy("");
+    // ASCII texts, which most are, are the same in both encodings and need no copy.
     if (!is_utf8 && !is_ascii(value)) {
         char* converted = to_utf8(value);
         str_delete(value);
@@ -183,46 +261,9 @@ void calc_add_call_argument(CExpr* call, CExpr* arg) {
 void calc_delete_expr(CExpr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { calc_delete_expr(expr); });
     NORVANE_ASSERT(expr);
-    auto& args = expr->args;
-    switch (expr->structure) {
-    case CEXPR_LVAR: str_delete(args.lvar_name); break;
-    case CEXPR_PMVAR: calc_delete_pmvar(args.pmvar); break;
-    case CEXPR_INT_CONST:
-    case CEXPR_FLOAT_CONST:
-    case CEXPR_BOOL_CONST: break;
-    case CEXPR_STRING_CONST: str_delete(args.string_value); break;
-    case CEXPR_UOP: calc_delete_expr(args.uop.arg); break;
-    case CEXPR_BOP:
-        calc_delete_expr(args.bop.left_arg);
-        calc_delete_expr(args.bop.right_arg);
-        break;
-    case CEXPR_ITE:
-        calc_delete_expr(args.ite.cond);
-        calc_delete_expr(args.ite.then_expr);
-        calc_delete_expr(args.ite.else_expr);
-        break;
-    case CEXPR_CALL:
-        str_null_delete(args.call.ns_name);
-        str_delete(args.call.fname);
-        plist_delete(args.call.args);
-        break;
-    default:
-        NORVANE_FAIL("Found invalid expression structure : %d", static_cast<int>(expr->structure));
-    }
+    delete_parts(expr);
     std::free(expr);
 }
-
-namespace {
-
-CExpr* copy_call(const CExpr* expr) {
-    const auto& call = expr->args.call;
-    char* ns_name = str_null_copy(call.ns_name);
-    char* fname = str_copy(call.fname);
-    PolyList* args = plist_copy_with_copycon(call.args, poly<calc_copy_expr>);
-    return calc_new_call_expr(ns_name, fname, args, expr->line_no);
-}
-
-} // namespace
 
 CExpr* calc_copy_expr(const CExpr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return calc_copy_expr(expr); });
@@ -234,7 +275,7 @@ CExpr* calc_copy_expr(const CExpr* expr) {
     case CEXPR_PMVAR: return calc_new_pmvar_expr(calc_copy_pmvar(args.pmvar), line_no);
     case CEXPR_INT_CONST: return calc_new_intconst_expr(args.int_value, line_no);
     case CEXPR_FLOAT_CONST: return calc_new_floatconst_expr(args.float_value, line_no);
-    // Callers rely on copies that are converted once more.
+    // Callers rely on copies being converted again, although the tree holds UTF-8.
     case CEXPR_STRING_CONST:
         return calc_new_stringconst_expr(str_copy(args.string_value), line_no, false);
     case CEXPR_BOOL_CONST: return calc_new_boolconst_expr(args.bool_value, line_no);
@@ -251,11 +292,11 @@ CExpr* calc_copy_expr(const CExpr* expr) {
         return calc_new_ite_expr(cond, then_expr, else_expr, line_no);
     }
     case CEXPR_CALL: return copy_call(expr);
-    default: return nullptr;
     }
+    return nullptr;
 }
 
-// Paths. They may be long: all of these walk the chain.
+// Paths. These functions loop along the chain, which can be too long to recurse on.
 
 CPMVar* calc_new_pmvar(char* name) {
     NORVANE_ASSERT(name);
@@ -281,7 +322,7 @@ CPMVar* calc_copy_pmvar(CPMVar* pmvar) {
     NORVANE_ASSERT(pmvar);
     CPMVar* copy = nullptr;
     CPMVar** end = &copy;
-    for (; pmvar != nullptr; pmvar = pmvar->nested) {
+    for (; pmvar; pmvar = pmvar->nested) {
         auto* component = new_record<CPMVar>();
         component->name = str_copy(pmvar->name);
         component->arr_indices = plist_copy_with_copycon(pmvar->arr_indices, poly<calc_copy_expr>);
@@ -293,7 +334,7 @@ CPMVar* calc_copy_pmvar(CPMVar* pmvar) {
 
 void calc_delete_pmvar(CPMVar* pmvar) {
     NORVANE_ASSERT(pmvar);
-    while (pmvar != nullptr) {
+    while (pmvar) {
         CPMVar* nested = pmvar->nested;
         str_delete(pmvar->name);
         plist_delete(pmvar->arr_indices);
@@ -398,23 +439,9 @@ void calc_add_switch_default(CStmt* switch_stmt, PolyList* stmts) {
     switch_stmt->args.switch_args.default_case = calc_new_case(nullptr, stmts);
 }
 
-namespace {
-
-// The parser's lists come without a delete callback.
-void delete_stmts(PolyList* stmts) {
-    stmts->delete_element = poly<calc_delete_stmt>;
-    plist_delete(stmts);
-}
-
-void null_delete_expr(CExpr* expr) {
-    if (expr != nullptr) calc_delete_expr(expr);
-}
-
-} // namespace
-
 void calc_delete_case(CCase* ccase) {
-    if (ccase == nullptr) return;
-    null_delete_expr(ccase->expr);
+    if (!ccase) return;
+    delete_if_present(ccase->expr);
     delete_stmts(ccase->stmts);
     std::free(ccase);
 }
@@ -422,40 +449,7 @@ void calc_delete_case(CCase* ccase) {
 void calc_delete_stmt(CStmt* stmt) {
     if (stack_is_low()) return on_fresh_stack([&] { calc_delete_stmt(stmt); });
     NORVANE_ASSERT(stmt);
-    auto& args = stmt->args;
-    switch (stmt->structure) {
-    case CSTMT_ITE:
-        calc_delete_expr(args.ite.cond);
-        calc_delete_stmt(args.ite.then_stmt);
-        if (args.ite.else_stmt != nullptr) calc_delete_stmt(args.ite.else_stmt);
-        break;
-    case CSTMT_BLOCK: delete_stmts(args.block_stmts); break;
-    case CSTMT_EXPR: null_delete_expr(args.expr); break;
-    case CSTMT_SWITCH:
-        calc_delete_expr(args.switch_args.switch_value);
-        plist_delete(args.switch_args.cases);
-        calc_delete_case(args.switch_args.default_case);
-        break;
-    case CSTMT_WHILE:
-        calc_delete_expr(args.while_args.cond);
-        calc_delete_stmt(args.while_args.stmt);
-        break;
-    case CSTMT_DO:
-        calc_delete_expr(args.do_args.cond);
-        calc_delete_stmt(args.do_args.stmt);
-        break;
-    case CSTMT_FOR:
-        null_delete_expr(args.for_args.init);
-        null_delete_expr(args.for_args.cond);
-        null_delete_expr(args.for_args.incr);
-        calc_delete_stmt(args.for_args.stmt);
-        break;
-    case CSTMT_RETURN: calc_delete_expr(args.return_value); break;
-    case CSTMT_BREAK: break;
-    case CSTMT_EXTERNAL: str_delete(args.external_ref); break;
-    default:
-        NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
-    }
+    delete_parts(stmt);
     std::free(stmt);
 }
 
@@ -484,7 +478,7 @@ CFuncLVar* calc_new_func_lvar(char* name, CalcType type, CExpr* init, int line_n
 void calc_delete_func_lvar(CFuncLVar* lvar) {
     NORVANE_ASSERT(lvar);
     str_delete(lvar->name);
-    null_delete_expr(lvar->init);
+    delete_if_present(lvar->init);
     std::free(lvar);
 }
 
@@ -525,7 +519,7 @@ void calc_delete_func(CFunc* func) {
     NORVANE_ASSERT(func);
     str_delete(func->name);
     str_null_delete(func->filename);
-    null_delete_expr(func->def_value);
+    delete_if_present(func->def_value);
     plist_delete(func->args);
     plist_delete(func->vardefs);
     plist_delete(func->stmts);

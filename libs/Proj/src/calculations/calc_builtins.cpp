@@ -1,11 +1,10 @@
-// The catalogue of the functions that every calculation may call. Only their names and types are
-// known here: an evaluator gives them their meaning.
+// The functions that every calculation can call: names and types. Evaluators implement them.
 #include "calc_builtins.h"
 
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
 namespace {
 
@@ -17,7 +16,7 @@ constexpr CalcType STRING = CTYPE_STRING;
 } // namespace
 
 // Callers walk the rows in this order.
-constexpr CFuncSignature build_in_func_table[] = {
+constexpr CFuncSignature catalogue[] = {
     {INT, "CtrlMngr", "AssignFloat", {{"var_name", STRING}, {"value", FLOAT}, {"force", BOOL}}},
     {INT, "CtrlMngr", "AssignInt", {{"var_name", STRING}, {"value", INT}, {"force", BOOL}}},
     {INT, "CtrlMngr", "AssignValue", {{"var_name", STRING}, {"value", INT}, {"force", BOOL}}},
@@ -186,11 +185,11 @@ constexpr CFuncSignature build_in_func_table[] = {
 
 namespace {
 
-// From "NAMESPACE.NAME" to the row. It lives until the process ends.
+// A table that maps "NAMESPACE.NAME" to the row; kept until the process ends.
 const PolyHash* new_index() {
     PolyHash* index = phash_new(100, poly_compare_string, poly_copy_string, nullptr,
                                 poly_hash_string, poly_delete_string, nullptr);
-    for (const CFuncSignature* row = build_in_func_table; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
         char key[MESSAGE_BUFFER_SIZE];
         str_snprintf(key, sizeof key, "%s.%s", row->ns_name, row->fn_name);
         phash_insert(index, key, const_cast<CFuncSignature*>(row));
@@ -207,29 +206,31 @@ CFunc* new_function(const CFuncSignature* row) {
 
 } // namespace
 
-void calc_enter_builtins(PolyHash* calc) {
-    for (const CFuncSignature* row = build_in_func_table; row->ns_name != nullptr; ++row) {
+void enter_builtins(PolyHash* calc) {
+    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
         CFunc* func = new_function(row);
         if (calc_add_function(calc, row->ns_name, func) != STATUS_SUCCESS) calc_delete_func(func);
     }
 }
 
-void calc_remove_builtins(PolyHash* calc) {
+void remove_builtins(PolyHash* calc) {
     const char* removed = "";
-    for (const CFuncSignature* row = build_in_func_table; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
         if (str_is_equal(row->ns_name, removed)) continue;
         removed = row->ns_name;
         phash_remove(calc, removed);
     }
 }
 
-} // namespace norvane
+} // namespace norvane::calculations
+
+using namespace norvane::calculations;
 
 const CFuncSignature* calc_get_build_in_func_signature(const char* ns_name, const char* fn_name) {
     NORVANE_ASSERT(ns_name);
     NORVANE_ASSERT(fn_name);
-    static const PolyHash* const index = norvane::new_index();
-    // A name that does not fit is cut, and no row has one as long.
+    static const PolyHash* const index = new_index();
+    // Cutting a name that does not fit is safe: no row has a name of that length.
     char key[MESSAGE_BUFFER_SIZE];
     str_snprintf(key, sizeof key, "%s.%s", ns_name, fn_name);
     void* row = nullptr;

@@ -1,8 +1,8 @@
 // Writes a calculation as XML.
 //
-// The file is opened first: nothing is filled into the tree for a file that cannot be written. It
-// is emptied once all nodes are built, so that a broken calculation leaves an existing file as it
-// was.
+// The file is opened first, so that the tree is not completed for a file that cannot be written,
+// and emptied after all nodes are built, so that a broken calculation leaves an existing file
+// unchanged.
 
 #include "norvane/proj/calc_export.h"
 
@@ -10,37 +10,37 @@
 #include <unistd.h>
 
 #include "calc_xml_names.h"
+#include "frames.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/base/util.h"
+#include "norvane/base/work.h"
 #include "report.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
 namespace {
 
-// What holds for a whole walk.
 struct Writer {
     bool line_info;
     const char* ns_name; // of the namespace that is being written
 };
 
-// An attribute that is to be written.
 struct Attribute {
     const char* name;
     const char* value;
 };
 
-XmlNode* add(XmlNode* parent, CalcTag tag) {
+XmlNode* add(XmlNode* parent, Tag tag) {
     XmlNode* node = xml_node_new_tag(tag_name(tag));
     xml_node_add_child(parent, node);
     return node;
 }
 
 template <typename... Attributes>
-XmlNode* add(XmlNode* parent, CalcTag tag, Attributes... attributes) {
+XmlNode* add(XmlNode* parent, Tag tag, Attributes... attributes) {
     XmlNode* node = add(parent, tag);
     char** slots = xml_node_alloc_attributes(node, sizeof...(attributes));
     int index = 0;
@@ -48,13 +48,13 @@ XmlNode* add(XmlNode* parent, CalcTag tag, Attributes... attributes) {
     return node;
 }
 
-// The decimal text of a number, as long as the expression it is written in.
+// The decimal text of a number, which lasts as long as this object.
 struct Number {
     char text[16];
     explicit Number(int value) { str_snprintf(text, sizeof text, "%d", value); }
 };
 
-// Behind the attributes that the node has; the line is left out where it is not known.
+// Adds the line after the `index` attributes that the node has, unless it is unknown.
 void set_line(const Writer* w, XmlNode* node, int line_no, int index) {
     if (!w->line_info || line_no == CALC_UNDEF_LINENO) return;
     char** slots = xml_node_alloc_attributes(node, index + 1);
@@ -62,13 +62,13 @@ void set_line(const Writer* w, XmlNode* node, int line_no, int index) {
 }
 
 const char* type_word(CalcType type) {
-    const char* word = word_of(calc_type_words, type);
+    const char* word = word_of(type_words, type);
     if (!word) NORVANE_FAIL("Found invalid calculational type : %d", static_cast<int>(type));
     return word;
 }
 
 const char* operator_word(COprType opr) {
-    const char* word = word_of(calc_operator_words, opr);
+    const char* word = word_of(operator_words, opr);
     if (!word) NORVANE_FAIL("Found invalid operator : %d", static_cast<int>(opr));
     return word;
 }
@@ -88,55 +88,55 @@ void write_stmts(const Writer* w, XmlNode* parent, const PolyList* stmts) {
 
 // Expressions.
 
-// Each component of a path nests the next one in its element.
+// The element of each component of a path contains that of the next.
 void write_pmvar(const Writer* w, XmlNode* parent, const CPMVar* pmvar) {
     for (; pmvar; pmvar = pmvar->nested) {
-        parent = add(parent, CalcTag::PmVar, Attribute{"name", pmvar->name});
+        parent = add(parent, Tag::PmVar, Attribute{"name", pmvar->name});
         write_exprs(w, parent, pmvar->arr_indices);
     }
 }
 
-// The tree holds the texts of strings in UTF-8, and all other texts in code page 1252.
+// String constants are the only texts of the tree in UTF-8; all others are in code page 1252.
 void write_string_const(XmlNode* parent, const char* text) {
-    char** slots = xml_node_alloc_attributes(add(parent, CalcTag::StringConst), 1);
+    char** slots = xml_node_alloc_attributes(add(parent, Tag::StringConst), 1);
     xml_set_attr_utf8(slots, 0, "value", text);
 }
 
 void write_call(const Writer* w, XmlNode* parent, const CExpr* expr) {
     const auto& call = expr->args.call;
-    // A call without a namespace means the one that it stands in.
+    // A call without a namespace is a call within its own.
     const char* ns_name = call.ns_name ? call.ns_name : w->ns_name;
     XmlNode* node =
-        add(parent, CalcTag::Call, Attribute{"namespace", ns_name}, Attribute{"fname", call.fname});
+        add(parent, Tag::Call, Attribute{"namespace", ns_name}, Attribute{"fname", call.fname});
     write_exprs(w, node, call.args);
 }
 
 void write_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { write_expr(w, parent, expr); });
     NORVANE_ASSERT(expr);
-    XmlNode* node = add(parent, CalcTag::Expr);
+    XmlNode* node = add(parent, Tag::Expr);
     set_line(w, node, expr->line_no, 0);
     const auto& args = expr->args;
     switch (expr->structure) {
-    case CEXPR_LVAR: add(node, CalcTag::Lvar, Attribute{"name", args.lvar_name}); return;
+    case CEXPR_LVAR: add(node, Tag::Lvar, Attribute{"name", args.lvar_name}); return;
     case CEXPR_PMVAR: return write_pmvar(w, node, args.pmvar);
     case CEXPR_INT_CONST:
-        add(node, CalcTag::IntConst, Attribute{"value", Number(args.int_value).text});
+        add(node, Tag::IntConst, Attribute{"value", Number(args.int_value).text});
         return;
     case CEXPR_FLOAT_CONST:
-        add(node, CalcTag::FloatConst, Attribute{"value", util_double_to_str(args.float_value)});
+        add(node, Tag::FloatConst, Attribute{"value", util_double_to_str(args.float_value)});
         return;
     case CEXPR_STRING_CONST: return write_string_const(node, args.string_value);
-    case CEXPR_BOOL_CONST: add(node, args.bool_value ? CalcTag::True : CalcTag::False); return;
+    case CEXPR_BOOL_CONST: add(node, args.bool_value ? Tag::True : Tag::False); return;
     case CEXPR_UOP:
-        node = add(node, CalcTag::Uop, Attribute{"opr", operator_word(args.uop.opr)});
+        node = add(node, Tag::Uop, Attribute{"opr", operator_word(args.uop.opr)});
         return write_expr(w, node, args.uop.arg);
     case CEXPR_BOP:
-        node = add(node, CalcTag::Bop, Attribute{"opr", operator_word(args.bop.opr)});
+        node = add(node, Tag::Bop, Attribute{"opr", operator_word(args.bop.opr)});
         write_expr(w, node, args.bop.left_arg);
         return write_expr(w, node, args.bop.right_arg);
     case CEXPR_ITE:
-        node = add(node, CalcTag::IteExpr);
+        node = add(node, Tag::IteExpr);
         write_expr(w, node, args.ite.cond);
         write_expr(w, node, args.ite.then_expr);
         return write_expr(w, node, args.ite.else_expr);
@@ -148,13 +148,13 @@ void write_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
 // Statements.
 
 void write_opt_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
-    XmlNode* node = add(parent, CalcTag::OptExpr);
+    XmlNode* node = add(parent, Tag::OptExpr);
     if (expr) write_expr(w, node, expr);
 }
 
 void write_ite_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
     const auto& ite = stmt->args.ite;
-    XmlNode* node = add(parent, CalcTag::IteStmt);
+    XmlNode* node = add(parent, Tag::IteStmt);
     write_expr(w, node, ite.cond);
     write_stmt(w, node, ite.then_stmt);
     if (ite.else_stmt) write_stmt(w, node, ite.else_stmt);
@@ -162,27 +162,26 @@ void write_ite_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
 
 void write_switch(const Writer* w, XmlNode* parent, const CStmt* stmt) {
     const auto& args = stmt->args.switch_args;
-    XmlNode* node = add(parent, CalcTag::SwitchStmt);
+    XmlNode* node = add(parent, Tag::SwitchStmt);
     write_expr(w, node, args.switch_value);
     for (const CCase* branch : items<CCase>(args.cases)) {
-        XmlNode* label = add(node, CalcTag::CaseLabel);
+        XmlNode* label = add(node, Tag::CaseLabel);
         write_expr(w, label, branch->expr);
         write_stmts(w, label, branch->stmts);
     }
-    if (args.default_case)
-        write_stmts(w, add(node, CalcTag::DefaultLabel), args.default_case->stmts);
+    if (args.default_case) write_stmts(w, add(node, Tag::DefaultLabel), args.default_case->stmts);
 }
 
 void write_for(const Writer* w, XmlNode* parent, const CStmt* stmt) {
     const auto& args = stmt->args.for_args;
-    XmlNode* node = add(parent, CalcTag::ForStmt);
+    XmlNode* node = add(parent, Tag::ForStmt);
     write_opt_expr(w, node, args.init);
     write_opt_expr(w, node, args.cond);
     write_opt_expr(w, node, args.incr);
     write_stmt(w, node, args.stmt);
 }
 
-// The condition comes first in both kinds of loop.
+// In both kinds of loop the condition comes first.
 void write_loop(const Writer* w, XmlNode* node, const CExpr* cond, const CStmt* body) {
     write_expr(w, node, cond);
     write_stmt(w, node, body);
@@ -191,28 +190,26 @@ void write_loop(const Writer* w, XmlNode* node, const CExpr* cond, const CStmt* 
 void write_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
     if (stack_is_low()) return on_fresh_stack([&] { write_stmt(w, parent, stmt); });
     NORVANE_ASSERT(stmt);
-    XmlNode* node = add(parent, CalcTag::Stmt);
+    XmlNode* node = add(parent, Tag::Stmt);
     set_line(w, node, stmt->line_no, 0);
     const auto& args = stmt->args;
     switch (stmt->structure) {
     case CSTMT_ITE: return write_ite_stmt(w, node, stmt);
-    case CSTMT_BLOCK: return write_stmts(w, add(node, CalcTag::BlockStmt), args.block_stmts);
+    case CSTMT_BLOCK: return write_stmts(w, add(node, Tag::BlockStmt), args.block_stmts);
     case CSTMT_EXPR:
-        node = add(node, CalcTag::ExprStmt);
+        node = add(node, Tag::ExprStmt);
         if (args.expr) write_expr(w, node, args.expr);
         return;
     case CSTMT_SWITCH: return write_switch(w, node, stmt);
     case CSTMT_WHILE:
-        return write_loop(w, add(node, CalcTag::WhileStmt), args.while_args.cond,
-                          args.while_args.stmt);
+        return write_loop(w, add(node, Tag::WhileStmt), args.while_args.cond, args.while_args.stmt);
     case CSTMT_DO:
-        return write_loop(w, add(node, CalcTag::DoStmt), args.do_args.cond, args.do_args.stmt);
+        return write_loop(w, add(node, Tag::DoStmt), args.do_args.cond, args.do_args.stmt);
     case CSTMT_FOR: return write_for(w, node, stmt);
-    case CSTMT_RETURN: return write_expr(w, add(node, CalcTag::ReturnStmt), args.return_value);
-    case CSTMT_BREAK: add(node, CalcTag::BreakStmt); return;
+    case CSTMT_RETURN: return write_expr(w, add(node, Tag::ReturnStmt), args.return_value);
+    case CSTMT_BREAK: add(node, Tag::BreakStmt); return;
     case CSTMT_EXTERNAL:
-        add(add(node, CalcTag::ExternalStmt), CalcTag::StringConst,
-            Attribute{"value", args.external_ref});
+        add(add(node, Tag::ExternalStmt), Tag::StringConst, Attribute{"value", args.external_ref});
         return;
     }
     NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
@@ -232,10 +229,10 @@ CExpr* zero_of(CalcType type, int line_no) {
     NORVANE_FAIL("Found invalid calculational type : %d", static_cast<int>(type));
 }
 
-// Readers demand an initial expression. It goes into the tree too: what was written is what is
-// there.
+// Readers require an initial expression. A missing one is added to the tree too, so that the tree
+// and the file agree.
 void write_vardef(const Writer* w, XmlNode* parent, CFuncLVar* lvar) {
-    XmlNode* node = add(parent, CalcTag::VarDef, Attribute{"name", lvar->name},
+    XmlNode* node = add(parent, Tag::VarDef, Attribute{"name", lvar->name},
                         Attribute{"type", type_word(lvar->type)});
     set_line(w, node, lvar->line_no, 2);
     if (!lvar->init) lvar->init = zero_of(lvar->type, lvar->line_no);
@@ -243,7 +240,7 @@ void write_vardef(const Writer* w, XmlNode* parent, CFuncLVar* lvar) {
 }
 
 void write_arg(const Writer* w, XmlNode* parent, const CFuncArg* arg) {
-    XmlNode* node = add(parent, CalcTag::Arg, Attribute{"name", arg->name},
+    XmlNode* node = add(parent, Tag::Arg, Attribute{"name", arg->name},
                         Attribute{"type", type_word(arg->type)});
     set_line(w, node, arg->line_no, 2);
 }
@@ -251,16 +248,17 @@ void write_arg(const Writer* w, XmlNode* parent, const CFuncArg* arg) {
 XmlNode* add_function(const Writer* w, XmlNode* parent, const CFunc* func) {
     const Attribute name{"name", func->name};
     const Attribute type{"type", type_word(func->type)};
-    // Neither says where the function came from without the other.
+    // The file name and the line are only useful together.
     if (!w->line_info || !func->filename || func->line_no == CALC_UNDEF_LINENO)
-        return add(parent, CalcTag::Function, name, type);
-    return add(parent, CalcTag::Function, name, type, Attribute{"filename", func->filename},
+        return add(parent, Tag::Function, name, type);
+    return add(parent, Tag::Function, name, type, Attribute{"filename", func->filename},
                Attribute{"line_no", Number(func->line_no).text});
 }
 
 void write_function(const Writer* w, XmlNode* parent, const CFunc* func) {
+    const WorkingOn mark(WORK_FUNCTION, func);
     XmlNode* node = add_function(w, parent, func);
-    if (func->def_value) write_expr(w, add(node, CalcTag::DefValue), func->def_value);
+    if (func->def_value) write_expr(w, add(node, Tag::DefValue), func->def_value);
     for (const CFuncArg* arg : items<CFuncArg>(func->args))
         write_arg(w, node, arg);
     for (CFuncLVar* lvar : items<CFuncLVar>(func->vardefs))
@@ -268,34 +266,38 @@ void write_function(const Writer* w, XmlNode* parent, const CFunc* func) {
     write_stmts(w, node, func->stmts);
 }
 
+XmlDocument* document_of(PolyHash* calc, int line_info) {
+    return xml_new("clx.dtd", calc_export_to_xml_node(calc, line_info), "clx.xsl");
+}
+
+void write_file(std::FILE* out, PolyHash* calc, int line_info) {
+    XmlDocument* document = document_of(calc, line_info);
+    [[maybe_unused]] const int emptied = ftruncate(fileno(out), 0); // fails for a device
+    xml_print_indented(document, out);
+    xml_delete(document);
+}
+
 } // namespace
 
-} // namespace norvane
+} // namespace norvane::calculations
 
 using namespace norvane;
+using namespace norvane::calculations;
 
 XmlNode* calc_export_to_xml_node(PolyHash* calc, int line_info) {
     NORVANE_ASSERT(calc);
-    XmlNode* root = xml_node_new_tag(tag_name(CalcTag::Calculation));
+    XmlNode* root = xml_node_new_tag(tag_name(Tag::Calculation));
     PolyHashIter iter;
     phash_iter_init(&iter, calc);
     for (void* value; phash_iter_next(&iter, nullptr, &value);) {
         const auto* ns = static_cast<CNameSpace*>(value);
         const Writer writer{line_info != 0, ns->name};
-        XmlNode* node = add(root, CalcTag::Namespace, Attribute{"name", ns->name});
+        XmlNode* node = add(root, Tag::Namespace, Attribute{"name", ns->name});
         for (const CFunc* func : items<CFunc>(ns->func_list))
             write_function(&writer, node, func);
     }
     return root;
 }
-
-namespace {
-
-XmlDocument* document_of(PolyHash* calc, int line_info) {
-    return xml_new("clx.dtd", calc_export_to_xml_node(calc, line_info), "clx.xsl");
-}
-
-} // namespace
 
 void calc_export_to_stream(FILE* out, PolyHash* calc, int line_info) {
     NORVANE_ASSERT(out);
@@ -317,10 +319,6 @@ int calc_export_to_file(const char* filename, PolyHash* calc, int line_info) {
         report_error(ERR_FILE_OPEN_WRITE(filename));
         return STATUS_FAILURE;
     }
-    XmlDocument* document = document_of(calc, line_info);
-    [[maybe_unused]] const int emptied = ftruncate(fileno(out), 0); // a device has no length
-    xml_print_indented(document, out);
-    std::fclose(out);
-    xml_delete(document);
+    close_after(out, [&] { write_file(out, calc, line_info); });
     return STATUS_SUCCESS;
 }

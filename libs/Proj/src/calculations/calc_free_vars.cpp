@@ -1,13 +1,11 @@
-// The names that statements of a calculation use.
+// Finds the names that statements read or write.
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/proj/calc.h"
 
-using norvane::items;
-using norvane::on_fresh_stack;
-using norvane::stack_is_low;
+namespace norvane::calculations {
 
 namespace {
 
@@ -19,10 +17,10 @@ void collect_stmts(const PolyList* stmts, PolySet* names) {
         collect_stmt(stmt, names);
 }
 
-// Callers look paths up by their names joined without a separator.
+// Callers look paths up by their component names joined without a separator.
 void collect_pmvar(const CPMVar* pmvar, PolySet* names) {
     UtilString* joined = ustr_new();
-    for (; pmvar != nullptr; pmvar = pmvar->nested)
+    for (; pmvar; pmvar = pmvar->nested)
         ustr_append_string(joined, pmvar->name);
     pset_insert(names, joined->text);
     ustr_delete(joined);
@@ -38,13 +36,13 @@ void collect_switch(const CStmt* stmt, PolySet* names) {
     collect_expr(args.switch_value, names);
     for (const CCase* ccase : items<CCase>(args.cases))
         collect_case(ccase, names);
-    if (args.default_case != nullptr) collect_case(args.default_case, names);
+    if (args.default_case) collect_case(args.default_case, names);
 }
 
 void collect_for(const CStmt* stmt, PolySet* names) {
     const auto& args = stmt->args.for_args;
     for (const CExpr* clause : {args.init, args.cond, args.incr}) {
-        if (clause != nullptr) collect_expr(clause, names);
+        if (clause) collect_expr(clause, names);
     }
     collect_stmt(args.stmt, names);
 }
@@ -84,7 +82,7 @@ void collect_stmt(const CStmt* stmt, PolySet* names) {
     case CSTMT_ITE:
         collect_expr(args.ite.cond, names);
         collect_stmt(args.ite.then_stmt, names);
-        if (args.ite.else_stmt != nullptr) collect_stmt(args.ite.else_stmt, names);
+        if (args.ite.else_stmt) collect_stmt(args.ite.else_stmt, names);
         break;
     case CSTMT_BLOCK: collect_stmts(args.block_stmts, names); break;
     case CSTMT_EXPR: collect_expr(args.expr, names); break;
@@ -105,6 +103,10 @@ void collect_stmt(const CStmt* stmt, PolySet* names) {
 }
 
 } // namespace
+
+} // namespace norvane::calculations
+
+using namespace norvane::calculations;
 
 void calc_find_free_vars(PolyList* stmts, PolySet* free_vars) {
     NORVANE_ASSERT(stmts);

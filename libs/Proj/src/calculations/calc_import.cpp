@@ -1,9 +1,9 @@
-// Reads a calculation from XML, on the stack machine of the base library.
+// Reads a calculation from XML with the SAX machine of the base library.
 //
-// Each kind of element has a handler, which runs when it closes: it looks at what the element must
-// have, and only then takes what its children hold. An element holds a node of the tree as soon as
-// it is closed; the wrappers `expr` and `stmt`, which carry the lines, put the line into the node
-// of their child.
+// The handler of an element runs at its end tag. It makes a node of the tree from the nodes that
+// the element's children hold, and takes those over after it has checked the attributes: what a
+// refused element leaves behind is then freed with its children. The elements `expr` and `stmt`
+// carry the line of the node in them.
 
 #include "norvane/proj/calc_import.h"
 
@@ -14,6 +14,7 @@
 
 #include "calc_import_internal.h"
 #include "calc_xml_names.h"
+#include "frames.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/progress.h"
@@ -23,7 +24,7 @@
 #include "poly_adaptors.h"
 #include "report.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
 namespace {
 
@@ -31,19 +32,19 @@ using Children = SaxChildren;
 
 extern const SaxTag tag_handler_table[];
 
-constexpr const SaxTag* row_of(CalcTag tag) {
+constexpr const SaxTag* row_of(Tag tag) {
     return &tag_handler_table[static_cast<std::size_t>(tag)];
 }
 
-bool is(const StackData& sd, CalcTag tag) {
+bool is(const StackData& sd, Tag tag) {
     return sd.row == row_of(tag);
 }
 
-bool is_from_to(const StackData& sd, CalcTag first, CalcTag last) {
+bool is_from_to(const StackData& sd, Tag first, Tag last) {
     return sd.row >= row_of(first) && sd.row <= row_of(last);
 }
 
-// What a child holds, for whoever takes it over.
+// Takes over what a child holds.
 template <typename T>
 T* take(StackData& child) {
     T* data = static_cast<T*>(child.data);
@@ -51,8 +52,8 @@ T* take(StackData& child) {
     return data;
 }
 
-// The children from `next` on that have the tag; `next` moves behind them.
-Children take_all(Children children, std::size_t* next, CalcTag tag) {
+// The children from `next` on that have the tag; `next` moves past them.
+Children take_all(Children children, std::size_t* next, Tag tag) {
     const std::size_t first = *next;
     while (*next < children.count && is(children[*next], tag))
         ++*next;
@@ -80,12 +81,12 @@ int line_of(const SaxInfo* pi, const StackData* sd) {
 
 CalcType type_of(const SaxInfo* pi, const StackData* sd) {
     const char* word = sax_must_get_attr(pi, sd, "type");
-    const int type = number_of(calc_type_words, word);
+    const int type = number_of(type_words, word);
     if (type < 0) sax_error(sd, "Unrecognized type '%s'", word);
     return static_cast<CalcType>(type);
 }
 
-// What arguments, locals and functions have in common.
+// The attributes that arguments, locals and functions share.
 struct Heading {
     CalcType type;
     const char* name; // borrowed
@@ -119,7 +120,7 @@ void read_mu(SaxInfo*, StackData* sd, Children children) {
 }
 
 void add_functions(PolyHash* calc, Functions* ns) {
-    ns->functions->delete_element = nullptr; // each goes into the calculation, or is refused
+    ns->functions->delete_element = nullptr; // the calculation takes each over or refuses it
     for (CFunc* func : items<CFunc>(ns->functions))
         if (calc_add_function(calc, ns->ns_name, func) != STATUS_SUCCESS) calc_delete_func(func);
 }
@@ -143,15 +144,15 @@ void read_function(SaxInfo* pi, StackData* sd, Children children) {
     const char* filename = sax_get_attr(pi, sd, "filename");
     std::size_t next = 0;
     CExpr* def_value = nullptr;
-    for (StackData& child : take_all(children, &next, CalcTag::DefValue))
+    for (StackData& child : take_all(children, &next, Tag::DefValue))
         def_value = take<CExpr>(child);
     CFunc* func =
         calc_new_func(str_copy(heading.name), heading.type, def_value, filename, heading.line_no);
-    for (StackData& child : take_all(children, &next, CalcTag::Arg))
+    for (StackData& child : take_all(children, &next, Tag::Arg))
         calc_add_function_arg(func, take<CFuncArg>(child));
-    for (StackData& child : take_all(children, &next, CalcTag::VarDef))
+    for (StackData& child : take_all(children, &next, Tag::VarDef))
         calc_add_function_vardef(func, take<CFuncLVar>(child));
-    for (StackData& child : take_all(children, &next, CalcTag::Stmt))
+    for (StackData& child : take_all(children, &next, Tag::Stmt))
         calc_add_function_stmt(func, take<CStmt>(child));
     sd->data = func;
 }
@@ -167,29 +168,27 @@ void read_vardef(SaxInfo* pi, StackData* sd, Children children) {
                                   heading.line_no);
 }
 
-// The only child, if there is one: `def_value`, `opt_expr`.
+// Of `def_value` and `opt_expr`, which hold the node of their child.
 void read_only_expr(SaxInfo*, StackData* sd, Children children) {
     if (children.count > 0) sd->data = take<CExpr>(children[0]);
 }
 
-// Statements. The line is that of the `stmt` around.
+// Statements. The enclosing `stmt` sets the line.
 
 constexpr int no_line = CALC_UNDEF_LINENO;
 
 bool is_statement(const StackData& sd) {
-    return is_from_to(sd, CalcTag::IteStmt, CalcTag::SwitchStmt) ||
-           is_from_to(sd, CalcTag::WhileStmt, CalcTag::ForStmt) ||
-           is_from_to(sd, CalcTag::ReturnStmt, CalcTag::ExternalStmt);
+    return is_from_to(sd, Tag::IteStmt, Tag::ExternalStmt);
 }
 
 bool is_expression(const StackData& sd) {
-    return is_from_to(sd, CalcTag::Lvar, CalcTag::Bop);
+    return is_from_to(sd, Tag::Lvar, Tag::Bop);
 }
 
-constexpr ChildTag one_external_stmt[] = {{tag_name(CalcTag::ExternalStmt), CHILD_ONE}, {}};
-constexpr ChildTag one_call[] = {{tag_name(CalcTag::Call), CHILD_ONE}, {}};
+constexpr ChildTag one_external_stmt[] = {{tag_name(Tag::ExternalStmt), CHILD_ONE}, {}};
+constexpr ChildTag one_call[] = {{tag_name(Tag::Call), CHILD_ONE}, {}};
 
-// A child that is none of the kinds is refused in the name of the last one.
+// Callers know the refusal of anything but a statement by the name of the last kind.
 void read_stmt(SaxInfo* pi, StackData* sd, Children children) {
     if (children.count != 1 || !is_statement(children[0]))
         sax_check_children(sd, children, one_external_stmt, 1);
@@ -219,7 +218,7 @@ void read_switch_stmt(SaxInfo*, StackData* sd, Children children) {
     CStmt* stmt = calc_new_switch_stmt(take<CExpr>(children[0]), no_line);
     sd->data = stmt;
     for (StackData& child : children.from(1)) {
-        if (is(child, CalcTag::CaseLabel))
+        if (is(child, Tag::CaseLabel))
             calc_add_switch_case(stmt, take<CCase>(child));
         else
             calc_add_switch_default(stmt, take<PolyList>(child));
@@ -260,18 +259,18 @@ void read_external_stmt(SaxInfo*, StackData* sd, Children children) {
     sd->data = calc_new_external_stmt(static_cast<const char*>(children[0].data), no_line);
 }
 
-// Expressions. The line is that of the `expr` around.
+// Expressions. The enclosing `expr` sets the line.
 
-// A child that is none of the kinds is refused in the name of a call.
+// Callers know the refusal of anything but an expression by the name of a call.
 void read_expr(SaxInfo* pi, StackData* sd, Children children) {
     if (children.count != 1 || !is_expression(children[0]))
         sax_check_children(sd, children, one_call, 1);
     const int line_no = line_of(pi, sd);
     StackData& child = children[0];
-    if (is(child, CalcTag::PmVar)) {
+    if (is(child, Tag::PmVar)) {
         sd->data = calc_new_pmvar_expr(take<CPMVar>(child), line_no);
-    } else if (is(child, CalcTag::StringConst)) {
-        // In code page 1252, as all attributes are: the tree's UTF-8 is made of that.
+    } else if (is(child, Tag::StringConst)) {
+        // Attributes are in code page 1252; the constructor converts the text to UTF-8.
         sd->data = calc_new_stringconst_expr(take<char>(child), line_no, false);
     } else {
         auto* expr = take<CExpr>(child);
@@ -288,7 +287,7 @@ void read_pmvar(SaxInfo* pi, StackData* sd, Children children) {
     CPMVar* pmvar = calc_new_pmvar(str_copy(sax_must_get_attr(pi, sd, "name")));
     sd->data = pmvar;
     std::size_t next = 0;
-    for (StackData& child : take_all(children, &next, CalcTag::Expr))
+    for (StackData& child : take_all(children, &next, Tag::Expr))
         calc_add_pmvar_arr_index(pmvar, take<CExpr>(child));
     for (StackData& child : children.from(next))
         calc_set_pmvar_nested(pmvar, take<CPMVar>(child));
@@ -328,15 +327,15 @@ void read_call(SaxInfo* pi, StackData* sd, Children children) {
 
 void read_uop(SaxInfo* pi, StackData* sd, Children children) {
     const char* word = sax_must_get_attr(pi, sd, "opr");
-    const int opr = number_of(calc_operator_words, word);
+    const int opr = number_of(operator_words, word);
     if (opr != COPR_NOT && opr != COPR_MINUS) sax_error(sd, "Illegal unary operator: '%s'", word);
     sd->data = calc_new_unary_expr(static_cast<COprType>(opr), take<CExpr>(children[0]), no_line);
 }
 
-// Any operator will do: what takes two operands is for the type checker to say.
+// Accepts every operator; the type checker refuses those that do not take two operands.
 void read_bop(SaxInfo* pi, StackData* sd, Children children) {
     const char* word = sax_must_get_attr(pi, sd, "opr");
-    const int opr = number_of(calc_operator_words, word);
+    const int opr = number_of(operator_words, word);
     if (opr < 0) sax_error(sd, "Unrecognized operator '%s'", word);
     sd->data = calc_new_binary_expr(static_cast<COprType>(opr), take<CExpr>(children[0]),
                                     take<CExpr>(children[1]), no_line);
@@ -344,115 +343,104 @@ void read_bop(SaxInfo* pi, StackData* sd, Children children) {
 
 // The format.
 
-constexpr ChildTag one(CalcTag tag) {
+constexpr ChildTag one(Tag tag) {
     return {tag_name(tag), CHILD_ONE};
 }
-constexpr ChildTag optional(CalcTag tag) {
+constexpr ChildTag optional(Tag tag) {
     return {tag_name(tag), CHILD_OPTIONAL};
 }
-constexpr ChildTag any(CalcTag tag) {
+constexpr ChildTag any(Tag tag) {
     return {tag_name(tag), CHILD_ANY};
 }
 
 constexpr ChildTag nothing[] = {{}};
-constexpr ChildTag in_mu[] = {optional(CalcTag::Calculation), {}};
-constexpr ChildTag in_calculation[] = {any(CalcTag::Namespace), {}};
-constexpr ChildTag in_namespace[] = {any(CalcTag::Function), {}};
+constexpr ChildTag in_mu[] = {optional(Tag::Calculation), {}};
+constexpr ChildTag in_calculation[] = {any(Tag::Namespace), {}};
+constexpr ChildTag in_namespace[] = {any(Tag::Function), {}};
 constexpr ChildTag in_function[] = {
-    optional(CalcTag::DefValue), any(CalcTag::Arg), any(CalcTag::VarDef), any(CalcTag::Stmt), {}};
-constexpr ChildTag in_ite_stmt[] = {
-    one(CalcTag::Expr), one(CalcTag::Stmt), optional(CalcTag::Stmt), {}};
+    optional(Tag::DefValue), any(Tag::Arg), any(Tag::VarDef), any(Tag::Stmt), {}};
+constexpr ChildTag in_ite_stmt[] = {one(Tag::Expr), one(Tag::Stmt), optional(Tag::Stmt), {}};
 constexpr ChildTag in_switch_stmt[] = {
-    one(CalcTag::Expr), any(CalcTag::CaseLabel), optional(CalcTag::DefaultLabel), {}};
-constexpr ChildTag in_case_label[] = {one(CalcTag::Expr), any(CalcTag::Stmt), {}};
-constexpr ChildTag in_loop[] = {one(CalcTag::Expr), one(CalcTag::Stmt), {}};
+    one(Tag::Expr), any(Tag::CaseLabel), optional(Tag::DefaultLabel), {}};
+constexpr ChildTag in_case_label[] = {one(Tag::Expr), any(Tag::Stmt), {}};
+constexpr ChildTag in_loop[] = {one(Tag::Expr), one(Tag::Stmt), {}};
 constexpr ChildTag in_for_stmt[] = {
-    one(CalcTag::OptExpr), one(CalcTag::OptExpr), one(CalcTag::OptExpr), one(CalcTag::Stmt), {}};
-constexpr ChildTag in_pmvar[] = {any(CalcTag::Expr), optional(CalcTag::PmVar), {}};
-constexpr ChildTag one_string_const[] = {one(CalcTag::StringConst), {}};
-constexpr ChildTag any_stmt[] = {any(CalcTag::Stmt), {}};
-constexpr ChildTag any_expr[] = {any(CalcTag::Expr), {}};
-constexpr ChildTag optional_expr[] = {optional(CalcTag::Expr), {}};
-constexpr ChildTag one_expr[] = {one(CalcTag::Expr), {}};
-constexpr ChildTag two_exprs[] = {one(CalcTag::Expr), one(CalcTag::Expr), {}};
-constexpr ChildTag three_exprs[] = {one(CalcTag::Expr), one(CalcTag::Expr), one(CalcTag::Expr), {}};
+    one(Tag::OptExpr), one(Tag::OptExpr), one(Tag::OptExpr), one(Tag::Stmt), {}};
+constexpr ChildTag in_pmvar[] = {any(Tag::Expr), optional(Tag::PmVar), {}};
+constexpr ChildTag one_string_const[] = {one(Tag::StringConst), {}};
+constexpr ChildTag any_stmt[] = {any(Tag::Stmt), {}};
+constexpr ChildTag any_expr[] = {any(Tag::Expr), {}};
+constexpr ChildTag optional_expr[] = {optional(Tag::Expr), {}};
+constexpr ChildTag one_expr[] = {one(Tag::Expr), {}};
+constexpr ChildTag two_exprs[] = {one(Tag::Expr), one(Tag::Expr), {}};
+constexpr ChildTag three_exprs[] = {one(Tag::Expr), one(Tag::Expr), one(Tag::Expr), {}};
 
 constexpr auto delete_calc = poly<calc_delete>;
 constexpr auto delete_stmt = poly<calc_delete_stmt>;
 constexpr auto delete_expr = poly<calc_delete_expr>;
 
-// By CalcTag.
+// Indexed by Tag.
 constexpr SaxTag tag_handler_table[] = {
-    {tag_name(CalcTag::Mu), in_mu, read_mu, delete_calc},
-    {tag_name(CalcTag::Calculation), in_calculation, read_calculation, delete_calc},
-    {tag_name(CalcTag::Namespace), in_namespace, read_namespace, poly<delete_functions>},
-    {tag_name(CalcTag::Function), in_function, read_function, poly<calc_delete_func>},
-    {tag_name(CalcTag::DefValue), one_expr, read_only_expr, delete_expr},
-    {tag_name(CalcTag::Arg), nothing, read_arg, poly<calc_delete_func_arg>},
-    {tag_name(CalcTag::VarDef), one_expr, read_vardef, poly<calc_delete_func_lvar>},
-    {tag_name(CalcTag::Stmt), nullptr, read_stmt, delete_stmt},
-    {tag_name(CalcTag::IteStmt), in_ite_stmt, read_ite_stmt, delete_stmt},
-    {tag_name(CalcTag::BlockStmt), any_stmt, read_block_stmt, delete_stmt},
-    {tag_name(CalcTag::ExprStmt), optional_expr, read_expr_stmt, delete_stmt},
-    {tag_name(CalcTag::SwitchStmt), in_switch_stmt, read_switch_stmt, delete_stmt},
-    {tag_name(CalcTag::CaseLabel), in_case_label, read_case_label, poly<calc_delete_case>},
-    {tag_name(CalcTag::DefaultLabel), any_stmt, read_default_label, poly<plist_delete>},
-    {tag_name(CalcTag::WhileStmt), in_loop, read_while_stmt, delete_stmt},
-    {tag_name(CalcTag::DoStmt), in_loop, read_do_stmt, delete_stmt},
-    {tag_name(CalcTag::ForStmt), in_for_stmt, read_for_stmt, delete_stmt},
-    {tag_name(CalcTag::OptExpr), optional_expr, read_only_expr, delete_expr},
-    {tag_name(CalcTag::ReturnStmt), one_expr, read_return_stmt, delete_stmt},
-    {tag_name(CalcTag::BreakStmt), nothing, read_break_stmt, delete_stmt},
-    {tag_name(CalcTag::ExternalStmt), one_string_const, read_external_stmt, delete_stmt},
-    {tag_name(CalcTag::Expr), nullptr, read_expr, delete_expr},
-    {tag_name(CalcTag::Lvar), nothing, read_lvar, delete_expr},
-    {tag_name(CalcTag::PmVar), in_pmvar, read_pmvar, poly<calc_delete_pmvar>},
-    {tag_name(CalcTag::IntConst), nothing, read_int_const, delete_expr},
-    {tag_name(CalcTag::FloatConst), nothing, read_float_const, delete_expr},
-    {tag_name(CalcTag::StringConst), nothing, read_string_const, poly_delete_string},
-    {tag_name(CalcTag::False), nothing, read_false, delete_expr},
-    {tag_name(CalcTag::True), nothing, read_true, delete_expr},
-    {tag_name(CalcTag::IteExpr), three_exprs, read_ite_expr, delete_expr},
-    {tag_name(CalcTag::Call), any_expr, read_call, delete_expr},
-    {tag_name(CalcTag::Uop), one_expr, read_uop, delete_expr},
-    {tag_name(CalcTag::Bop), two_exprs, read_bop, delete_expr},
+    {tag_name(Tag::Mu), in_mu, read_mu, delete_calc},
+    {tag_name(Tag::Calculation), in_calculation, read_calculation, delete_calc},
+    {tag_name(Tag::Namespace), in_namespace, read_namespace, poly<delete_functions>},
+    {tag_name(Tag::Function), in_function, read_function, poly<calc_delete_func>},
+    {tag_name(Tag::DefValue), one_expr, read_only_expr, delete_expr},
+    {tag_name(Tag::Arg), nothing, read_arg, poly<calc_delete_func_arg>},
+    {tag_name(Tag::VarDef), one_expr, read_vardef, poly<calc_delete_func_lvar>},
+    {tag_name(Tag::CaseLabel), in_case_label, read_case_label, poly<calc_delete_case>},
+    {tag_name(Tag::DefaultLabel), any_stmt, read_default_label, poly<plist_delete>},
+    {tag_name(Tag::OptExpr), optional_expr, read_only_expr, delete_expr},
+    {tag_name(Tag::Stmt), nullptr, read_stmt, delete_stmt},
+    {tag_name(Tag::IteStmt), in_ite_stmt, read_ite_stmt, delete_stmt},
+    {tag_name(Tag::BlockStmt), any_stmt, read_block_stmt, delete_stmt},
+    {tag_name(Tag::ExprStmt), optional_expr, read_expr_stmt, delete_stmt},
+    {tag_name(Tag::SwitchStmt), in_switch_stmt, read_switch_stmt, delete_stmt},
+    {tag_name(Tag::WhileStmt), in_loop, read_while_stmt, delete_stmt},
+    {tag_name(Tag::DoStmt), in_loop, read_do_stmt, delete_stmt},
+    {tag_name(Tag::ForStmt), in_for_stmt, read_for_stmt, delete_stmt},
+    {tag_name(Tag::ReturnStmt), one_expr, read_return_stmt, delete_stmt},
+    {tag_name(Tag::BreakStmt), nothing, read_break_stmt, delete_stmt},
+    {tag_name(Tag::ExternalStmt), one_string_const, read_external_stmt, delete_stmt},
+    {tag_name(Tag::Expr), nullptr, read_expr, delete_expr},
+    {tag_name(Tag::Lvar), nothing, read_lvar, delete_expr},
+    {tag_name(Tag::PmVar), in_pmvar, read_pmvar, poly<calc_delete_pmvar>},
+    {tag_name(Tag::IntConst), nothing, read_int_const, delete_expr},
+    {tag_name(Tag::FloatConst), nothing, read_float_const, delete_expr},
+    {tag_name(Tag::StringConst), nothing, read_string_const, poly_delete_string},
+    {tag_name(Tag::False), nothing, read_false, delete_expr},
+    {tag_name(Tag::True), nothing, read_true, delete_expr},
+    {tag_name(Tag::IteExpr), three_exprs, read_ite_expr, delete_expr},
+    {tag_name(Tag::Call), any_expr, read_call, delete_expr},
+    {tag_name(Tag::Uop), one_expr, read_uop, delete_expr},
+    {tag_name(Tag::Bop), two_exprs, read_bop, delete_expr},
     {},
 };
 
 constexpr bool numbered_in_order() {
-    for (std::size_t i = 0; i < std::size(calc_tag_names); ++i)
-        if (tag_handler_table[i].tag != calc_tag_names[i]) return false;
-    return std::size(tag_handler_table) == std::size(calc_tag_names) + 1;
+    for (std::size_t i = 0; i < std::size(tag_names); ++i)
+        if (tag_handler_table[i].tag != tag_names[i]) return false;
+    return std::size(tag_handler_table) == std::size(tag_names) + 1;
 }
 static_assert(numbered_in_order());
 
-// White space between elements is never text.
+// For both questions of the machine: in no element is white space text.
 int is_no_tag(const char*) {
     return 0;
 }
 
-struct Import {
-    const CalcXmlSource* source;
-    SaxInfo* pi;
-    int job; // of progress; 0 before it is opened
-    PolyHash* calc;
-};
-
-void report_malformed(const Import* import, const char* text) {
-    report_error(ERR_XML_MALFORMED(import->source->name, sax_line(import->pi), text));
-}
-
-// Only what the root holds is taken: who runs this frees the machine.
+// The calculation that the machine's root holds; null after a report if it read no root. The caller
+// frees the machine, so nothing is lost when an assertion fails.
 PolyHash* take_calc(SaxInfo* pi) {
     if (stack_is_empty(pi)) {
         report_error(ERR_XML_NO_TAGS());
         return nullptr;
     }
     StackData* root = stack_top(pi);
-    NORVANE_ASSERT_TEXT(is(*root, CalcTag::Calculation) || is(*root, CalcTag::Mu),
+    NORVANE_ASSERT_TEXT(root->data, "calcs");
+    NORVANE_ASSERT_TEXT(is(*root, Tag::Calculation) || is(*root, Tag::Mu),
                         "str_is_equal( sd->tag, \"calculation\" ) || "
                         "str_is_equal( sd->tag, \"mu\" )");
-    NORVANE_ASSERT_TEXT(root->data, "calcs");
     NORVANE_ASSERT_TEXT(root->is_closed, "is_closed");
     auto* calc = take<PolyHash>(*root);
     stack_pop(pi);
@@ -460,15 +448,30 @@ PolyHash* take_calc(SaxInfo* pi) {
     return calc;
 }
 
-void import_document(void* user) {
-    auto* import = static_cast<Import*>(user);
-    import->pi = sax_new(tag_handler_table, is_no_tag, is_no_tag);
+struct Import {
+    const XmlSource* source;
+    SaxInfo* pi;    // null until it is made
+    int job;        // of progress; 0 until it starts
+    PolyHash* calc; // null until all is read
+};
+
+void report_malformed(const Import& import, const char* text) {
+    report_error(ERR_XML_MALFORMED(import.source->name, sax_line(import.pi), text));
+}
+
+void import_document(Import& import) {
+    import.pi = sax_new(tag_handler_table, is_no_tag, is_no_tag);
     msg_report_prgs_start(MSG_PRGS_SUB_JOB, "Importing calculations");
-    import->job = msg_get_progress_job();
-    if (sax_parse(import->pi, import->source->read, import->source->user))
-        import->calc = take_calc(import->pi);
+    import.job = msg_get_progress_job();
+    if (sax_parse(import.pi, import.source->read, import.source->user))
+        import.calc = take_calc(import.pi);
     else
-        report_malformed(import, sax_error_text(import->pi));
+        report_malformed(import, sax_error_text(import.pi));
+}
+
+void end_import(const Import& import) {
+    if (import.job) msg_report_prgs_stop(import.job, import.calc ? 0 : -1);
+    if (import.pi) sax_delete(import.pi);
 }
 
 std::size_t read_stream(void* user, void* buffer, std::size_t size, bool* at_end) {
@@ -487,7 +490,7 @@ std::size_t read_member(void* user, void* buffer, std::size_t size, bool* at_end
     return got;
 }
 
-// A folder can be opened, and is no file.
+// Null for a directory too, which fopen opens.
 FILE* open_for_reading(const char* path) {
     FILE* stream = std::fopen(path, "re");
     struct stat status;
@@ -498,10 +501,15 @@ FILE* open_for_reading(const char* path) {
     return stream;
 }
 
-// As calc_import_from_source; `package` is open.
+// A failure (except.h), kept until the objects are destroyed that a throw must not jump over.
+struct Failure {
+    bool is_set;
+    ExceptionState state;
+};
+
+// Imports from an open package; null after a report or a failure.
 PolyHash* import_from_package(NorvaneCpp::CMubPackage& package, const NorvaneCpp::String& model,
-                              ExceptionState* state, bool* is_thrown) {
-    *is_thrown = false;
+                              Failure* failure) {
     const NorvaneCpp::String filename = package.packageFilename();
     NorvaneCpp::CMubPackageModel* found = package.getModel(model);
     if (!found) {
@@ -513,28 +521,35 @@ PolyHash* import_from_package(NorvaneCpp::CMubPackage& package, const NorvaneCpp
         report_error(ERR_MUB_NO_CLXFILE(filename.GetStr(), found->name().GetStr()));
         return nullptr;
     }
-    const CalcXmlSource source{read_member, file.operator->(), filename.GetStr()};
-    PolyHash* calc = calc_import_from_source(source, state, is_thrown);
+    const XmlSource source{read_member, file.operator->(), filename.GetStr()};
+    PolyHash* calc = nullptr;
+    failure->is_set = caught(&failure->state, [&] { calc = import_from_source(source); });
     file->close();
     return calc;
 }
 
 } // namespace
 
-PolyHash* calc_import_from_source(const CalcXmlSource& source, ExceptionState* state,
-                                  bool* is_thrown) {
+PolyHash* import_from_source(const XmlSource& source) {
     Import import{&source, nullptr, 0, nullptr};
-    const bool is_caught = except_catch(import_document, &import, state);
-    *is_thrown = is_caught && state->kind != EXCEPT_MALFORMED_INPUT;
-    if (is_caught && !*is_thrown) report_malformed(&import, state->message);
-    if (import.job) msg_report_prgs_stop(import.job, import.calc ? 0 : -1);
-    if (import.pi) sax_delete(import.pi);
+    ExceptionState state;
+    bool has_failed;
+    {
+        const Finally end([&] { end_import(import); });
+        has_failed = caught(&state, [&] { import_document(import); });
+        if (has_failed && state.kind == EXCEPT_MALFORMED_INPUT) {
+            report_malformed(import, state.message);
+            has_failed = false;
+        }
+    }
+    if (has_failed) except_rethrow(&state);
     return import.calc;
 }
 
-} // namespace norvane
+} // namespace norvane::calculations
 
 using namespace norvane;
+using namespace norvane::calculations;
 
 PolyHash* calc_import_from_xmlfile(const char* path) {
     NORVANE_ASSERT(path);
@@ -543,36 +558,33 @@ PolyHash* calc_import_from_xmlfile(const char* path) {
         report_error(ERR_FILE_OPEN(path));
         return nullptr;
     }
-    ExceptionState state;
-    bool is_thrown;
-    PolyHash* calc = calc_import_from_source({read_stream, stream, path}, &state, &is_thrown);
-    std::fclose(stream);
-    if (is_thrown) except_rethrow(&state);
+    PolyHash* calc = nullptr;
+    close_after(stream, [&] { calc = import_from_source({read_stream, stream, path}); });
     return calc;
 }
 
 PolyHash* calc_import_from_mubfile(const NorvaneCpp::String& filename,
                                    const NorvaneCpp::String& model) {
-    ExceptionState state;
-    bool is_thrown = false;
+    Failure failure;
+    failure.is_set = false;
     PolyHash* calc = nullptr;
     {
-        NorvaneCpp::CMubPackage package; // gone before anything is thrown
+        NorvaneCpp::CMubPackage package;
         if (package.openPackage(filename, ""))
-            calc = import_from_package(package, model, &state, &is_thrown);
+            calc = import_from_package(package, model, &failure);
         else
             report_error(ERR_FILE_OPEN(filename.GetStr()));
     }
-    if (is_thrown) except_rethrow(&state);
+    if (failure.is_set) except_rethrow(&failure.state);
     return calc;
 }
 
 PolyHash* calc_import_from_mubpackage(NorvaneCpp::CMubPackage& pkg,
                                       const NorvaneCpp::String& model) {
     NORVANE_ASSERT(pkg.isOpen() == true);
-    ExceptionState state;
-    bool is_thrown;
-    PolyHash* calc = import_from_package(pkg, model, &state, &is_thrown);
-    if (is_thrown) except_rethrow(&state);
+    Failure failure;
+    failure.is_set = false;
+    PolyHash* calc = import_from_package(pkg, model, &failure);
+    if (failure.is_set) except_rethrow(&failure.state);
     return calc;
 }

@@ -2,24 +2,21 @@
 #ifndef NORVANE_PROJ_CALC_IMPORT_INTERNAL_H
 #define NORVANE_PROJ_CALC_IMPORT_INTERNAL_H
 
-#include "norvane/base/except.h"
 #include "norvane/base/hash.h"
 #include "norvane/base/sax_include.hpp"
 
-namespace norvane {
+namespace norvane::calculations {
 
-struct CalcXmlSource {
+struct XmlSource {
     SaxRead read;
     void* user;
     const char* name; // for reports
 };
 
-// Reads the source to its end. Never throws: what is no fault of the document's is left in `state`,
-// to be thrown on by except_rethrow when the source is closed; the result is then null, and
-// `is_thrown` set.
-PolyHash* calc_import_from_source(const CalcXmlSource& source, ExceptionState* state,
-                                  bool* is_thrown);
+// Reads the source to its end: a new calculation, or null after a report on the document. Other
+// failures, such as that of the source, are thrown; nothing is lost then.
+PolyHash* import_from_source(const XmlSource& source);
 
-} // namespace norvane
+} // namespace norvane::calculations
 
 #endif

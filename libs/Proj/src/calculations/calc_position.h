@@ -1,25 +1,31 @@
-// The place in a source of calculations that a report blames.
+// The place in calculation source that a report names.
 #ifndef NORVANE_PROJ_CALC_POSITION_H
 #define NORVANE_PROJ_CALC_POSITION_H
 
 #include "norvane/base/strings.h"
 #include "norvane/proj/calc.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
-struct CalcPosition {
+struct Position {
     char text[MESSAGE_BUFFER_SIZE];
 };
 
-// "FILE (LINE): " of the function's source, or "" where one of them is unknown.
-inline CalcPosition calc_position(const CFunc* func, int line) {
-    CalcPosition position;
-    position.text[0] = '\0';
-    if (func->filename != nullptr && line != CALC_UNDEF_LINENO)
-        str_snprintf(position.text, sizeof position.text, "%s (%d): ", func->filename, line);
+// "FILE (LINE): "
+inline Position position_of(const char* filename, int line) {
+    Position position;
+    str_snprintf(position.text, sizeof position.text, "%s (%d): ", filename, line);
     return position;
 }
 
-} // namespace norvane
+// The same for a line of a function; the empty text if its file or the line is unknown.
+inline Position position_of(const CFunc* func, int line) {
+    if (func->filename && line != CALC_UNDEF_LINENO) return position_of(func->filename, line);
+    Position unknown;
+    unknown.text[0] = '\0';
+    return unknown;
+}
+
+} // namespace norvane::calculations
 
 #endif

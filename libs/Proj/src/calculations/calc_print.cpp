@@ -1,5 +1,5 @@
-// Printing a calculation as source. The layout is fixed to the byte, odd blanks and missing
-// indentation included: tools compare printed calculations as texts.
+// Prints calculations as source. Tools compare printed calculations as texts, so every blank and
+// line end of the layout is fixed, including the irregular ones.
 #include "norvane/proj/calc_print.h"
 
 #include <string_view>
@@ -10,10 +10,9 @@
 #include "norvane/base/items.hpp"
 #include "norvane/base/text.hpp"
 #include "norvane/base/util.h"
+#include "norvane/base/work.h"
 
-using norvane::items;
-using norvane::on_fresh_stack;
-using norvane::stack_is_low;
+namespace norvane::calculations {
 
 namespace {
 
@@ -36,14 +35,14 @@ void indent(UtilString* ustr, int n_indent) {
 void print_expr(UtilString* ustr, const CExpr* expr);
 
 void print_pmvar(UtilString* ustr, const CPMVar* pmvar) {
-    for (; pmvar != nullptr; pmvar = pmvar->nested) {
+    for (; pmvar; pmvar = pmvar->nested) {
         append(ustr, pmvar->name);
         for (const CExpr* index : items<CExpr>(pmvar->arr_indices)) {
             append(ustr, "[");
             print_expr(ustr, index);
             append(ustr, "]");
         }
-        if (pmvar->nested != nullptr) append(ustr, ".");
+        if (pmvar->nested) append(ustr, ".");
     }
 }
 
@@ -58,7 +57,7 @@ void print_string(UtilString* ustr, const char* utf8_text) {
     ustr_delete(literal);
 }
 
-// Brackets around each binary operation make a table of precedences unnecessary.
+// Every binary operation is bracketed, so that no precedences are needed.
 void print_binary(UtilString* ustr, const CExpr* expr) {
     append(ustr, "(");
     print_expr(ustr, expr->args.bop.left_arg);
@@ -95,7 +94,7 @@ void print_call(UtilString* ustr, const CExpr* expr) {
 
 void print_expr(UtilString* ustr, const CExpr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { print_expr(ustr, expr); });
-    if (expr == nullptr) return;
+    if (!expr) return;
     switch (expr->structure) {
     case CEXPR_LVAR: return append(ustr, expr->args.lvar_name);
     case CEXPR_PMVAR: return print_pmvar(ustr, expr->args.pmvar);
@@ -128,7 +127,7 @@ void print_ite_stmt(UtilString* ustr, const CStmt* stmt, int n_indent) {
     print_expr(ustr, ite.cond);
     append(ustr, " ) \n");
     print_stmt(ustr, ite.then_stmt, n_indent + indentation);
-    if (ite.else_stmt == nullptr) return;
+    if (!ite.else_stmt) return;
     indent(ustr, n_indent);
     append(ustr, "else\n");
     print_stmt(ustr, ite.else_stmt, n_indent + indentation);
@@ -148,7 +147,7 @@ void print_expr_stmt(UtilString* ustr, const CStmt* stmt, int n_indent) {
     append(ustr, ";\n");
 }
 
-// The labels stand at the level of the switch.
+// Labels are indented as far as the switch.
 void print_switch(UtilString* ustr, const CStmt* stmt, int n_indent) {
     const auto& args = stmt->args.switch_args;
     indent(ustr, n_indent);
@@ -162,7 +161,7 @@ void print_switch(UtilString* ustr, const CStmt* stmt, int n_indent) {
         append(ustr, ":\n");
         print_stmts(ustr, branch->stmts, n_indent + indentation);
     }
-    if (args.default_case != nullptr) {
+    if (args.default_case) {
         indent(ustr, n_indent);
         append(ustr, "default:\n");
         print_stmts(ustr, args.default_case->stmts, n_indent + indentation);
@@ -179,7 +178,7 @@ void print_while(UtilString* ustr, const CStmt* stmt, int n_indent) {
     print_stmt(ustr, stmt->args.while_args.stmt, n_indent + indentation);
 }
 
-// The empty line, and a condition in column 0, are part of the layout.
+// The blank line and the missing indentation of "while" are part of the fixed layout.
 void print_do(UtilString* ustr, const CStmt* stmt, int n_indent) {
     indent(ustr, n_indent);
     append(ustr, "do\n\n");
@@ -224,7 +223,7 @@ void print_stmt(UtilString* ustr, const CStmt* stmt, int n_indent) {
     case CSTMT_FOR: return print_for(ustr, stmt, n_indent);
     case CSTMT_RETURN: return print_return(ustr, stmt, n_indent);
     case CSTMT_BREAK: indent(ustr, n_indent); return append(ustr, "break;\n");
-    case CSTMT_EXTERNAL: break; // has no body to stand in: printed with its function
+    case CSTMT_EXTERNAL: break; // print_function prints it; within a body it is invalid
     }
     NORVANE_ASSERT(false);
 }
@@ -246,7 +245,7 @@ void print_header(UtilString* ustr, const CFunc* func, int n_indent) {
         separator = ", ";
     }
     append(ustr, ")");
-    if (func->def_value != nullptr) {
+    if (func->def_value) {
         append(ustr, " | ");
         print_expr(ustr, func->def_value);
     }
@@ -271,10 +270,10 @@ void print_code(UtilString* ustr, const CFunc* func, int n_indent) {
 void print_function(UtilString* ustr, const CFunc* func, int n_indent) {
     NORVANE_ASSERT(func);
     NORVANE_ASSERT_TEXT(func->stmts, "f->stmts");
+    const WorkingOn mark(WORK_FUNCTION, func);
     print_header(ustr, func, n_indent);
     const auto* first = static_cast<const CStmt*>(plist_hd(func->stmts));
-    if (first == nullptr || first->structure != CSTMT_EXTERNAL)
-        return print_code(ustr, func, n_indent);
+    if (!first || first->structure != CSTMT_EXTERNAL) return print_code(ustr, func, n_indent);
     indent(ustr, n_indent);
     append(ustr, ": external \"");
     append(ustr, first->args.external_ref);
@@ -282,6 +281,11 @@ void print_function(UtilString* ustr, const CFunc* func, int n_indent) {
 }
 
 } // namespace
+
+} // namespace norvane::calculations
+
+using namespace norvane;
+using namespace norvane::calculations;
 
 UtilString* calc_prt(PolyHash* calc) {
     NORVANE_ASSERT(calc);

@@ -1,4 +1,4 @@
-// Calculations as sets: namespaces, and the functions in them.
+// Calculations: sets of namespaces, which hold functions.
 #include <cstdlib>
 #include <new>
 
@@ -12,8 +12,7 @@
 #include "poly_adaptors.h"
 #include "report.h"
 
-using norvane::items;
-using norvane::poly;
+namespace norvane::calculations {
 
 namespace {
 
@@ -29,11 +28,16 @@ PolyHash* new_table(PolyDelete delete_value) {
 }
 
 void report_redefinition(const CFunc* func, const char* ns_name) {
-    const norvane::CalcPosition position = norvane::calc_position(func, func->line_no);
-    norvane::report_error(ERR_CALC_FNC_REDEF(position.text, func->name, ns_name));
+    const Position position = position_of(func, func->line_no);
+    report_error(ERR_CALC_FNC_REDEF(position.text, func->name, ns_name));
 }
 
 } // namespace
+
+} // namespace norvane::calculations
+
+using namespace norvane;
+using namespace norvane::calculations;
 
 PolyHash* calc_new(void) {
     return new_table(poly<calc_delete_namespace>);
@@ -89,7 +93,7 @@ int calc_add_function(PolyHash* calc, const char* ns_name, CFunc* func) {
     NORVANE_ASSERT(ns_name);
     NORVANE_ASSERT(func);
     CNameSpace* ns = calc_add_namespace(calc, ns_name);
-    if (calc_get_function(ns, func->name) != nullptr) {
+    if (calc_get_function(ns, func->name)) {
         report_redefinition(func, ns_name);
         return -1;
     }
@@ -100,7 +104,7 @@ int calc_add_function(PolyHash* calc, const char* ns_name, CFunc* func) {
 
 int calc_remove_function(PolyHash* calc, const char* ns_name, const char* f_name) {
     CNameSpace* ns = calc_get_namespace(calc, ns_name);
-    if (ns == nullptr) return -1;
+    if (!ns) return -1;
     NORVANE_ASSERT(f_name);
     NORVANE_ASSERT(ns->functions);
     PolyList* rest = plist_new(nullptr, nullptr, nullptr);
@@ -119,8 +123,8 @@ void calc_merge(PolyHash* calc1, PolyHash* calc2) {
     phash_iter_init(&iter, calc2);
     for (void* value; phash_iter_next(&iter, nullptr, &value);) {
         auto* ns = static_cast<CNameSpace*>(value);
-        // What moves to calc1 outlives calc2; so does what is refused, which callers may still
-        // point to.
+        // No function is freed with calc2: those that are moved belong to calc1, and callers may
+        // still point to those that are refused.
         ns->functions->delete_value = nullptr;
         for (CFunc* func : items<CFunc>(ns->func_list))
             calc_add_function(calc1, ns->name, func);

@@ -1,11 +1,10 @@
-// The types of expressions of calculations: operands are typed first, from left to right, and the
-// first fault ends the check of the function. Model variables are in calc_typecheck_pmvar.cpp.
+// Type check of calculations: expressions. Operands are checked first, from left to right.
 #include "calc_typecheck_internal.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 
-namespace norvane {
+namespace norvane::calculations {
 
 namespace {
 
@@ -13,16 +12,16 @@ inline bool is_numeric(CalcType type) {
     return type == CTYPE_INT || type == CTYPE_FLOAT;
 }
 
-// Whether a value of one type may stand where the other one is expected, either way.
+// Whether values of the two types can be compared.
 inline bool is_comparable(CalcType left, CalcType right) {
     return left == right || (is_numeric(left) && is_numeric(right));
 }
 
-[[gnu::noinline]] CalcType type_of_local(const CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_of_local(const Check& check, const CExpr* e) {
     NORVANE_ASSERT(e->args.lvar_name);
     int type;
     if (ihash_peek(check.locals, e->args.lvar_name, &type) != STATUS_SUCCESS)
-        calc_type_error(check, e->line_no, "No local variable named '%s'", e->args.lvar_name);
+        type_error(check, e->line_no, "No local variable named '%s'", e->args.lvar_name);
     return static_cast<CalcType>(type);
 }
 
@@ -30,108 +29,100 @@ inline bool is_comparable(CalcType left, CalcType right) {
     NORVANE_FAIL("Invalid operator: %s ", calc_opr2string(opr));
 }
 
-[[gnu::noinline]] CalcType type_unary(const CalcCheck& check, const CExpr* e, CalcType arg) {
-    switch (e->args.uop.opr) {
-    case COPR_NOT:
-        if (arg != CTYPE_BOOL)
-            calc_type_error(check, e->line_no,
-                            "Argument to 'not' operator is of type %s, it must be of boolean type",
-                            calc_type_word(arg));
-        return arg;
-    case COPR_MINUS:
-        if (!is_numeric(arg))
-            calc_type_error(
-                check, e->line_no,
-                "Argument to unary minus operator is of type %s, it must be of numeric type",
-                calc_type_word(arg));
-        return arg;
-    default: invalid_operator(e->args.uop.opr);
-    }
+[[gnu::noinline]] CalcType type_unary(const Check& check, const CExpr* e, CalcType arg) {
+    const COprType opr = e->args.uop.opr;
+    if (opr != COPR_NOT && opr != COPR_MINUS) invalid_operator(opr);
+    if (opr == COPR_NOT && arg != CTYPE_BOOL)
+        type_error(check, e->line_no,
+                   "Argument to 'not' operator is of type %s, it must be of boolean type",
+                   type_word(arg));
+    if (opr == COPR_MINUS && !is_numeric(arg))
+        type_error(check, e->line_no,
+                   "Argument to unary minus operator is of type %s, it must be of numeric type",
+                   type_word(arg));
+    return arg;
 }
 
-void require_numeric_pair(const CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+void require_numeric_pair(const Check& check, const CExpr* e, CalcType left, CalcType right) {
     if (!is_numeric(left))
-        calc_type_error(check, e->line_no,
-                        "Left operand to '%s' is of type %s, it must be of numeric type",
-                        calc_opr2string(e->args.bop.opr), calc_type_word(left));
+        type_error(check, e->line_no,
+                   "Left operand to '%s' is of type %s, it must be of numeric type",
+                   calc_opr2string(e->args.bop.opr), type_word(left));
     if (!is_numeric(right))
-        calc_type_error(check, e->line_no,
-                        "Right operand to '%s' is of type %s, it must be of numeric type",
-                        calc_opr2string(e->args.bop.opr), calc_type_word(right));
+        type_error(check, e->line_no,
+                   "Right operand to '%s' is of type %s, it must be of numeric type",
+                   calc_opr2string(e->args.bop.opr), type_word(right));
 }
 
-CalcType type_arithmetic(const CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+CalcType type_arithmetic(const Check& check, const CExpr* e, CalcType left, CalcType right) {
     require_numeric_pair(check, e, left, right);
     return left == CTYPE_INT && right == CTYPE_INT ? CTYPE_INT : CTYPE_FLOAT;
 }
 
-CalcType type_modulo(const CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
-    // Whichever operand is at fault, the report tells the type of the left one.
+CalcType type_modulo(const Check& check, const CExpr* e, CalcType left, CalcType right) {
+    // The report names the type of the left operand even if the right one is at fault.
     if (left != CTYPE_INT || right != CTYPE_INT)
-        calc_type_error(check, e->line_no,
-                        "Operands to 'mod'-operator are of type %s, they must be integers",
-                        calc_type_word(left));
+        type_error(check, e->line_no,
+                   "Operands to 'mod'-operator are of type %s, they must be integers",
+                   type_word(left));
     return left;
 }
 
-CalcType type_logical(const CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+CalcType type_logical(const Check& check, const CExpr* e, CalcType left, CalcType right) {
     if (left != CTYPE_BOOL || right != CTYPE_BOOL)
-        calc_type_error(check, e->line_no,
-                        "Operands to '%s'-operator must be of boolean type. Left operand is of "
-                        "type %s while the right operand is of type %s",
-                        calc_opr2string(e->args.bop.opr), calc_type_word(left),
-                        calc_type_word(right));
+        type_error(check, e->line_no,
+                   "Operands to '%s'-operator must be of boolean type. Left operand is of "
+                   "type %s while the right operand is of type %s",
+                   calc_opr2string(e->args.bop.opr), type_word(left), type_word(right));
     return CTYPE_BOOL;
 }
 
-void require_comparable(const CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+void require_comparable(const Check& check, const CExpr* e, CalcType left, CalcType right) {
     if (!is_comparable(left, right))
-        calc_type_error(check, e->line_no,
-                        "Type mis-match of the operands to '%s': left operand is of type %s while "
-                        "the right operand is of type %s",
-                        calc_opr2string(e->args.bop.opr), calc_type_word(left),
-                        calc_type_word(right));
+        type_error(check, e->line_no,
+                   "Type mis-match of the operands to '%s': left operand is of type %s while "
+                   "the right operand is of type %s",
+                   calc_opr2string(e->args.bop.opr), type_word(left), type_word(right));
 }
 
-// An operand that is missing is of no kind.
 inline bool is_of(const CExpr* operand, CExprStructure structure) {
-    return operand != nullptr && operand->structure == structure;
+    return operand && operand->structure == structure;
 }
 
-// A model variable beside a string constant: the constant may have to be one of its labels.
-void check_label_of_pair(CalcCheck& check, const CExpr* e, const CExpr* variable,
+// Checks a string constant that is compared with or assigned to a model variable.
+void check_label_of_pair(Check& check, const CExpr* e, const CExpr* variable,
                          const CExpr* constant) {
     if (is_of(variable, CEXPR_PMVAR) && is_of(constant, CEXPR_STRING_CONST))
-        calc_check_label(check, variable->args.pmvar, constant->args.string_value, e->line_no);
+        check_label(check, variable->args.pmvar, constant->args.string_value, e->line_no);
 }
 
-CalcType type_equality(CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+CalcType type_equality(Check& check, const CExpr* e, CalcType left, CalcType right) {
     require_comparable(check, e, left, right);
     check_label_of_pair(check, e, e->args.bop.left_arg, e->args.bop.right_arg);
     check_label_of_pair(check, e, e->args.bop.right_arg, e->args.bop.left_arg);
     return CTYPE_BOOL;
 }
 
-CalcType type_assignment(CalcCheck& check, const CExpr* e, CalcType left, CalcType right) {
+CalcType type_assignment(Check& check, const CExpr* e, CalcType left, CalcType right) {
     const CExpr* target = e->args.bop.left_arg;
-    if (!calc_type_fits(left, right))
-        calc_type_error(check, e->line_no,
-                        "Type mis-match in assignment: variable is of type %s while the "
-                        "right-hand-side is of type %s",
-                        calc_type_word(left), calc_type_word(right));
+    if (!fits(left, right))
+        type_error(check, e->line_no,
+                   "Type mis-match in assignment: variable is of type %s while the "
+                   "right-hand-side is of type %s",
+                   type_word(left), type_word(right));
     if (!is_of(target, CEXPR_LVAR) && !is_of(target, CEXPR_PMVAR))
-        calc_type_error(check, e->line_no,
-                        "Left-hand operand to assignment operator (':=') must be either a local "
-                        "variable or a product model variable");
+        type_error(check, e->line_no,
+                   "Left-hand operand to assignment operator (':=') must be either a local "
+                   "variable or a product model variable");
     check_label_of_pair(check, e, target, e->args.bop.right_arg);
     return left;
 }
 
-[[gnu::noinline]] CalcType type_binary(CalcCheck& check, const CExpr* e, CalcType left,
+[[gnu::noinline]] CalcType type_binary(Check& check, const CExpr* e, CalcType left,
                                        CalcType right) {
     switch (e->args.bop.opr) {
     case COPR_PLUS:
-        // A string beside anything else is refused as an operand that is not numeric.
+        // With any other operand, a string is refused by type_arithmetic.
         if (left == CTYPE_STRING && right == CTYPE_STRING) return CTYPE_STRING;
         return type_arithmetic(check, e, left, right);
     case COPR_MINUS:
@@ -152,64 +143,63 @@ CalcType type_assignment(CalcCheck& check, const CExpr* e, CalcType left, CalcTy
     case COPR_NEQ: return type_equality(check, e, left, right);
     case COPR_DEF: require_comparable(check, e, left, right); return left;
     case COPR_ASSIGN: return type_assignment(check, e, left, right);
-    default: invalid_operator(e->args.bop.opr);
+    case COPR_NOT: break;
     }
+    invalid_operator(e->args.bop.opr);
 }
 
-[[gnu::noinline]] CalcType type_conditional(CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_conditional(Check& check, const CExpr* e) {
     NORVANE_ASSERT(e->args.ite.cond);
     NORVANE_ASSERT(e->args.ite.then_expr);
     NORVANE_ASSERT(e->args.ite.else_expr);
-    const CalcType cond = calc_check_expr(check, e->args.ite.cond);
-    const CalcType then_type = calc_check_expr(check, e->args.ite.then_expr);
-    const CalcType else_type = calc_check_expr(check, e->args.ite.else_expr);
+    const CalcType cond = check_expr(check, e->args.ite.cond);
+    const CalcType then_type = check_expr(check, e->args.ite.then_expr);
+    const CalcType else_type = check_expr(check, e->args.ite.else_expr);
     if (cond != CTYPE_BOOL)
-        calc_type_error(check, e->line_no,
-                        "The type of the test-expression in the if-then-else expression is of type "
-                        "%s, it must be boolean",
-                        calc_type_word(cond));
+        type_error(check, e->line_no,
+                   "The type of the test-expression in the if-then-else expression is of type "
+                   "%s, it must be boolean",
+                   type_word(cond));
     if (!is_comparable(then_type, else_type))
-        calc_type_error(check, e->line_no,
-                        "The type of the then-expression and the type of the else-expression "
-                        "differs");
+        type_error(check, e->line_no,
+                   "The type of the then-expression and the type of the else-expression "
+                   "differs");
     return then_type == CTYPE_INT ? else_type : then_type;
 }
 
-// The function that a call names, of the catalogue or of the set.
-const CFunc* function_of_call(const CalcCheck& check, const CExpr* e) {
+// The function that a call names, in the set or in the catalogue.
+const CFunc* function_of_call(const Check& check, const CExpr* e) {
     const CNameSpace* name_space = calc_get_namespace(check.calculations, e->args.call.ns_name);
-    const CFunc* func =
-        name_space != nullptr ? calc_get_function(name_space, e->args.call.fname) : nullptr;
-    if (func == nullptr)
-        calc_type_error(check, e->line_no, "No function '%s.%s'", e->args.call.ns_name,
-                        e->args.call.fname);
+    const CFunc* func = name_space ? calc_get_function(name_space, e->args.call.fname) : nullptr;
+    if (!func)
+        type_error(check, e->line_no, "No function '%s.%s'", e->args.call.ns_name,
+                   e->args.call.fname);
     return func;
 }
 
-void require_argument_count(const CalcCheck& check, const CExpr* e, unsigned declared) {
+void require_argument_count(const Check& check, const CExpr* e, unsigned declared) {
     const unsigned given = plist_length(e->args.call.args);
     if (given == declared) return;
-    // None counts as singular.
-    calc_type_error(check, e->line_no,
-                    "The function '%s' takes %u argument%s, but %u argument%s %s provided",
-                    e->args.call.fname, declared, declared < 2 ? "" : "s", given,
-                    given < 2 ? "" : "s", given < 2 ? "is" : "are");
+    // The texts use the singular for zero too.
+    type_error(check, e->line_no,
+               "The function '%s' takes %u argument%s, but %u argument%s %s provided",
+               e->args.call.fname, declared, declared < 2 ? "" : "s", given, given < 2 ? "" : "s",
+               given < 2 ? "is" : "are");
 }
 
-[[gnu::noinline]] CalcType type_of_call(CalcCheck& check, const CExpr* e) {
+[[gnu::noinline]] CalcType type_of_call(Check& check, const CExpr* e) {
     const CFunc* func = function_of_call(check, e);
     require_argument_count(check, e, plist_length(func->args));
     int position = 0;
     const PolyListNode* given = e->args.call.args->first;
     for (const CFuncArg* declared : items<const CFuncArg>(func->args)) {
         ++position;
-        const CalcType type = calc_check_expr(check, static_cast<const CExpr*>(given->element));
-        if (!calc_type_fits(declared->type, type))
-            calc_type_error(check, e->line_no,
-                            "The %d. argument to function '%s' is of type %s, it must be of type "
-                            "%s",
-                            position, func->name, calc_type_word(type),
-                            calc_type_word(declared->type));
+        const CalcType type = check_expr(check, static_cast<const CExpr*>(given->element));
+        if (!fits(declared->type, type))
+            type_error(check, e->line_no,
+                       "The %d. argument to function '%s' is of type %s, it must be of type "
+                       "%s",
+                       position, func->name, type_word(type), type_word(declared->type));
         given = given->next;
     }
     return func->type;
@@ -217,28 +207,28 @@ void require_argument_count(const CalcCheck& check, const CExpr* e, unsigned dec
 
 } // namespace
 
-// Sums are chains of any length, and a level of one costs this frame: what the nodes need besides
-// is kept out of line.
-CalcType calc_check_expr(CalcCheck& check, const CExpr* e) {
-    if (stack_is_low()) return on_fresh_stack([&] { return calc_check_expr(check, e); });
-    if (e == nullptr) return CTYPE_UNDEF;
+// A sum of many operands is a chain of as many levels, each of which takes a frame of this
+// function: the functions that it calls are not inlined, to keep that frame small.
+CalcType check_expr(Check& check, const CExpr* e) {
+    if (stack_is_low()) return on_fresh_stack([&] { return check_expr(check, e); });
+    if (!e) return CTYPE_UNDEF;
     switch (e->structure) {
     case CEXPR_LVAR: return type_of_local(check, e);
-    case CEXPR_PMVAR: return calc_check_pmvar(check, e);
+    case CEXPR_PMVAR: return check_pmvar(check, e);
     case CEXPR_INT_CONST: return CTYPE_INT;
     case CEXPR_FLOAT_CONST: return CTYPE_FLOAT;
     case CEXPR_STRING_CONST: return CTYPE_STRING;
     case CEXPR_BOOL_CONST: return CTYPE_BOOL;
-    case CEXPR_UOP: return type_unary(check, e, calc_check_expr(check, e->args.uop.arg));
+    case CEXPR_UOP: return type_unary(check, e, check_expr(check, e->args.uop.arg));
     case CEXPR_BOP: {
-        const CalcType left = calc_check_expr(check, e->args.bop.left_arg);
-        const CalcType right = calc_check_expr(check, e->args.bop.right_arg);
+        const CalcType left = check_expr(check, e->args.bop.left_arg);
+        const CalcType right = check_expr(check, e->args.bop.right_arg);
         return type_binary(check, e, left, right);
     }
     case CEXPR_ITE: return type_conditional(check, e);
     case CEXPR_CALL: return type_of_call(check, e);
-    default: NORVANE_FAIL("Invalid expression structure");
     }
+    NORVANE_FAIL("Invalid expression structure");
 }
 
-} // namespace norvane
+} // namespace norvane::calculations

@@ -1,8 +1,8 @@
-// Model variables in calculations: whether a path such as a[1].b names one, which type it has, and
-// whether it is public; and string constants beside enumerations.
+// Type check of calculations: model variables, that is whether a path such as a[1].b names one, its
+// type and whether it is public; and string constants that are compared with enumerations.
 //
-// A path is followed by pushing the environment of each record on the way. A fault throws with the
-// environments still pushed: the check of the function pops them.
+// A path is followed by pushing the environment of each record on it. A fault throws with these
+// environments on the stack, and the check of the function pops them.
 #include "calc_typecheck_internal.h"
 #include "labels.h"
 #include "norvane/base/except.h"
@@ -10,14 +10,14 @@
 #include "norvane/base/text.hpp"
 #include "poly_adaptors.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
 namespace {
 
-// The names of the whole path joined by points, with `index` behind a name for each of its indices.
-const char* path_text(const CalcCheck& check, const CPMVar* head, const char* index) {
+// The names of the path joined by dots, each followed by `index` once for each of its indices.
+const char* path_text(const Check& check, const CPMVar* head, const char* index) {
     ustr_reset(check.path);
-    for (const CPMVar* pmvar = head; pmvar != nullptr; pmvar = pmvar->nested) {
+    for (const CPMVar* pmvar = head; pmvar; pmvar = pmvar->nested) {
         if (pmvar != head) ustr_append_char(check.path, '.');
         ustr_append_string(check.path, pmvar->name);
         for (unsigned left = plist_length(pmvar->arr_indices); left > 0; --left)
@@ -26,22 +26,22 @@ const char* path_text(const CalcCheck& check, const CPMVar* head, const char* in
     return check.path->text;
 }
 
-void check_indices(CalcCheck& check, const CPMVar* head) {
-    for (const CPMVar* pmvar = head; pmvar != nullptr; pmvar = pmvar->nested) {
+void check_indices(Check& check, const CPMVar* head) {
+    for (const CPMVar* pmvar = head; pmvar; pmvar = pmvar->nested) {
         NORVANE_ASSERT(pmvar->arr_indices);
         for (const CExpr* index : items<const CExpr>(pmvar->arr_indices)) {
-            const CalcType type = calc_check_expr(check, index);
+            const CalcType type = check_expr(check, index);
             if (type != CTYPE_INT)
-                calc_type_error(check, calc_line_of(index),
-                                "Array index is of type %s, it must be of integer type",
-                                calc_type_word(type));
+                type_error(check, line_of(index),
+                           "Array index is of type %s, it must be of integer type",
+                           type_word(type));
         }
     }
 }
 
-// A type with its names followed. There is no source line to blame: a checked model has all of the
-// types that it names.
-TypeCon* resolved(const CalcCheck& check, TypeCon* declared) {
+// The type that a declared type stands for once all names are resolved. No report needs a line
+// here: in a checked model every named type exists.
+TypeCon* resolved(const Check& check, TypeCon* declared) {
     LineInfo none{};
     TypeCon* typecon = nullptr;
     const int status = symtbl_lookup_typecon(&none, check.symtbl, declared, &typecon, UNDEF_LINENO);
@@ -50,19 +50,19 @@ TypeCon* resolved(const CalcCheck& check, TypeCon* declared) {
     return typecon;
 }
 
-// The type of one element of a component: it has as many indices as dimensions.
-TypeCon* type_of_component(const CalcCheck& check, const CPMVar* pmvar, const NameData* namedata,
+// The type of one element of a component, which must have an index for each of its dimensions.
+TypeCon* type_of_component(const Check& check, const CPMVar* pmvar, const NameData* namedata,
                            int line) {
     TypeCon* typecon = resolved(check, namedata->typecon);
     for (unsigned left = plist_length(pmvar->arr_indices); left > 0; --left) {
-        if (typecon->contype != TC_ARRAY) calc_type_error(check, line, "Illegal array dimension");
+        if (typecon->contype != TC_ARRAY) type_error(check, line, "Illegal array dimension");
         typecon = resolved(check, typecon->values.array.element);
     }
-    if (typecon->contype == TC_ARRAY) calc_type_error(check, line, "Illegal array dimension");
+    if (typecon->contype == TC_ARRAY) type_error(check, line, "Illegal array dimension");
     return typecon;
 }
 
-void pop_environments(const CalcCheck& check, unsigned count) {
+void pop_environments(const Check& check, unsigned count) {
     for (; count > 0; --count)
         symtbl_pop_env(check.symtbl);
 }
@@ -73,23 +73,23 @@ struct Resolution {
     const NameData* namedata;
 };
 
-Resolution resolve(const CalcCheck& check, const CPMVar* head, int line) {
+Resolution resolve(const Check& check, const CPMVar* head, int line) {
     unsigned pushed = 0;
     for (const CPMVar* pmvar = head;; pmvar = pmvar->nested) {
         NameData* namedata;
         if (symtbl_lookup(check.symtbl, pmvar->name, true, &namedata) != STATUS_SUCCESS ||
             namedata->ndtype != ND_VARIABLE)
-            calc_type_error(check, line, "No product model variable named '%s'",
-                            path_text(check, head, ""));
+            type_error(check, line, "No product model variable named '%s'",
+                       path_text(check, head, ""));
         TypeCon* typecon = type_of_component(check, pmvar, namedata, line);
-        if (pmvar->nested == nullptr) {
+        if (!pmvar->nested) {
             pop_environments(check, pushed);
             return {typecon, namedata};
         }
         if (typecon->contype != TC_PROD && typecon->contype != TC_OPTIONAL)
-            calc_type_error(check, line,
-                            "Product model variable '%s' is not of product or optional type",
-                            pmvar->name);
+            type_error(check, line,
+                       "Product model variable '%s' is not of product or optional type",
+                       pmvar->name);
         LineInfo none{};
         PolyHash* env = nullptr;
         symtbl_lookup_env(&none, check.symtbl, pmvar->name, true, &env, UNDEF_LINENO);
@@ -98,8 +98,8 @@ Resolution resolve(const CalcCheck& check, const CPMVar* head, int line) {
     }
 }
 
-// An enumeration reads as the string of its label, and an optional as a string too.
-CalcType type_of_value(const CalcCheck& check, const TypeCon* typecon, const CExpr* e) {
+// Enumerations are strings, their labels; callers rely on optionals being strings too.
+CalcType type_of_value(const Check& check, const TypeCon* typecon, const CExpr* e) {
     switch (typecon->contype) {
     case TC_BOOL: return CTYPE_BOOL;
     case TC_INT:
@@ -110,19 +110,19 @@ CalcType type_of_value(const CalcCheck& check, const TypeCon* typecon, const CEx
     case TC_OPTIONAL: return CTYPE_STRING;
     case TC_PROD:
     case TC_ARRAY:
-        calc_type_error(check, e->line_no, "Product model variable '%s' is not a simple type",
-                        e->args.pmvar->name);
+        type_error(check, e->line_no, "Product model variable '%s' is not a simple type",
+                   e->args.pmvar->name);
     default: NORVANE_FAIL("Invalid typecon: %d", typecon->contype);
     }
 }
 
-// Whether all components of a resolved path are public, up to the first that is not. The
-// environment of the second component is looked up in that of the first alone; those of all others
-// are looked up everywhere, so that a type may hide a field of its name.
-bool is_public_path(const CalcCheck& check, const CPMVar* head) {
+// Whether all components of a resolved path are public. The second component is looked up in the
+// environment of the first alone, all others in every environment, where a type can hide a field of
+// its name: callers rely on the results.
+bool is_public_path(const Check& check, const CPMVar* head) {
     unsigned env_push = 0;
     bool is_public = true;
-    for (const CPMVar* pmvar = head; pmvar != nullptr; pmvar = pmvar->nested) {
+    for (const CPMVar* pmvar = head; pmvar; pmvar = pmvar->nested) {
         NameData* namedata = nullptr;
         const bool found =
             symtbl_lookup(check.symtbl, pmvar->name, true, &namedata) == STATUS_SUCCESS &&
@@ -130,7 +130,7 @@ bool is_public_path(const CalcCheck& check, const CPMVar* head) {
         NORVANE_ASSERT_TEXT(found, "symtbl_lookup( g_symtbl, pmvar->name, true, &namedata ) == "
                                    "STATUS_SUCCESS && namedata->ndtype == ND_VARIABLE");
         is_public = namedata->is_public != 0;
-        if (!is_public || pmvar->nested == nullptr) break;
+        if (!is_public || !pmvar->nested) break;
         LineInfo dummy{};
         PolyHash* env = nullptr;
         const bool entered = symtbl_lookup_env(&dummy, check.symtbl, pmvar->name, env_push == 1,
@@ -146,8 +146,8 @@ bool is_public_path(const CalcCheck& check, const CPMVar* head) {
     return is_public;
 }
 
-// The labels of an enumeration as they are shown, gathered when they are first asked for.
-const PolySet* shown_labels(const CalcCheck& check, TypeCon* sum) {
+// The labels of an enumeration as they are shown. Each set is built on its first use.
+const PolySet* shown_labels(const Check& check, TypeCon* sum) {
     void* gathered = nullptr;
     if (phash_peek(check.labels, sum, &gathered) == STATUS_SUCCESS)
         return static_cast<const PolySet*>(gathered);
@@ -160,7 +160,7 @@ const PolySet* shown_labels(const CalcCheck& check, TypeCon* sum) {
 }
 
 // The text in the encoding of the model.
-const char* value_text(const CalcCheck& check, const char* utf8) {
+const char* value_text(const Check& check, const char* utf8) {
     const NorvaneCpp::String text = NorvaneCpp::UTF8::ToCodepage(utf8, 1252, false);
     ustr_reset(check.value);
     ustr_append_string(check.value, text.GetStr());
@@ -169,29 +169,29 @@ const char* value_text(const CalcCheck& check, const char* utf8) {
 
 } // namespace
 
-CalcType calc_check_pmvar(CalcCheck& check, const CExpr* e) {
+CalcType check_pmvar(Check& check, const CExpr* e) {
     NORVANE_ASSERT(e->args.pmvar);
     const CPMVar* pmvar = e->args.pmvar;
     check_indices(check, pmvar);
     const Resolution resolution = resolve(check, pmvar, e->line_no);
     const CalcType type = type_of_value(check, resolution.typecon, e);
-    const bool is_public = pmvar->nested == nullptr ? resolution.namedata->is_public != 0
-                                                    : is_public_path(check, pmvar);
+    const bool is_public =
+        pmvar->nested ? is_public_path(check, pmvar) : resolution.namedata->is_public != 0;
     if (!is_public)
-        calc_type_error(check, e->line_no,
-                        "Variable %s is private, and cannot be used in a calculation expression",
-                        path_text(check, pmvar, ""));
+        type_error(check, e->line_no,
+                   "Variable %s is private, and cannot be used in a calculation expression",
+                   path_text(check, pmvar, ""));
     return type;
 }
 
-void calc_check_label(CalcCheck& check, const CPMVar* pmvar, const char* value, int line) {
+void check_label(Check& check, const CPMVar* pmvar, const char* value, int line) {
     const char* text = value_text(check, value);
     if (*text == '\0') return;
     TypeCon* typecon = resolve(check, pmvar, line).typecon;
     if (typecon->contype != TC_SUM) return;
     if (pset_peek(shown_labels(check, typecon), text, nullptr) == STATUS_SUCCESS) return;
-    calc_type_error(check, line, "'%s' is not a legal value for the variable '%s'", text,
-                    path_text(check, pmvar, "[]"));
+    type_error(check, line, "'%s' is not a legal value for the variable '%s'", text,
+               path_text(check, pmvar, "[]"));
 }
 
-} // namespace norvane
+} // namespace norvane::calculations

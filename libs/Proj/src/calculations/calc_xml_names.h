@@ -9,10 +9,10 @@
 
 #include "norvane/proj/calc.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
-// The elements. The kinds of expression are those from Lvar on.
-enum class CalcTag : unsigned char {
+// The elements. Those of statements are IteStmt to ExternalStmt, those of expressions Lvar to Bop.
+enum class Tag : unsigned char {
     Mu,
     Calculation,
     Namespace,
@@ -20,17 +20,17 @@ enum class CalcTag : unsigned char {
     DefValue,
     Arg,
     VarDef,
+    CaseLabel,
+    DefaultLabel,
+    OptExpr,
     Stmt,
     IteStmt,
     BlockStmt,
     ExprStmt,
     SwitchStmt,
-    CaseLabel,
-    DefaultLabel,
     WhileStmt,
     DoStmt,
     ForStmt,
-    OptExpr,
     ReturnStmt,
     BreakStmt,
     ExternalStmt,
@@ -48,38 +48,38 @@ enum class CalcTag : unsigned char {
     Bop,
 };
 
-inline constexpr const char* calc_tag_names[] = {
-    "mu",          "calculation",   "namespace",     "function",   "def_value", "arg",
-    "vardef",      "stmt",          "ite_stmt",      "block_stmt", "expr_stmt", "switch_stmt",
-    "case_label",  "default_label", "while_stmt",    "do_stmt",    "for_stmt",  "opt_expr",
-    "return_stmt", "break_stmt",    "external_stmt", "expr",       "lvar",      "pmvar",
-    "int_const",   "float_const",   "string_const",  "false",      "true",      "ite_expr",
-    "call",        "uop",           "bop",
+inline constexpr const char* tag_names[] = {
+    "mu",          "calculation", "namespace",     "function",   "def_value", "arg",
+    "vardef",      "case_label",  "default_label", "opt_expr",   "stmt",      "ite_stmt",
+    "block_stmt",  "expr_stmt",   "switch_stmt",   "while_stmt", "do_stmt",   "for_stmt",
+    "return_stmt", "break_stmt",  "external_stmt", "expr",       "lvar",      "pmvar",
+    "int_const",   "float_const", "string_const",  "false",      "true",      "ite_expr",
+    "call",        "uop",         "bop",
 };
-static_assert(std::size(calc_tag_names) == static_cast<std::size_t>(CalcTag::Bop) + 1);
+static_assert(std::size(tag_names) == static_cast<std::size_t>(Tag::Bop) + 1);
 
-constexpr const char* tag_name(CalcTag tag) {
-    return calc_tag_names[static_cast<std::size_t>(tag)];
+constexpr const char* tag_name(Tag tag) {
+    return tag_names[static_cast<std::size_t>(tag)];
 }
 
-// The words of types and operators, by their numbers; not those of the source language. What is
-// never declared has none.
-inline constexpr const char* calc_type_words[] = {nullptr, "bool",   "int",
-                                                  "float", "string", "void"};
+// The words of types, indexed by CalcType, and of operators, indexed by COprType. They differ from
+// those of source. An undefined type is never written.
+inline constexpr const char* type_words[] = {nullptr, "bool", "int", "float", "string", "void"};
+static_assert(std::size(type_words) == CTYPE_VOID + 1);
 
-inline constexpr const char* calc_operator_words[] = {
+inline constexpr const char* operator_words[] = {
     "not", "minus", "eq",  "lt",  "gt", "neq", "gteq", "lteq",  "plus", "mult",
     "div", "mod",   "exp", "and", "or", "xor", "imp",  "biimp", "def",  "assign",
 };
-static_assert(std::size(calc_operator_words) == COPR_ASSIGN + 1);
+static_assert(std::size(operator_words) == COPR_ASSIGN + 1);
 
-// The word of a number, or null.
+// The word with this index, or null.
 template <std::size_t size>
 const char* word_of(const char* const (&words)[size], unsigned number) {
     return number < size ? words[number] : nullptr;
 }
 
-// The number of a word, or -1.
+// The index of a word, or -1.
 template <std::size_t size>
 int number_of(const char* const (&words)[size], const char* word) {
     for (std::size_t i = 0; i < size; ++i)
@@ -87,6 +87,6 @@ int number_of(const char* const (&words)[size], const char* word) {
     return -1;
 }
 
-} // namespace norvane
+} // namespace norvane::calculations
 
 #endif

@@ -1,7 +1,7 @@
-/* The grammar of calculation source: builds the calculation set, namespace by namespace.
+/* The grammar of calculation source, which builds the calculation namespace by namespace.
  *
- * A record has the line of its first symbol, but for unary and binary expressions, which have that
- * of the operator. The first syntax error ends the parse. */
+ * A node has the line of its first symbol; unary and binary expressions have that of the operator. The
+ * parser stops at the first syntax error. */
 
 %require "3.8"
 %define api.prefix {cl}
@@ -9,8 +9,9 @@
 %define api.token.raw
 %define parse.error custom
 %locations
+%parse-param {norvane::calculations::Load& load}
 /* A statement may follow a condition directly, as in "if a b := 1;". Two of the conflicts are "("
- * behind a name there, which makes it a call, and two are "else", which belongs to the nearest
+ * after a name there, which makes it a call, and two are "else", which belongs to the nearest
  * "if". */
 %expect 4
 
@@ -31,6 +32,7 @@
 #include "norvane/base/memory.h"
 #include "norvane/proj/proj_errors.h"
 
+#include "calc_position.h"
 #include "poly_adaptors.h"
 #include "report.h"
 #include "scanning.h"
@@ -40,30 +42,31 @@
 #define YYINITDEPTH 200
 #define YYMAXDEPTH 10000
 
-/* Of a location the first line alone is used. An empty symbol has that of the one before it. */
+/* Only the first line of a location is used. An empty symbol has the line of the symbol before it. */
 #define YYLLOC_DEFAULT(current, rhs, n) ((current) = (rhs)[(n) != 0])
 
 using namespace norvane;
+using namespace norvane::calculations;
 
 namespace {
 
 void delete_with(PolyList* list, PolyDelete delete_element);
-void delete_name(ClName* name);
-ClName* new_name(char* text, PolyList* indices, ClName* rest);
+void delete_name(NamePart* name);
+NamePart* new_name(char* text, PolyList* indices, NamePart* rest);
 char* number_text(int number);
-void add_functions(ClName* ns_name, PolyList* functions);
-CFunc* finished(CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts);
-CFuncArg* argument(CalcType type, char* name, int line);
-CFuncLVar* local_variable(CalcType type, char* name, CExpr* init, int line);
+void add_functions(Load& load, NamePart* ns_name, PolyList* functions);
+CFunc* finished(Load& load, CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts);
+CFuncArg* argument(Load& load, CalcType type, char* name, int line);
+CFuncLVar* local_variable(Load& load, CalcType type, char* name, CExpr* init, int line);
 CStmt* switch_statement(CExpr* value, PolyList* cases, PolyList* default_stmts, int line);
-CExpr* variable(char* name, int line);
-CExpr* product_variable(ClName* name, int line);
-CExpr* call(ClName* name, PolyList* args, int line);
+CExpr* variable(const Load& load, char* name, int line);
+CExpr* product_variable(NamePart* name, int line);
+CExpr* call(const Load& load, NamePart* name, PolyList* args, int line);
 PolyList* bare_list();
 PolyList* list_of_expressions();
 PolyList* appended(PolyList* list, void* element);
-void warn_of_colon();
-void clerror(const char* message);
+void warn_of_colon(const Load& load);
+void clerror(const Load& load, const char* message);
 
 } // namespace
 }
@@ -79,7 +82,7 @@ void clerror(const char* message);
     CFuncArg* arg;
     CFuncLVar* lvar;
     CCase* ccase;
-    norvane::ClName* name;
+    norvane::calculations::NamePart* name;
     PolyList* exprs; /* owns its elements */
     /* These have no delete callback. */
     PolyList* funcs;
@@ -204,31 +207,31 @@ namespaces: namespace
           | namespaces namespace
           ;
 
-namespace: "namespace" ns_name "{" functions "}" { add_functions($2, $4); };
+namespace: "namespace" ns_name "{" functions "}" { add_functions(load, $2, $4); };
 
 functions: function           { $$ = appended(bare_list(), $1); }
          | functions function { $$ = appended($1, $2); }
          ;
 
 function: type "An identifier" "(" args ")" opt_default "{" vardefs stmts "}" {
-              CFunc* func = calc_new_func($2, $1, $6, cl.input_name, @2.first_line);
-              $$ = finished(func, $4, $8, $9);
+              CFunc* func = calc_new_func($2, $1, $6, load.input_name, @2.first_line);
+              $$ = finished(load, func, $4, $8, $9);
           }
         | type "An identifier" "(" args ")" "=" expr ";" {
-              CFunc* func = calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line);
+              CFunc* func = calc_new_func($2, $1, nullptr, load.input_name, @2.first_line);
               calc_add_function_stmt(func, calc_new_return_stmt($7, @7.first_line));
-              $$ = finished(func, $4, nullptr, nullptr);
+              $$ = finished(load, func, $4, nullptr, nullptr);
           }
         | type "An identifier" "(" args ")" ":" "external" "A string constant" ";" {
-              CFunc* func = calc_new_func($2, $1, nullptr, cl.input_name, @2.first_line);
+              CFunc* func = calc_new_func($2, $1, nullptr, load.input_name, @2.first_line);
               calc_add_function_stmt(func, calc_new_external_stmt($8, @8.first_line));
               str_delete($8);
-              $$ = finished(func, $4, nullptr, nullptr);
+              $$ = finished(load, func, $4, nullptr, nullptr);
           }
         ;
 
 opt_default: %empty   { $$ = nullptr; }
-           | ":" expr { $$ = $2; warn_of_colon(); }
+           | ":" expr { $$ = $2; warn_of_colon(load); }
            | "|" expr { $$ = $2; }
            ;
 
@@ -240,21 +243,21 @@ args1: args1 "," arg { $$ = appended($1, $3); }
      | arg           { $$ = appended(bare_list(), $1); }
      ;
 
-arg: type "An identifier" { $$ = argument($1, $2, @2.first_line); };
+arg: type "An identifier" { $$ = argument(load, $1, $2, @2.first_line); };
 
 vardefs: %empty         { $$ = bare_list(); }
        | vardefs vardef { $$ = appended($1, $2); }
        ;
 
-vardef: type "An identifier" ":=" expr ";" { $$ = local_variable($1, $2, $4, @2.first_line); }
-      | type "An identifier" ";"           { $$ = local_variable($1, $2, nullptr, @2.first_line); }
+vardef: type "An identifier" ":=" expr ";" { $$ = local_variable(load, $1, $2, $4, @2.first_line); }
+      | type "An identifier" ";"           { $$ = local_variable(load, $1, $2, nullptr, @2.first_line); }
       ;
 
 stmts: %empty     { $$ = bare_list(); }
      | stmts stmt { $$ = appended($1, $2); }
      ;
 
-/* What can go on as the condition does: "if a - b;" tests a - b. */
+/* A condition is as long as it can be: "if a - b;" tests a - b. */
 condition: expr %prec ":=";
 
 stmt: "if" condition stmt { $$ = calc_new_ite_stmt($2, $3, nullptr, @1.first_line); }
@@ -317,10 +320,10 @@ expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2.first_lin
     | "false"         { $$ = calc_new_boolconst_expr(0, @1.first_line); }
     | "A float constant" { $$ = calc_new_floatconst_expr($1, @1.first_line); }
     | "A string constant" { $$ = calc_new_stringconst_expr($1, @1.first_line, false); }
-    /* Most names are single identifiers, hence rules of their own. */
-    | "An identifier" { $$ = variable($1, @1.first_line); }
+    /* Most names are single identifiers, which have rules of their own for speed. */
+    | "An identifier" { $$ = variable(load, $1, @1.first_line); }
     | "An identifier" ":=" expr {
-          CExpr* target = variable($1, @1.first_line);
+          CExpr* target = variable(load, $1, @1.first_line);
           $$ = calc_new_binary_expr(COPR_ASSIGN, target, $3, @2.first_line);
       }
     | "An identifier" "(" fnargs ")" { $$ = calc_new_call_expr(nullptr, $1, $3, @1.first_line); }
@@ -330,7 +333,7 @@ expr: expr "and" expr { $$ = calc_new_binary_expr(COPR_AND, $1, $3, @2.first_lin
           $$ = calc_new_binary_expr(COPR_ASSIGN, target, $3, @2.first_line);
       }
     | path "(" fnargs ")" {
-          $$ = call($1, $3, @1.first_line);
+          $$ = call(load, $1, $3, @1.first_line);
           if (!$$) YYABORT;
       }
     ;
@@ -339,7 +342,7 @@ fnargs: %empty  { $$ = list_of_expressions(); }
       | fnargs1
       ;
 
-/* Callers rely on a comma being allowed before the first argument. */
+/* Callers rely on a comma being accepted before the first argument. */
 fnargs1: expr            { $$ = appended(list_of_expressions(), $1); }
        | fnargs "," expr { $$ = appended($1, $3); }
        ;
@@ -378,11 +381,16 @@ type: "integer" { $$ = CTYPE_INT; }
 
 namespace {
 
-/* The stacks of the parser are moved about as plain memory when they grow. */
+/* The stacks of the parser are copied as plain memory when they grow. */
 static_assert(std::is_trivially_copyable_v<YYSTYPE> && sizeof(YYSTYPE) == 8);
 
-/* The warning about colons is given once in a process. */
-bool colon_warned;
+/* A process warns of colons once. */
+bool has_warned_of_colon;
+
+/* The prefix of reports on the current line. */
+Position position_of(const Load& load) {
+    return norvane::calculations::position_of(load.input_name, cllloc.first_line);
+}
 
 PolyList* bare_list() { return plist_new(nullptr, nullptr, nullptr); }
 
@@ -398,7 +406,7 @@ void delete_with(PolyList* list, PolyDelete delete_element) {
     plist_delete(list);
 }
 
-/* Puts a list of the parser, if there is one, in the place of an empty one of the tree. */
+/* Replaces an empty list of the tree by a list of the parser, unless that is null. */
 void adopt(PolyList** place, PolyList* list) {
     if (!list) return;
     list->delete_element = (*place)->delete_element;
@@ -406,20 +414,20 @@ void adopt(PolyList** place, PolyList* list) {
     *place = list;
 }
 
-ClName* new_name(char* text, PolyList* indices, ClName* rest) {
-    auto* name = static_cast<ClName*>(util_malloc_throw(sizeof(ClName)));
+NamePart* new_name(char* text, PolyList* indices, NamePart* rest) {
+    auto* name = static_cast<NamePart*>(util_malloc_throw(sizeof(NamePart)));
     *name = {text, indices, rest};
     return name;
 }
 
 /* Frees one component without its parts, and returns the next one. */
-ClName* freed(ClName* name) {
-    ClName* rest = name->rest;
+NamePart* freed(NamePart* name) {
+    NamePart* rest = name->rest;
     std::free(name);
     return rest;
 }
 
-void delete_name(ClName* name) {
+void delete_name(NamePart* name) {
     while (name) {
         str_null_delete(name->text);
         plist_delete(name->indices);
@@ -433,20 +441,20 @@ char* number_text(int number) {
     return str_copy(digits);
 }
 
-/* Reports a component that has indices. */
-bool is_plain(const ClName* name) {
+/* False after a report if a component has indices. */
+bool is_plain(const Load& load, const NamePart* name) {
     for (; name; name = name->rest) {
         if (!name->indices) continue;
-        report_error(ERR_CALC_GRAM_NS_NAME(cl_position()));
+        report_error(ERR_CALC_GRAM_NS_NAME(position_of(load).text));
         return false;
     }
     return true;
 }
 
-/* The components before `end` joined by points, as a new text; there is at least one. */
-char* calc_make_dotted_name(const ClName* name, const ClName* end) {
+/* A new text: the components before `end`, at least one, joined by dots. */
+char* joined(const NamePart* name, const NamePart* end) {
     std::size_t size = 0;
-    for (const ClName* part = name; part != end; part = part->rest)
+    for (const NamePart* part = name; part != end; part = part->rest)
         size += std::strlen(part->text) + 1;
     auto* text = static_cast<char*>(util_malloc_throw(size));
     char* to = text;
@@ -460,48 +468,48 @@ char* calc_make_dotted_name(const ClName* name, const ClName* end) {
     return text;
 }
 
-/* A namespace that comes again goes on. A function that is refused has been reported. */
-void add_functions(ClName* ns_name, PolyList* functions) {
-    char* name = calc_make_dotted_name(ns_name, nullptr);
+/* Adds to the namespace if there is one of this name. calc_add_function reports what it refuses. */
+void add_functions(Load& load, NamePart* ns_name, PolyList* functions) {
+    char* name = joined(ns_name, nullptr);
     for (CFunc* func : items<CFunc>(functions))
-        if (calc_add_function(cl.calc, name, func) != 0) calc_delete_func(func);
+        if (calc_add_function(load.calc, name, func) != 0) calc_delete_func(func);
     str_delete(name);
     delete_name(ns_name);
     plist_delete(functions);
 }
 
-/* Fills in what may be null of a function, whose local names end here. */
-CFunc* finished(CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts) {
+/* Completes a function by its lists, each of which may be null, and ends the scope of its names. */
+CFunc* finished(Load& load, CFunc* func, PolyList* args, PolyList* vardefs, PolyList* stmts) {
     adopt(&func->args, args);
     adopt(&func->vardefs, vardefs);
     adopt(&func->stmts, stmts);
-    pset_empty(cl.local_names);
-    cl.local_places = 0;
+    pset_empty(load.local_names);
+    load.local_places = 0;
     return func;
 }
 
-/* One of 64 places for a name. */
+/* One of 64 bits for a name. */
 std::uint64_t place_of(const char* name) {
     return std::uint64_t{1} << ((name[0] * 5 + name[1]) & 63);
 }
 
-/* The set borrows the text, which the definition keeps. */
-void insert_local(char* name) {
-    pset_insert(cl.local_names, name);
-    cl.local_places |= place_of(name);
+/* The set borrows the text from the definition. */
+void insert_local(Load& load, char* name) {
+    pset_insert(load.local_names, name);
+    load.local_places |= place_of(name);
 }
 
-bool is_local(const char* name) {
-    return (cl.local_places & place_of(name)) && pset_peek(cl.local_names, name, nullptr) == 0;
+bool is_local(const Load& load, const char* name) {
+    return (load.local_places & place_of(name)) && pset_peek(load.local_names, name, nullptr) == 0;
 }
 
-CFuncArg* argument(CalcType type, char* name, int line) {
-    insert_local(name);
+CFuncArg* argument(Load& load, CalcType type, char* name, int line) {
+    insert_local(load, name);
     return calc_new_func_arg(name, type, line);
 }
 
-CFuncLVar* local_variable(CalcType type, char* name, CExpr* init, int line) {
-    insert_local(name);
+CFuncLVar* local_variable(Load& load, CalcType type, char* name, CExpr* init, int line) {
+    insert_local(load, name);
     return calc_new_func_lvar(name, type, init, line);
 }
 
@@ -512,14 +520,14 @@ CStmt* switch_statement(CExpr* value, PolyList* cases, PolyList* default_stmts, 
     return stmt;
 }
 
-/* A local one if there is one so far, else one of the product model. */
-CExpr* variable(char* name, int line) {
-    if (is_local(name)) return calc_new_lvar_expr(name, line);
+/* A local variable if one of this name is declared so far, else a variable of the product model. */
+CExpr* variable(const Load& load, char* name, int line) {
+    if (is_local(load, name)) return calc_new_lvar_expr(name, line);
     return calc_new_pmvar_expr(calc_new_pmvar(name), line);
 }
 
-/* What is indexed or dotted is of the product model, whatever its first component names. */
-CExpr* product_variable(ClName* name, int line) {
+/* An indexed or dotted name is of the product model, even if its first component names a local. */
+CExpr* product_variable(NamePart* name, int line) {
     CPMVar* first = nullptr;
     CPMVar* last = nullptr;
     for (; name; name = freed(name)) {
@@ -534,43 +542,45 @@ CExpr* product_variable(ClName* name, int line) {
     return calc_new_pmvar_expr(first, line);
 }
 
-/* The last component names the function, those before it the namespace. Null after a report; all
- * is freed then. */
-CExpr* call(ClName* name, PolyList* args, int line) {
-    if (!is_plain(name)) {
+/* The last component names the function, those before it the namespace. After a report, frees the
+ * arguments and returns null. */
+CExpr* call(const Load& load, NamePart* name, PolyList* args, int line) {
+    if (!is_plain(load, name)) {
         delete_name(name);
         plist_delete(args);
         return nullptr;
     }
-    ClName* last = name;
+    NamePart* last = name;
     while (last->rest)
         last = last->rest;
-    /* Nearly all names have two components, whose texts will do. */
+    /* Nearly all names have two components, whose texts are taken over. */
     char* ns_name = name->rest == last ? std::exchange(name->text, nullptr)
-                                       : calc_make_dotted_name(name, last);
+                                       : joined(name, last);
     char* fname = std::exchange(last->text, nullptr);
     delete_name(name);
     return calc_new_call_expr(ns_name, fname, args, line);
 }
 
-void warn_of_colon() {
-    if (colon_warned) return;
-    colon_warned = true;
-    report(ERROR_TYPE_WARNING, ERR_CALC_GRAM_COLON_DEPRECATED(cl_position()));
+void warn_of_colon(const Load& load) {
+    if (has_warned_of_colon) return;
+    has_warned_of_colon = true;
+    report(ERROR_TYPE_WARNING, ERR_CALC_GRAM_COLON_DEPRECATED(position_of(load).text));
 }
 
-/* Called by the parser for one thing alone: its stack is full. */
-void clerror(const char*) { report_error(ERR_PARSER(cl_position(), "parser stack overflow")); }
+/* The parser calls this only when its stack is full. */
+void clerror(const Load& load, const char*) {
+    report_error(ERR_PARSER(position_of(load).text, "parser stack overflow"));
+}
 
 } // namespace
 
-static int yyreport_syntax_error(const yypcontext_t* context) {
+static int yyreport_syntax_error(const yypcontext_t* context, Load& load) {
     const int row = yypact[*context->yyssp];
     const ActionRow<std::remove_extent_t<decltype(yycheck)>> actions = {
         yycheck, YYLAST, YYNTOKENS, row, yypact_value_is_default(row), YYSYMBOL_BAD_TOKEN,
         [](int symbol) { return yysymbol_name(static_cast<yysymbol_kind_t>(symbol)); }};
     char message[MESSAGE_BUFFER_SIZE];
     actions.print_syntax_error(message, context->yytoken);
-    report_error(ERR_PARSER(cl_position(), message));
+    report_error(ERR_PARSER(position_of(load).text, message));
     return 0;
 }

@@ -1,8 +1,4 @@
 // What the scanner, the parser and the loader of calculation source share.
-//
-// One parse runs at a time in a process. The scanner's start condition, its input buffer, the line
-// of the last block comment and the warning about colons outlive a parse; all else is set by the
-// loader.
 #ifndef NORVANE_PROJ_CLFRONTEND_H
 #define NORVANE_PROJ_CLFRONTEND_H
 
@@ -12,41 +8,44 @@
 #include "norvane/base/set.h"
 #include "norvane/base/strings.h"
 #include "norvane/proj/calc.h"
+#include "scanning.h"
 
-namespace norvane {
+namespace norvane::calculations {
 
-// One component of a dotted name. A name is a chain of them until it is known to be a variable, the
-// name of a function or that of a namespace.
-struct ClName {
+// One component of a dotted name. The parser keeps a name as a chain of them until it knows whether
+// it names a variable, a function or a namespace.
+struct NamePart {
     char* text;        // owned
-    PolyList* indices; // owned; CExpr; null where there are none
-    ClName* rest;      // owned; null in the last component
+    PolyList* indices; // owned; CExpr; null for none
+    NamePart* rest;    // owned; null in the last component
 };
 
-struct ClFrontEnd {
-    PolyHash* calc;                       // the calculation set under construction
-    PolySet* local_names;                 // the arguments and variables of the current function so
-                                          // far; borrows the texts
-    std::uint64_t local_places;           // of those names; most others are known by it
-    UtilString* buffer;                   // the string literal that is being read
-    char input_name[MESSAGE_BUFFER_SIZE]; // of the file; for messages and functions
+// What a load reads: a text or, if that is null, a file. Borrowed.
+struct Input {
+    const char* text;
+    std::size_t left; // bytes at `text`
+    SourceFile file;
 };
-extern ClFrontEnd cl;
 
-// The prefix of a message about the current line, in a buffer that the next call overwrites.
-const char* cl_position();
+// One load of calculation source.
+struct Load {
+    PolyHash* calc;             // owned; the result so far
+    PolySet* local_names;       // owned, the names borrowed; the arguments and variables of
+                                // the function so far
+    std::uint64_t local_places; // a bit for each of them, to tell most other names fast
+    UtilString* buffer;         // owned; the string literal that is being read
+    Input input;
+    char input_name[MESSAGE_BUFFER_SIZE]; // for reports and functions
+};
 
-// Make the scanner read from the start of an open file or of a text, at line 1, in the condition
-// that the last parse left. Both are borrowed until the parse ends.
-void cl_read_file(std::FILE* file);
-// True if the file could not be read to its end.
-bool cl_read_failed();
-void cl_read_text(const char* text);
+// Makes the scanner read the input of the load from line 1, in the condition that the last load has
+// left.
+void begin_scan(Load& load);
 
-} // namespace norvane
+} // namespace norvane::calculations
 
-// The next token, its value in cllval; 0 at the end of the input. The current line is kept in
-// cllloc.first_line.
+// The next token, its value in cllval, or 0 at the end of the input. The current line is that of
+// cllloc.
 int cllex();
 
 #endif

@@ -1,5 +1,4 @@
-// Loads calculation source: runs the scanner and the parser of calclexer.l and calcgrammar.y over a
-// file or a text.
+// Loads calculation source: runs the scanner and the parser over a file or a text.
 #include "norvane/proj/loadclfile.h"
 
 #include <cstdio>
@@ -10,48 +9,43 @@
 
 #include "calcgrammar.hpp"
 #include "clfrontend.h"
+#include "frames.h"
 #include "report.h"
 
-namespace norvane {
-
-ClFrontEnd cl;
-
-const char* cl_position() {
-    static char position[MESSAGE_BUFFER_SIZE];
-    str_snprintf(position, sizeof position, "%s (%d): ", cl.input_name, cllloc.first_line);
-    return position;
-}
+namespace norvane::calculations {
 
 namespace {
 
-// Parses what the scanner has been made to read.
-PolyHash* parse(const char* input_name) {
-    cl.calc = calc_new();
-    cl.buffer = ustr_new();
+bool parse(Load& load, const char* input_name) {
+    if (clparse(load) != 0) return false;
+    if (!load.input.file.failed) return true;
+    // A file that was not read to its end can still parse: by chance, and to something else.
+    report_error(ERR_FILE_OPEN(input_name));
+    return false;
+}
+
+PolyHash* load_input(const Input& input, const char* input_name) {
+    Load load{};
+    load.calc = calc_new();
+    load.buffer = ustr_new();
     // The texts belong to the arguments and variables that they name.
-    cl.local_names = pset_new(100, poly_compare_string, nullptr, poly_hash_string, nullptr);
-    str_snprintf(cl.input_name, sizeof cl.input_name, "%s", input_name);
-    bool is_loaded = clparse() == 0;
-    // What was read makes sense by chance alone if there should be more of it.
-    if (is_loaded && cl_read_failed()) {
-        report_error(ERR_FILE_OPEN(input_name));
-        is_loaded = false;
-    }
-    if (!is_loaded) {
-        calc_delete(cl.calc);
-        cl.calc = nullptr;
-    }
-    ustr_delete(cl.buffer);
-    pset_delete(cl.local_names);
-    PolyHash* calc = cl.calc;
-    cl = {};
-    return calc;
+    load.local_names = pset_new(100, poly_compare_string, nullptr, poly_hash_string, nullptr);
+    load.input = input;
+    str_snprintf(load.input_name, sizeof load.input_name, "%s", input_name);
+    begin_scan(load);
+    const bool is_loaded = parse(load, input_name);
+    pset_delete(load.local_names);
+    ustr_delete(load.buffer);
+    if (is_loaded) return load.calc;
+    calc_delete(load.calc);
+    return nullptr;
 }
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::calculations
 
 using namespace norvane;
+using namespace norvane::calculations;
 
 PolyHash* calc_import_from_clfile(const char* path) {
     NORVANE_ASSERT(path);
@@ -61,18 +55,17 @@ PolyHash* calc_import_from_clfile(const char* path) {
     }
     std::FILE* file = std::fopen(path, "r");
     if (!file) {
-        // Callers know this report, though no preprocessor runs.
+        // Callers know this failure by the name of a missing output of the preprocessor, although
+        // none runs here.
         report_error(ERR_CPP_OUTPUT_NOT_FOUND(path));
         return nullptr;
     }
-    cl_read_file(file);
-    PolyHash* calc = parse(path);
-    std::fclose(file);
+    PolyHash* calc = nullptr;
+    close_after(file, [&] { calc = load_input({nullptr, 0, {file, 0, false, 0, false}}, path); });
     return calc;
 }
 
 PolyHash* calc_import_from_string(const char* text) {
     NORVANE_ASSERT(text);
-    cl_read_text(text);
-    return parse("input string");
+    return load_input({text, std::strlen(text), {}}, "input string");
 }

@@ -1,15 +1,15 @@
 /* Calculations: sets of typed functions that work beside a product model.
  *
- * A calculation is a PolyHash from the name of a namespace to the CNameSpace; it owns both.
- * Namespaces hold functions, functions hold arguments, local variables and statements, and
- * statements hold expressions. All of them are tagged records whose texts are UTF-8, and which own
- * what they point to.
+ * A calculation is a PolyHash that maps the names of namespaces to CNameSpace records and owns
+ * both. Namespaces hold functions, functions hold arguments, local variables and statements, and
+ * statements hold expressions. Records own what they point to. String constants are in UTF-8, all
+ * other texts in code page 1252.
  *
- * Constructors take over the pointers they are given, except where told, and return new records,
- * which the delete function of their kind frees with all they own; calc_delete frees a whole
- * calculation. Pointer arguments must not be null unless told: a null is a broken invariant, with
- * the parameter's name as the text (except.h). Nothing else throws but what is told. Trees may be
- * of any depth and width that memory holds. */
+ * Constructors take over the pointers they are given, except where noted, and return new records.
+ * The delete function of a kind frees a record with everything it owns; calc_delete frees a whole
+ * calculation. Pointer arguments must not be null, except where noted: a null is a broken
+ * invariant, with the parameter's name as the text (except.h). Other throws are noted. Trees can be
+ * of any depth and width. */
 #ifndef NORVANE_PROJ_CALC_H
 #define NORVANE_PROJ_CALC_H
 
@@ -24,7 +24,7 @@
 
 NORVANE_BEGIN_DECLS
 
-/* A `line_no` that is not known. Writers then leave the line out. */
+/* An unknown `line_no`, which writers leave out. */
 #define CALC_UNDEF_LINENO (-1)
 
 /* The types of calculations. */
@@ -34,7 +34,7 @@ typedef enum CalcType {
     CTYPE_INT = 2,
     CTYPE_FLOAT = 3,
     CTYPE_STRING = 4,
-    CTYPE_VOID = 5 /* results of functions only */
+    CTYPE_VOID = 5 /* only for results of functions */
 } CalcType;
 
 /* Operators. */
@@ -93,12 +93,12 @@ typedef struct CExpr CExpr;
 typedef struct CStmt CStmt;
 typedef struct CPMVar CPMVar;
 
-/* A reference into the product model. The path `a[1].b[2][3].c` is a chain with one record for each
- * component. */
+/* A reference to a variable of the product model: a chain with one record for each component of a
+ * path such as `a[1].b[2][3].c`. */
 struct CPMVar {
-    char* name;            /* owned; this component */
+    char* name;            /* owned; of this component */
     PolyList* arr_indices; /* owned; CExpr; empty if the component is not indexed */
-    CPMVar* nested;        /* owned; the next component, null on the last */
+    CPMVar* nested;        /* owned; the next component, null for the last */
 };
 
 /* An expression. */
@@ -106,7 +106,7 @@ struct CExpr {
     CExprStructure structure; /* names the live member of `args` */
     int line_no;
     union {
-        char* lvar_name;    /* CEXPR_LVAR; owned; the local variable or argument */
+        char* lvar_name;    /* CEXPR_LVAR; owned; a local variable or argument */
         CPMVar* pmvar;      /* CEXPR_PMVAR; owned */
         int int_value;      /* CEXPR_INT_CONST */
         double float_value; /* CEXPR_FLOAT_CONST */
@@ -127,7 +127,7 @@ struct CExpr {
             CExpr* else_expr;
         } ite; /* CEXPR_ITE */
         struct {
-            char* ns_name;  /* owned; null if the call names no namespace */
+            char* ns_name;  /* owned; null for the namespace of the call */
             char* fname;    /* owned */
             PolyList* args; /* owned; CExpr */
         } call;             /* CEXPR_CALL */
@@ -172,8 +172,8 @@ struct CStmt {
             CStmt* stmt;
         } for_args;          /* CSTMT_FOR */
         CExpr* return_value; /* CSTMT_RETURN; owned; never null */
-        char* external_ref; /* CSTMT_EXTERNAL; owned; tells the evaluating tool where the body is */
-    } args;                 /* CSTMT_BREAK has no member */
+        char* external_ref;  /* CSTMT_EXTERNAL; owned; tells an evaluator where the body is */
+    } args;                  /* CSTMT_BREAK has no member */
 };
 
 /* An argument of a function. */
@@ -191,44 +191,44 @@ typedef struct CFuncLVar {
     CExpr* init; /* owned; null if there is no initial expression */
 } CFuncLVar;
 
-/* A function whose first statement is a CSTMT_EXTERNAL is external, and has only that one. */
+/* A function. An external function has one statement, a CSTMT_EXTERNAL. */
 typedef struct CFunc {
     char* name;        /* owned */
-    char* filename;    /* owned; the source that the function came from, null if unknown */
+    char* filename;    /* owned; of its source; null if unknown */
     int line_no;       /* of the definition */
     CalcType type;     /* of the result */
     CExpr* def_value;  /* owned; the default expression, null if absent */
     PolyList* args;    /* owned; CFuncArg, in the order of declaration */
-    PolyList* vardefs; /* owned; CFuncLVar, likewise */
+    PolyList* vardefs; /* owned; CFuncLVar, in the order of declaration */
     PolyList* stmts;   /* owned; CStmt */
 } CFunc;
 
-/* Both containers always hold the same functions: what must be stable goes by the list, look-ups by
- * the table. */
+/* A namespace. Both containers hold the same functions: the list in a stable order, the table for
+ * lookups. */
 typedef struct CNameSpace {
     char* name;          /* owned */
-    PolyHash* functions; /* owned, with its keys and functions: name to CFunc */
-    PolyList* func_list; /* owned without its elements: CFunc in the order of definition */
+    PolyHash* functions; /* owned; maps names to CFunc, and owns both */
+    PolyList* func_list; /* owned, its elements borrowed; CFunc in the order of definition */
 } CNameSpace;
 
-/* The word of a type: "boolean", "integer", "float", "string", "void"; "undef" for all else. */
+/* The keyword of a type: "boolean", "integer", "float", "string" or "void"; else "undef". */
 NORVANE_PROJ_API const char* calc_type2string(CalcType type);
 
-/* An operator as it is spelled in source. Any other number ends in a failure. */
+/* The spelling of an operator in source. Throws "Invalid operator '%d'" for any other number. */
 NORVANE_PROJ_API const char* calc_opr2string(COprType opr);
 
 /* Expressions. */
 
-/* New leaves: a local variable or argument, a reference into the model, a constant. Pointers are
- * taken over. */
+/* New leaves: a local variable or argument, a variable of the product model, constants. Pointers
+ * are taken over. */
 NORVANE_PROJ_API CExpr* calc_new_lvar_expr(char* varname, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_pmvar_expr(CPMVar* pmvar, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_intconst_expr(int value, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_boolconst_expr(int value, int line_no);
 NORVANE_PROJ_API CExpr* calc_new_floatconst_expr(double value, int line_no);
 
-/* Takes `value` over; null counts as the empty text. A text that is not UTF-8 is taken to be in
- * code page 1252 and is converted. */
+/* Takes over `value`; null stands for the empty text. With `is_utf8` false the text is converted
+ * from code page 1252. */
 NORVANE_PROJ_API CExpr* calc_new_stringconst_expr(char* value, int line_no, bool is_utf8);
 
 /* New inner nodes, which take over their operands. */
@@ -244,24 +244,24 @@ NORVANE_PROJ_API CExpr* calc_new_call_expr(char* ns_name, char* fname, PolyList*
 /* Appends an argument. Asserts "call->structure == CEXPR_CALL". */
 NORVANE_PROJ_API void calc_add_call_argument(CExpr* call, CExpr* arg);
 
-/* A deep copy with the same lines; null for an unknown structure. A string constant is taken for
- * code page 1252 once more, so a text outside ASCII comes out encoded twice. */
+/* A deep copy with the same lines; null for an unknown structure. Callers rely on string constants
+ * being converted from code page 1252 again: in a copy, characters outside ASCII are encoded twice.
+ */
 NORVANE_PROJ_API CExpr* calc_copy_expr(const CExpr* expr);
 
-/* Frees a whole tree. */
+/* Frees a whole tree. Throws "Found invalid expression structure : %d" for an unknown structure. */
 NORVANE_PROJ_API void calc_delete_expr(CExpr* expr);
 
 /* One component of a path, without indices and without a next component. */
 NORVANE_PROJ_API CPMVar* calc_new_pmvar(char* name);
 NORVANE_PROJ_API void calc_add_pmvar_arr_index(CPMVar* pmvar, CExpr* idx);
-/* Sets the next component; one that is there already is not freed. */
+/* Sets the next component without freeing the one that it replaces. */
 NORVANE_PROJ_API void calc_set_pmvar_nested(CPMVar* pmvar, CPMVar* nested);
 /* A deep copy of the whole path. */
 NORVANE_PROJ_API CPMVar* calc_copy_pmvar(CPMVar* pmvar);
 NORVANE_PROJ_API void calc_delete_pmvar(CPMVar* pmvar);
 
-/* Statements. A list of statements that is given may come without a delete callback: its statements
- * are freed with it all the same. */
+/* Statements. Lists of statements need no delete callback: their statements are freed with them. */
 
 /* `else_stmt` may be null. */
 NORVANE_PROJ_API CStmt* calc_new_ite_stmt(CExpr* cond, CStmt* then_stmt, CStmt* else_stmt,
@@ -269,17 +269,18 @@ NORVANE_PROJ_API CStmt* calc_new_ite_stmt(CExpr* cond, CStmt* then_stmt, CStmt* 
 NORVANE_PROJ_API CStmt* calc_new_block_stmt(PolyList* stmts, int line_no);
 /* A null `expr` makes the empty statement. */
 NORVANE_PROJ_API CStmt* calc_new_expr_stmt(CExpr* expr, int line_no);
-/* A switch without cases and without a default branch. */
+/* A switch without branches. */
 NORVANE_PROJ_API CStmt* calc_new_switch_stmt(CExpr* switch_value, int line_no);
 NORVANE_PROJ_API CStmt* calc_new_while_stmt(CExpr* cond, CStmt* stmt, int line_no);
 NORVANE_PROJ_API CStmt* calc_new_do_stmt(CExpr* cond, CStmt* stmt, int line_no);
-/* Each of the three clauses may be null. They are expressions: an assignment is one. */
+/* Each of the three clauses, which are expressions such as assignments, may be null. */
 NORVANE_PROJ_API CStmt* calc_new_for_stmt(CExpr* init, CExpr* cond, CExpr* incr, CStmt* stmt,
                                           int line_no);
 NORVANE_PROJ_API CStmt* calc_new_return_stmt(CExpr* return_value, int line_no);
 NORVANE_PROJ_API CStmt* calc_new_break_stmt(int line_no);
-/* Copies the text, which stays the caller's. */
+/* Copies the text. */
 NORVANE_PROJ_API CStmt* calc_new_external_stmt(const char* external_ref, int line_no);
+/* Throws "Found invalid statement structure : %d" for an unknown structure. */
 NORVANE_PROJ_API void calc_delete_stmt(CStmt* stmt);
 
 /* A branch of a switch; a null `expr` makes a default branch. */
@@ -294,15 +295,15 @@ NORVANE_PROJ_API void calc_add_switch_case(CStmt* switch_stmt, CCase* ccase);
  * at most one. */
 NORVANE_PROJ_API void calc_add_switch_default(CStmt* switch_stmt, PolyList* stmts);
 
-/* Inserts into `free_vars`, a set of texts that copies what it is given, every name that the
- * statements (CStmt) read or write, of locals as well as of the model. The components of a path are
- * joined without a separator, so that `a.b` gives "ab"; indices are not visited. Asserts "expr" on
- * an empty statement and on a default branch: callers hand in lists without these. */
+/* Inserts every name that the statements (CStmt) read or write, of locals and of the product model,
+ * into `free_vars`, a set that copies its texts. The components of a path are joined without a
+ * separator, so that `a.b` gives "ab"; indices are not visited. Asserts "expr" on an empty
+ * statement and on a default branch. */
 NORVANE_PROJ_API void calc_find_free_vars(PolyList* stmts, PolySet* free_vars);
 
 /* Functions. */
 
-/* An argument of a function, which takes the name over; and the end of one. */
+/* An argument of a function, which takes over the name. */
 NORVANE_PROJ_API CFuncArg* calc_new_func_arg(char* name, CalcType type, int line_no);
 NORVANE_PROJ_API void calc_delete_func_arg(CFuncArg* arg);
 
@@ -310,8 +311,8 @@ NORVANE_PROJ_API void calc_delete_func_arg(CFuncArg* arg);
 NORVANE_PROJ_API CFuncLVar* calc_new_func_lvar(char* name, CalcType type, CExpr* init, int line_no);
 NORVANE_PROJ_API void calc_delete_func_lvar(CFuncLVar* lvar);
 
-/* A function without arguments, locals and statements. `def_value` may be null; `filename`, which
- * may be null too, is copied. */
+/* A function without arguments, locals and statements. `def_value` and `filename` may be null;
+ * `filename` is copied. */
 NORVANE_PROJ_API CFunc* calc_new_func(char* name, CalcType type, CExpr* def_value,
                                       const char* filename, int line_no);
 NORVANE_PROJ_API void calc_add_function_arg(CFunc* func, CFuncArg* arg);
@@ -331,27 +332,27 @@ NORVANE_PROJ_API void calc_delete_namespace(CNameSpace* ns);
 
 /* The namespace of that name, borrowed, or null. */
 NORVANE_PROJ_API CNameSpace* calc_get_namespace(const PolyHash* calc, const char* ns_name);
-/* The namespace of that name, borrowed, which is made if need be. */
+/* The namespace of that name, borrowed. It is created if there is none. */
 NORVANE_PROJ_API CNameSpace* calc_add_namespace(PolyHash* calc, const char* ns_name);
 
 /* The function of that name, borrowed, or null. */
 NORVANE_PROJ_API CFunc* calc_get_function(const CNameSpace* ns, const char* f_name);
 
-/* Adds the function to the namespace, which is made if need be, and takes it over: 0. If the name
- * is taken (arguments play no part), reports ERR_CALC_FNC_REDEF and returns -1: the first function
- * stays, and `func` stays the caller's. */
+/* Adds the function, which the calculation takes over, and returns 0. The namespace is created if
+ * there is none. If the namespace has a function of that name, with whatever arguments: -1 after
+ * reporting ERR_CALC_FNC_REDEF, and the caller keeps `func`. */
 NORVANE_PROJ_API int calc_add_function(PolyHash* calc, const char* ns_name, CFunc* func);
 
 /* Removes and frees the function: 0, or -1 if there is no such namespace or function. */
 NORVANE_PROJ_API int calc_remove_function(PolyHash* calc, const char* ns_name, const char* f_name);
 
 /* Moves all functions of `calc2` into `calc1` and frees `calc2`. A function whose name is taken is
- * reported as by calc_add_function, and the merge goes on; nobody owns it then, and it is not
- * freed, since callers keep pointers into what they merge. */
+ * reported as by calc_add_function and not freed, since callers keep pointers to the functions that
+ * they merge. */
 NORVANE_PROJ_API void calc_merge(PolyHash* calc1, PolyHash* calc2);
 
-/* 1 if the namespace is one of the built-in catalogue's ("CtrlMngr", "System", "String", "Calc",
- * "Pricing", "Environment", exactly), else 0. */
+/* 1 if the name is exactly that of a namespace of the catalogue ("CtrlMngr", "System", "String",
+ * "Calc", "Pricing", "Environment"), else 0. */
 NORVANE_PROJ_API int calc_ns_name_is_reserved(const char* ns_name);
 
 NORVANE_END_DECLS

@@ -1,16 +1,17 @@
-/* Writing a calculation as XML, of the document type "clx.dtd" and for the style sheet "clx.xsl".
+/* Writes a calculation as XML, with the document type "clx.dtd" and the style sheet "clx.xsl".
  *
- * All arguments are required and borrowed. With `line_info` non-zero, lines that are known and the
- * names of source files are written too. Namespaces come in the order of the table, functions in
- * that of their definition.
+ * All arguments are required and borrowed. If `line_info` is non-zero, known lines and the names of
+ * source files are written. Namespaces are written in table order, functions in the order of
+ * definition.
  *
- * Writing fills in what the language leaves out: a call without a namespace gets the one that it
- * stands in, and a local variable without an initial expression gets that of its type's zero, in
- * the tree as well. Control characters in texts become "?", but for tabs and line ends.
+ * Two things that source can leave out are completed: a call without a namespace is written with
+ * the namespace of its function, and a local variable without an initial expression is written with
+ * the zero of its type, which is also added to the tree. Control characters in texts, except tabs
+ * and line ends, become "?".
  *
- * A broken tree ends in a failure of kind 1 (except.h): "Found invalid calculational type : %d" (so
- * does a void local without an initial expression), "Found invalid operator : %d", "Found invalid
- * expression structure : %d", "Found invalid statement structure : %d". */
+ * A tree with a tag outside its enumeration throws kind 1 (except.h): "Found invalid calculational
+ * type : %d" (also for a void local without an initial expression), "Found invalid operator : %d",
+ * "Found invalid expression structure : %d" or "Found invalid statement structure : %d". */
 #ifndef NORVANE_PROJ_CALC_EXPORT_H
 #define NORVANE_PROJ_CALC_EXPORT_H
 
@@ -22,17 +23,17 @@
 
 NORVANE_BEGIN_DECLS
 
-/* The `calculation` element: a new tree, freed with xml_node_delete unless it is given to a parent
- * or a document. */
+/* The `calculation` element: a new tree, which the caller frees with xml_node_delete or gives to a
+ * parent or a document. */
 NORVANE_PROJ_API XmlNode* calc_export_to_xml_node(PolyHash* calc, int line_info);
 
-/* Writes the document to an open stream. Write errors are the caller's to look for (ferror). */
+/* Writes the document to a stream, which stays open. The caller checks for write errors (ferror).
+ */
 NORVANE_PROJ_API void calc_export_to_stream(FILE* out, PolyHash* calc, int line_info);
 
-/* Writes the document to a new file, or, if the name is "-", to the standard output, which stays
- * open: 0, or -1 after reporting ERR_FILE_OPEN_WRITE if the file cannot be opened, which leaves the
- * tree as it was. Write errors are not looked at. A broken tree fails with what the file held still
- * in it. */
+/* Writes the document to a file, or to standard output for "-": 0, or -1 after reporting
+ * ERR_FILE_OPEN_WRITE if the file cannot be opened; the tree is unchanged then. Write errors are
+ * not reported. If a broken tree throws, an existing file keeps its content and is closed. */
 NORVANE_PROJ_API int calc_export_to_file(const char* filename, PolyHash* calc, int line_info);
 
 NORVANE_END_DECLS

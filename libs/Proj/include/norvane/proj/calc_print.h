@@ -1,25 +1,29 @@
-/* Printing a calculation, or a function of it, as source.
+/* Prints a calculation, or one of its functions, as source.
  *
- * Every binary operation is bracketed and a unary one is not. Reading the output back gives the
- * same tree, but for what the language cannot spell so:
- *   - "(- a * b)" and "(not a = b)", where the unary operation is the left operand, read back as
- *     -(a * b) and not (a = b);
- *   - where the body of a `while` begins with a bracket, a condition that ends in a name or an
- * index
- *     (`a`, `not a`, `a[1]`) takes it for the arguments of a call; a body that begins with a minus
- * is subtracted from any condition;
- *   - an `else` whose `if` has a body that ends in an `if` without one, other than in a block: it
- *     becomes that of the inner `if`;
- *   - an assignment to anything but a name;
- *   - a local without a first value, a call without a namespace, a default beside an external
- *     function, a namespace without functions, a negative or infinite number;
- *   - the letter y with two dots: sources end, or go on without it, at its byte, 255;
- *   - names that are no names of the language, and an external function's text with a quote in it.
- * Texts are written in code page 1252, characters outside of it as "?".
+ * Binary operations are bracketed, unary operations are not. Texts are written in code page 1252;
+ * characters outside it become "?". Reading the output gives the same tree, with these exceptions:
  *
- * Each UtilString is new, and the caller's. Null arguments and negative indentations are broken
- * invariants. Trees may be as deep as memory allows; nested statements are each indented two blanks
- * more, so their text grows with the square of their depth. */
+ * - A unary operation that is a left operand: "(- a * b)" reads as -(a * b), "(not a = b)" as
+ *   not (a = b).
+ *
+ * - A `while` whose body begins with a bracket or a minus. After a condition that ends in a name or
+ *   an index, the bracket reads as the arguments of a call; after any condition, the minus reads as
+ * a subtraction.
+ *
+ * - An `else` after a body that ends, outside a block, in an `if` without `else`: it reads as the
+ *   `else` of the inner `if`.
+ *
+ * - Trees that source cannot express: an assignment to anything but a name, a local without an
+ *   initial value, a call without a namespace, an external function with a default, a namespace
+ *   without functions, a negative or infinite number, names that are not identifiers, and a quote
+ * in the text of an external function.
+ *
+ * - The character 255 (a "y" with diaeresis), which readers of source drop or take as its end.
+ *
+ * Each function returns a new UtilString, which the caller frees with ustr_delete. Null arguments
+ * and negative indentations are broken invariants (except.h), as are tags outside their
+ * enumerations; the text is lost then. Trees can be of any depth. Each nested statement is indented
+ * by two more blanks, so that the output grows with the square of the depth. */
 #ifndef NORVANE_PROJ_CALC_PRINT_H
 #define NORVANE_PROJ_CALC_PRINT_H
 
@@ -32,22 +36,23 @@
 
 NORVANE_BEGIN_DECLS
 
-/* All namespaces in the order in which they came, each with its functions in theirs. */
+/* All namespaces in the order of their insertion, with their functions in the order of definition.
+ */
 NORVANE_PROJ_API UtilString* calc_prt(PolyHash* calc);
 
-/* One function, `n_indent` blanks from the left: its header, and then either where an external
- * function lies or the code. A function without statements gets an empty body. */
+/* One function, indented by `n_indent` blanks: its header, then its code or, for an external
+ * function, the reference. A function without statements gets an empty body. */
 NORVANE_PROJ_API UtilString* calc_prt_function(CFunc* func, int n_indent);
 
-/* The line with the type, the name, the arguments and the default. */
+/* The line with the type, the name, the arguments and the default expression. */
 NORVANE_PROJ_API UtilString* calc_prt_function_header(CFunc* func, int n_indent);
 
-/* The local variables and the statements, in braces. An external function has no code: to print it
- * so is a broken invariant. */
+/* The local variables and the statements, in braces. An external function, which has no code, is a
+ * broken invariant. */
 NORVANE_PROJ_API UtilString* calc_prt_function_code(CFunc* func, int n_indent);
 
-/* Writes what calc_prt gives to a stream, which stays open. Write errors are the caller's to look
- * for (ferror, and the result of fclose). */
+/* Writes the output of calc_prt to a stream, which stays open. The caller checks for write errors
+ * (ferror, the result of fclose). */
 NORVANE_PROJ_API void calc_to_file(PolyHash* calc, FILE* file);
 
 NORVANE_END_DECLS
