@@ -217,27 +217,6 @@ TEST(VarOrder, IsReadByItsFormatAndNoOther) {
     expect_outcomes("xml/var_orders.txt", read_order);
 }
 
-TEST(VarOrder, AFailureOfAnotherKindIsThrownOn) {
-    const TemporaryFolder folder;
-    const std::string path =
-        folder.write("in.xml", "<var_order><var>a</var><var>a</var></var_order>");
-    msg_set_error_sink(
-        [](ErrorType, ErrorInfo* error, void*) {
-            err_delete(error);
-            except_report_errormsg("the sink's own");
-            except_throw(EXCEPT_CHECKER, 7, "sink.cpp");
-        },
-        nullptr);
-    static ExceptionState state;
-    const auto import = [](void* user) { var_order_import(static_cast<const char*>(user)); };
-    EXPECT_EQ(except_catch(import, const_cast<char*>(path.c_str()), &state), 1);
-    msg_set_error_sink(nullptr, nullptr);
-    EXPECT_EQ(state.kind, EXCEPT_CHECKER);
-    EXPECT_STREQ(state.message, "the sink's own");
-    EXPECT_STREQ(state.file, "sink.cpp");
-    EXPECT_EQ(state.line, 7);
-}
-
 TEST(SideData, FilesThatCannotBeOpenedAreReported) {
     const Reports reports;
     EXPECT_EQ(pres_export(presentation({}).get(), "/nowhere/p.xml"), -1);
@@ -247,27 +226,6 @@ TEST(SideData, FilesThatCannotBeOpenedAreReported) {
     EXPECT_EQ(var_order_import("/nowhere/v.xml"), nullptr);
     EXPECT_EQ(reports.names(),
               "ERR_FILE_OPEN_WRITE ERR_FILE_OPEN_WRITE ERR_FILE_OPEN ERR_FILE_OPEN");
-}
-
-TEST(SideData, NullArgumentsAreBrokenInvariants) {
-    const PresentationPtr owner = presentation({});
-    const ListPtr names = order({});
-    PolyHash* p = owner.get();
-    String value;
-    pres_delete(nullptr);
-    var_order_delete(nullptr);
-    const std::pair<const char*, std::function<void()>> rows[] = {
-        {"layer_name", [&] { pres_get_layer(p, nullptr); }},
-        {"key", [&] { pres_get_value(p, value, "", nullptr); }},
-        {"presentation", [&] { pres_add_key_value(nullptr, "", "", ""); }},
-        {"value", [&] { pres_add_key_value(p, "", "", nullptr); }},
-        {"value", [&] { pres_add_key_value_utf8(p, "", "", nullptr); }},
-        {"source", [&] { pres_merge(p, nullptr); }},
-        {"name", [&] { var_order_add_variable(names.get(), nullptr); }},
-    };
-    for (const auto& [parameter, body] : rows)
-        EXPECT_EQ(thrown(body), "1: " + std::string(parameter));
-    EXPECT_EQ(text(p), "");
 }
 
 } // namespace

@@ -125,39 +125,6 @@ TEST(SymbolTable, TakesTheVeryEnvironmentOutThatItsGuardHasPushed) {
     EXPECT_EQ(names.find("x", false), "none");
 }
 
-TEST(SymbolTable, StopsOnMisuse) {
-    Names names;
-    SymbolTable* table = names.table.get();
-    TypePtr boolean(tc_new_bool_tc(1)), record(tc_new_prod_tc(1));
-    const auto make = [&](int kind, TypePtr& typecon, PolyHash* environment) {
-        const auto ndtype = static_cast<NameDataType>(kind);
-        return thrown(
-            [&] { symtbl_new_namedata(ndtype, typecon.get(), environment, 0, 0.0, "", 0); });
-    };
-    EXPECT_EQ(make(ND_INT, boolean, nullptr), "1: !typecon");
-    EXPECT_EQ(make(ND_LABEL, boolean, table->global_table), "1: !environment");
-    EXPECT_EQ(make(ND_TYPE, record, nullptr),
-              "1: IMPLIES( typecon->contype == TC_PROD, environment )");
-    EXPECT_EQ(make(7, boolean, nullptr), "1: Invalid name data type '7'");
-    EXPECT_EQ(thrown([] { symtbl_new_symbol_table_env(0); }), "1: size >= 1");
-    EXPECT_EQ(thrown([&] { symtbl_pop_env(table); }), "1: symboltable->local_table->len > 1");
-
-    boolean->contype = 10;
-    char name[] = "n";
-    NameData* namedata = symtbl_new_namedata(ND_TYPE, boolean.get(), nullptr, 0, 0.0, nullptr, 0);
-    phash_insert(table->global_table, name, namedata);
-    PolyHash* result;
-    EXPECT_EQ(
-        thrown([&] { symtbl_lookup_env(names.project->line_info, table, name, 0, &result, 1); }),
-        "1: Invalid type construtor '10'");
-    boolean->contype = TC_BOOL;
-
-    SymbolTable empty = {table->global_table, plist_new(nullptr, nullptr, nullptr)};
-    EXPECT_EQ(thrown([&] { symtbl_lookup(&empty, name, 1, &namedata); }),
-              "1: Variable environment is NULL");
-    plist_delete(empty.local_table);
-}
-
 constexpr const char* paths_model = R"(
 constant N : 3;
 type Leaf : { a : boolean; b : array 2 of array 3 of [0..3]; };
@@ -238,22 +205,6 @@ TEST(SymbolTable, FindsTheEnvironmentOfATypeThroughItsNames) {
                                     &typecon, 7),
               STATUS_FAILURE);
     EXPECT_EQ(reports.text(), "ERR_TYPE_UNDEF: model.pm (7): Undefined type 'row'\n");
-}
-
-TEST(SymbolTable, DeletesRecordsOfAnyDepthOnASmallStack) {
-    with_small_stack([] {
-        TypePtr record(tc_new_prod_tc(1));
-        char name[] = "n";
-        PolyHash* environment = symtbl_new_symbol_table_env(1);
-        for (int depth = 0; depth < 200'000; ++depth) {
-            PolyHash* outer = symtbl_new_symbol_table_env(1);
-            phash_insert(
-                outer, name,
-                symtbl_new_namedata(ND_VARIABLE, record.get(), environment, 0, 0.0, nullptr, 1));
-            environment = outer;
-        }
-        symtbl_delete_symbol_table_env(environment);
-    });
 }
 
 } // namespace

@@ -5,22 +5,16 @@
 #include <algorithm>
 #include <cmath>
 
-#include "norvane/base/items.hpp"
 #include "norvane/proj/xml_export.h"
 #include "norvane/proj/xml_import.h"
+#include "shape.h"
 #include "support.h"
 #include "xml_files.h"
 
 namespace norvane::test {
 namespace {
 
-// The tree with the line of every record, as "KIND@LINE".
-
-std::string at(unsigned line) {
-    return "@" + std::to_string(line);
-}
-
-std::string tree(const Expr* expr);
+// The tree with the line of every record.
 
 template <typename T, typename Print>
 std::string tree_list(const PolyList* list, Print print) {
@@ -30,58 +24,17 @@ std::string tree_list(const PolyList* list, Print print) {
     return text;
 }
 
-std::string exprs(const PolyList* list) {
-    return tree_list<Expr>(list, [](const Expr* e) { return tree(e); });
-}
-
-std::string tree(const IdCon* idcon) {
-    const std::string place = at(idcon->linenumber);
-    if (idcon->contype == IDCON_SIMPLE) return idcon->args.id.idname + place;
-    if (idcon->contype == IDCON_ARRAY)
-        return idcon->args.array.idname + place + "[" + exprs(idcon->args.array.exprlist) + "]";
-    return "path" + place + "(" + tree(idcon->args.compositid.hier) + " . " +
-           tree(idcon->args.compositid.nested) + ")";
-}
-
-std::string tree(const Expr* expr) {
-    const auto& args = expr->args;
-    const std::string node = std::to_string(expr->opr) + at(expr->linenumber);
-    switch (expr->structure) {
-    case EXPR_BINARY:
-        return "op" + node + "(" + tree(args.binargs.leftarg) + ", " + tree(args.binargs.rightarg) +
-               ")";
-    case EXPR_UNARY: return "uop" + node + "(" + tree(args.arg) + ")";
-    case EXPR_IDCONSTRUCTOR: return "id" + at(expr->linenumber) + " " + tree(args.idcon);
-    case EXPR_INT_CONST: return "const" + node + " " + std::to_string(args.intconst.value);
-    case EXPR_STRING_CONST: return "string" + at(expr->linenumber) + " '" + args.str + "'";
-    case EXPR_FLOAT_CONST:
-        return "float" + at(expr->linenumber) + " " + util_double_to_str(args.floatconst.value);
-    case EXPR_ITE:
-        return "if" + at(expr->linenumber) + "(" + tree(args.ite.logictest) + ", " +
-               tree(args.ite.trueexpr) + ", " + tree(args.ite.falseexpr) + ")";
-    case EXPR_RANGE:
-        return "range" + node + " " + args.range.lambdavar + "(" + tree(args.range.rangebegin) +
-               ", " + tree(args.range.rangeend) + ", " + tree(args.range.lambdaexpr) + ")";
-    case EXPR_CASE:
-        return "case" + at(expr->linenumber) + " " + tree(args.caseexpr.casevar) + " of " +
-               exprs(args.caseexpr.exprlist_condition) + " then " +
-               exprs(args.caseexpr.exprlist_evaluation) + " default " +
-               tree(args.caseexpr.default_expr);
-    }
-    return "?";
-}
-
 std::string tree(const VarDecl* vardecl);
 
 std::string tree(const RuleDecl* rule) {
-    return "rule" + at(rule->linenumber) + ": " + tree(rule->rule);
+    return "rule" + at(rule->linenumber) + ": " + shape(rule->rule);
 }
 
 std::string tree(TypeCon* type) {
     const std::string node = tc_type_to_string(type) + at(type->linenumber);
     const auto& values = type->values;
     switch (type->contype) {
-    case TC_INT: return node + " " + tree(values.upper);
+    case TC_INT: return node + " " + shape(values.upper);
     case TC_PROD:
         return node + "{" +
                tree_list<VarDecl>(values.prod.fields, [](const VarDecl* v) { return tree(v); }) +
@@ -92,7 +45,7 @@ std::string tree(TypeCon* type) {
         return node + "[" +
                tree_list<char>(values.labels, [](const char* l) { return std::string(l); }) + "]";
     case TC_ARRAY:
-        return node + " " + tree(values.array.size) + " of " + tree(values.array.element);
+        return node + " " + shape(values.array.size) + " of " + tree(values.array.element);
     case TC_NAMED: return node + " " + values.name;
     case TC_OPTIONAL: return node + " " + tree(values.base);
     default: return node;
@@ -107,7 +60,7 @@ std::string tree(const VarDecl* vardecl) {
 std::string tree(const Project* project) {
     std::string text;
     for (const auto* c : items<ConstantDecl>(project->constantdecllist))
-        text += "constant " + (c->name + at(c->linenumber)) + ": " + tree(c->value) + "; ";
+        text += "constant " + (c->name + at(c->linenumber)) + ": " + shape(c->value) + "; ";
     for (const auto* t : items<TypeDecl>(project->typedecllist))
         text += "type " + (t->name + at(t->linenumber)) + ": " + tree(t->typecon) + "; ";
     for (const auto* v : items<VarDecl>(project->vardecllist))
@@ -173,32 +126,17 @@ TEST(ModelXml, TheProjectHasTheNameOfItsFile) {
     EXPECT_EQ(project->name, file.path());
     EXPECT_EQ(project->filename, file.path());
     EXPECT_EQ(project->description, nullptr);
-    char position[MESSAGE_BUFFER_SIZE];
-    proj_line_information(project->line_info, 7, position);
-    EXPECT_EQ(position, file.path() + " (7): ");
     EXPECT_EQ(joined(file.written(project.get())),
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
               "<!DOCTYPE model SYSTEM \"product_model.dtd\">\n<model/>\n");
-}
-
-TEST(ModelXml, FilesThatCannotBeReadAreReported) {
-    const TemporaryFolder folder;
-    const std::string missing = folder.path() + "/none.xml";
-    const Reports reports;
-    EXPECT_EQ(proj_import_from_xmlfile(missing.c_str()), nullptr);
-    EXPECT_EQ(proj_import_from_xmlfile(folder.path().c_str()), nullptr);
-    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_FILE_OPEN");
 }
 
 // What is written reads back as what writes the same, and prints as source that does so too.
 TEST(ModelXml, RoundTripsReachAFixpoint) {
     const XmlFile file;
     for (const std::string& source :
-         {test_data("model/data/xml/every_construct.pm"), std::string("rule true;"),
-          std::string(
-              "variable x : [a]; rule ((a and (b and c)) or d) or (e -> (f and (g or h)));"),
-          std::string(
-              "rule forall i in [0..2] : (1 - (2 - (i - x[i][2].y)) * (3 * 4) < -(-5));")}) {
+         {test_data("model/data/xml/every_construct.pm"),
+          std::string("rule 1 - (2 - (i - x[i][2].y)) * (3 * 4) < -(-5);")}) {
         const ProjectPtr project = parse(source);
         const std::string xml = file.written(project.get());
         EXPECT_EQ(validity(file.path()), "");
@@ -243,11 +181,7 @@ TEST(ModelXml, WhatTheFormatCannotHoldStopsTheWriterBeforeTheFileIsTouched) {
         const char* message;
     } rows[] = {
         {"a / b", same, same, same, same, "Invalid binary operator"},
-        {"a + b", same, OPR_SHL, same, same, "Invalid binary operator"},
-        {"a + b", same, OPR_SHR, same, same, "Invalid binary operator"},
         {"a = b", same, OPR_UBOUND_EQ, same, same, "Invalid binary operator"},
-        {"a = b", same, OPR_NOT, same, same, "Invalid binary operator"},
-        {"not a", same, OPR_PLUS, same, same, "Invalid binary operator"},
         {"5", same, OPR_FLOATCONST, same, same, "Invalid constant expression"},
         {"sum i in [0..1] : (i)", same, OPR_AND, same, same, "Invalid range expression"},
         {"5", 42, same, same, same, "Invalid expression"},
@@ -276,16 +210,7 @@ TEST(ModelXml, WhatTheFormatCannotHoldStopsTheWriterBeforeTheFileIsTouched) {
         EXPECT_EQ(read_file(file.path()), "<untouched/>");
         *expr = before;
     }
-    const ProjectPtr project = parse("variable x : optional boolean;");
-    auto* variable = static_cast<VarDecl*>(plist_hd(project->vardecllist));
-    variable->typecon->values.base->contype = 10;
-    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), file.path().c_str()); }),
-              "1: Invalid type constructor type '10'");
-    variable->typecon->values.base->contype = TC_BOOL;
-    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(nullptr, "x"); }), "1: project");
-    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), nullptr); }), "1: filename");
-    EXPECT_EQ(thrown([&] { proj_import_from_xmlfile(nullptr); }), "1: filename");
-
+    const ProjectPtr project = parse("");
     const Reports reports;
     EXPECT_EQ(proj_export_to_xmlfile(project.get(), "/nowhere/at.xml"), -1);
     EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE");
@@ -336,11 +261,8 @@ TEST(ModelXml, AMillionNestedElementsAreReadWrittenAndRefused) {
          "</ruledecl>"},
         {50'000, "<ruledecl>", "<expr><op opr='imp'><expr><true/></expr>", "<expr><true/></expr>",
          "</op></expr>", "</ruledecl>"},
-        {50'000, "<ruledecl><expr>", "<idcon name='a'>", "", "</idcon>", "</expr></ruledecl>"},
         {50'000, "<ruledecl><expr>", "<idcon name='a'><indexlist><expr>", "<true/>",
          "</expr></indexlist></idcon>", "</expr></ruledecl>"},
-        {50'000, "<typedecl name='t'>", "<type><optional>", "<type><bool/></type>",
-         "</optional></type>", "</typedecl>"},
         {50'000, "<typedecl name='t'>", "<type><record><vardecl is_private='' name='v'>",
          "<type><bool/></type>", "</vardecl></record></type>", "</typedecl>"},
     };
