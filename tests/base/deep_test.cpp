@@ -183,17 +183,6 @@ TEST(DeepTest, AJumpOfTheHostOutOfASegmentIsNoticed) {
     });
 }
 
-TEST(DeepTest, GoingUpAndDownAcrossABorderMapsNothingNew) {
-    on_fresh_stack([] {
-        const long before = page_faults();
-        for (int i = 0; i < 10'000; ++i)
-            ASSERT_EQ(on_fresh_stack([] { return sum(10, nothing); }), sum_to(10));
-        if (faults_count) {
-            EXPECT_LT(page_faults() - before, 1'000);
-        }
-    });
-}
-
 // The address sanitizer wants to be told of such a stack, and reserves more address space than any
 // limit allows.
 #ifndef NORVANE_ASAN

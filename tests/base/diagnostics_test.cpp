@@ -68,36 +68,6 @@ TEST(DiagnosticsTest, AReportWithEveryKindOfRunIsSetForAPerson) {
     err_delete(error);
 }
 
-TEST(DiagnosticsTest, EveryBuilderHasItsNameAsIdentityAllArgumentsInItsTitleAndADescription) {
-    struct {
-        ErrorInfo* error;
-        const char* line;
-    } const cases[] = {
-        {ERR_CPP(), "ERR_CPP: The preprocessor failed"},
-        {ERR_CPP_OUTPUT_NOT_FOUND("%s.pm"),
-         "ERR_CPP_OUTPUT_NOT_FOUND: The input file '%s.pm' cannot be opened"},
-        {ERR_FILE_NOT_EXISTS("a"), "ERR_FILE_NOT_EXISTS: The file 'a' does not exist"},
-        {ERR_FILE_OPEN("a"), "ERR_FILE_OPEN: The file 'a' cannot be opened"},
-        {ERR_FILE_OPEN_WRITE("a"),
-         "ERR_FILE_OPEN_WRITE: The file 'a' cannot be opened for writing"},
-        {ERR_LIBRARY_LOAD("libnone.so", "no such file"),
-         "ERR_LIBRARY_LOAD: The library 'libnone.so' cannot be loaded: no such file"},
-        {ERR_MUB_MODULE_NOT_FOUND("bike", "b.mub"),
-         "ERR_MUB_MODULE_NOT_FOUND: The model 'bike' is not found in the package 'b.mub'"},
-        {ERR_XML_MALFORMED("a.xml", 3, "no element found"),
-         "ERR_XML_MALFORMED: a.xml (3): Malformed XML: no element found"},
-        {ERR_XML_NO_TAGS(), "ERR_XML_NO_TAGS: The XML document contains no known tags"},
-        {ERR_XML_PARSER("tag"), "ERR_XML_PARSER: The XML document is not valid: tag"},
-        {ERR_MUB_MODULE_NOT_FOUND(nullptr, nullptr),
-         "ERR_MUB_MODULE_NOT_FOUND: The model '' is not found in the package ''"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.error->name + std::string(": ") + c.error->message, c.line);
-        EXPECT_GT(plist_length(c.error->paragraphs), 0u) << c.line;
-        err_delete(c.error);
-    }
-}
-
 TEST(DiagnosticsTest, ReportsGoToTheSinkStampedAndToStandardErrorWithoutOne) {
     struct Seen {
         std::string text;

@@ -161,18 +161,6 @@ TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
     EXPECT_EQ("first: \nmember: text\n", listing(path));
 }
 
-TEST(Packages, CannotBeMadeWhereNoFileCanBe) {
-    const TemporaryFolder folder;
-    CFilePackage package;
-    for (const std::string& path : {std::string(), folder.path(), folder.path() + "/",
-                                    folder.path() + "/none/a.mub", std::string("/dev/full")}) {
-        EXPECT_FALSE(package.createPackage(path.c_str(), "")) << path;
-        EXPECT_FALSE(package.isOpen() || package.importFile("/dev/null", "x"));
-        EXPECT_FALSE(package.open("x", FILE_OPEN_CREATE_WRITE).isOpen());
-        EXPECT_FALSE(package.closeAndSave());
-    }
-}
-
 TEST(Packages, WhatIsNoPackageDoesNotOpen) {
     const TemporaryFolder folder;
     mkfifo((folder.path() + "/fifo").c_str(), 0600);

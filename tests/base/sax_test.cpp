@@ -142,8 +142,8 @@ TEST(SaxMachine, FoldsElementsInBlocksOfAnySize) {
             EXPECT_EQ(outcome(xml, block), expected) << xml << " in blocks of " << block;
 }
 
-// Blocks are read ahead only where a token is longer than what has been read; what is wrong in
-// front of a place that cannot be read is told all the same.
+// Blocks are read ahead only where a token is longer than what has been read; what is wrong before
+// a place that cannot be read is reported all the same.
 TEST(SaxMachine, WhatWasReadBeforeAFailureIsLookedAtFirst) {
     const auto read_and_fail = [](void* user, void* buffer, std::size_t size, bool* at_end) {
         const std::size_t count = read_bytes(user, buffer, size, at_end);

