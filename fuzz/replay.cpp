@@ -1,5 +1,5 @@
-// Runs a target on files and on all files in directories: in the test suite, for the kept inputs,
-// and by hand, to reproduce a failure.
+// Runs a target over files and over the files of directories: in the test suite, where every input
+// that was ever found to fail is tried again, and by hand, to look into a failure.
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -12,6 +12,7 @@
 int main(int argc, char** argv) {
     std::vector<std::filesystem::path> paths;
     for (int i = 1; i < argc; ++i) {
+        if (!std::filesystem::exists(argv[i])) continue; // a target without seeds of this kind
         if (!std::filesystem::is_directory(argv[i])) {
             paths.emplace_back(argv[i]);
             continue;
@@ -25,7 +26,7 @@ int main(int argc, char** argv) {
         std::ostringstream content;
         content << stream.rdbuf();
         const std::string text = content.str();
-        std::fprintf(stderr, "%s\n", path.c_str()); // the last one printed is the one that fails
+        std::fprintf(stderr, "%s\n", path.c_str()); // the last one named is the one that fails
         LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(text.data()), text.size());
     }
     std::printf("%zu inputs\n", paths.size());

@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""Makes seeds for the fuzzer from the tables of the test suite, one for each case.
+"""Makes what the fuzz targets begin with: small inputs, one a case, out of the tables of the test suite,
+and words, out of the document types and the scanners.
 
 usage: seeds.py DIRECTORY
 
-Writes them to DIRECTORY/TARGET. The tables contain every construct, and every fault in it, once.
+Puts the inputs into DIRECTORY/TARGET, and the words into DIRECTORY/TARGET.dict. The tables hold each
+construct, and each way to get it wrong, once; the test suite replays the inputs.
 """
+import glob
 import os
 import re
 import sys
@@ -13,12 +16,16 @@ HEAD = '<calculation><namespace name="N"><function name="f" type="int">'
 TAIL = '</function></namespace></calculation>'
 EXPRESSION = ('namespace N { void f(integer i, integer j, float x, float y, string s, string z, '
               'boolean b, boolean c) { %s; } }')
-# A document of all constructs, which is split, since a reader stops at the first fault.
+# Of every construct, for targets whose readers take the constructs one by one.
 WHOLE_DOCUMENT = re.compile(r'(?s)^(.*?<model>\n)(.*)(</model>\n)$')
 
 
 def as_function(text):
     return text if text.startswith('namespace') else 'namespace N { %s }' % text
+
+
+def as_statements(text):
+    return text if text.startswith('namespace') else 'namespace N { void f() { %s } }' % text
 
 
 def as_document(text):
@@ -33,16 +40,32 @@ def rows(text, line_feed, make=str):
 
 
 def blocks(text):
-    """The runs of lines that begin with ">"."""
+    """The runs of lines after ">"."""
     return ['\n'.join(line[1:].strip(' ') for line in block.splitlines())
             for block in re.findall(r'(?m)(?:^>.*\n)+', text)]
 
 
 def parts(text):
-    """A large document as several, of three lines each."""
+    """A document for each few of the lines of a large one."""
     head, body, tail = WHOLE_DOCUMENT.match(text).groups()
     lines = body.splitlines(keepends=True)
-    return [head + ''.join(lines[i:i + 3]) + tail for i in range(0, len(lines), 3)]
+    return [text] + [head + ''.join(lines[i:i + 3]) + tail for i in range(0, len(lines), 3)]
+
+
+def words_of_scanner(text):
+    """The tokens that stand in the rules as they are."""
+    return re.findall(r'^"((?:[^"\\\n]|\\.)+)"', text, re.M) + ['2147483647', '-2147483648', '1.5', r'\"a\"']
+
+
+def words_of_dtd(text):
+    """The tags, the attributes and their values, and what any document may hold."""
+    text = re.sub(r'(?s)<!--.*?-->', '', text)
+    tags = re.findall(r'<!ELEMENT ([\w-]+)', text)
+    lists = ' '.join(re.findall(r'(?s)<!ATTLIST [\w-]+(.*?)>', text))
+    names = re.findall(r'([\w-]+)\s+(?:CDATA|\()', lists)
+    values = [value for choice in re.findall(r'\(([^)]*)\)', lists) for value in re.findall(r'[\w-]+', choice)]
+    return (XML_WORDS + [form % tag for tag in tags for form in ('<%s>', '</%s>', '<%s/>')] +
+            [' %s=\\"' % name for name in names] + ['\\"%s\\"' % value for value in values])
 
 
 TABLES = [
@@ -58,8 +81,8 @@ TABLES = [
     ('presentation', 'tests/model/data/xml/presentations.txt', lambda text: rows(text, '^')),
     ('varorder', 'tests/model/data/xml/var_orders.txt', lambda text: rows(text, '^')),
     ('workspace', 'tests/zeb/data/files.txt', lambda text: rows(text, '^')),
-    ('cl', 'tests/calc/data/syntax_trees.txt', blocks),
-    ('cl', 'tests/calc/data/syntax_errors.txt', blocks),
+    ('cl', 'tests/calc/data/syntax_trees.txt', lambda text: rows(text, '$', as_statements)),
+    ('cl', 'tests/calc/data/syntax_errors.txt', lambda text: rows(text, '$', as_statements)),
     ('cl', 'tests/calc/data/check/functions.txt', lambda text: rows(text, '$', as_function)),
     ('cl', 'tests/calc/data/check/expressions.txt', lambda text: rows(text, '$', EXPRESSION.__mod__)),
     ('clx', 'tests/calc/data/xml/reads.txt', lambda text: rows(text, '^', as_document)),
@@ -67,17 +90,38 @@ TABLES = [
 ]
 
 
+XML_WORDS = [r'<?xml version=\"1.0\" encoding=\"UTF-16\"?>', r'<!DOCTYPE a [<!ENTITY e \"x\">]>', '&e;',
+             r'<!ENTITY e SYSTEM \"/etc/passwd\">', '<![CDATA[', ']]>', '<!--', '-->', '/>', '</',
+             '&amp;', '&#0;', '&#65;', '&#x10FFFF;', r'=\"', r'\xC3\xA9']
+WORDS = {'pm': ('libs/**/pmlexer.l', words_of_scanner), 'cl': ('libs/**/calclexer.l', words_of_scanner),
+         'clx': ('dtd/clx.dtd', words_of_dtd), 'model_xml': ('dtd/product_model.dtd', words_of_dtd),
+         'presentation': ('dtd/presentation.dtd', words_of_dtd), 'varorder': ('dtd/varorder.dtd', words_of_dtd),
+         'workspace': ('dtd/zeb.dtd', words_of_dtd), 'package': ('dtd/clx.dtd', lambda text: ['PK', 'a.clx'])}
+
+
+def read(path):
+    path, = glob.glob(path, recursive=True)
+    with open(path, encoding='latin-1') as stream:
+        return stream.read()
+
+
+def write(path, text):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, 'w', encoding='latin-1') as stream:
+        stream.write(text)
+
+
 def main():
     top = os.path.abspath(sys.argv[1])
     os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..'))
     for number, (target, table, cases) in enumerate(TABLES):
-        directory = os.path.join(top, target)
-        os.makedirs(directory, exist_ok=True)
-        with open(table, encoding='latin-1') as stream:
-            seeds = cases(stream.read())
+        seeds = cases(read(table))
+        if not seeds:
+            sys.exit('no seeds in ' + table)
         for index, seed in enumerate(seeds):
-            with open(os.path.join(directory, '%d-%d' % (number, index)), 'w', encoding='latin-1') as stream:
-                stream.write(seed)
+            write(os.path.join(top, target, '%d-%d' % (number, index)), seed)
+    for target, (source, words) in WORDS.items():
+        write(os.path.join(top, target + '.dict'), ''.join('"%s"\n' % word for word in words(read(source))))
 
 
 if __name__ == '__main__':

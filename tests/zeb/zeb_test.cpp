@@ -1,13 +1,10 @@
-// Workspaces: their records, their file, the commands and the packages that are made from them.
+// Workspaces: their records, their file, and the commands that are made from them.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <filesystem>
 
-#include <sys/stat.h>
-
 #include "norvane/base/items.hpp"
-#include "norvane/base/packages.hpp"
 #include "norvane/proj/zeb.h"
 #include "support.h"
 #include "xml_files.h"
@@ -634,113 +631,6 @@ TEST_F(ZebCommands, WhatMustBeThereIsAsserted) {
                       commands(workspace_.get(), {type, "x"});
                   }),
                   "1: workspace->filename");
-}
-
-// Packages. --------------------------------------------------------------------------------------
-
-// "MEMBER: content", a line each.
-std::string members(const std::string& path) {
-    NorvaneCpp::CMubPackage package;
-    if (!package.openPackage(path.c_str(), "")) return "(no package)\n";
-    std::string result;
-    for (std::size_t i = 0; i < package.memberCount(); ++i) {
-        const String name = package.memberName(i);
-        NorvaneCpp::CFilePtr file = package.open(name, NorvaneCpp::FILE_OPEN_READ);
-        std::string content(100, '\0');
-        content.resize(file.isOpen() ? file->read(content.data(), 1, content.size()) : 0);
-        result += std::string(name.GetStr()) + ": " + (file.isOpen() ? content : "refused") + "\n";
-    }
-    return result;
-}
-
-TEST(ZebPackage, HasWhatIsThereInOrder) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/m.mub";
-    const auto make = [&](bool debug, const char* type) {
-        return zeb_make_mub("m", folder.path().c_str(), (folder.path() + "/build").c_str(), debug,
-                            type);
-    };
-    folder.write("build/m.mu", "MU");
-    EXPECT_EQ(make(true, nullptr), 0);
-    EXPECT_EQ(members(path), "index.mui: main=m\nmodeltype=StandardMu\n\n"
-                             "workspace/m/build/m.mu: MU\n");
-    const std::string small = read_file(path);
-    for (const char* name : {"m.prs", "m.zeb", "m.vof", "m.pm", "m.tbl", "m.clx", "m.cl", "n.pm"})
-        folder.write("build/" + std::string(name), name);
-    EXPECT_EQ(make(true, "Special"), 0);
-    EXPECT_EQ(members(path), "index.mui: main=m\nmodeltype=Special\n\n"
-                             "workspace/m/build/m.mu: MU\n"
-                             "workspace/m/build/m.clx: m.clx\n"
-                             "workspace/m/build/m.tbl: m.tbl\n"
-                             "workspace/m/debug/m.pm: m.pm\n"
-                             "workspace/m/debug/m.vof: m.vof\n"
-                             "workspace/m/debug/m.zeb: m.zeb\n"
-                             "workspace/m/debug/m.prs: m.prs\n");
-    NorvaneCpp::CMubPackage package;
-    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
-    ASSERT_NE(package.getModel("m"), nullptr);
-    EXPECT_TRUE(package.getModel("m")->OpenCalculation().isOpen());
-    if (std::system("command -v unzip >/dev/null") == 0) {
-        const std::string unzip = "cd '" + folder.path() + "' && unzip -q m.mub -d out";
-        EXPECT_EQ(std::system(unzip.c_str()), 0);
-        EXPECT_EQ(read_file(folder.path() + "/out/workspace/m/debug/m.prs"), "m.prs");
-        EXPECT_EQ(read_file(folder.path() + "/out/index.mui"), "main=m\nmodeltype=Special\n");
-    }
-    std::filesystem::remove(folder.path() + "/build/m.clx");
-    std::filesystem::remove(folder.path() + "/build/m.tbl");
-    EXPECT_EQ(make(false, nullptr), 0);
-    EXPECT_EQ(read_file(path), small) << "the same files make the same bytes";
-}
-
-TEST(ZebPackage, OfAProjectHasItsExtraFiles) {
-    const TemporaryFolder folder;
-    for (const char* name : {"p q.mu", "p q.tbl", "logo.png", "sub/x.txt", "../outside"})
-        folder.write("work/" + std::string(name), name);
-    const ZebProjectPtr project(zeb_project_new("p q"));
-    for (const char* name : {"sub/x.txt", "none.txt", "logo.png", "sub", "logo.png", "../outside"})
-        plist_append(project->fileincludes, const_cast<char*>(name));
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(folder.path() + "/work");
-    EXPECT_EQ(zeb_project_make_mub(project.get(), "T", false), 0);
-    std::filesystem::current_path(before);
-    EXPECT_EQ(members(folder.path() + "/work/p q.mub"),
-              "index.mui: main=p q\nmodeltype=T\n\n"
-              "workspace/p q/build/p q.mu: p q.mu\n"
-              "workspace/p q/build/p q.tbl: p q.tbl\n"
-              "workspace/p q/build/sub/x.txt: sub/x.txt\n"
-              "workspace/p q/build/logo.png: logo.png\n"
-              "workspace/p q/build/../outside: refused\n");
-}
-
-TEST(ZebPackage, FailuresLeaveWhatTheyShould) {
-    const TemporaryFolder folder;
-    folder.write("build/m.clx", "");
-    folder.write("out/m.mub", "before");
-    const std::string out = folder.path() + "/out";
-    const auto make = [&](const std::string& to) {
-        const Reports reports;
-        EXPECT_EQ(zeb_make_mub("m", to.c_str(), (folder.path() + "/build").c_str(), true, nullptr),
-                  -1);
-        return reports.text();
-    };
-    chmod((out + "/m.mub").c_str(), 0444);
-    EXPECT_EQ(make(out),
-              "ERR_ZEB_MUB_READ_ONLY: The MUB file '" + out + "\\m.mub' is marked ReadOnly\n");
-    EXPECT_EQ(read_file(out + "/m.mub"), "before");
-    chmod((out + "/m.mub").c_str(), 0644);
-    EXPECT_EQ(make(out), "") << "without the compiled table";
-    std::filesystem::create_directory(folder.path() + "/build/m.mu");
-    EXPECT_EQ(make(out), "") << "which is a folder";
-    EXPECT_TRUE(std::filesystem::is_empty(out)) << "not even the package of before";
-
-    std::filesystem::remove(folder.path() + "/build/m.mu");
-    folder.write("build/m.mu", "");
-    std::filesystem::create_directory(out + "/m.mub");
-    for (const std::string& to : {out, folder.path() + "/none", std::string("/proc")}) {
-        EXPECT_EQ(make(to),
-                  "ERR_ZEB_MUB_FAILED_TO_CREATE: Unable to create MUB file '" + to + "\\m.mub'\n");
-    }
-    EXPECT_TRUE(std::filesystem::is_empty(out + "/m.mub"));
 }
 
 } // namespace
