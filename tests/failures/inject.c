@@ -1,4 +1,4 @@
-/* Loaded into the driver in front of all libraries (LD_PRELOAD): counts the calls by which a
+/* Loaded into the driver before all libraries (LD_PRELOAD): counts the calls by which a
  * program asks the system for something, and lets one of them fail, as it does on a machine whose
  * memory, descriptors, disk or processes are used up. Whoever calls counts, the C library's own
  * functions and those of expat and libzip included.
@@ -30,12 +30,12 @@
 
 enum Kind { MEMORY, OPEN, READ, WRITE, SPAWN, MAP, REMOVE, KINDS };
 
-/* Shared with the one who runs the driver (run.py), and with the process that becomes the
+/* Shared with run.py, which runs the driver,, and with the process that becomes the
  * preprocessor. */
 struct Shared {
     int kind;         /* what is to fail, or -1 */
-    int at;           /* the how manieth of its calls, from 1 */
-    int onwards;      /* not 0: and all behind it */
+    int at;           /* which of its calls, from 1 */
+    int onwards;      /* not 0: and all after it */
     int failed;       /* how many did */
     int calls[KINDS]; /* how many there were */
 };
@@ -83,27 +83,20 @@ static const struct Functions* real(void) {
     return &found;
 }
 
+/* Wraps a function, which fails with `error` and `result` or is called. */
+#define WRAP(type, name, parameters, arguments, kind, error, result)                               \
+    type name parameters {                                                                         \
+        return fails(kind, error) ? result : real()->name arguments;                               \
+    }
+
 /* Memory. ---------------------------------------------------------------------------------------*/
 
-void* malloc(size_t size) {
-    return fails(MEMORY, ENOMEM) ? NULL : real()->malloc(size);
-}
-
-void* calloc(size_t count, size_t size) {
-    return fails(MEMORY, ENOMEM) ? NULL : real()->calloc(count, size);
-}
-
-void* realloc(void* memory, size_t size) {
-    return fails(MEMORY, ENOMEM) ? NULL : real()->realloc(memory, size);
-}
-
-void* aligned_alloc(size_t alignment, size_t size) {
-    return fails(MEMORY, ENOMEM) ? NULL : real()->aligned_alloc(alignment, size);
-}
-
-int posix_memalign(void** memory, size_t alignment, size_t size) {
-    return fails(MEMORY, ENOMEM) ? ENOMEM : real()->posix_memalign(memory, alignment, size);
-}
+WRAP(void*, malloc, (size_t size), (size), MEMORY, ENOMEM, NULL)
+WRAP(void*, calloc, (size_t count, size_t size), (count, size), MEMORY, ENOMEM, NULL)
+WRAP(void*, realloc, (void* memory, size_t size), (memory, size), MEMORY, ENOMEM, NULL)
+WRAP(void*, aligned_alloc, (size_t alignment, size_t size), (alignment, size), MEMORY, ENOMEM, NULL)
+WRAP(int, posix_memalign, (void** memory, size_t alignment, size_t size), (memory, alignment, size),
+     MEMORY, ENOMEM, ENOMEM)
 
 char* strndup(const char* text, size_t size) {
     const size_t length = strnlen(text, size);
@@ -164,44 +157,18 @@ int open(const char* path, int flags, ...) {
     return fails(OPEN, EMFILE) ? -1 : real()->open(path, flags, mode);
 }
 
-FILE* fopen(const char* path, const char* mode) {
-    return fails(OPEN, EMFILE) ? NULL : real()->fopen(path, mode);
-}
-
-FILE* fdopen(int descriptor, const char* mode) {
-    return fails(OPEN, ENOMEM) ? NULL : real()->fdopen(descriptor, mode);
-}
-
-FILE* open_memstream(char** text, size_t* size) {
-    return fails(OPEN, ENOMEM) ? NULL : real()->open_memstream(text, size);
-}
-
-int mkstemp(char* name) {
-    return fails(OPEN, EMFILE) ? -1 : real()->mkstemp(name);
-}
-
-int mkostemp(char* name, int flags) {
-    return fails(OPEN, EMFILE) ? -1 : real()->mkostemp(name, flags);
-}
-
-int memfd_create(const char* name, unsigned flags) {
-    return fails(OPEN, EMFILE) ? -1 : real()->memfd_create(name, flags);
-}
-
-int pipe2(int ends[2], int flags) {
-    return fails(OPEN, EMFILE) ? -1 : real()->pipe2(ends, flags);
-}
-
-int dup(int descriptor) {
-    return fails(OPEN, EMFILE) ? -1 : real()->dup(descriptor);
-}
-
-int dup2(int descriptor, int number) {
-    return fails(OPEN, EBUSY) ? -1 : real()->dup2(descriptor, number);
-}
+WRAP(FILE*, fopen, (const char* path, const char* mode), (path, mode), OPEN, EMFILE, NULL)
+WRAP(FILE*, fdopen, (int descriptor, const char* mode), (descriptor, mode), OPEN, ENOMEM, NULL)
+WRAP(FILE*, open_memstream, (char** text, size_t* size), (text, size), OPEN, ENOMEM, NULL)
+WRAP(int, mkstemp, (char* name), (name), OPEN, EMFILE, -1)
+WRAP(int, mkostemp, (char* name, int flags), (name, flags), OPEN, EMFILE, -1)
+WRAP(int, memfd_create, (const char* name, unsigned flags), (name, flags), OPEN, EMFILE, -1)
+WRAP(int, pipe2, (int ends[2], int flags), (ends, flags), OPEN, EMFILE, -1)
+WRAP(int, dup, (int descriptor), (descriptor), OPEN, EMFILE, -1)
+WRAP(int, dup2, (int descriptor, int number), (descriptor, number), OPEN, EBUSY, -1)
 
 /* So that there is an error to be asked for. What the loader needs for itself, and what a library
- * does before it can be called, is no matter of ours. */
+ * does before it can be called, is not tested. */
 void* dlopen(const char* name, int flags) {
     if (fails(OPEN, ENOENT)) name = "/no/such/library.so";
     struct Shared* counting = shared;
@@ -211,7 +178,7 @@ void* dlopen(const char* name, int flags) {
     return library;
 }
 
-/* What libzip draws random numbers from does not outlive a want of memory, and is no matter of ours
+/* What libzip draws random numbers from does not survive a lack of memory, and is not tested
  * either. */
 int RAND_bytes(unsigned char* buffer, int size);
 
@@ -300,13 +267,8 @@ int close(int descriptor) {
     return -1;
 }
 
-int fchmod(int descriptor, mode_t mode) {
-    return fails(WRITE, EROFS) ? -1 : real()->fchmod(descriptor, mode);
-}
-
-int rename(const char* from, const char* to) {
-    return fails(WRITE, ENOSPC) ? -1 : real()->rename(from, to);
-}
+WRAP(int, fchmod, (int descriptor, mode_t mode), (descriptor, mode), WRITE, EROFS, -1)
+WRAP(int, rename, (const char* from, const char* to), (from, to), WRITE, ENOSPC, -1)
 
 int fseeko(FILE* stream, off_t offset, int from) {
     if (!__fwritable(stream) || !refused(stream)) return real()->fseeko(stream, offset, from);
@@ -320,9 +282,8 @@ pid_t vfork(void) {
     return fails(SPAWN, EAGAIN) ? -1 : fork();
 }
 
-int execvpe(const char* file, char* const arguments[], char* const environment[]) {
-    return fails(SPAWN, ENOENT) ? -1 : real()->execvpe(file, arguments, environment);
-}
+WRAP(int, execvpe, (const char* file, char* const arguments[], char* const environment[]),
+     (file, arguments, environment), SPAWN, ENOENT, -1)
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* user) {
@@ -341,15 +302,12 @@ void* mmap(void* place, size_t size, int protection, int flags, int descriptor, 
     return real()->mmap(place, size, protection, flags, descriptor, offset);
 }
 
-int mprotect(void* place, size_t size, int protection) {
-    return fails(MAP, ENOMEM) ? -1 : real()->mprotect(place, size, protection);
-}
+WRAP(int, mprotect, (void* place, size_t size, int protection), (place, size, protection), MAP,
+     ENOMEM, -1)
 
 /* Taking files away. ----------------------------------------------------------------------------*/
 
-int unlink(const char* path) {
-    return fails(REMOVE, EPERM) ? -1 : real()->unlink(path);
-}
+WRAP(int, unlink, (const char* path), (path), REMOVE, EPERM, -1)
 
 /* The beginning. --------------------------------------------------------------------------------*/
 
@@ -368,7 +326,7 @@ static const char* take_out(char** environment, const char* name) {
 }
 
 /* The loader runs this first (-z initfirst), when the C library does not yet know its environment.
- * Processes that the driver makes are not to be loaded with us. */
+ * Processes that the driver starts must not load this library. */
 __attribute__((constructor)) static void begin(int argc, char** argv, char** environment) {
     (void)argc;
     (void)argv;
