@@ -39,12 +39,6 @@ def rows(text, line_feed, make=str):
             for line in text.split('\n') if ' =>' in line and not line.startswith(('#', '--'))]
 
 
-def blocks(text):
-    """The runs of lines after ">"."""
-    return ['\n'.join(line[1:].strip(' ') for line in block.splitlines())
-            for block in re.findall(r'(?m)(?:^>.*\n)+', text)]
-
-
 def parts(text):
     """A document for each few of the lines of a large one."""
     head, body, tail = WHOLE_DOCUMENT.match(text).groups()
@@ -73,8 +67,8 @@ TABLES = [
     ('pm', 'tests/model/data/simplify/rules.txt', lambda text: rows(text, '\\n')),
     ('pm', 'tests/model/data/simplify/types.txt', lambda text: rows(text, '\\n')),
     ('pm', 'tests/model/data/simplify/expansion.txt', lambda text: rows(text, '\\n')),
-    ('pm', 'tests/model/data/frontend_trees.txt', blocks),
-    ('pm', 'tests/model/data/frontend_errors.txt', blocks),
+    ('pm', 'tests/model/data/frontend_trees.txt', lambda text: rows(text, '^')),
+    ('pm', 'tests/model/data/frontend_errors.txt', lambda text: rows(text, '^')),
     ('model_xml', 'tests/model/data/xml/every_construct.xml', parts),
     ('model_xml', 'tests/model/data/xml/reads.txt', lambda text: rows(text, '^')),
     ('model_xml', 'tests/model/data/xml/refusals.txt', lambda text: rows(text, '^')),
