@@ -9,6 +9,7 @@
 #include "norvane/base/items.hpp"
 #include "norvane/base/text.hpp"
 #include "poly_adaptors.h"
+#include "tags.h"
 
 namespace norvane::calculations {
 
@@ -100,7 +101,7 @@ Resolution resolve(const Check& check, const CPMVar* head, int line) {
 
 // Enumerations are strings, their labels; callers rely on optionals being strings too.
 CalcType type_of_value(const Check& check, const TypeCon* typecon, const CExpr* e) {
-    switch (typecon->contype) {
+    switch (model::kind_of(typecon)) {
     case TC_BOOL: return CTYPE_BOOL;
     case TC_INT:
     case TC_UBOUND_INTEGER: return CTYPE_INT;
@@ -112,8 +113,9 @@ CalcType type_of_value(const Check& check, const TypeCon* typecon, const CExpr* 
     case TC_ARRAY:
         type_error(check, e->line_no, "Product model variable '%s' is not a simple type",
                    e->args.pmvar->name);
-    default: NORVANE_FAIL("Invalid typecon: %d", typecon->contype);
+    case TC_NAMED: break; // resolved
     }
+    NORVANE_FAIL("Invalid typecon: %d", typecon->contype);
 }
 
 // Whether all components of a resolved path are public. The second component is looked up in the
