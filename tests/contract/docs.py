@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """Holds the documentation against what is there: generated pages are up to date, models and
-calculations that are shown pass their check, links lead to files and headings, and the README leads to
-every page and names the packages that ./dev installs."""
+calculations that are shown pass their check, links lead to files and headings, the README leads to every
+page, and the pages for developers name files that exist and every directory of sources and tests."""
 import argparse
+import fnmatch
 import glob
 import os
 import re
@@ -28,6 +29,40 @@ def broken_links(path, text):
         other = os.path.join(os.path.dirname(path), name) if name else path
         if not os.path.exists(other) or (anchor and anchor not in anchors(other)):
             yield target
+
+
+def tree(source):
+    """All files and directories, directories with a slash at their end, by their paths from the top."""
+    paths = []
+    for place, directories, files in os.walk(source):
+        directories[:] = [name for name in directories if name[0] != '.' and name not in ('build', '__pycache__')]
+        below = os.path.relpath(place, source)
+        paths += [os.path.join(below, name) for name in files]
+        paths += [os.path.join(below, name, '') for name in directories]
+    return [os.path.normpath(path) + '/' * path.endswith('/') for path in paths]
+
+
+def named(text):
+    """The words of a page that stand as code: paths, and the names of directories, among others."""
+    return set(re.findall(r'`([^`\s]+)`', text))
+
+
+def unknown_paths(text, paths):
+    """What a page names as a path, or as a file, that is none: the end of a path will do."""
+    for name in sorted(named(text)):
+        is_path = re.fullmatch(r'[\w.*/-]*/[\w.*/-]*|[\w*-]+\.(?:cpp|hpp|[chly]|py|txt|md|dtd|map)', name)
+        if is_path and not name.startswith(('build/', './')) and not any(
+                fnmatch.fnmatch('/' + path.rstrip('/'), '*/' + name.rstrip('/')) for path in paths):
+            yield name
+
+
+def unnamed_directories(architecture, contributing, paths):
+    """Rooms that the one page does not name, and parts of the tree that the other does not."""
+    rooms = [path for path in paths if fnmatch.fnmatch(path, 'libs/*/src/*/') or fnmatch.fnmatch(path, 'tools/*/*/')]
+    rooms = [path for path in rooms if path.count('/') == 3 + path.startswith('libs/')]
+    parts = [path for path in paths if re.fullmatch(r'(libs|tools|tests)/[^/]+/', path)]
+    return ([path for path in rooms if not {path.split('/')[-2], path.split('/')[-2] + '/'} & named(architecture)] +
+            [path for path in parts if not {path, path[:-1]} & named(contributing)])
 
 
 def main():
@@ -63,10 +98,14 @@ def main():
     for path in glob.glob(docs + '/*.md'):
         if '(docs/%s)' % os.path.basename(path) not in readme:
             failures.append('README.md does not lead to ' + path)
-    with open(os.path.join(arguments.source, 'dev')) as stream:
-        packages = re.findall(r'^(?:build|deb|test)_packages=\(([^)]*)', stream.read(), re.M)
-    failures += ['README.md does not name the package ' + name for name in ' '.join(packages).split()
-                 if name[0].isalpha() and not re.search(r'(?<![\w-])%s(?![\w-])' % re.escape(name), readme)]
+    paths = tree(arguments.source)
+    pages = {}
+    for page in ('CONTRIBUTING.md', 'docs/architecture.md', 'docs/extending.md'):
+        with open(os.path.join(arguments.source, page)) as stream:
+            pages[page] = stream.read()
+        failures += ['%s: there is no %s' % (page, path) for path in unknown_paths(pages[page], paths)]
+    failures += ['not in the tables of directories: ' + path
+                 for path in unnamed_directories(pages['docs/architecture.md'], pages['CONTRIBUTING.md'], paths)]
     if not shown:
         failures.append('the documentation shows neither models nor calculations')
     print('\n'.join(failures))
