@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <stdexcept>
+#include <thread>
 
 #include "norvane/base/except.h"
 #include "support.h"
@@ -74,6 +75,71 @@ TEST_F(Sinks, MayThrowCppExceptions) {
         Reports after;
         operation.run();
         EXPECT_EQ(after.names(), names) << operation.name;
+    }
+}
+
+// What a second call throws while the first is in its sink.
+struct SecondCall {
+    bool in_other_thread;
+    const Operation* operation;
+    std::string thrown_text;
+    bool is_running;
+};
+
+void call_from_sink(ErrorType, ErrorInfo* error, void* user) {
+    err_delete(error);
+    auto* second = static_cast<SecondCall*>(user);
+    if (second->is_running) return;
+    second->is_running = true;
+    const auto call = [&] { second->thrown_text = thrown(second->operation->run); };
+    if (second->in_other_thread)
+        std::thread(call).join();
+    else
+        call();
+    second->is_running = false;
+}
+
+TEST_F(Sinks, OtherThreadsAreRefusedWhileACallIsRunning) {
+    for (const Operation& first : operations_)
+        for (const Operation& second : operations_) {
+            SecondCall call = {true, &second, "", false};
+            msg_set_error_sink(call_from_sink, &call);
+            EXPECT_EQ(thrown(first.run), "") << first.name;
+            EXPECT_TRUE(call.thrown_text.ends_with(": another thread is using the library"))
+                << second.name << " in " << first.name << ": " << call.thrown_text;
+            EXPECT_EQ(__exception_last, nullptr);
+        }
+    msg_set_error_sink(nullptr, nullptr);
+    const Reports reports;
+    std::thread(operations_[0].run).join(); // and are served when it has ended
+    EXPECT_NE(reports.names(), "");
+}
+
+TEST_F(Sinks, AThreadWithoutAFrameAborts) {
+    const auto load_in_other_thread = [](ErrorType, ErrorInfo*, void* user) {
+        std::thread(static_cast<const Operation*>(user)->run).join();
+    };
+    for (const Operation& operation : operations_) {
+        msg_set_error_sink(load_in_other_thread, const_cast<Operation*>(&operation));
+        EXPECT_EXIT(thrown(operation.run), testing::KilledBySignal(SIGABRT),
+                    ": another thread is using the library\n$")
+            << operation.name;
+    }
+    msg_set_error_sink(nullptr, nullptr);
+}
+
+TEST_F(Sinks, ALoadWithinALoadOfTheSameKindIsRefused) {
+    for (const Operation& first : operations_) {
+        const bool is_load =
+            std::string(first.name) == "model" || std::string(first.name) == "calculation";
+        SecondCall call = {false, &first, "", false};
+        msg_set_error_sink(call_from_sink, &call);
+        EXPECT_EQ(thrown(first.run), "") << first.name;
+        EXPECT_EQ(call.thrown_text.ends_with(": called while such a call is running"), is_load)
+            << first.name << ": " << call.thrown_text;
+        Reports reports;
+        first.run();
+        EXPECT_NE(reports.names(), "") << first.name;
     }
 }
 

@@ -15,6 +15,7 @@
 #include "calc_import_internal.h"
 #include "calc_xml_names.h"
 #include "frames.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/progress.h"
@@ -552,6 +553,7 @@ using namespace norvane;
 using namespace norvane::calculations;
 
 PolyHash* calc_import_from_xmlfile(const char* path) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(path);
     FILE* stream = open_for_reading(path);
     if (!stream) {
@@ -565,6 +567,7 @@ PolyHash* calc_import_from_xmlfile(const char* path) {
 
 PolyHash* calc_import_from_mubfile(const NorvaneCpp::String& filename,
                                    const NorvaneCpp::String& model) {
+    const CallGuard guard(__func__);
     Failure failure;
     failure.is_set = false;
     PolyHash* calc = nullptr;
@@ -581,6 +584,7 @@ PolyHash* calc_import_from_mubfile(const NorvaneCpp::String& filename,
 
 PolyHash* calc_import_from_mubpackage(NorvaneCpp::CMubPackage& pkg,
                                       const NorvaneCpp::String& model) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(pkg.isOpen() == true);
     Failure failure;
     failure.is_set = false;

@@ -7,6 +7,7 @@
 #include "calc_position.h"
 #include "calc_typecheck_internal.h"
 #include "frames.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -375,6 +376,7 @@ using namespace norvane;
 using namespace norvane::calculations;
 
 int calc_check_functions(PolyHash* calc, SymbolTable* symtbl) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(calc);
     NORVANE_ASSERT(symtbl);
     PolyHashIter iter;
@@ -387,6 +389,7 @@ int calc_check_functions(PolyHash* calc, SymbolTable* symtbl) {
 }
 
 int calc_check_function(CFunc* func, const char* ns_name, PolyHash* calc, SymbolTable* symtbl) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(func);
     NORVANE_ASSERT(ns_name);
     NORVANE_ASSERT(calc);

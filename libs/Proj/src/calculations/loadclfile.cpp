@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/os.h"
 #include "norvane/proj/proj_errors.h"
@@ -48,6 +49,7 @@ using namespace norvane;
 using namespace norvane::calculations;
 
 PolyHash* calc_import_from_clfile(const char* path) {
+    const CallGuard guard(__func__, &cl);
     NORVANE_ASSERT(path);
     if (!os_file_exists(path)) {
         report_error(ERR_FILE_OPEN(path));
@@ -66,6 +68,7 @@ PolyHash* calc_import_from_clfile(const char* path) {
 }
 
 PolyHash* calc_import_from_string(const char* text) {
+    const CallGuard guard(__func__, &cl);
     NORVANE_ASSERT(text);
     return load_input({text, std::strlen(text), {}}, "input string");
 }

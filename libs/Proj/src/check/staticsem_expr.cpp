@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "labels.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -286,6 +287,7 @@ bool check_rule(const Context& in, const RuleDecl* decl) {
 using namespace norvane::check;
 
 int ssem_check_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(expr);

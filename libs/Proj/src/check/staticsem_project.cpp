@@ -2,6 +2,7 @@
 // end at the first error. Environments of records and optionals come from staticsem_typecon.cpp.
 #include "norvane/proj/staticsem.h"
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -211,6 +212,7 @@ void give_up(SymbolTable* symboltable) {
 using namespace norvane::check;
 
 SymbolTable* ssem_check_project(Project* project) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     SymbolTable* symboltable = symtbl_new_symbol_table();
     msg_report_prgs_start(MSG_PRGS_PROJECT, "Static semantically checking project '%s'",

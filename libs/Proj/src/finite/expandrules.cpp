@@ -15,6 +15,7 @@
 #include <new>
 
 #include "expandrules_internal.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -227,6 +228,7 @@ PolyList* proj_get_expanded_rules(Project* project, SymbolTable* symboltable, in
 
 PolyList* proj_get_expanded_rules_decls(Project* project, SymbolTable* symboltable, int simplify,
                                         PolyList* decls) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     PolyList* rules = plist_new(nullptr, nullptr, norvane::poly<expr_delete>);

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -302,6 +303,7 @@ Expr* simplify(const Context& in, Expr* expr) {
 using namespace norvane::finite;
 
 Expr* simplify_expr(Project* project, SymbolTable* symboltable, Expr* expr) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(expr);

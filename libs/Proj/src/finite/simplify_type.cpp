@@ -5,6 +5,7 @@
 
 #include <climits>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -145,6 +146,7 @@ VarDecl* simplify_variable(const Context& in, const VarDecl* vardecl) {
 using namespace norvane::finite;
 
 TypeCon* simplify_typecon(Project* project, SymbolTable* symboltable, TypeCon* typecon) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     NORVANE_ASSERT(typecon);
@@ -152,6 +154,7 @@ TypeCon* simplify_typecon(Project* project, SymbolTable* symboltable, TypeCon* t
 }
 
 Project* simplify_project(Project* project, SymbolTable* symboltable) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(symboltable);
     const Context in{project, symboltable};

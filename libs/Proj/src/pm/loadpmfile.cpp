@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/os.h"
 #include "norvane/base/util.h"
@@ -52,15 +53,10 @@ bool parse(Load& load, const char* filename) {
     return !load.file.failed;
 }
 
-} // namespace
-} // namespace norvane::pm
+// Stands for the start condition of the scanner, which outlives a load: so loads must not nest.
+constexpr char scanner_condition = 0;
 
-using namespace norvane;
-using namespace norvane::pm;
-
-Project* lpm_load_file(FILE* file, char* filename) {
-    NORVANE_ASSERT(file);
-    NORVANE_ASSERT(filename);
+Project* load_stream(std::FILE* file, const char* filename) {
     Load load{.file = {.stream = file}};
     load.project = proj_new_project(str_copy(filename), nullptr, str_copy(filename));
     load.buffer = ustr_new();
@@ -71,7 +67,21 @@ Project* lpm_load_file(FILE* file, char* filename) {
     return nullptr;
 }
 
+} // namespace
+} // namespace norvane::pm
+
+using namespace norvane;
+using namespace norvane::pm;
+
+Project* lpm_load_file(FILE* file, char* filename) {
+    const CallGuard guard(__func__, &scanner_condition);
+    NORVANE_ASSERT(file);
+    NORVANE_ASSERT(filename);
+    return load_stream(file, filename);
+}
+
 Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args) {
+    const CallGuard guard(__func__, &scanner_condition);
     NORVANE_ASSERT(user_filename);
     NORVANE_ASSERT(cpp_args);
     // By this report callers distinguish a missing file from a failed preprocessor.
@@ -81,7 +91,7 @@ Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args) {
     }
     std::FILE* stream = preprocess(user_filename, cpp_args);
     if (!stream) return nullptr;
-    Project* project = lpm_load_file(stream, user_filename);
+    Project* project = load_stream(stream, user_filename);
     std::fclose(stream);
     return project;
 }

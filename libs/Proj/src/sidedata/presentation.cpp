@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/proj/proj_errors.h"
 #include "poly_adaptors.h"
@@ -215,6 +216,7 @@ int pres_export(PolyHash* presentation, const char* filename) {
 }
 
 PolyHash* pres_import(const char* filename) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(filename);
     XmlDocument* document = xml_parse_file_utf(filename, is_presentation_tag, is_utf8_tag);
     if (!document) return nullptr;

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/set.h"
@@ -85,6 +86,7 @@ int var_order_export(PolyList* order, const char* filename) {
 }
 
 PolyList* var_order_import(const char* filename) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(filename);
     XmlDocument* document = xml_parse_file(filename, is_order_tag);
     if (!document) return nullptr;

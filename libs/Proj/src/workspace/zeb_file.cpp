@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "frames.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/base/xml.h"
 #include "norvane/proj/proj_errors.h"
@@ -352,6 +353,7 @@ int zeb_workspace_save(ZEBWorkspace* workspace, const char* filename) {
 }
 
 ZEBWorkspace* zeb_workspace_load(const char* filename) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(filename);
     XmlDocument* document = xml_parse_file(filename, is_known_tag);
     if (!document) return nullptr;

@@ -1,5 +1,6 @@
 // Makes packages: collects what the tools left in a build directory in one file.
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/os.h"
 #include "norvane/base/packages.hpp"
@@ -100,6 +101,7 @@ using namespace norvane::workspace;
 
 int zeb_make_mub(const char* model_name, const char* output_folder, const char* build_folder,
                  bool debug, const char* model_type) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(model_name);
     NORVANE_ASSERT(output_folder);
     NORVANE_ASSERT(build_folder);
@@ -107,6 +109,7 @@ int zeb_make_mub(const char* model_name, const char* output_folder, const char* 
 }
 
 int zeb_project_make_mub(ZEBProject* project, const char* model_type, bool debug) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(project);
     NORVANE_ASSERT(project->name);
     return make_package({project->name, ".", ".", debug, model_type, project->fileincludes});

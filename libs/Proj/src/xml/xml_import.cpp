@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
@@ -361,6 +362,7 @@ using namespace norvane;
 using namespace norvane::xml;
 
 Project* proj_import_from_xmlfile(const char* filename) {
+    const CallGuard guard(__func__);
     NORVANE_ASSERT(filename);
     XmlDocument* document = xml_parse_file(filename, is_any_tag);
     if (!document) return nullptr;

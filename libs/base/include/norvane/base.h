@@ -19,6 +19,7 @@
 #include "norvane/base/xml.h"
 
 #ifdef __cplusplus
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/packages.hpp"
 #include "norvane/base/sax_include.hpp"
 #include "norvane/base/text.hpp"

@@ -1,15 +1,11 @@
 // Stack segments for deep recursion.
 //
-// Segments form a chain: each is entered from the one before it, the first from the thread's own
-// stack. The chain goes one segment beyond the current one at most, which is kept so that a
-// recursion that goes up and down across a border does not map and unmap memory at every turn.
-//
-// The library serves one thread at a time, and the chain is shared by all of them: what another
-// thread left in it is dead.
+// Each thread has a chain of segments: each is entered from the one before it, the first from the
+// thread's own stack. One segment after the current one is kept, so that a recursion that returns
+// and descends across the same border does not map and unmap memory each time.
 #include "norvane/base/deep.hpp"
 
 #include <algorithm>
-#include <atomic>
 #include <new>
 
 #include <pthread.h>
@@ -18,29 +14,10 @@
 
 #include "norvane/base/except.h"
 #include "stack_jump.h"
-
-#if __has_include(<valgrind/valgrind.h>)
-#include <valgrind/valgrind.h>
-#else
-#define VALGRIND_STACK_REGISTER(low, high) 0u
-#define VALGRIND_STACK_DEREGISTER(id) static_cast<void>(id)
-#endif
-
-#if defined(__SANITIZE_ADDRESS__)
-#define NORVANE_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define NORVANE_ASAN 1
-#endif
-#endif
-
-#ifdef NORVANE_ASAN
-#include <sanitizer/asan_interface.h>
-#include <sanitizer/common_interface_defs.h>
-#endif
+#include "stack_tools.h"
 
 // Calls function(user) with the stack pointer at `top`, which is aligned to 16 bytes. The unwinding
-// tables lead a debugger, and a C++ exception of a sink, back across the border.
+// tables let debuggers and C++ exceptions of a sink cross the border.
 extern "C" void norvane_call_on_stack(void* top, void (*function)(void*), void* user);
 
 #if defined(__x86_64__)
@@ -128,119 +105,59 @@ norvane_call_on_stack(void* top, void (*function)(void*), void* user) {
 
 namespace norvane::deep {
 
-constinit Window window = {0, 0};
+constinit thread_local Window window = {0, 0};
 
 namespace {
 
-// What every stack keeps for code that does not look: formatting, sorting, sinks of the host. The
-// frames of instrumented code are larger.
-#ifdef NORVANE_ASAN
-constexpr std::size_t reserve = 512 << 10;
-#else
-constexpr std::size_t reserve = 256 << 10;
-#endif
+using namespace core;
+
+// Kept free on every stack for functions without a check: formatting, sorting, sinks of the host.
+// Instrumented code has larger frames.
+constexpr std::size_t reserve = (has_sanitizer ? 512 : 256) << 10;
 
 constexpr std::size_t smallest_segment = 1 << 20;
 constexpr std::size_t largest_segment = 64 << 20;
 
-// The bytes of a stack, from `low` to below `high`.
-struct Bounds {
-    std::uintptr_t low = 0;
-    std::uintptr_t high = 0;
-    bool hold(std::uintptr_t address) const { return address - low < high - low; }
-};
-
-// What the address sanitizer knows about the stack that a segment was entered from.
-struct OuterStack {
-    void* fake_stack;
-    const void* low;
-    std::size_t size;
-};
-
-// Lies at the upper end of its own memory.
+// At the upper end of the memory that it describes.
 struct Segment {
     Bounds stack;
-    char* memory; // with the guard page, which is the first
+    char* memory; // starts with the guard page
     std::size_t memory_size;
     unsigned valgrind_id;
     Segment* outer;  // null: it was entered from the thread's own stack
-    Segment* next;   // the one to be entered from here; may be null
-    char* departure; // all of the outer stack below it is free
+    Segment* next;   // the one entered from here; may be null
+    char* departure; // the outer stack is free below this address
     OuterStack outer_stack;
 };
 
-// A thread's own stack. Another thread may get the same place for its stack later on, with other
-// bounds, so the window goes with the thread.
-struct Thread {
-    Bounds stack;
-    ~Thread();
+// The stacks of a thread.
+struct Stacks {
+    Bounds own;       // empty until needed
+    Segment* first;   // of the chain; kept until the thread ends
+    Segment* current; // null: the thread's own stack
 };
+constinit thread_local Stacks stacks = {};
 
-constinit thread_local Thread this_thread;
-constinit std::atomic<Thread*> owner = nullptr; // whose stacks the window and the chain describe
-constinit Segment* first = nullptr;             // of the chain; kept for good
-constinit Segment* current = nullptr;           // null: the thread's own stack
-
-Thread::~Thread() {
-    Thread* self = this;
-    if (owner.compare_exchange_strong(self, nullptr)) window = {0, 0};
+// Unmaps the segment and all after it.
+void unmap_segments(Segment* segment) {
+    while (segment) {
+        Segment* next = segment->next;
+        VALGRIND_STACK_DEREGISTER(segment->valgrind_id);
+        sanitizer_forget(segment->memory, segment->memory_size);
+        munmap(segment->memory, segment->memory_size);
+        segment = next;
+    }
 }
 
-// How the address sanitizer learns about a change of stacks: _enter and _leave come before it,
-// _entered and _left behind it, on the other stack.
-#ifdef NORVANE_ASAN
-#define NORVANE_UNCHECKED [[gnu::noinline]] __attribute__((no_sanitize("address")))
-
-void sanitizer_enter(Segment* segment) {
-    __sanitizer_start_switch_fiber(&segment->outer_stack.fake_stack,
-                                   reinterpret_cast<void*>(segment->stack.low),
-                                   segment->stack.high - segment->stack.low);
-}
-void sanitizer_entered(Segment* segment) {
-    __sanitizer_finish_switch_fiber(nullptr, &segment->outer_stack.low, &segment->outer_stack.size);
-}
-void sanitizer_leave(Segment* segment) {
-    __sanitizer_start_switch_fiber(nullptr, segment->outer_stack.low, segment->outer_stack.size);
-}
-void sanitizer_left(Segment* segment) {
-    __sanitizer_finish_switch_fiber(segment->outer_stack.fake_stack, nullptr, nullptr);
-}
-// Somebody else's jump has left the segment long ago. Functions that were called since may have
-// their locals in what the sanitizer holds for the segment, so that is not thrown away.
-void sanitizer_was_left(Segment* segment, std::uintptr_t frame) {
-    void* kept;
-    __sanitizer_start_switch_fiber(&kept, segment->outer_stack.low, segment->outer_stack.size);
-    sanitizer_left(segment);
-    const auto low = reinterpret_cast<std::uintptr_t>(segment->outer_stack.low);
-    if (frame > low && frame - low < segment->outer_stack.size)
-        __asan_unpoison_memory_region(segment->outer_stack.low, frame - low);
-}
-void sanitizer_forget_frames() {
-    __asan_handle_no_return();
-}
-void sanitizer_forget(Segment* segment) {
-    __asan_unpoison_memory_region(segment->memory, segment->memory_size);
-}
-// Locals whose use after the return is watched for do not lie on the stack itself.
-bool sanitizer_holds(const void* address) {
-    void* fake_stack = __asan_get_current_fake_stack();
-    return fake_stack &&
-           __asan_addr_is_in_fake_stack(fake_stack, const_cast<void*>(address), nullptr, nullptr);
-}
-#else
-#define NORVANE_UNCHECKED [[gnu::noinline]]
-
-void sanitizer_enter(Segment*) {}
-void sanitizer_entered(Segment*) {}
-void sanitizer_leave(Segment*) {}
-void sanitizer_left(Segment*) {}
-void sanitizer_was_left(Segment*, std::uintptr_t) {}
-void sanitizer_forget_frames() {}
-void sanitizer_forget(Segment*) {}
-bool sanitizer_holds(const void*) {
-    return false;
-}
-#endif
+// Unmaps the chain when the thread ends.
+struct ChainOwner {
+    ~ChainOwner() {
+        unmap_segments(stacks.first);
+        stacks.first = nullptr;
+    }
+    void own() {} // a use, which constructs it
+};
+thread_local ChainOwner chain_owner;
 
 Bounds stack_of_this_thread() {
     pthread_attr_t attributes;
@@ -249,7 +166,7 @@ Bounds stack_of_this_thread() {
     std::size_t size = 0;
     std::size_t guard = 0;
     pthread_attr_getstack(&attributes, &low, &size);
-    // Some systems count the guard as part of the stack.
+    // Some systems include the guard in the stack.
     pthread_attr_getguardsize(&attributes, &guard);
     pthread_attr_destroy(&attributes);
     if (size <= guard) return {};
@@ -257,7 +174,12 @@ Bounds stack_of_this_thread() {
     return {begin + guard, begin + size};
 }
 
-// A stack that is smaller than the reserve has no usable part: recursion leaves it at once.
+const Bounds& own_stack() {
+    if (stacks.own.high == 0) stacks.own = stack_of_this_thread();
+    return stacks.own;
+}
+
+// A stack that is smaller than the reserve gets an empty window: recursion leaves it at once.
 void open_window(const Bounds& stack) {
     const std::size_t size = stack.high - stack.low;
     window = size > reserve ? Window{stack.low + reserve, size - reserve} : Window{0, 0};
@@ -283,20 +205,11 @@ Segment* map_segment(std::size_t size) {
     return segment;
 }
 
-// Gives the segment and all behind it back to the system.
-void unmap_segments(Segment* segment) {
-    while (segment) {
-        Segment* next = segment->next;
-        VALGRIND_STACK_DEREGISTER(segment->valgrind_id);
-        sanitizer_forget(segment);
-        munmap(segment->memory, segment->memory_size);
-        segment = next;
-    }
-}
-
-// The segment to go on with, which may be there already.
+// Returns the segment after the current stack; maps it if there is none.
 Segment* next_segment() {
-    Segment*& next = current ? current->next : first;
+    Segment* current = stacks.current;
+    if (!current) chain_owner.own();
+    Segment*& next = current ? current->next : stacks.first;
     if (!next) {
         next = map_segment(current ? std::min(2 * current->memory_size, largest_segment)
                                    : smallest_segment);
@@ -304,33 +217,27 @@ Segment* next_segment() {
     return next;
 }
 
-// Makes the outer stack of the segment the current one, and keeps the segment for the next time.
+// Makes the outer stack of the segment the current one. Keeps the segment for the next time, and
+// unmaps those after it.
 void drop(Segment* segment) {
-    current = segment->outer;
-    open_window(current ? current->stack : this_thread.stack);
+    stacks.current = segment->outer;
+    open_window(segment->outer ? segment->outer->stack : own_stack());
     unmap_segments(segment->next);
     segment->next = nullptr;
 }
 
-// Makes the stack that holds the frame, which is one in use, the current one.
+// Makes the stack that contains the frame, which is in use, the current one.
 void settle(std::uintptr_t frame) {
-    Thread* self = &this_thread;
-    if (owner.load(std::memory_order_relaxed) != self) {
-        if (first) drop(first);
-        current = nullptr;
-        owner.store(self, std::memory_order_relaxed);
+    while (stacks.current && !stacks.current->stack.hold(frame)) {
+        sanitizer_was_left(&stacks.current->outer_stack, frame);
+        drop(stacks.current);
     }
-    if (self->stack.high == 0) self->stack = stack_of_this_thread();
-    while (current && !current->stack.hold(frame)) {
-        sanitizer_was_left(current, frame);
-        drop(current);
-    }
-    if (current)
-        open_window(current->stack);
-    else if (self->stack.hold(frame))
-        open_window(self->stack);
+    if (stacks.current)
+        open_window(stacks.current->stack);
+    else if (own_stack().hold(frame))
+        open_window(own_stack());
     else
-        window = {0, 0}; // a stack of the host's own making
+        window = {0, 0}; // a stack that the host created
 }
 
 struct Call {
@@ -341,21 +248,22 @@ struct Call {
 
 NORVANE_UNCHECKED void run_call(void* user) {
     auto* call = static_cast<Call*>(user);
-    sanitizer_entered(call->segment);
+    sanitizer_entered(&call->segment->outer_stack);
     call->body(call->user);
-    sanitizer_leave(call->segment);
+    sanitizer_leave(&call->segment->outer_stack);
 }
 
-// A jump on its way out. Not on a stack, because those are left.
-struct {
+// The jump that is leaving the segments. Not on a stack, because the stacks are left.
+struct PendingJump {
     const void* address;
     void (*jump)(void*);
     void* user;
-} pending_jump;
+};
+constinit thread_local PendingJump pending_jump = {};
 
 NORVANE_UNCHECKED void hop(void*) {
-    sanitizer_left(current);
-    drop(current);
+    sanitizer_left(&stacks.current->outer_stack);
+    drop(stacks.current);
     jump_on_stack_of(pending_jump.address, pending_jump.jump, pending_jump.user);
 }
 
@@ -373,31 +281,36 @@ bool outside_window(std::uintptr_t frame) {
 NORVANE_UNCHECKED void run_on_segment(void (*body)(void*), void* user) {
     settle(here());
     Segment* segment = next_segment();
-    segment->outer = current;
+    segment->outer = stacks.current;
     segment->departure = static_cast<char*>(__builtin_frame_address(0));
-    current = segment;
+    stacks.current = segment;
     open_window(segment->stack);
     Call call = {segment, body, user};
-    sanitizer_enter(segment);
+    sanitizer_enter(&segment->outer_stack, segment->stack);
     norvane_call_on_stack(reinterpret_cast<void*>(segment->stack.high), run_call, &call);
-    sanitizer_left(segment);
+    sanitizer_left(&segment->outer_stack);
     drop(segment);
 }
 
-// Goes back stack by stack, each time to the place on it from which the next one was entered.
+// Leaves one stack after the other, each time for the place from which it was entered.
 NORVANE_UNCHECKED void jump_on_stack_of(const void* address, void (*jump)(void*), void* user) {
-    if (current) settle(here());
+    if (stacks.current) settle(here());
+    const Segment* current = stacks.current;
     if (current && !current->stack.hold(reinterpret_cast<std::uintptr_t>(address)) &&
         !sanitizer_holds(address)) {
         pending_jump = {address, jump, user};
         sanitizer_forget_frames();
         const auto departure = reinterpret_cast<std::uintptr_t>(current->departure);
-        sanitizer_leave(current);
+        sanitizer_leave(&current->outer_stack);
         norvane_call_on_stack(reinterpret_cast<void*>(departure & ~std::uintptr_t{15}), hop,
                               nullptr);
     }
     jump(user);
     __builtin_unreachable();
+}
+
+bool is_on_own_stack(const void* address) {
+    return own_stack().hold(reinterpret_cast<std::uintptr_t>(address)) || sanitizer_holds(address);
 }
 
 } // namespace norvane::deep

@@ -1,7 +1,6 @@
-// Frames and throws. A throw is a longjmp, possibly from a stack segment of deep recursion, which
-// is left first.
+// Frames and throws. A throw is a longjmp, after leaving the stack segments of deep recursion.
 
-// A hardened setjmp.h would take a jump that ends on another stack for an attack.
+// A hardened longjmp aborts the process when the target frame is on another stack.
 #undef _FORTIFY_SOURCE
 
 #include "norvane/base/except.h"
@@ -14,19 +13,21 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "norvane/base/call_guard.hpp"
 #include "stack_jump.h"
+#include "throwing.h"
 
 ExceptionFrame* __exception_last = nullptr;
 int __exception_caught = 0;
 
-namespace norvane {
+namespace norvane::core {
 namespace {
 
-// The text of the failure in progress.
+// The text for the next throw.
 char failure_text[MESSAGE_BUFFER_SIZE];
 
-// Cuts the text where it does not fit. The places may overlap: a state may be thrown on to a frame
-// that fills the very same state.
+// Truncates the text to fit. Source and target may overlap, because a state may be thrown on to a
+// frame with the same state.
 void copy_text(char (&place)[MESSAGE_BUFFER_SIZE], const char* text) {
     const std::size_t length = strnlen(text, sizeof place - 1);
     std::memmove(place, text, length);
@@ -42,11 +43,11 @@ bool debugger_is_attached() {
     if (size <= 0) return false;
     text[size] = '\0';
     const char* tracer = std::strstr(text, "TracerPid:");
-    return tracer != nullptr && std::strtol(tracer + std::strlen("TracerPid:"), nullptr, 10) != 0;
+    return tracer && std::strtol(tracer + std::strlen("TracerPid:"), nullptr, 10) != 0;
 }
 
-// A debugger sees the signal although it is ignored; whatever else traces the process (to list its
-// system calls, say) passes it on, and then it must do no harm.
+// A debugger stops at the signal although the process ignores it. It is ignored because other
+// tracers (of system calls, say) deliver it, and then it must have no effect.
 void debugger_break() {
     if (!debugger_is_attached()) return;
     struct sigaction ignore = {};
@@ -57,28 +58,49 @@ void debugger_break() {
     sigaction(SIGTRAP, &before, nullptr);
 }
 
-void jump_to_frame(void* frame) {
+[[noreturn]] void jump_to_frame(void* frame) {
     longjmp(static_cast<ExceptionFrame*>(frame)->buffer, 1);
 }
 
-// Removes a frame whichever way its owner is left: by a return, by a throw that it caught, or by a
-// C++ exception of the host, which unwinds the owner.
+// Removes a frame when its function returns, and when a C++ exception of the host unwinds it.
 struct FrameRemoval {
     ExceptionFrame* previous;
     ~FrameRemoval() { __exception_last = previous; }
 };
 
-} // namespace
-} // namespace norvane
+[[noreturn]] void abort_without_frame(int line, const char* file, const char* text) {
+    std::fprintf(stderr, "%s:%d: %s\n", file, line, text);
+    std::abort();
+}
 
-// No local changes between setjmp and the jump.
+void fill_state(ExceptionState* state, int kind, int line, const char* file, const char* text) {
+    state->kind = kind;
+    state->line = line;
+    copy_text(state->file, file);
+    copy_text(state->message, text);
+}
+
+} // namespace
+
+void throw_in_this_thread(int line, const char* file, const char* text) {
+    ExceptionFrame* frame = __exception_last;
+    if (!frame || !deep::is_on_own_stack(frame)) abort_without_frame(line, file, text);
+    fill_state(frame->state, EXCEPT_ASSERTION, line, file, text);
+    jump_to_frame(frame);
+}
+
+} // namespace norvane::core
+
+using namespace norvane::core;
+
+// No local variable changes between setjmp and the jump.
 int except_catch(void (*body)(void* user), void* user, ExceptionState* state) {
     NORVANE_ASSERT(body);
     NORVANE_ASSERT(state);
     ExceptionFrame frame;
     frame.previous = __exception_last;
     frame.state = state;
-    const norvane::FrameRemoval removal = {frame.previous};
+    const FrameRemoval removal = {frame.previous};
     __exception_last = &frame;
     if (setjmp(frame.buffer) == 0) {
         body(user);
@@ -99,26 +121,21 @@ void except_report_errormsg(const char* format, ...) {
     NORVANE_ASSERT(format);
     va_list arguments;
     va_start(arguments, format);
-    str_vsnprintf(norvane::failure_text, sizeof norvane::failure_text, format, arguments);
+    str_vsnprintf(failure_text, sizeof failure_text, format, arguments);
     va_end(arguments);
 }
 
 void except_throw(int kind, int line, const char* file) {
-    if (file == nullptr) file = "";
+    if (!file) file = "";
     ExceptionFrame* frame = __exception_last;
-    if (frame == nullptr) {
-        std::fprintf(stderr, "%s:%d: %s\n", file, line, norvane::failure_text);
-        std::abort();
-    }
-    frame->state->kind = kind;
-    frame->state->line = line;
-    norvane::copy_text(frame->state->file, file);
-    norvane::copy_text(frame->state->message, norvane::failure_text);
-    norvane::deep::jump_on_stack_of(frame, norvane::jump_to_frame, frame);
+    if (!frame) abort_without_frame(line, file, failure_text);
+    fill_state(frame->state, kind, line, file, failure_text);
+    norvane::CallGuard::end_inside(frame);
+    norvane::deep::jump_on_stack_of(frame, jump_to_frame, frame);
 }
 
 void except_assertion_failed(const char* expression, int line, const char* file) {
-    norvane::debugger_break();
+    debugger_break();
     except_report_errormsg("%s", expression);
     except_throw(EXCEPT_ASSERTION, line, file);
 }
@@ -126,7 +143,7 @@ void except_assertion_failed(const char* expression, int line, const char* file)
 void except_fail(int line, const char* file, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    str_vsnprintf(norvane::failure_text, sizeof norvane::failure_text, format, arguments);
+    str_vsnprintf(failure_text, sizeof failure_text, format, arguments);
     va_end(arguments);
     except_throw(EXCEPT_ASSERTION, line, file);
 }

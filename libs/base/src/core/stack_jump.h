@@ -1,13 +1,16 @@
-// How a throw leaves the stack segments of deep recursion (norvane/base/deep.hpp) behind.
+// How a throw leaves the stack segments of deep recursion (norvane/base/deep.hpp).
 #ifndef NORVANE_BASE_STACK_JUMP_H
 #define NORVANE_BASE_STACK_JUMP_H
 
 namespace norvane::deep {
 
-// Makes the stack that holds `address` the current one and calls jump(user) on it, below all that
-// is still in use there. So the jump itself is one within a stack, of the kind that sanitizers and
-// hardened C libraries accept. `jump` does not return.
+// Switches to the stack that contains `address` and calls jump(user) there, below the frames that
+// are in use, so that the longjmp stays within one stack, as sanitizers and hardened C libraries
+// require. `jump` does not return.
 [[noreturn]] void jump_on_stack_of(const void* address, void (*jump)(void*), void* user);
+
+// Returns true if the address is on the stack with which the calling thread was started.
+bool is_on_own_stack(const void* address);
 
 } // namespace norvane::deep
 

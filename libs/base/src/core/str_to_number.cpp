@@ -1,5 +1,4 @@
-// Numbers from text, as the C library's atoi and strtod read them, but with a decimal point in
-// every locale.
+// Reads numbers as the C library's atoi and strtod do, but with a decimal point in every locale.
 
 #include <algorithm>
 #include <charconv>
@@ -10,13 +9,14 @@
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
 
+namespace norvane::core {
 namespace {
 
 const char* skip_blanks(const char* text) {
     return text + std::strspn(text, " \t\n\v\f\r");
 }
 
-// Moves `text` behind a sign; true for a minus.
+// Skips a sign; returns true for a minus.
 bool take_sign(const char** text) {
     const char sign = **text;
     if (sign == '-' || sign == '+') ++*text;
@@ -32,8 +32,8 @@ bool starts_hexadecimal(const char* text) {
     return std::strchr(".0123456789abcdefABCDEF", text[2]) != nullptr;
 }
 
-// Of a number that no double can hold: true if it is too large, false if it is too close to zero.
-// What decides is the place of its first digit, since all that is near 1 could be held.
+// For a number outside the range of double: returns true if it is too large, and false if it is too
+// close to zero. The position of its first non-zero digit decides.
 bool is_too_large(const char* number, const char* end, bool is_hexadecimal) {
     const std::size_t size = static_cast<std::size_t>(end - number);
     const std::size_t mark = std::min(size, std::strcspn(number, is_hexadecimal ? "pP" : "eE"));
@@ -45,6 +45,9 @@ bool is_too_large(const char* number, const char* end, bool is_hexadecimal) {
 }
 
 } // namespace
+} // namespace norvane::core
+
+using namespace norvane::core;
 
 int str_to_int(const char* text) {
     NORVANE_ASSERT(text);

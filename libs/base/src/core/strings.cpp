@@ -10,6 +10,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
+namespace norvane::core {
 namespace {
 
 constexpr size_t first_capacity = 64;
@@ -28,7 +29,7 @@ inline void set_length(UtilString* u, size_t length) {
     u->text[length] = '\0';
 }
 
-// What stands behind the backslash for a byte that is escaped in a literal, or 0.
+// Returns the letter that follows the backslash of an escaped byte, or 0 if it is not escaped.
 inline char escape_of(char c) {
     switch (c) {
     case '"': return '"';
@@ -41,6 +42,9 @@ inline char escape_of(char c) {
 }
 
 } // namespace
+} // namespace norvane::core
+
+using namespace norvane::core;
 
 char* str_copy(const char* s) {
     NORVANE_ASSERT(s);
@@ -49,7 +53,7 @@ char* str_copy(const char* s) {
 }
 
 char* str_null_copy(const char* s) {
-    return s == nullptr ? nullptr : str_copy(s);
+    return s ? str_copy(s) : nullptr;
 }
 
 void str_delete(char* s) {
@@ -79,7 +83,7 @@ int str_is_equal(const char* a, const char* b) {
 }
 
 int str_is_set(const char* s) {
-    return s != nullptr && *s != '\0';
+    return s && *s;
 }
 
 unsigned str_len(const char* s) {
@@ -98,7 +102,7 @@ void str_vsnprintf(char* buffer, size_t size, const char* format, va_list args) 
     NORVANE_ASSERT(buffer);
     NORVANE_ASSERT(size >= 1);
     NORVANE_ASSERT(format);
-    // What the C library leaves of a text that it cannot format need not be terminated.
+    // After a failure the C library may leave the buffer without a terminator.
     if (std::vsnprintf(buffer, size, format, args) < 0) buffer[0] = '\0';
 }
 
@@ -111,7 +115,7 @@ UtilString* ustr_new(void) {
 }
 
 void ustr_delete(UtilString* u) {
-    if (u == nullptr) return;
+    if (!u) return;
     std::free(u->text);
     std::free(u);
 }
@@ -135,7 +139,7 @@ void ustr_append_char(UtilString* u, char c) {
 
 void ustr_append_chars(UtilString* u, const char* text, size_t n) {
     NORVANE_ASSERT(u);
-    if (text == nullptr || n == 0) return;
+    if (!text || n == 0) return;
     reserve(u, n);
     std::memcpy(u->text + u->length, text, n);
     set_length(u, u->length + n);
@@ -143,13 +147,13 @@ void ustr_append_chars(UtilString* u, const char* text, size_t n) {
 
 void ustr_append_string(UtilString* u, const char* text) {
     NORVANE_ASSERT(u);
-    if (text != nullptr) ustr_append_chars(u, text, std::strlen(text));
+    if (text) ustr_append_chars(u, text, std::strlen(text));
 }
 
 void ustr_append_ustr(UtilString* u, const UtilString* other) {
     NORVANE_ASSERT(u);
     NORVANE_ASSERT(other);
-    // Room first: `other` may be `u`, whose text moves.
+    // Reserved first, because `other` may be `u`, whose text may move.
     const size_t n = other->length;
     reserve(u, n);
     ustr_append_chars(u, other->text, n);
@@ -187,15 +191,15 @@ void ustr_quote(UtilString* u) {
         escapes += escape_of(u->text[i]) != '\0';
     reserve(u, escapes + 2);
 
-    // From the end, so that the bytes can move within their own memory.
+    // From the end, because the text is expanded in place.
     const size_t length = u->length + escapes + 2;
     char* to = u->text + length;
     *--to = '"';
     for (size_t i = u->length; i > 0; --i) {
         const char c = u->text[i - 1];
         const char escape = escape_of(c);
-        *--to = escape == '\0' ? c : escape;
-        if (escape != '\0') *--to = '\\';
+        *--to = escape ? escape : c;
+        if (escape) *--to = '\\';
     }
     *--to = '"';
     set_length(u, length);
@@ -213,7 +217,7 @@ void ustr_unquote(UtilString* u) {
     if (from < end && *from == '"') ++from;
     while (from < end) {
         if (*from == '"' && from + 1 == end) break;
-        // A backslash at the very end escapes nothing and stays.
+        // A backslash at the end escapes nothing and is kept.
         if (*from == '\\' && from + 1 < end) ++from;
         *to++ = *from++;
     }

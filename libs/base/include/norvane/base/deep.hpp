@@ -1,13 +1,13 @@
 // Deep recursion on a small stack.
 //
-// Trees are as deep as their input makes them: a loop of a million turns unfolds into a chain of a
-// million nodes. Every function that recurses along a tree starts with
+// Input decides how deep a tree is: a loop of a million turns unfolds into a chain of a million
+// nodes. Every function that recurses along a tree starts with
 //
 //     if (stack_is_low()) return on_fresh_stack([&] { return self(arguments); });
 //
-// and so goes on, on a new stack segment, when the current one runs low. Segments are taken from
-// the system as they are needed, and given back when the recursion has returned. A throw
-// (except.h) out of a segment is allowed: whatever was left is taken back at the next look.
+// and so continues on a new stack segment when the current stack runs low. Segments are mapped when
+// they are needed and unmapped after the recursion returns. A throw (except.h), a C++ exception or
+// a jump of the host may leave a segment; the next check notices it and unmaps what is unused.
 #ifndef NORVANE_BASE_DEEP_HPP
 #define NORVANE_BASE_DEEP_HPP
 
@@ -22,31 +22,34 @@ namespace norvane {
 
 namespace deep {
 
-// The part of the current stack that recursion may use: `size` bytes from `low`. Outside of it
-// either the stack runs low, or a throw has left the segment that is described here.
+// The part of the current stack that recursion may use: `size` bytes from `low`. For a frame
+// outside it, the stack runs low, or the segment described here was left by a jump.
 struct Window {
     std::uintptr_t low;
     std::uintptr_t size;
 };
-// That of the stack that is in use.
-NORVANE_BASE_API extern Window window;
+// The window of the calling thread. "initial-exec" makes the access as cheap as that to a global
+// variable of a shared library.
+extern NORVANE_BASE_API constinit thread_local Window window
+    __attribute__((tls_model("initial-exec")));
 
-// The slow half of stack_is_low: the current frame is outside of the window.
+// The slow path of stack_is_low, for a frame outside the window.
 NORVANE_BASE_API bool outside_window(std::uintptr_t frame);
 
-// Calls body(user) on a fresh segment.
+// Calls body(user) on the next segment.
 NORVANE_BASE_API void run_on_segment(void (*body)(void*), void* user);
 
 } // namespace deep
 
-// True when less than the reserve is left on the current stack.
+// True if less than the reserve is left on the current stack.
 [[gnu::always_inline]] inline bool stack_is_low() {
     const auto frame = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     if (__builtin_expect(frame - deep::window.low < deep::window.size, 1)) return false;
     return deep::outside_window(frame);
 }
 
-// Runs `body` on a fresh stack segment and returns its result, which must be trivial.
+// Runs `body` on the next stack segment and returns its result, which must be trivially
+// destructible.
 template <typename F>
 auto on_fresh_stack(F&& body) {
     using Result = std::invoke_result_t<F&>;

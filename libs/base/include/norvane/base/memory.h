@@ -1,4 +1,4 @@
-/* Memory that never comes back null, and the contract that the runtime's free releases it. */
+/* Allocation that never returns null. Memory is released with the C library's free(). */
 #ifndef NORVANE_BASE_MEMORY_H
 #define NORVANE_BASE_MEMORY_H
 
@@ -8,9 +8,9 @@
 
 NORVANE_BEGIN_DECLS
 
-/* Each returns memory of at least `size` bytes, owned by the caller, who releases it with the
- * runtime's free(). A size of 0 gives a pointer that may be freed. When memory is exhausted they
- * throw kind 1 with the text "Out of memory" (see except.h); they never return null. */
+/* Each returns at least `size` bytes, which the caller releases with free(). A size of 0 gives a
+ * pointer that may be freed. When they run out of memory they throw EXCEPT_ASSERTION with the text
+ * "Out of memory" (except.h); they never return null. */
 
 /* Uninitialised memory. */
 NORVANE_BASE_API void* util_malloc_throw(size_t size);
@@ -18,8 +18,8 @@ NORVANE_BASE_API void* util_malloc_throw(size_t size);
 /* Memory with every byte zero. */
 NORVANE_BASE_API void* util_calloc_throw(size_t size);
 
-/* Resizes `pointer` (null makes new memory) and takes it over: on return only the result is valid.
- * When it throws, `pointer` is still valid and still the caller's. */
+/* Resizes `pointer`, which may be null, and takes it over: after the return only the result is
+ * valid. If it throws, `pointer` is still valid, and the caller still owns it. */
 NORVANE_BASE_API void* util_realloc_throw(void* pointer, size_t size);
 
 NORVANE_END_DECLS
