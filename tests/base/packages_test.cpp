@@ -37,8 +37,16 @@ std::string content(CFilePtr file) {
     }
 }
 
+// The content, or why there is none.
 std::string content(CFilePackage& package, const char* member) {
-    return content(package.open(member, FILE_OPEN_READ));
+    switch (package.memberState(member)) {
+    case MEMBER_READABLE: return content(package.open(member, FILE_OPEN_READ));
+    case MEMBER_ABSENT: return "(absent)";
+    case MEMBER_UNSAFE_NAME: return "(unsafe name)";
+    case MEMBER_TOO_LARGE: return "(too large)";
+    case MEMBER_DAMAGED: return "(damaged)";
+    }
+    return "(unknown state)";
 }
 
 // One line a member: "NAME: content".
@@ -180,7 +188,7 @@ TEST(Packages, WhatIsNoPackageDoesNotOpen) {
     damaged[member + std::strlen("workspace/M/build/M.clx") + 2] ^= 1;
     const std::string list = listing(folder.write("damaged", damaged));
     EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.mu: mu\n"));
-    EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.clx: (not open)\n"));
+    EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.clx: (damaged)\n"));
 }
 
 // Archives that are not of our making, through libzip itself.
@@ -197,9 +205,9 @@ TEST(Packages, HostileMembersAreNotGiven) {
         add(name);
     zip_file_set_encryption(archive, add("secret"), ZIP_EM_AES_256, "password");
     ASSERT_EQ(0, zip_close(archive));
-    EXPECT_EQ("/etc/passwd: (not open)\n\\x: (not open)\n../x: (not open)\na/../x: (not open)\n"
-              "a\\..\\x: (not open)\n..: (not open)\nC:x: (not open)\n..a/b..: text\n"
-              "workspace/N/x: text\nsecret: (not open)\n",
+    EXPECT_EQ("/etc/passwd: (unsafe name)\n\\x: (unsafe name)\n../x: (unsafe name)\n"
+              "a/../x: (unsafe name)\na\\..\\x: (unsafe name)\n..: (unsafe name)\n"
+              "C:x: (unsafe name)\n..a/b..: text\nworkspace/N/x: text\nsecret: (damaged)\n",
               listing(path));
     CMubPackage package;
     ASSERT_TRUE(package.openPackage(path.c_str(), ""));
@@ -209,15 +217,33 @@ TEST(Packages, HostileMembersAreNotGiven) {
     EXPECT_FALSE(model->OpenCalculation().isOpen());
 }
 
+TEST(Packages, AMemberOfMoreThanOneGiBIsTooLarge) {
+    const TemporaryFolder folder;
+    const std::string zeros = folder.write("zeros", "");
+    std::filesystem::resize_file(zeros, (std::uintmax_t{1} << 30) + 1);
+    const std::string path = folder.path() + "/large.mub";
+    zip_t* archive = zip_open(path.c_str(), ZIP_CREATE, nullptr);
+    zip_source_t* source = zip_source_file(archive, zeros.c_str(), 0, -1);
+    const auto index = static_cast<zip_uint64_t>(zip_file_add(archive, "zeros", source, 0));
+    zip_set_file_compression(archive, index, ZIP_CM_DEFLATE, 1);
+    ASSERT_EQ(0, zip_close(archive));
+    CFilePackage package;
+    EXPECT_EQ(MEMBER_ABSENT, package.memberState("zeros"));
+    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
+    EXPECT_EQ(MEMBER_TOO_LARGE, package.memberState("zeros"));
+    EXPECT_EQ(MEMBER_ABSENT, package.memberState("ones"));
+    EXPECT_FALSE(package.open("zeros", FILE_OPEN_READ).isOpen());
+}
+
 TEST(Packages, AMissingLibraryIsReported) {
     norvane::test::Reports reports;
-    EXPECT_FALSE(norvane::load_libzip_from("libnone.so.1"));
+    EXPECT_FALSE(norvane::package::load_libzip_from("libnone.so.1"));
     EXPECT_EQ(0u,
               reports.text().find("ERR_LIBRARY_LOAD: The library 'libnone.so.1' cannot be loaded: "
                                   "libnone.so.1: cannot open"))
         << reports.text();
     reports.clear();
-    EXPECT_FALSE(norvane::load_libzip_from("libc.so.6")) << "another library of that name";
+    EXPECT_FALSE(norvane::package::load_libzip_from("libc.so.6")) << "another library of that name";
     EXPECT_NE(std::string::npos, reports.text().find("zip_open")) << reports.text();
 }
 

@@ -6,7 +6,7 @@
 
 #include "norvane/base/diagnostics.h"
 
-namespace norvane {
+namespace norvane::package {
 
 Libzip libzip = {};
 
@@ -42,7 +42,7 @@ bool load_libzip_from(const char* library) {
 }
 
 bool load_libzip() {
-    return libzip.open != nullptr || load_libzip_from(NORVANE_LIBZIP);
+    return libzip.open || load_libzip_from(NORVANE_LIBZIP);
 }
 
-} // namespace norvane
+} // namespace norvane::package

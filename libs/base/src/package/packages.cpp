@@ -1,7 +1,7 @@
-// Packages: ZIP archives through libzip, which is there as soon as an archive is open.
+// Packages: ZIP archives, by libzip, which is loaded before an archive is opened.
 //
-// Whatever stands in an archive comes from somebody else: names that would climb out of a folder
-// are refused, and so are members that are damaged or would inflate without bound.
+// Archives are untrusted input: members are rejected if their name would leave the directory into
+// which they are unpacked, if they are damaged, or if they would inflate without bound.
 
 #include "norvane/base/packages.hpp"
 
@@ -23,13 +23,13 @@
 
 namespace NorvaneCpp {
 
-using norvane::libzip;
+using namespace norvane::package;
 
 namespace {
 
 constexpr zip_uint64_t largest_member = zip_uint64_t{1} << 30;
 constexpr zip_uint32_t deflate_level = 6;
-// Noon of the second of January 1980, whenever and wherever a package is made.
+// Noon of the second of January 1980, so that equal packages have equal bytes.
 constexpr zip_uint16_t member_date = (1 << 5) | 2;
 constexpr zip_uint16_t member_time = 12 << 11;
 
@@ -37,7 +37,7 @@ bool is_separator(char c) {
     return c == '/' || c == '\\';
 }
 
-// True for a name that stays inside of the folder that it is put in.
+// Returns true for a name that stays inside the directory into which the member is unpacked.
 bool is_safe_name(const char* name) {
     if (!*name || is_separator(*name) || name[1] == ':') return false;
     for (const char* step = name; *step;) {
@@ -49,7 +49,7 @@ bool is_safe_name(const char* name) {
     return true;
 }
 
-// What lies in memory that is never null.
+// A base for classes on the heap, whose allocation throws by except.h.
 struct Allocated {
     static void* operator new(std::size_t size) { return util_malloc_throw(size); }
     static void operator delete(void* memory) { std::free(memory); }
@@ -62,17 +62,19 @@ class WrittenMember;
 struct Package : Allocated {
     zip_t* archive = nullptr;
     bool is_new = false;
-    bool has_failed = false;          // a member is lost
-    WrittenMember* written = nullptr; // the chain of members that are still being written
-    String path;                      // as it was given
+    bool has_failed = false;          // a member could not be added
+    WrittenMember* written = nullptr; // a list of the members that are still being written
+    String path;                      // as passed by the caller
 
     bool has_member(const String& name) const;
+    // Finds a member for reading; stores its index if it is readable.
+    EMemberState find_readable(const String& name, zip_uint64_t* index) const;
     bool add_member(const String& name, char* data, std::size_t size);
 };
 
 namespace {
 
-// A new member: its text is gathered, and added to the package when it is closed.
+// A new member. It collects its text and adds it to the package when it is closed.
 class WrittenMember final : public CFile, public Allocated {
   public:
     WrittenMember(Package* package, const String& name)
@@ -122,7 +124,7 @@ void WrittenMember::close() {
     *link = next_;
     const std::size_t size = text_->length;
     char* data = text_->text;
-    text_->text = nullptr; // the package takes it over
+    text_->text = nullptr; // add_member takes it over
     ustr_delete(text_);
     text_ = nullptr;
     if (!package_->add_member(name_, data, size)) package_->has_failed = true;
@@ -156,10 +158,10 @@ class ReadMember final : public CFile, public Allocated {
     bool eof_ = false;
 };
 
-// Reads the member through: damage must show before anybody relies on a part of it.
-bool is_sound(zip_t* archive, zip_uint64_t index) {
+// Reads the whole member, so that damage is found before a caller uses a part of it.
+EMemberState state_of_content(zip_t* archive, zip_uint64_t index) {
     zip_file_t* file = libzip.fopen_index(archive, index, 0);
-    if (!file) return false;
+    if (!file) return MEMBER_DAMAGED;
     constexpr zip_uint64_t buffer_size = 64 << 10;
     void* buffer = util_malloc_throw(buffer_size);
     zip_uint64_t size = 0;
@@ -168,10 +170,11 @@ bool is_sound(zip_t* archive, zip_uint64_t index) {
         size += static_cast<zip_uint64_t>(got);
     std::free(buffer);
     libzip.fclose(file);
-    return got == 0 && size <= largest_member;
+    if (size > largest_member) return MEMBER_TOO_LARGE;
+    return got == 0 ? MEMBER_READABLE : MEMBER_DAMAGED;
 }
 
-// The whole of a regular file, to be freed; null if it cannot be read.
+// Returns the content of a regular file, which the caller frees; null if it cannot be read.
 char* file_content(const char* path, std::size_t* size) {
     const int descriptor = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) return nullptr;
@@ -200,12 +203,12 @@ bool is_regular_file(const char* path, bool may_be_empty) {
            (may_be_empty || status.st_size > 0);
 }
 
-// True if a file of this name can be made, or one that is there be replaced.
+// Returns true if a file can be created at the path, or a file there be replaced.
 bool can_be_written(const char* path) {
     if (!*path || (access(path, F_OK) == 0 && !is_regular_file(path, true))) return false;
     const char* slash = std::strrchr(path, '/');
-    const String folder = slash ? String(path, static_cast<std::size_t>(slash - path + 1)) : ".";
-    return access(folder.GetStr(), W_OK | X_OK) == 0;
+    const String directory = slash ? String(path, static_cast<std::size_t>(slash - path + 1)) : ".";
+    return access(directory.GetStr(), W_OK | X_OK) == 0;
 }
 
 } // namespace
@@ -216,9 +219,17 @@ bool Package::has_member(const String& name) const {
     return libzip.name_locate(archive, UTF8::ToUnicode(name).GetStr(), 0) >= 0;
 }
 
-// Adds `size` bytes at `data`, which it takes over, as a member.
+EMemberState Package::find_readable(const String& name, zip_uint64_t* index) const {
+    if (!is_safe_name(name.GetStr())) return MEMBER_UNSAFE_NAME;
+    const zip_int64_t found = libzip.name_locate(archive, UTF8::ToUnicode(name).GetStr(), 0);
+    if (found < 0) return MEMBER_ABSENT;
+    *index = static_cast<zip_uint64_t>(found);
+    return state_of_content(archive, *index);
+}
+
+// Adds a member with the content `data`, which it takes over.
 bool Package::add_member(const String& name, char* data, std::size_t size) {
-    if (size == 0) { // libzip would not release it
+    if (size == 0) { // libzip would not free it
         std::free(data);
         data = nullptr;
     }
@@ -264,7 +275,7 @@ bool CFilePackage::createPackage(const String& path, const String&) {
     package_->is_new = true;
     package_->has_failed = false;
     char* native = norvane::os::native_path(path.GetStr());
-    if (can_be_written(native) && norvane::load_libzip())
+    if (can_be_written(native) && load_libzip())
         package_->archive = libzip.open(native, ZIP_CREATE | ZIP_TRUNCATE, nullptr);
     str_delete(native);
     return isOpen();
@@ -275,8 +286,8 @@ bool CFilePackage::openPackage(const String& path, const String&) {
     package_->path = path;
     package_->is_new = false;
     char* native = norvane::os::native_path(path.GetStr());
-    // An empty file would pass for an archive.
-    if (is_regular_file(native, false) && norvane::load_libzip())
+    // libzip takes an empty file for an archive without members.
+    if (is_regular_file(native, false) && load_libzip())
         package_->archive = libzip.open(native, ZIP_RDONLY, nullptr);
     str_delete(native);
     return isOpen();
@@ -302,13 +313,16 @@ CFilePtr CFilePackage::open(const String& member, EFileOpenArgs args) {
         if (!package_->is_new || package_->has_member(member)) return CFilePtr();
         return CFilePtr(new WrittenMember(package_, member));
     }
-    if (!(args & FILE_OPEN_READ) || !is_safe_name(member.GetStr())) return CFilePtr();
-    const zip_int64_t found = libzip.name_locate(archive, UTF8::ToUnicode(member).GetStr(), 0);
-    if (found < 0) return CFilePtr();
-    const auto index = static_cast<zip_uint64_t>(found);
-    if (!is_sound(archive, index)) return CFilePtr();
+    zip_uint64_t index;
+    if (!(args & FILE_OPEN_READ) || package_->find_readable(member, &index) != MEMBER_READABLE)
+        return CFilePtr();
     zip_file_t* file = libzip.fopen_index(archive, index, 0);
     return file ? CFilePtr(new ReadMember(file)) : CFilePtr();
+}
+
+EMemberState CFilePackage::memberState(const String& member) const {
+    zip_uint64_t index;
+    return isOpen() ? package_->find_readable(member, &index) : MEMBER_ABSENT;
 }
 
 String CFilePackage::packageFilename() const {
@@ -321,10 +335,10 @@ bool CFilePackage::closeAndSave() {
         package_->written->close();
     zip_t* archive = package_->archive;
     package_->archive = nullptr;
-    // libzip would delete what is at the path rather than write an archive without members.
+    // Instead of writing an archive without members, libzip would delete the file at the path.
     const bool is_lost =
         package_->is_new && (package_->has_failed || libzip.get_num_entries(archive, 0) == 0);
-    // It writes a new archive beside the path and renames it.
+    // libzip writes a temporary file in the same directory and renames it.
     if (!is_lost && libzip.close(archive) == 0) return true;
     libzip.discard(archive);
     return false;
@@ -346,7 +360,7 @@ void delete_model(void* model) {
     std::free(model);
 }
 
-// True if the index member has the line "main=MODEL".
+// Returns true if the index member has the line "main=MODEL".
 bool index_names(CFilePackage& package, const String& model) {
     CFilePtr index = package.open("index.mui", FILE_OPEN_READ);
     if (!index.isOpen()) return false;
@@ -365,11 +379,11 @@ bool index_names(CFilePackage& package, const String& model) {
 }
 
 bool has_members_of(const CFilePackage& package, const String& model) {
-    String folder;
-    folder.printf("workspace/%s/", model.GetStr());
+    String directory;
+    directory.printf("workspace/%s/", model.GetStr());
     const std::size_t count = package.memberCount();
     for (std::size_t i = 0; i < count; ++i)
-        if (std::strncmp(package.memberName(i).GetStr(), folder.GetStr(), folder.Size()) == 0)
+        if (std::strncmp(package.memberName(i).GetStr(), directory.GetStr(), directory.Size()) == 0)
             return true;
     return false;
 }
