@@ -301,7 +301,7 @@ TEST(IntContainers, HoldAllIntegersInOrderOfInsertion) {
         EXPECT_FALSE(iset_has(set, value));
         for (const int number : {1, value / 2}) {
             iset_insert(set, value);
-            ihash_insert(hash, norvane::key_of(value), number);
+            ihash_insert(hash, norvane::containers::key_of(value), number);
         }
         EXPECT_TRUE(iset_has(set, value));
     }
@@ -318,7 +318,7 @@ TEST(IntContainers, HoldAllIntegersInOrderOfInsertion) {
     ihash_iter_init(&iter, hash);
     for (const int value : values) {
         ASSERT_TRUE(ihash_iter_next(&iter, &key, &number));
-        EXPECT_EQ(value, norvane::int_of(key));
+        EXPECT_EQ(value, norvane::containers::int_of(key));
         EXPECT_EQ(value / 2, number);
     }
     EXPECT_FALSE(ihash_iter_next(&iter, &key, &number));
@@ -360,21 +360,21 @@ TEST(HashQuality, StaysSmallAsAQueueAndAfterMassRemoval) {
     constexpr int count = 200000;
     PolySet* set = pset_new(10, poly_compare_int, nullptr, poly_hash_int, nullptr);
     for (int i = 1; i <= count; ++i) {
-        pset_insert(set, norvane::key_of(i));
+        pset_insert(set, norvane::containers::key_of(i));
         if (i <= 10) continue;
         PolySetIter iter;
         void* oldest = nullptr;
         pset_iter_init(&iter, set);
         ASSERT_TRUE(pset_iter_next(&iter, &oldest));
-        ASSERT_EQ(norvane::key_of(i - 10), oldest);
+        ASSERT_EQ(norvane::containers::key_of(i - 10), oldest);
         pset_remove(set, oldest);
         ASSERT_TRUE(set->core->entries[set->core->first].live) << "the next one is at hand";
     }
     EXPECT_LE(set->core->capacity, 32u);
     for (int i = 1; i <= count; ++i)
-        pset_insert(set, norvane::key_of(i));
+        pset_insert(set, norvane::containers::key_of(i));
     for (int i = 2; i < count; ++i)
-        pset_remove(set, norvane::key_of(i));
+        pset_remove(set, norvane::containers::key_of(i));
     EXPECT_EQ(2u, pset_size(set));
     EXPECT_LE(set->core->capacity, 32u);
     pset_delete(set);

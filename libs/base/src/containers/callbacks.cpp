@@ -1,5 +1,4 @@
-// The ready-made callbacks of the containers, for strings, integers and poly values. Every hash is
-// the same on every run.
+// The ready-made callbacks of the containers. Hashes are the same on every run.
 #include "norvane/base/callbacks.h"
 
 #include <bit>
@@ -12,21 +11,23 @@
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 
+namespace norvane::containers {
 namespace {
 
-// Odd numbers without a pattern in their bits.
+// Odd multipliers with irregular bits.
 constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15u;
 constexpr std::uint64_t finisher = 0xD6E8FEB86659FD93u;
 
 __extension__ using Wide = unsigned __int128;
 
-// Multiplies and folds the upper half into the lower one: every bit of `x` reaches all others.
+// Multiplies and folds the upper half into the lower one, so that every bit of `x` affects all
+// bits.
 inline std::uint64_t mix(std::uint64_t x, std::uint64_t factor) {
     const Wide product = static_cast<Wide>(x) * factor;
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-// Scales a hash to a number below `size`, without the division of a remainder.
+// Scales a hash to a number below `size`; faster than a remainder.
 inline unsigned below(std::uint64_t hash, unsigned size) {
     return static_cast<unsigned>(((hash >> 32) * size) >> 32);
 }
@@ -37,8 +38,8 @@ inline std::uint64_t word_at(const char* text) {
     return word;
 }
 
-// A text of less than eight bytes as a word, zeros behind it. Most names are that short, and to
-// have so few bytes copied costs more than all else in a hash.
+// Returns a text of fewer than eight bytes as a word, padded with zeros. Most names are that short,
+// and a call of memcpy with a variable length would cost more than the rest of the hash.
 inline std::uint64_t short_word(const char* text, std::size_t length) {
     const auto byte = [text](std::size_t at) {
         return std::uint64_t{static_cast<unsigned char>(text[at])} << (8 * at);
@@ -61,7 +62,7 @@ inline int int_at(const void* address) {
     return value;
 }
 
-// The integer that a pointer carries. The compare callback reads 32 bits, so no more may count.
+// Returns the integer stored in a pointer: 32 bits, because the compare callback reads no more.
 inline unsigned carried(const void* element) {
     return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(element));
 }
@@ -71,6 +72,9 @@ inline double number_in(const void* slot) {
 }
 
 } // namespace
+} // namespace norvane::containers
+
+using namespace norvane::containers;
 
 int poly_compare_string(const void* a, const void* b) {
     NORVANE_ASSERT(a);
@@ -92,7 +96,7 @@ unsigned poly_hash_string(const void* element, unsigned size) {
     for (std::size_t at = 0; at + 8 < length; at += 8) {
         hash = mix(hash ^ word_at(text + at), multiplier);
     }
-    // The last word overlaps the one before it where the length is no multiple of eight.
+    // The last word overlaps the one before it unless the length is a multiple of eight.
     hash = mix(hash ^ word_at(text + length - 8), multiplier);
     return below(mix(hash, finisher), size);
 }
@@ -135,7 +139,7 @@ int poly_compare_poly_value(const void* a, const void* b) {
 unsigned poly_hash_poly_value(const void* element, unsigned size) {
     NORVANE_ASSERT(element);
     double number = static_cast<const PolyValue*>(element)->number;
-    // Values that compare as equal have one pattern of bits, but for these.
+    // These are the only equal values with different bits.
     if (std::isnan(number)) return 0;
     if (number == 0.0) number = 0.0;
     return below(mix(mix(std::bit_cast<std::uint64_t>(number), multiplier), finisher), size);

@@ -1,4 +1,4 @@
-// Counted array views over the elements of a container, and their sorts.
+// Arrays of the elements of a container, and their sorts.
 #include "norvane/base/chunk.h"
 
 #include <algorithm>
@@ -16,9 +16,9 @@ void pchunk_sort(PolyChunk* chunk) {
     const PolyCompare compare = chunk->compare;
     const size_t count = static_cast<size_t>(chunk->count);
     void** scratch = static_cast<void**>(util_malloc_throw(count * sizeof(void*)));
-    void** sorted =
-        norvane::merge_sort(chunk->elements, scratch, count,
-                            [compare](void* const& a, void* const& b) { return compare(&a, &b); });
+    void** sorted = norvane::containers::merge_sort(
+        chunk->elements, scratch, count,
+        [compare](void* const& a, void* const& b) { return compare(&a, &b); });
     if (sorted == scratch) std::copy(scratch, scratch + count, chunk->elements);
     std::free(scratch);
 }

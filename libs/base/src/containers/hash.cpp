@@ -1,6 +1,6 @@
-// PolyHash and IntHash: the shared core, and who owns keys and values. A table and its core are one
-// block of memory. Callbacks are called when the table is whole, and deletes come last, because a
-// key to remove may be the stored one.
+// PolyHash and IntHash: the ownership of keys and values, on top of the shared core. A table and
+// its core are allocated together. Callbacks run while the table is consistent, because they may
+// throw, and delete callbacks run last, because the key to remove may be the stored one.
 #include "norvane/base/hash.h"
 
 #include <cstdlib>
@@ -9,9 +9,8 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
+namespace norvane::containers {
 namespace {
-
-using namespace norvane;
 
 struct PolyHashBlock {
     PolyHash hash;
@@ -24,14 +23,14 @@ struct IntHashBlock {
 };
 
 inline void* stored_form(PolyCopy copy, void* element) {
-    return copy == nullptr ? element : copy(element);
+    return copy ? copy(element) : element;
 }
 
 inline void release(PolyDelete delete_element, void* element) {
-    if (delete_element != nullptr) delete_element(element);
+    if (delete_element) delete_element(element);
 }
 
-// An empty table takes no hash of the key.
+// For an empty table the key is not hashed.
 template <typename Hash>
 HashEntry* find(const Hash* hash, const void* key) {
     if (hash->size == 0) return nullptr;
@@ -39,6 +38,9 @@ HashEntry* find(const Hash* hash, const void* key) {
 }
 
 } // namespace
+} // namespace norvane::containers
+
+using namespace norvane::containers;
 
 PolyHash* phash_new(unsigned size, PolyCompare compare, PolyCopy copy_key, PolyCopy copy_value,
                     PolyHashFunction hash, PolyDelete delete_key, PolyDelete delete_value) {
@@ -55,10 +57,10 @@ void phash_insert(PolyHash* hash, void* key, void* value) {
     NORVANE_ASSERT(hash);
     const std::uint32_t key_hash = hash_key(hash->hash, key);
     HashEntry* entry = hash_find(hash->core, key, key_hash, hash->compare);
-    if (entry != nullptr) {
+    if (entry) {
         void* replaced = entry->value.pointer;
         entry->value.pointer = stored_form(hash->copy_value, value);
-        // Inserting the stored value again is harmless.
+        // The stored value may be inserted again.
         if (replaced != entry->value.pointer) release(hash->delete_value, replaced);
         return;
     }
@@ -71,8 +73,8 @@ void phash_insert(PolyHash* hash, void* key, void* value) {
 int phash_peek(const PolyHash* hash, const void* key, void** out) {
     NORVANE_ASSERT(hash);
     const HashEntry* entry = find(hash, key);
-    if (entry == nullptr) return STATUS_FAILURE;
-    if (out != nullptr) *out = entry->value.pointer;
+    if (!entry) return STATUS_FAILURE;
+    if (out) *out = entry->value.pointer;
     return STATUS_SUCCESS;
 }
 
@@ -84,8 +86,8 @@ unsigned phash_hash_of(const PolyHash* hash, const void* key) {
 int phash_peek_hashed(const PolyHash* hash, const void* key, unsigned key_hash, void** out) {
     NORVANE_ASSERT(hash);
     const HashEntry* entry = hash_find(hash->core, key, key_hash, hash->compare);
-    if (entry == nullptr) return STATUS_FAILURE;
-    if (out != nullptr) *out = entry->value.pointer;
+    if (!entry) return STATUS_FAILURE;
+    if (out) *out = entry->value.pointer;
     return STATUS_SUCCESS;
 }
 
@@ -102,7 +104,7 @@ const HashEntry* phash_prefetch_entry(const PolyHash* hash, unsigned key_hash) {
 }
 
 void* phash_prefetch_key(const HashEntry* entry) {
-    if (entry == nullptr) return nullptr;
+    if (!entry) return nullptr;
     __builtin_prefetch(entry->key);
     return entry->value.pointer;
 }
@@ -110,7 +112,7 @@ void* phash_prefetch_key(const HashEntry* entry) {
 int phash_remove(PolyHash* hash, const void* key) {
     NORVANE_ASSERT(hash);
     HashEntry* entry = find(hash, key);
-    if (entry == nullptr) return STATUS_FAILURE;
+    if (!entry) return STATUS_FAILURE;
     const HashEntry removed = *entry;
     hash_remove(hash->core, entry);
     hash->size = hash->core->live;
@@ -130,7 +132,7 @@ void phash_empty(PolyHash* hash) {
 }
 
 void phash_delete(PolyHash* hash) {
-    if (hash == nullptr) return;
+    if (!hash) return;
     phash_empty(hash);
     std::free(hash);
 }
@@ -149,9 +151,9 @@ void phash_iter_init(PolyHashIter* iter, const PolyHash* hash) {
 int phash_iter_next(PolyHashIter* iter, void** key_out, void** value_out) {
     NORVANE_ASSERT(iter);
     const HashEntry* entry = hash_next(iter->hash->core, &iter->position);
-    if (entry == nullptr) return 0;
-    if (key_out != nullptr) *key_out = entry->key;
-    if (value_out != nullptr) *value_out = entry->value.pointer;
+    if (!entry) return 0;
+    if (key_out) *key_out = entry->key;
+    if (value_out) *value_out = entry->value.pointer;
     return 1;
 }
 
@@ -169,7 +171,7 @@ void ihash_insert(IntHash* hash, void* key, int value) {
     NORVANE_ASSERT(hash);
     const std::uint32_t key_hash = hash_key(hash->hash, key);
     HashEntry* entry = hash_find(hash->core, key, key_hash, hash->compare);
-    if (entry == nullptr) {
+    if (!entry) {
         entry = hash_add(hash->core, stored_form(hash->copy, key), key_hash);
         hash->size = hash->core->live;
     }
@@ -179,13 +181,13 @@ void ihash_insert(IntHash* hash, void* key, int value) {
 int ihash_peek(const IntHash* hash, const void* key, int* out) {
     NORVANE_ASSERT(hash);
     const HashEntry* entry = find(hash, key);
-    if (entry == nullptr) return STATUS_FAILURE;
-    if (out != nullptr) *out = entry->value.number;
+    if (!entry) return STATUS_FAILURE;
+    if (out) *out = entry->value.number;
     return STATUS_SUCCESS;
 }
 
 void ihash_delete(IntHash* hash) {
-    if (hash == nullptr) return;
+    if (!hash) return;
     hash_drain(hash->core,
                [hash](const HashEntry* entry) { release(hash->delete_key, entry->key); });
     std::free(hash);
@@ -205,8 +207,8 @@ void ihash_iter_init(IntHashIter* iter, const IntHash* hash) {
 int ihash_iter_next(IntHashIter* iter, void** key_out, int* value_out) {
     NORVANE_ASSERT(iter);
     const HashEntry* entry = hash_next(iter->hash->core, &iter->position);
-    if (entry == nullptr) return 0;
-    if (key_out != nullptr) *key_out = entry->key;
-    if (value_out != nullptr) *value_out = entry->value.number;
+    if (!entry) return 0;
+    if (key_out) *key_out = entry->key;
+    if (value_out) *value_out = entry->value.number;
     return 1;
 }

@@ -8,14 +8,13 @@
 
 #include "norvane/base/memory.h"
 
-namespace norvane {
-
+namespace norvane::containers {
 namespace {
 
-// Up to here a scan of the cached hashes is as fast as an index.
+// Up to this capacity, scanning the cached hashes is as fast as an index.
 constexpr std::uint32_t small_capacity = 8;
 
-// Callers guess: larger tables grow by themselves.
+// Larger hints are ignored, because callers only guess and tables grow.
 constexpr unsigned largest_hint = 1024;
 
 void index_entry(HashCore* core, std::uint32_t position) {
@@ -27,26 +26,26 @@ void index_entry(HashCore* core, std::uint32_t position) {
     core->slots[at] = HashSlot{hash, position + 1};
 }
 
-// Closes the holes and indexes all entries anew; the slots are clear.
+// Closes the holes and rebuilds the index, whose slots are empty.
 void compact(HashCore* core) {
     std::uint32_t to = 0;
     for (std::uint32_t from = core->first; from < core->used; ++from) {
         if (!core->entries[from].live) continue;
         if (to != from) core->entries[to] = core->entries[from];
-        if (core->slots != nullptr) index_entry(core, to);
+        if (core->slots) index_entry(core, to);
         ++to;
     }
     core->first = 0;
     core->used = to;
 }
 
-// Changes the capacity to one that holds all live entries.
+// Changes the capacity, which must suffice for the live entries.
 void resize(HashCore* core, std::uint32_t capacity) {
     HashSlot* slots = nullptr;
     if (capacity > small_capacity) {
         slots = static_cast<HashSlot*>(util_calloc_throw(2 * sizeof(HashSlot) * capacity));
     }
-    // A smaller array must not cut entries off that lie behind holes.
+    // A smaller array would cut off entries after holes.
     std::free(core->slots);
     core->slots = nullptr;
     if (capacity < core->capacity) compact(core);
@@ -65,13 +64,13 @@ void make_room(HashCore* core) {
         core->hint = 0;
         return resize(core, capacity);
     }
-    if (core->slots != nullptr) {
+    if (core->slots) {
         std::memset(core->slots, 0, 2 * sizeof(HashSlot) * core->capacity);
     }
     compact(core);
 }
 
-// Takes the slot of an entry out, and moves those behind it up that were displaced by it.
+// Removes the slot of an entry, and moves later slots of the same probe sequence up.
 void unindex_entry(HashCore* core, const HashEntry* entry) {
     const std::uint32_t mask = mask_of(core);
     const std::uint32_t position = static_cast<std::uint32_t>(entry - core->entries) + 1;
@@ -88,10 +87,10 @@ void unindex_entry(HashCore* core, const HashEntry* entry) {
     core->slots[hole].position = 0;
 }
 
-// The compare callback takes addresses of slots.
+// The compare callback takes addresses of pointers.
 inline bool is_equal(const HashEntry* entry, const void* key, PolyCompare compare) {
     if (entry->key == key) return true;
-    return compare != nullptr && compare(&key, &entry->key) == 0;
+    return compare && compare(&key, &entry->key) == 0;
 }
 
 } // namespace
@@ -103,7 +102,7 @@ void hash_init(HashCore* core, unsigned hint) {
 
 HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
                      PolyCompare compare) {
-    if (core->slots == nullptr) {
+    if (!core->slots) {
         for (std::uint32_t at = core->first; at < core->used; ++at) {
             HashEntry* entry = &core->entries[at];
             if (entry->hash == hash && entry->live && is_equal(entry, key, compare)) return entry;
@@ -120,7 +119,7 @@ HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
 }
 
 const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash) {
-    if (core->slots == nullptr) return nullptr;
+    if (!core->slots) return nullptr;
     const std::uint32_t mask = mask_of(core);
     for (std::uint32_t at = hash & mask; core->slots[at].position != 0; at = (at + 1) & mask) {
         if (core->slots[at].hash == hash) return &core->entries[core->slots[at].position - 1];
@@ -135,17 +134,17 @@ HashEntry* hash_add(HashCore* core, void* key, std::uint32_t hash) {
     entry->value.pointer = nullptr;
     entry->hash = hash;
     entry->live = true;
-    if (core->slots != nullptr) index_entry(core, core->used);
+    if (core->slots) index_entry(core, core->used);
     ++core->used;
     ++core->live;
     return entry;
 }
 
 void hash_remove(HashCore* core, HashEntry* entry) {
-    if (core->slots != nullptr) unindex_entry(core, entry);
+    if (core->slots) unindex_entry(core, entry);
     entry->live = false;
     --core->live;
-    // Holes at the ends are gone at once: tables serve as stacks and as queues.
+    // Holes at both ends are closed at once, because callers use tables as stacks and queues.
     while (core->used > core->first && !core->entries[core->used - 1].live)
         --core->used;
     while (core->first < core->used && !core->entries[core->first].live)
@@ -164,4 +163,4 @@ void hash_release(HashCore* core) {
     hash_init(core, 0);
 }
 
-} // namespace norvane
+} // namespace norvane::containers

@@ -1,8 +1,8 @@
-// What the hash tables and sets share: entries in the order of insertion in one dense array, and an
-// index into it, an open-addressing table with linear probing. Small tables have no index; their
-// cached hashes are scanned. A removal leaves a hole in the array, closed when the array is full.
+// The core of the hash tables and sets: a dense array of entries in the order of insertion, and an
+// index of it, an open-addressing table with linear probing. Small tables have no index; a lookup
+// scans their cached hashes. A removal leaves a hole in the array, closed when the array is full.
 //
-// The core owns its arrays and knows nothing of who owns keys and values.
+// The core owns its arrays, but not the keys and values.
 #ifndef NORVANE_BASE_HASH_CORE_H
 #define NORVANE_BASE_HASH_CORE_H
 
@@ -11,43 +11,43 @@
 #include "norvane/base/callbacks.h"
 
 struct HashEntry {
-    void* key; // or an integer carried in the pointer
+    void* key; // or an integer stored in the pointer
     union {
         void* pointer;
         int number;
     } value;
     std::uint32_t hash; // mixed, see hash_key
-    bool live;          // false in a hole
+    bool live;          // false: a hole
 };
 
 struct HashSlot {
     std::uint32_t hash;
-    std::uint32_t position; // of the entry, plus one; 0 in an empty slot
+    std::uint32_t position; // of the entry, plus one; 0: an empty slot
 };
 
-// The arrays are made at the first insertion.
+// The first insertion allocates the arrays.
 struct HashCore {
     HashEntry* entries;
-    HashSlot* slots;        // null while the table is small; twice as many as `capacity`
-    std::uint32_t first;    // no live entry is before this one
-    std::uint32_t used;     // nor at or behind this one
-    std::uint32_t live;     // number of pairs
+    HashSlot* slots;        // the index, of twice the capacity; null while the table is small
+    std::uint32_t first;    // all entries before this position are holes
+    std::uint32_t used;     // the number of entries, holes included
+    std::uint32_t live;     // the number of entries that are not holes
     std::uint32_t capacity; // of `entries`; a power of two
-    std::uint32_t hint;     // capacity to take when the table outgrows the smallest one
+    std::uint32_t hint;     // the first capacity of a table that is not small
 };
 
-namespace norvane {
+namespace norvane::containers {
 
 void hash_init(HashCore* core, unsigned hint);
 
-// What is left of a hash as a place in the index.
+// Mask that maps a hash to an index slot.
 inline std::uint32_t mask_of(const HashCore* core) {
     return 2 * core->capacity - 1;
 }
 
-// The hash of a key: the callback's number, mixed so that weak hashes (integers in steps,
-// addresses) spread over the index. The size is the largest prime that an int holds too, because
-// some callbacks take it as one; a callback that takes a remainder loses next to nothing.
+// Returns the hash of a key: the callback's result, mixed so that weak hashes (multiples,
+// addresses) spread over the index. The callback gets the largest prime that fits into an int,
+// because some callbacks use ints, and a remainder by it loses almost nothing.
 inline std::uint32_t hash_key(PolyHashFunction function, const void* key) {
     std::uint32_t hash = function(key, 2147483647u);
     hash = (hash ^ (hash >> 16)) * 0x85EBCA6Bu;
@@ -55,28 +55,29 @@ inline std::uint32_t hash_key(PolyHashFunction function, const void* key) {
     return hash ^ (hash >> 16);
 }
 
-// The entry of an equal key, or null. Without `compare`, equal keys are equal pointers.
+// Returns the entry of an equal key, or null. Without `compare`, keys are equal if the pointers
+// are.
 HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
                      PolyCompare compare);
 
-// Where a look-up begins to read the index, or null while there is none; and the entry that it is
-// going to compare first, or null.
+// For prefetching: the index slot where a lookup starts, null if the table has no index; and the
+// entry that the lookup compares first, or null.
 inline const HashSlot* hash_home(const HashCore* core, std::uint32_t hash) {
-    return core->slots == nullptr ? nullptr : &core->slots[hash & mask_of(core)];
+    return core->slots ? &core->slots[hash & mask_of(core)] : nullptr;
 }
 const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash);
 
-// Adds an entry for a key that is not there; the caller fills in the value.
+// Adds an entry for an absent key; the caller sets the value.
 HashEntry* hash_add(HashCore* core, void* key, std::uint32_t hash);
 
-// Takes an entry out. Entries stay where they are until the next hash_add or hash_shrink.
+// Removes an entry. The others keep their positions until the next hash_add or hash_shrink.
 void hash_remove(HashCore* core, HashEntry* entry);
 
-// Gives memory back if few entries are left, so that iterating takes time by their number. To be
-// called after removals, when all callbacks are done.
+// Shrinks the arrays if few entries are left, so that iterating is linear in their number. Called
+// after a removal, when no callback will run any more.
 void hash_shrink(HashCore* core);
 
-// The first live entry at or behind `*position`, moving the position behind it, or null.
+// Returns the first live entry from `*position` on and sets the position after it, or null.
 inline HashEntry* hash_next(const HashCore* core, unsigned* position) {
     for (std::uint32_t at = *position < core->first ? core->first : *position; at < core->used;
          ++at) {
@@ -87,10 +88,10 @@ inline HashEntry* hash_next(const HashCore* core, unsigned* position) {
     return nullptr;
 }
 
-// Frees the arrays: the table is empty and may be used again.
+// Empties the table and frees its arrays; it may be used again.
 void hash_release(HashCore* core);
 
-// Empties the table and calls `release(entry)` for each entry that was in it, in order.
+// Empties the table, then calls `release(entry)` for each entry that it had, in order.
 template <typename Release>
 void hash_drain(HashCore* core, Release release) {
     HashCore drained = *core;
@@ -109,6 +110,6 @@ inline int int_of(const void* key) {
     return static_cast<int>(reinterpret_cast<std::intptr_t>(key));
 }
 
-} // namespace norvane
+} // namespace norvane::containers
 
 #endif

@@ -1,5 +1,4 @@
-// PolyList. The nodes are open to callers; here `last` and `len` are kept right. A callback may
-// throw: the list is whole whenever one is called.
+// PolyList. Callbacks run while the list is consistent, because they may throw.
 #include "norvane/base/list.h"
 
 #include <cstdlib>
@@ -8,6 +7,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
+namespace norvane::containers {
 namespace {
 
 PolyListNode* new_node(void* element) {
@@ -17,10 +17,10 @@ PolyListNode* new_node(void* element) {
     return node;
 }
 
-// Stores the pointer itself, past the copy callback.
+// Appends the pointer itself, without the copy callback.
 void append_stored(PolyList* list, void* element) {
     PolyListNode* node = new_node(element);
-    if (list->last == nullptr) {
+    if (!list->last) {
         list->first = node;
     } else {
         list->last->next = node;
@@ -30,10 +30,13 @@ void append_stored(PolyList* list, void* element) {
 }
 
 void* stored_form(const PolyList* list, void* element) {
-    return list->copy == nullptr ? element : list->copy(element);
+    return list->copy ? list->copy(element) : element;
 }
 
 } // namespace
+} // namespace norvane::containers
+
+using namespace norvane::containers;
 
 PolyList* plist_new(PolyCompare compare, PolyCopy copy, PolyDelete delete_element) {
     PolyList* list = static_cast<PolyList*>(util_malloc_throw(sizeof(PolyList)));
@@ -51,14 +54,14 @@ void plist_prepend(PolyList* list, void* element) {
     PolyListNode* node = new_node(stored_form(list, element));
     node->next = list->first;
     list->first = node;
-    if (list->last == nullptr) list->last = node;
+    if (!list->last) list->last = node;
     ++list->len;
 }
 
 void plist_concat(PolyList* list, const PolyList* other) {
     NORVANE_ASSERT(list);
     NORVANE_ASSERT(other);
-    // Counted, so that a list can be appended to itself.
+    // Counts the nodes, because a list may be appended to itself.
     const PolyListNode* node = other->first;
     for (unsigned left = other->len; left > 0; --left) {
         append_stored(list, stored_form(list, node->element));
@@ -74,14 +77,14 @@ PolyList* plist_copy(const PolyList* list) {
 PolyList* plist_copy_with_copycon(const PolyList* list, PolyCopy copy) {
     NORVANE_ASSERT(list);
     PolyList* result = plist_new(list->compare, list->copy, list->delete_element);
-    for (const PolyListNode* node = list->first; node != nullptr; node = node->next) {
-        append_stored(result, copy == nullptr ? node->element : copy(node->element));
+    for (const PolyListNode* node = list->first; node; node = node->next) {
+        append_stored(result, copy ? copy(node->element) : node->element);
     }
     return result;
 }
 
 void plist_delete(PolyList* list) {
-    if (list == nullptr) return;
+    if (!list) return;
     plist_empty(list);
     std::free(list);
 }
@@ -92,9 +95,9 @@ void plist_empty(PolyList* list) {
     list->first = nullptr;
     list->last = nullptr;
     list->len = 0;
-    while (node != nullptr) {
+    while (node) {
         PolyListNode* next = node->next;
-        if (list->delete_element != nullptr) list->delete_element(node->element);
+        if (list->delete_element) list->delete_element(node->element);
         std::free(node);
         node = next;
     }
@@ -109,7 +112,7 @@ void plist_delete_nth(PolyList* list, unsigned n) {
         before = node;
         node = node->next;
     }
-    if (before == nullptr) {
+    if (!before) {
         list->first = node->next;
     } else {
         before->next = node->next;
@@ -119,12 +122,12 @@ void plist_delete_nth(PolyList* list, unsigned n) {
 
     void* element = node->element;
     std::free(node);
-    if (list->delete_element != nullptr) list->delete_element(element);
+    if (list->delete_element) list->delete_element(element);
 }
 
 void* plist_hd(const PolyList* list) {
     NORVANE_ASSERT(list);
-    return list->first == nullptr ? nullptr : list->first->element;
+    return list->first ? list->first->element : nullptr;
 }
 
 void* plist_nth(const PolyList* list, unsigned n) {
@@ -156,14 +159,14 @@ void plist_sort(PolyList* list) {
     PolyListNode** nodes =
         static_cast<PolyListNode**>(util_malloc_throw(2 * count * sizeof(PolyListNode*)));
     size_t filled = 0;
-    for (PolyListNode* node = list->first; node != nullptr; node = node->next) {
+    for (PolyListNode* node = list->first; node; node = node->next) {
         nodes[filled++] = node;
     }
     // The links are left alone until the order is known.
-    PolyListNode** sorted = norvane::merge_sort(
-        nodes, nodes + count, count, [compare](const PolyListNode* a, const PolyListNode* b) {
-            return compare(&a->element, &b->element);
-        });
+    PolyListNode** sorted = merge_sort(nodes, nodes + count, count,
+                                       [compare](const PolyListNode* a, const PolyListNode* b) {
+                                           return compare(&a->element, &b->element);
+                                       });
     for (size_t i = 0; i + 1 < count; ++i)
         sorted[i]->next = sorted[i + 1];
     list->first = sorted[0];
@@ -177,7 +180,7 @@ PolyChunk* plist_to_polychunk(const PolyList* list) {
     PolyChunk* chunk = static_cast<PolyChunk*>(util_malloc_throw(sizeof(PolyChunk)));
     void** elements = static_cast<void**>(util_malloc_throw(list->len * sizeof(void*)));
     *chunk = PolyChunk{static_cast<int>(list->len), elements, list->compare};
-    for (const PolyListNode* node = list->first; node != nullptr; node = node->next) {
+    for (const PolyListNode* node = list->first; node; node = node->next) {
         *elements++ = node->element;
     }
     return chunk;
@@ -190,9 +193,9 @@ void plist_print(FILE* stream, const PolyList* list, const char* separator, cons
     NORVANE_ASSERT(separator);
     NORVANE_ASSERT(terminator);
     NORVANE_ASSERT(printer);
-    for (const PolyListNode* node = list->first; node != nullptr; node = node->next) {
+    for (const PolyListNode* node = list->first; node; node = node->next) {
         printer(stream, node->element);
-        if (node->next != nullptr) fputs(separator, stream);
+        if (node->next) fputs(separator, stream);
     }
     fputs(terminator, stream);
 }

@@ -1,5 +1,5 @@
-// The one sort of the containers: a stable merge sort without recursion. It is our own because a
-// compare callback may throw, and a throw must not jump over frames of the C library.
+// The sort of the containers: a stable merge sort without recursion. The C library's sort cannot be
+// used, because a compare callback may throw, and a throw must not jump over foreign frames.
 #ifndef NORVANE_BASE_MERGE_SORT_H
 #define NORVANE_BASE_MERGE_SORT_H
 
@@ -7,11 +7,10 @@
 #include <cstddef>
 #include <utility>
 
-namespace norvane {
+namespace norvane::containers {
 
-// Sorts items[0..count) with the help of scratch[0..count), and returns which of the two arrays
-// holds the result. `compare(a, b)` is negative, zero or positive. The items are handles that are
-// cheap to copy.
+// Sorts items[0..count), using scratch[0..count), and returns the array that contains the result.
+// `compare(a, b)` returns a negative number, zero or a positive number. Items are cheap to copy.
 template <typename T, typename Compare>
 T* merge_sort(T* items, T* scratch, std::size_t count, Compare compare) {
     constexpr std::size_t run = 8;
@@ -32,7 +31,7 @@ T* merge_sort(T* items, T* scratch, std::size_t count, Compare compare) {
             std::size_t left = begin;
             std::size_t right = middle;
             T* out = scratch + begin;
-            // Halves that are in order already cost one comparison.
+            // Halves that are already in order cost one comparison.
             const bool in_order = middle == end || compare(items[middle - 1], items[middle]) <= 0;
             while (!in_order && left < middle && right < end) {
                 *out++ = compare(items[left], items[right]) <= 0 ? items[left++] : items[right++];
@@ -45,6 +44,6 @@ T* merge_sort(T* items, T* scratch, std::size_t count, Compare compare) {
     return items;
 }
 
-} // namespace norvane
+} // namespace norvane::containers
 
 #endif

@@ -1,6 +1,6 @@
-// PolySet and IntSet: the shared core, and who owns the elements. A set and its core are one block
-// of memory. Callbacks are called when the set is whole, and deletes come last, because the key of
-// a removal may be the stored element.
+// PolySet and IntSet: the ownership of elements, on top of the shared core. A set and its core are
+// allocated together. Callbacks run while the set is consistent, because they may throw, and delete
+// callbacks run last, because the key to remove may be the stored element.
 #include "norvane/base/set.h"
 
 #include <cstdlib>
@@ -9,9 +9,8 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
+namespace norvane::containers {
 namespace {
-
-using namespace norvane;
 
 struct PolySetBlock {
     PolySet set;
@@ -23,13 +22,16 @@ struct IntSetBlock {
     HashCore core;
 };
 
-// An empty set takes no hash of the key.
+// For an empty set the key is not hashed.
 HashEntry* find(const PolySet* set, const void* key) {
     if (set->size == 0) return nullptr;
     return hash_find(set->core, key, hash_key(set->hash, key), set->compare);
 }
 
 } // namespace
+} // namespace norvane::containers
+
+using namespace norvane::containers;
 
 PolySet* pset_new(unsigned size, PolyCompare compare, PolyCopy copy, PolyHashFunction hash,
                   PolyDelete delete_element) {
@@ -47,7 +49,7 @@ void* pset_insert(PolySet* set, void* element) {
     if (const HashEntry* entry = hash_find(set->core, element, hash, set->compare)) {
         return entry->key;
     }
-    void* stored = set->copy == nullptr ? element : set->copy(element);
+    void* stored = set->copy ? set->copy(element) : element;
     hash_add(set->core, stored, hash);
     set->size = set->core->live;
     return stored;
@@ -56,19 +58,19 @@ void* pset_insert(PolySet* set, void* element) {
 int pset_peek(const PolySet* set, const void* key, void** out) {
     NORVANE_ASSERT(set);
     const HashEntry* entry = find(set, key);
-    if (entry == nullptr) return STATUS_FAILURE;
-    if (out != nullptr) *out = entry->key;
+    if (!entry) return STATUS_FAILURE;
+    if (out) *out = entry->key;
     return STATUS_SUCCESS;
 }
 
 void pset_remove(PolySet* set, const void* key) {
     NORVANE_ASSERT(set);
     HashEntry* entry = find(set, key);
-    if (entry == nullptr) return;
+    if (!entry) return;
     void* element = entry->key;
     hash_remove(set->core, entry);
     set->size = set->core->live;
-    if (set->delete_element != nullptr) set->delete_element(element);
+    if (set->delete_element) set->delete_element(element);
     hash_shrink(set->core);
 }
 
@@ -76,12 +78,12 @@ void pset_empty(PolySet* set) {
     NORVANE_ASSERT(set);
     set->size = 0;
     hash_drain(set->core, [set](const HashEntry* entry) {
-        if (set->delete_element != nullptr) set->delete_element(entry->key);
+        if (set->delete_element) set->delete_element(entry->key);
     });
 }
 
 void pset_delete(PolySet* set) {
-    if (set == nullptr) return;
+    if (!set) return;
     pset_empty(set);
     std::free(set);
 }
@@ -101,7 +103,7 @@ int pset_iter_next(PolySetIter* iter, void** out) {
     NORVANE_ASSERT(iter);
     NORVANE_ASSERT(out);
     const HashEntry* entry = hash_next(iter->set->core, &iter->position);
-    if (entry == nullptr) return 0;
+    if (!entry) return 0;
     *out = entry->key;
     return 1;
 }
@@ -128,7 +130,7 @@ IntSet* iset_new(unsigned size, PolyHashFunction hash) {
 void iset_insert(IntSet* set, int value) {
     NORVANE_ASSERT(set);
     const std::uint32_t hash = hash_key(set->hash, key_of(value));
-    if (hash_find(set->core, key_of(value), hash, nullptr) != nullptr) return;
+    if (hash_find(set->core, key_of(value), hash, nullptr)) return;
     hash_add(set->core, key_of(value), hash);
     set->size = set->core->live;
 }
@@ -141,7 +143,7 @@ int iset_has(const IntSet* set, int value) {
 }
 
 void iset_delete(IntSet* set) {
-    if (set == nullptr) return;
+    if (!set) return;
     hash_release(set->core);
     std::free(set);
 }
@@ -156,7 +158,7 @@ int iset_iter_next(IntSetIter* iter, int* out) {
     NORVANE_ASSERT(iter);
     NORVANE_ASSERT(out);
     const HashEntry* entry = hash_next(iter->set->core, &iter->position);
-    if (entry == nullptr) return 0;
+    if (!entry) return 0;
     *out = int_of(entry->key);
     return 1;
 }

@@ -1,11 +1,11 @@
-// The reports of the base library: files, the preprocessor, packages and XML. One entry each holds
-// all that a builder says.
+// The reports of the base library: files, the preprocessor, packages and XML. Each builder has one
+// entry with all its texts.
 #include <cstdarg>
 #include <initializer_list>
 
 #include "norvane/base/diagnostics.h"
 
-namespace norvane {
+namespace norvane::diagnostics {
 namespace {
 
 struct Run {
@@ -139,13 +139,13 @@ ErrorInfo* build(const Entry* entry, ...) {
 }
 
 const char* given(const char* text) {
-    return text != nullptr ? text : "";
+    return text ? text : "";
 }
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::diagnostics
 
-using namespace norvane;
+using namespace norvane::diagnostics;
 
 ErrorInfo* ERR_CPP(void) {
     return build(&cpp_entry);

@@ -1,4 +1,4 @@
-// The records of a report, and its way to the sink.
+// The records of a report, and the sink.
 #include "norvane/base/diagnostics.h"
 
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 
-namespace norvane {
+namespace norvane::diagnostics {
 namespace {
 
 void delete_run(void* element) {
@@ -44,16 +44,18 @@ struct {
 } sink;
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::diagnostics
+
+using namespace norvane::diagnostics;
 
 ErrorInfo* err_new(void) {
     auto* error = static_cast<ErrorInfo*>(util_calloc_throw(sizeof(ErrorInfo)));
-    error->paragraphs = plist_new(nullptr, nullptr, norvane::delete_paragraph);
+    error->paragraphs = plist_new(nullptr, nullptr, delete_paragraph);
     return error;
 }
 
 void err_delete(ErrorInfo* error) {
-    if (error == nullptr) return;
+    if (!error) return;
     plist_delete(error->paragraphs);
     std::free(error);
 }
@@ -62,20 +64,20 @@ ErrorDescParagraph* err_p_new(ErrorPAlign align) {
     auto* paragraph =
         static_cast<ErrorDescParagraph*>(util_malloc_throw(sizeof(ErrorDescParagraph)));
     paragraph->align = align;
-    paragraph->runs = plist_new(nullptr, nullptr, norvane::delete_run);
+    paragraph->runs = plist_new(nullptr, nullptr, delete_run);
     return paragraph;
 }
 
 void err_p_append_text(ErrorDescParagraph* p, const char* text) {
     NORVANE_ASSERT(p);
     NORVANE_ASSERT(text);
-    norvane::append_run(p, ERROR_RUN_TEXT, text, nullptr, nullptr);
+    append_run(p, ERROR_RUN_TEXT, text, nullptr, nullptr);
 }
 
 void err_p_append_code(ErrorDescParagraph* p, const char* text) {
     NORVANE_ASSERT(p);
     NORVANE_ASSERT(text);
-    norvane::append_run(p, ERROR_RUN_CODE, text, nullptr, nullptr);
+    append_run(p, ERROR_RUN_CODE, text, nullptr, nullptr);
 }
 
 void err_p_append_secref(ErrorDescParagraph* p, const char* document, const char* section,
@@ -84,13 +86,13 @@ void err_p_append_secref(ErrorDescParagraph* p, const char* document, const char
     NORVANE_ASSERT(document);
     NORVANE_ASSERT(section);
     NORVANE_ASSERT(anchor);
-    norvane::append_run(p, ERROR_RUN_SECREF, section, document, anchor);
+    append_run(p, ERROR_RUN_SECREF, section, document, anchor);
 }
 
 void err_p_append_manref(ErrorDescParagraph* p, const char* document) {
     NORVANE_ASSERT(p);
     NORVANE_ASSERT(document);
-    norvane::append_run(p, ERROR_RUN_MANREF, nullptr, document, nullptr);
+    append_run(p, ERROR_RUN_MANREF, nullptr, document, nullptr);
 }
 
 void err_set_position(ErrorInfo* error, int line, const char* file) {
@@ -100,18 +102,18 @@ void err_set_position(ErrorInfo* error, int line, const char* file) {
     str_snprintf(error->file, sizeof error->file, "%s", file);
 }
 
-void msg_set_error_sink(MsgErrorSink sink, void* user) {
-    norvane::sink.function = sink != nullptr ? sink : norvane::print_title;
-    norvane::sink.user = user;
+void msg_set_error_sink(MsgErrorSink function, void* user) {
+    sink.function = function ? function : print_title;
+    sink.user = user;
 }
 
 MsgErrorSink msg_get_error_sink(void** user) {
     NORVANE_ASSERT(user);
-    *user = norvane::sink.user;
-    return norvane::sink.function == norvane::print_title ? nullptr : norvane::sink.function;
+    *user = sink.user;
+    return sink.function == print_title ? nullptr : sink.function;
 }
 
 void msg_report_error(ErrorType type, ErrorInfo* error) {
     NORVANE_ASSERT(error);
-    norvane::sink.function(type, error, norvane::sink.user);
+    sink.function(type, error, sink.user);
 }

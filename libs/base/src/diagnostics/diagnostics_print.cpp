@@ -1,15 +1,15 @@
-// Reports as text for a person.
+// Prints reports for a person to read.
 //
-// Descriptions were written for a typesetter: their line breaks and blanks mean nothing, an empty
-// line starts a new paragraph, ``...'' are quotes, and a code run of several lines begins and ends
-// with what only sets it off from the text around it.
+// Descriptions are in a typesetter's notation: line breaks and blanks separate words, an empty line
+// starts a new paragraph, ``...'' are quotes, and a code run of several lines begins and ends with
+// empty lines.
 #include <cstring>
 
 #include "norvane/base/diagnostics.h"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 
-namespace norvane {
+namespace norvane::diagnostics {
 namespace {
 
 constexpr std::size_t text_width = 78;
@@ -19,10 +19,10 @@ bool is_blank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-// Sets words into lines and paragraphs. Runs that touch without a blank make one word.
-class Folder {
+// Fills lines with words. Adjacent runs without a blank between them form one word.
+class WordWrap {
   public:
-    explicit Folder(FILE* stream) : stream_(stream), word_(ustr_new()) {}
+    explicit WordWrap(FILE* stream) : stream_(stream), word_(ustr_new()) {}
 
     void append(const char* text, std::size_t length) { ustr_append_chars(word_, text, length); }
 
@@ -48,14 +48,14 @@ class Folder {
         column_ = 0;
     }
 
-    // A line as it stands, in a paragraph of its own.
+    // Writes a line of a code block, indented.
     void code_line(const char* line, std::size_t length) {
         if (length > 0) fprintf(stream_, "%*s", static_cast<int>(code_indent), "");
         fwrite(line, 1, length, stream_);
         fputc('\n', stream_);
     }
 
-    // Called where a paragraph begins.
+    // Writes the empty line before a paragraph, unless it is the first.
     void separate() {
         if (begun_) fputc('\n', stream_);
         begun_ = true;
@@ -73,21 +73,35 @@ class Folder {
     bool begun_ = false;
 };
 
-// Quotes right around a code run are left out, since the run has its own.
-void print_text(Folder& folder, const char* text, bool behind_code, bool before_code) {
-    if (behind_code && std::strncmp(text, "''", 2) == 0) text += 2;
-    while (*text != '\0') {
+// Ends the word, and after an empty line the paragraph. Returns the text after the blanks.
+const char* print_blanks(WordWrap& wrap, const char* text) {
+    int line_feeds = 0;
+    for (; is_blank(*text); ++text)
+        line_feeds += *text == '\n';
+    wrap.end_word();
+    if (line_feeds > 1) wrap.end_paragraph();
+    return text;
+}
+
+bool is_closing_quote(const char* text) {
+    return std::strncmp(text, "''", 2) == 0;
+}
+
+bool is_quote(const char* text) {
+    return std::strncmp(text, "``", 2) == 0 || is_closing_quote(text);
+}
+
+// Leaves out quotes next to a code run, which is printed with its own.
+void print_text(WordWrap& wrap, const char* text, bool after_code, bool before_code) {
+    if (after_code && is_closing_quote(text)) text += 2;
+    while (*text) {
         if (is_blank(*text)) {
-            int line_feeds = 0;
-            for (; is_blank(*text); ++text)
-                line_feeds += *text == '\n';
-            folder.end_word();
-            if (line_feeds > 1) folder.end_paragraph();
-        } else if (std::strncmp(text, "``", 2) == 0 || std::strncmp(text, "''", 2) == 0) {
+            text = print_blanks(wrap, text);
+        } else if (is_quote(text)) {
             text += 2;
-            if (*text != '\0' || !before_code) folder.append("\"", 1);
+            if (*text || !before_code) wrap.append("\"", 1);
         } else {
-            folder.append(text++, 1);
+            wrap.append(text++, 1);
         }
     }
 }
@@ -96,7 +110,7 @@ std::size_t line_length(const char* line) {
     return std::strcspn(line, "\n");
 }
 
-// The length of a line without the blanks at its end.
+// Returns the length of a line without trailing blanks.
 std::size_t set_length(const char* line) {
     std::size_t length = line_length(line);
     while (length > 0 && is_blank(line[length - 1]))
@@ -109,56 +123,56 @@ const char* next_line(const char* line) {
     return *line == '\n' ? line + 1 : line;
 }
 
-// The indentation that all lines have in common.
+// Returns the indentation that all lines share.
 std::size_t common_indent(const char* code) {
     std::size_t indent = std::strlen(code);
-    for (const char* line = code; *line != '\0'; line = next_line(line)) {
+    for (const char* line = code; *line; line = next_line(line)) {
         const std::size_t blanks = std::strspn(line, " ");
         if (set_length(line) > blanks && blanks < indent) indent = blanks;
     }
     return indent;
 }
 
-// The lines keep their places to each other; empty ones at both ends are left out.
-void print_code_block(Folder& folder, const char* code) {
+// Keeps the relative indentation of the lines, and leaves out empty lines at both ends.
+void print_code_block(WordWrap& wrap, const char* code) {
     const std::size_t indent = common_indent(code);
     int empty_lines = 0;
     bool begun = false;
-    folder.end_paragraph();
-    for (const char* line = code; *line != '\0'; line = next_line(line)) {
+    wrap.end_paragraph();
+    for (const char* line = code; *line; line = next_line(line)) {
         const std::size_t length = set_length(line);
         if (length == 0) {
             ++empty_lines;
             continue;
         }
-        if (!begun) folder.separate();
+        if (!begun) wrap.separate();
         for (; begun && empty_lines > 0; --empty_lines)
-            folder.code_line("", 0);
+            wrap.code_line("", 0);
         empty_lines = 0;
         begun = true;
-        folder.code_line(line + indent, length - indent);
+        wrap.code_line(line + indent, length - indent);
     }
 }
 
-void print_code(Folder& folder, const char* code) {
-    folder.append("`", 1);
-    folder.append(code, std::strlen(code));
-    folder.append("`", 1);
+void print_code(WordWrap& wrap, const char* code) {
+    wrap.append("`", 1);
+    wrap.append(code, std::strlen(code));
+    wrap.append("`", 1);
 }
 
-// The words may go to different lines.
-void print_section(Folder& folder, const ErrorDescRun* run) {
-    print_text(folder, run->text, false, false);
-    folder.end_word();
-    folder.append("(", 1);
-    print_text(folder, run->document, false, false);
-    folder.append(")", 1);
+// Prints "section (manual)", which may be broken into lines.
+void print_section(WordWrap& wrap, const ErrorDescRun* run) {
+    print_text(wrap, run->text, false, false);
+    wrap.end_word();
+    wrap.append("(", 1);
+    print_text(wrap, run->document, false, false);
+    wrap.append(")", 1);
 }
 
-void print_manual(Folder& folder, const ErrorDescRun* run) {
-    print_text(folder, "the ", false, false);
-    print_text(folder, run->document, false, false);
-    print_text(folder, " manual", false, false);
+void print_manual(WordWrap& wrap, const ErrorDescRun* run) {
+    print_text(wrap, "the ", false, false);
+    print_text(wrap, run->document, false, false);
+    print_text(wrap, " manual", false, false);
 }
 
 bool is_inline_code(const ErrorDescRun* run) {
@@ -166,34 +180,35 @@ bool is_inline_code(const ErrorDescRun* run) {
 }
 
 bool is_inline_code(const PolyListNode* node) {
-    return node != nullptr && is_inline_code(static_cast<const ErrorDescRun*>(node->element));
+    return node && is_inline_code(static_cast<const ErrorDescRun*>(node->element));
 }
 
-void print_paragraph(Folder& folder, const ErrorDescParagraph* paragraph) {
+void print_paragraph(WordWrap& wrap, const ErrorDescParagraph* paragraph) {
     const bool stands_alone =
         paragraph->align == ERROR_P_DISPLAY || plist_length(paragraph->runs) == 1;
-    bool behind_code = false;
-    for (const PolyListNode* node = paragraph->runs->first; node != nullptr; node = node->next) {
+    bool after_code = false;
+    for (const PolyListNode* node = paragraph->runs->first; node; node = node->next) {
         const auto* run = static_cast<const ErrorDescRun*>(node->element);
         switch (run->kind) {
         case ERROR_RUN_TEXT:
-            print_text(folder, run->text, behind_code, is_inline_code(node->next));
+            print_text(wrap, run->text, after_code, is_inline_code(node->next));
             break;
         case ERROR_RUN_CODE:
             if (stands_alone || !is_inline_code(run))
-                print_code_block(folder, run->text);
+                print_code_block(wrap, run->text);
             else
-                print_code(folder, run->text);
+                print_code(wrap, run->text);
             break;
-        case ERROR_RUN_SECREF: print_section(folder, run); break;
-        case ERROR_RUN_MANREF: print_manual(folder, run); break;
+        case ERROR_RUN_SECREF: print_section(wrap, run); break;
+        case ERROR_RUN_MANREF: print_manual(wrap, run); break;
         }
-        behind_code = is_inline_code(run);
+        after_code = is_inline_code(run);
     }
-    folder.end_paragraph();
+    wrap.end_paragraph();
 }
 
-// One line, whatever the title quotes from the user's file, and nothing that a terminal obeys.
+// Replaces control characters, so that text quoted from a user's file stays on one line and cannot
+// control a terminal.
 char printed(char c) {
     if (is_blank(c)) return ' ';
     return (c > 0 && c < ' ') || c == 0x7f ? '?' : c;
@@ -201,18 +216,20 @@ char printed(char c) {
 
 void print_title(FILE* stream, ErrorType type, const ErrorInfo* error) {
     fputs(type == ERROR_TYPE_WARNING ? "warning: " : "error: ", stream);
-    for (const char* c = error->message; *c != '\0'; ++c)
+    for (const char* c = error->message; *c; ++c)
         fputc(printed(*c), stream);
     fprintf(stream, " [%s]\n", error->name);
 }
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::diagnostics
+
+using namespace norvane::diagnostics;
 
 void err_print(FILE* stream, ErrorType type, const ErrorInfo* error, int flags) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(error);
-    norvane::print_title(stream, type, error);
+    print_title(stream, type, error);
     if ((flags & ERR_PRINT_DESCRIPTION) == 0 || plist_isempty(error->paragraphs)) return;
     fputc('\n', stream);
     err_print_description(stream, error);
@@ -221,8 +238,8 @@ void err_print(FILE* stream, ErrorType type, const ErrorInfo* error, int flags) 
 void err_print_description(FILE* stream, const ErrorInfo* error) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(error);
-    norvane::Folder folder(stream);
+    WordWrap wrap(stream);
     for (const auto* paragraph : norvane::items<const ErrorDescParagraph>(error->paragraphs))
-        norvane::print_paragraph(folder, paragraph);
-    folder.end();
+        print_paragraph(wrap, paragraph);
+    wrap.end();
 }

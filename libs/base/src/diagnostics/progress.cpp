@@ -1,4 +1,4 @@
-// Progress of long jobs, on its way to the sink.
+// Jobs, and the progress sink.
 #include "norvane/base/progress.h"
 
 #include <cstdarg>
@@ -6,19 +6,19 @@
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
 
-namespace norvane {
+namespace norvane::diagnostics {
 namespace {
 
 struct {
-    MsgProgressSink sink; // null: nobody listens
+    MsgProgressSink sink; // null: none
     void* user;
     int last_job;
 } progress;
 
 } // namespace
-} // namespace norvane
+} // namespace norvane::diagnostics
 
-using norvane::progress;
+using namespace norvane::diagnostics;
 
 void msg_set_progress_sink(MsgProgressSink sink, void* user) {
     progress.sink = sink;
@@ -28,7 +28,7 @@ void msg_set_progress_sink(MsgProgressSink sink, void* user) {
 void msg_report_prgs_start(int kind, const char* format, ...) {
     NORVANE_ASSERT(format);
     ++progress.last_job;
-    if (progress.sink == nullptr) return;
+    if (!progress.sink) return;
     char text[MESSAGE_BUFFER_SIZE];
     va_list arguments;
     va_start(arguments, format);
@@ -43,7 +43,7 @@ int msg_get_progress_job(void) {
 }
 
 void msg_report_prgs_stop(int job, int status) {
-    if (progress.sink == nullptr) return;
+    if (!progress.sink) return;
     const MsgProgress event = {0, job, 0, "", status};
     progress.sink(&event, progress.user);
 }

@@ -20,8 +20,8 @@ namespace {
 
 bool is_utf8(const char* text, std::size_t size) {
     std::size_t length = 0;
-    for (std::size_t i = ascii_prefix(text, size); i < size; i += length)
-        if (utf8_decode(text + i, size - i, &length) < 0) return false;
+    for (std::size_t i = text::ascii_prefix(text, size); i < size; i += length)
+        if (text::utf8_decode(text + i, size - i, &length) < 0) return false;
     return true;
 }
 

@@ -1,19 +1,18 @@
-// The table of code page 1252, and decoding of UTF-8 that no input can upset.
+// The table of code page 1252, and a decoder for UTF-8.
 //
-// Every byte and every code point has a defined result, so that whatever stands in a file comes
-// through the library and back without a failure, and what can be held comes back the same.
+// Every byte and every code point has a defined result, so that reading and writing never fail on a
+// text, and characters of the code page survive a round trip.
 
 #include "codepage.h"
 
 #include <cstdint>
 #include <cstring>
 
-namespace norvane {
-
+namespace norvane::text {
 namespace {
 
-// The code points of the bytes 0x80 to 0x9F. Five bytes are not assigned: they stand for the
-// control characters of the same number, so that they survive a round trip.
+// The code points of the bytes 0x80 to 0x9F. The five unassigned bytes map to the control
+// characters of the same number, so that they survive a round trip.
 constexpr std::uint16_t high_controls[32] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -24,7 +23,7 @@ unsigned code_point(char c) {
     return byte >= 0x80 && byte < 0xA0 ? high_controls[byte - 0x80] : byte;
 }
 
-// `point` is -1 for malformed input.
+// `point` is -1 for malformed UTF-8.
 char codepage_byte(int point) {
     if ((point >= 0 && point < 0x80) || (point >= 0xA0 && point <= 0xFF))
         return static_cast<char>(point);
@@ -122,4 +121,4 @@ std::size_t utf8_to_codepage(const char* text, std::size_t size, char* out) {
     return static_cast<std::size_t>(out - start);
 }
 
-} // namespace norvane
+} // namespace norvane::text

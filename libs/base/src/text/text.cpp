@@ -14,9 +14,11 @@
 
 namespace NorvaneCpp {
 
+using namespace norvane::text;
+
 namespace {
 
-// The text of every empty String: none of its own, so that making one and moving from one cannot
+// The text of all empty Strings. Sharing it means that the default and move constructors cannot
 // fail.
 char empty_text[1] = {'\0'};
 
@@ -54,8 +56,7 @@ String::~String() {
     if (text_ != empty_text) std::free(text_);
 }
 
-// Takes over `text`, which is from malloc or the empty text. The old text goes last, because the
-// new one may have been made of it.
+// Takes over `text`, which is from malloc or is the empty text, and frees the old text.
 void String::replace(char* text, std::size_t size) {
     if (text_ != empty_text) std::free(text_);
     text_ = text;
@@ -102,18 +103,18 @@ void String::printf(const char* format, ...) {
 String UTF8::ToCodepage(const String& text, unsigned codepage, bool) {
     NORVANE_ASSERT(codepage == 1252);
     const std::size_t size = text.Size();
-    if (norvane::ascii_prefix(text.GetStr(), size) == size) return text;
+    if (ascii_prefix(text.GetStr(), size) == size) return text;
     char* converted = new_text(size);
-    const std::size_t written = norvane::utf8_to_codepage(text.GetStr(), size, converted);
+    const std::size_t written = utf8_to_codepage(text.GetStr(), size, converted);
     converted[written] = '\0';
     return String::adopt(converted, written);
 }
 
 String UTF8::ToUnicode(const String& text) {
     const std::size_t size = text.Size();
-    if (norvane::ascii_prefix(text.GetStr(), size) == size) return text;
-    char* converted = new_text(norvane::utf8_size(text.GetStr(), size));
-    return String::adopt(converted, norvane::codepage_to_utf8(text.GetStr(), size, converted));
+    if (ascii_prefix(text.GetStr(), size) == size) return text;
+    char* converted = new_text(utf8_size(text.GetStr(), size));
+    return String::adopt(converted, codepage_to_utf8(text.GetStr(), size, converted));
 }
 
 } // namespace NorvaneCpp

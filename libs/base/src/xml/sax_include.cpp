@@ -1,51 +1,46 @@
 // The stack machine over expat.
 //
-// Nothing jumps through frames of expat: what a callback throws is caught there, kept, and thrown
-// on when expat has returned. The callbacks after it are ignored.
+// A throw must not jump over frames of expat: a callback catches what a handler throws, the
+// callbacks after it do nothing, and sax_parse throws it on after expat has returned.
 //
-// Most of the time goes into expat and into what handlers make. So the row of an element is found
-// once, at its start; children are handed over where they lie on the stack; and attributes lie one
-// behind the other in one buffer, those of the innermost element last.
+// Reading is fast because the row of an element is looked up once, handlers get the children in
+// place on the stack, and the attributes of all open elements share one buffer.
 
 #include "norvane/base/sax_include.hpp"
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "codepage.h"
+#include "norvane/base/array.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "xml_entities.h"
 #include "xml_node.h"
 
-struct SaxInfo : norvane::XmlEntities {
+struct SaxInfo : norvane::xml::XmlEntities {
     const SaxTag* tag_handler_table;
     int (*tag_is_mixed)(const char*);
     int (*tag_is_text)(const char*);
     int depth;          // of the next element, from 1
-    int skip_depth;     // of the unknown element that is passed over; 0 if there is none
-    int open_mixed_cnt; // open elements of mixed content
-    StackData* s;
-    std::size_t s_count;
-    std::size_t s_capacity;
-    // "NAME\0VALUE\0NAME\0VALUE\0\0" for each element that is open.
-    char* attrs;
-    std::size_t attrs_size;
-    std::size_t attrs_capacity;
-    // The rows by the hashes of their tags: numbers from 1, linear probing, 0 in an empty slot.
+    int skip_depth;     // of the unknown element that is skipped; 0 if there is none
+    int open_mixed_cnt; // number of open elements with mixed content
+    norvane::Array<StackData> stack;
+    // "NAME\0VALUE\0NAME\0VALUE\0\0" for each open element, the innermost last.
+    norvane::Array<char> attrs;
+    // A hash table of the rows, by tag: row numbers from 1, linear probing, 0 in an empty slot.
     unsigned char slots[256];
     bool is_thrown; // a callback has thrown `thrown`
     ExceptionState thrown;
 };
 
+namespace norvane::xml {
 namespace {
-
-using norvane::xml_stop;
-using norvane::XmlEntities;
 
 constexpr std::size_t first_capacity = 1000;
 constexpr int block_size = 2048;
@@ -79,7 +74,7 @@ void add_rows(SaxInfo* pi) {
     }
 }
 
-// Null for an unknown tag.
+// Returns null for an unknown tag.
 const SaxTag* find_row(const SaxInfo* pi, const char* tag) {
     for (unsigned char slot = slot_of(tag); pi->slots[slot]; ++slot) {
         const SaxTag* row = &pi->tag_handler_table[pi->slots[slot] - 1];
@@ -88,8 +83,9 @@ const SaxTag* find_row(const SaxInfo* pi, const char* tag) {
     return nullptr;
 }
 
-// The stack. What may throw is run by `guarded`, which is false if it threw.
+// The stack.
 
+// Runs the body, and keeps what it throws. Returns false if it threw.
 template <typename Body>
 bool guarded(SaxInfo* pi, Body body) {
     const auto run = [](void* user) { (*static_cast<Body*>(user))(); };
@@ -99,19 +95,14 @@ bool guarded(SaxInfo* pi, Body body) {
     return false;
 }
 
-// Room for `count` more.
+// Makes room for `count` more elements; keeps the throw and returns false if there is no memory.
 template <typename T>
-bool make_room(SaxInfo* pi, T** array, std::size_t used, std::size_t* capacity, std::size_t count) {
-    if (*capacity - used >= count) return true;
-    return guarded(pi, [=] {
-        const std::size_t larger = std::max(2 * *capacity, used + count);
-        *array = static_cast<T*>(util_realloc_throw(*array, larger * sizeof(T)));
-        *capacity = larger;
-    });
+bool make_room(SaxInfo* pi, Array<T>* array, std::size_t count) {
+    return array->has_room_for(count) || guarded(pi, [=] { array->reserve(count); });
 }
 
-StackData* top(const SaxInfo* pi) {
-    return &pi->s[pi->s_count - 1];
+StackData* top(SaxInfo* pi) {
+    return &pi->stack.last();
 }
 
 void count_mixed(SaxInfo* pi, const SaxTag* row, int change) {
@@ -121,8 +112,8 @@ void count_mixed(SaxInfo* pi, const SaxTag* row, int change) {
 }
 
 bool push_open(SaxInfo* pi, const SaxTag* row) {
-    if (!make_room(pi, &pi->s, pi->s_count, &pi->s_capacity, 1)) return false;
-    pi->s[pi->s_count++] = {nullptr, row, pi->attrs_size, sax_line(pi), false};
+    if (!make_room(pi, &pi->stack, 1)) return false;
+    pi->stack.push({nullptr, row, pi->attrs.size(), sax_line(pi), false});
     return true;
 }
 
@@ -132,22 +123,20 @@ void destroy(StackData* sd) {
 
 // Attributes.
 
+// Returns the copy, or null if there is no memory.
 char* append_attr_text(SaxInfo* pi, const char* text) {
     const std::size_t size = std::strlen(text) + 1;
-    if (!make_room(pi, &pi->attrs, pi->attrs_size, &pi->attrs_capacity, size)) return nullptr;
-    char* copy = pi->attrs + pi->attrs_size;
-    std::memcpy(copy, text, size);
-    pi->attrs_size += size;
-    return copy;
+    if (!make_room(pi, &pi->attrs, size)) return nullptr;
+    return pi->attrs.append_reserved(text, size);
 }
 
 bool append_attr_value(SaxInfo* pi, const char* value) {
     char* copy = append_attr_text(pi, value);
     if (!copy) return false;
-    const auto size = static_cast<std::size_t>(pi->attrs + pi->attrs_size - copy - 1);
-    const std::size_t converted = norvane::utf8_to_codepage(copy, size, copy);
+    const auto size = static_cast<std::size_t>(pi->attrs.end() - copy - 1);
+    const std::size_t converted = text::utf8_to_codepage(copy, size, copy);
     copy[converted] = '\0';
-    pi->attrs_size -= size - converted;
+    pi->attrs.truncate(pi->attrs.size() - (size - converted));
     return true;
 }
 
@@ -164,11 +153,11 @@ void on_start(void* user, const char* tag, const char** attributes);
 void on_end(void* user, const char* tag);
 void on_text(void* user, const char* text, int length);
 
-// While an unknown element is passed over, nothing but its depth is looked at.
+// While an unknown element is skipped, only the depth is tracked.
 void set_skip_depth(SaxInfo* pi, int depth) {
     pi->skip_depth = depth;
     XML_SetCharacterDataHandler(pi->parser, depth ? nullptr : on_text);
-    norvane::xml_refuse_entities_in_text(pi, !depth);
+    xml_refuse_entities_in_text(pi, !depth);
 }
 
 void on_start(void* user, const char* tag, const char** attributes) {
@@ -178,13 +167,13 @@ void on_start(void* user, const char* tag, const char** attributes) {
     if (pi->skip_depth) return;
     const SaxTag* row = find_row(pi, tag);
     if (!row) return set_skip_depth(pi, depth);
-    if (!norvane::xml_accepts_attributes(pi, attributes)) return xml_stop(pi, pi->failure);
+    if (!xml_accepts_attributes(pi, attributes)) return xml_stop(pi, pi->failure);
     if (!push_open(pi, row) || !push_attrs(pi, attributes)) return;
     count_mixed(pi, row, 1);
 }
 
-// All that lies above the innermost open element of the tag is its children: elements that have
-// closed, and texts.
+// The innermost open element ends. Everything above it on the stack is its children: finished
+// elements and texts.
 void close_element(SaxInfo* pi, const char* tag) {
     std::size_t count = 0;
     StackData* sd = top(pi);
@@ -197,8 +186,8 @@ void close_element(SaxInfo* pi, const char* tag) {
     row->handler(pi, sd, children);
     count_mixed(pi, row, -1);
     sd->is_closed = true;
-    pi->attrs_size = sd->attrs;
-    pi->s_count -= count;
+    pi->attrs.truncate(sd->attrs);
+    pi->stack.truncate(pi->stack.size() - count);
     for (StackData& child : children)
         destroy(&child);
 }
@@ -211,8 +200,8 @@ void on_end(void* user, const char* tag) {
     if (pi->skip_depth == pi->depth) set_skip_depth(pi, 0);
 }
 
-// expat may cut a text anywhere. So that this does not show, blanks that do not count are dropped
-// wherever they come before a text, and once it has begun, all of it is kept.
+// expat may pass a text in pieces. So that the result does not depend on them, ignorable white
+// space is dropped before a text starts, and everything after that is kept.
 void on_text(void* user, const char* text, int length) {
     SaxInfo* pi = sax_info(user);
     if (pi->failure != XML_ERROR_NONE) return;
@@ -220,7 +209,7 @@ void on_text(void* user, const char* text, int length) {
     const bool is_continued = top(pi)->row == &cdata_row;
     const bool keeps_blanks = is_continued || pi->open_mixed_cnt > 0 ||
                               (!top(pi)->is_closed && pi->tag_is_text(top(pi)->row->tag));
-    if (!keeps_blanks) text = std::find_if_not(text, end, norvane::is_xml_blank);
+    if (!keeps_blanks) text = std::find_if_not(text, end, is_xml_blank);
     if (text == end) return;
     if (!is_continued && !push_open(pi, &cdata_row)) return;
     guarded(pi, [=] {
@@ -230,47 +219,7 @@ void on_text(void* user, const char* text, int length) {
     });
 }
 
-} // namespace
-
-SaxInfo* sax_new(const SaxTag* tag_handler_table, int (*tag_is_mixed)(const char*),
-                 int (*tag_is_text)(const char*)) {
-    NORVANE_ASSERT(tag_handler_table);
-    NORVANE_ASSERT(tag_is_mixed);
-    NORVANE_ASSERT(tag_is_text);
-    auto* pi = new (util_calloc_throw(sizeof(SaxInfo))) SaxInfo{};
-    pi->tag_handler_table = tag_handler_table;
-    pi->tag_is_mixed = tag_is_mixed;
-    pi->tag_is_text = tag_is_text;
-    pi->depth = 1;
-    add_rows(pi);
-    pi->s = static_cast<StackData*>(util_malloc_throw(first_capacity * sizeof(StackData)));
-    pi->s_capacity = first_capacity;
-    pi->parser = XML_ParserCreate("UTF-8");
-    if (!pi->parser) {
-        sax_delete(pi);
-        except_report_errormsg("Out of memory");
-        except_throw(0, __LINE__, __FILE__);
-    }
-    XML_SetElementHandler(pi->parser, on_start, on_end);
-    XML_SetCharacterDataHandler(pi->parser, on_text);
-    norvane::xml_watch_entities(pi);
-    return pi;
-}
-
-void sax_delete(SaxInfo* pi) {
-    NORVANE_ASSERT(pi);
-    for (std::size_t i = pi->s_count; i-- > 0;)
-        destroy(&pi->s[i]);
-    if (pi->parser) XML_ParserFree(pi->parser);
-    norvane::xml_forget_entities(pi);
-    std::free(pi->s);
-    std::free(pi->attrs);
-    std::free(pi);
-}
-
-namespace {
-
-// What expat is given at once: one block, or as many as a long token makes it want.
+// What expat is given at once: one block, or more while a token is incomplete.
 struct Chunk {
     SaxRead read;
     void* user;
@@ -288,15 +237,74 @@ void fill(void* user) {
     } while (!chunk->at_end && chunk->room > block_size && chunk->size < chunk->room);
 }
 
-} // namespace
+// The children.
 
-// What was read before a read failed is looked at first, as it would be if expat were given one
-// block at a time.
+bool has_tag(const StackData& sd, const char* tag) {
+    return sd.row->tag == tag || std::strcmp(sd.row->tag, tag) == 0;
+}
+
+// How many children of a tag may follow each other.
+struct ChildCount {
+    std::size_t least;
+    std::size_t most;
+};
+
+ChildCount count_of(ChildTagState state) {
+    switch (state) {
+    case CHILD_ONE: return {1, 1};
+    case CHILD_OPTIONAL: return {0, 1};
+    case CHILD_ONE_OR_MORE: return {1, SIZE_MAX};
+    case CHILD_ANY: return {0, SIZE_MAX};
+    }
+    NORVANE_FAIL("Found invalid ChildTagState : %d", static_cast<int>(state));
+}
+
+} // namespace
+} // namespace norvane::xml
+
+using namespace norvane::xml;
+
+SaxInfo* sax_new(const SaxTag* tag_handler_table, int (*tag_is_mixed)(const char*),
+                 int (*tag_is_text)(const char*)) {
+    NORVANE_ASSERT(tag_handler_table);
+    NORVANE_ASSERT(tag_is_mixed);
+    NORVANE_ASSERT(tag_is_text);
+    auto* pi = new (util_calloc_throw(sizeof(SaxInfo))) SaxInfo{};
+    pi->tag_handler_table = tag_handler_table;
+    pi->tag_is_mixed = tag_is_mixed;
+    pi->tag_is_text = tag_is_text;
+    pi->depth = 1;
+    add_rows(pi);
+    pi->stack.reserve(first_capacity);
+    pi->parser = XML_ParserCreate("UTF-8");
+    if (!pi->parser) {
+        sax_delete(pi);
+        except_report_errormsg("Out of memory");
+        except_throw(0, __LINE__, __FILE__);
+    }
+    XML_SetElementHandler(pi->parser, on_start, on_end);
+    XML_SetCharacterDataHandler(pi->parser, on_text);
+    xml_watch_entities(pi);
+    return pi;
+}
+
+void sax_delete(SaxInfo* pi) {
+    NORVANE_ASSERT(pi);
+    for (std::size_t i = pi->stack.size(); i-- > 0;)
+        destroy(&pi->stack[i]);
+    if (pi->parser) XML_ParserFree(pi->parser);
+    xml_forget_entities(pi);
+    pi->~SaxInfo();
+    std::free(pi);
+}
+
+// After a failed read, the bytes before the failure are parsed first, so that a fault in them is
+// reported whatever the size of the chunk.
 bool sax_parse(SaxInfo* pi, SaxRead read, void* user) {
     NORVANE_ASSERT(pi);
     NORVANE_ASSERT(read);
     for (bool at_end = false; !at_end;) {
-        const int room = norvane::xml_next_chunk(pi, block_size);
+        const int room = xml_next_chunk(pi, block_size);
         auto* buffer = static_cast<char*>(XML_GetBuffer(pi->parser, room));
         if (!buffer) return false;
         Chunk chunk = {read, user, buffer, static_cast<std::size_t>(room), 0, false};
@@ -323,26 +331,18 @@ const char* sax_error_text(const SaxInfo* pi) {
 
 bool stack_is_empty(const SaxInfo* pi) {
     NORVANE_ASSERT(pi);
-    return pi->s_count == 0;
+    return pi->stack.empty();
 }
 
 StackData* stack_top(const SaxInfo* pi) {
     NORVANE_ASSERT(!stack_is_empty(pi));
-    return top(pi);
+    return top(const_cast<SaxInfo*>(pi));
 }
 
 void stack_pop(SaxInfo* pi) {
     destroy(stack_top(pi));
-    --pi->s_count;
+    pi->stack.pop();
 }
-
-namespace {
-
-bool has_tag(const StackData& sd, const char* tag) {
-    return sd.row->tag == tag || std::strcmp(sd.row->tag, tag) == 0;
-}
-
-} // namespace
 
 int sax_check_children(const StackData* sd, SaxChildren children, const ChildTag* valid_tags,
                        int report) {
@@ -350,23 +350,14 @@ int sax_check_children(const StackData* sd, SaxChildren children, const ChildTag
     NORVANE_ASSERT(valid_tags);
     const StackData* child = children.begin();
     for (const ChildTag* valid = valid_tags; valid->tag; ++valid) {
-        const bool fits = child != children.end() && has_tag(*child, valid->tag);
-        const auto pass_all = [&] {
-            while (child != children.end() && has_tag(*child, valid->tag))
-                ++child;
-        };
-        switch (valid->state) {
-        case CHILD_ONE:
-        case CHILD_ONE_OR_MORE:
-            if (!fits && !report) return 0;
-            if (!fits) sax_error(sd, "Missing expected child '%s'", valid->tag);
+        const ChildCount count = count_of(valid->state);
+        std::size_t found = 0;
+        for (; found < count.most && child != children.end() && has_tag(*child, valid->tag);
+             ++found)
             ++child;
-            if (valid->state == CHILD_ONE_OR_MORE) pass_all();
-            break;
-        case CHILD_OPTIONAL: child += fits; break;
-        case CHILD_ANY: pass_all(); break;
-        default: NORVANE_FAIL("Found invalid ChildTagState : %d", static_cast<int>(valid->state));
-        }
+        if (found >= count.least) continue;
+        if (!report) return 0;
+        sax_error(sd, "Missing expected child '%s'", valid->tag);
     }
     if (child == children.end()) return 1;
     if (report) sax_error(sd, "Found invalid children: %s", child->row->tag);
@@ -374,7 +365,7 @@ int sax_check_children(const StackData* sd, SaxChildren children, const ChildTag
 }
 
 const char* sax_get_attr(const SaxInfo* pi, const StackData* sd, const char* name) {
-    for (const char* attr = pi->attrs + sd->attrs; *attr;) {
+    for (const char* attr = &pi->attrs[sd->attrs]; *attr;) {
         const char* value = attr + std::strlen(attr) + 1;
         if (std::strcmp(attr, name) == 0) return value;
         attr = value + std::strlen(value) + 1;

@@ -1,3 +1,4 @@
+// Checks of entity references and of the growth of documents.
 #include "xml_entities.h"
 
 #include <algorithm>
@@ -5,15 +6,15 @@
 #include <cstring>
 #include <initializer_list>
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
-// expat follows an entity inside of another on its stack. There are never more levels than entities
-// with a reference in their text, of which no document type in use has more than a few.
+// expat expands nested entities recursively. Their depth cannot exceed the number of entities with
+// a reference in their text, so limiting that number limits the stack. Real document types have
+// few.
 constexpr unsigned most_nested = 100;
 
-// Nobody can make up names that collide with a start that is an address.
+// Seeded per parser, so that input cannot be crafted to collide.
 std::uint64_t hash_of(const XmlEntities* e, std::string_view name) {
     std::uint64_t hash = reinterpret_cast<std::uintptr_t>(e->parser) * 0x9E3779B97F4A7C15u;
     for (const char c : name) {
@@ -23,7 +24,7 @@ std::uint64_t hash_of(const XmlEntities* e, std::string_view name) {
     return hash ? hash : 1;
 }
 
-// The slot of the hash, or the empty one where it belongs.
+// Returns the slot of the hash, or the empty slot where it belongs.
 std::uint64_t* slot_of(std::uint64_t* known, std::size_t capacity, std::uint64_t hash) {
     std::size_t i = hash & (capacity - 1);
     while (known[i] && known[i] != hash)
@@ -58,7 +59,7 @@ bool is_known_entity(const XmlEntities* e, std::string_view name) {
     return e->known_capacity && *slot_of(e->known, e->known_capacity, hash_of(e, name));
 }
 
-// True if all general entities that the markup refers to are declared in the document.
+// Returns true if the document declares all general entities that the markup refers to.
 bool knows_entities(const XmlEntities* e, const char* markup, std::size_t size) {
     const char* const end = markup + size;
     const auto find = [end](const char* from, char c) {
@@ -69,14 +70,29 @@ bool knows_entities(const XmlEntities* e, const char* markup, std::size_t size) 
         const char* semicolon = find(name, ';');
         if (!semicolon) return false;
         markup = semicolon + 1;
-        if (*name == '#') continue; // the number of a character
+        if (*name == '#') continue; // a character reference
         if (!is_known_entity(e, {name, semicolon})) return false;
     }
     return true;
 }
 
-// The markup that expat is at is in the encoding of the file. In UTF-16 only what is ASCII is told
-// apart, which all that is looked for is.
+// The same for markup in UTF-16, of an even size. Characters above U+00FF are read as "?": a
+// reference with such a name counts as unknown.
+bool knows_entities_utf16(XmlEntities* e, const char* markup, std::size_t size) {
+    const std::size_t low = markup[0] ? 0 : 1;
+    auto* bytes = static_cast<char*>(std::malloc(size / 2));
+    if (!bytes) {
+        set_failure(e, XML_ERROR_NO_MEMORY);
+        return false;
+    }
+    for (std::size_t i = 0; i < size / 2; ++i)
+        bytes[i] = markup[2 * i + 1 - low] ? '?' : markup[2 * i + low];
+    const bool known = knows_entities(e, bytes, size / 2);
+    std::free(bytes);
+    return known;
+}
+
+// Checks the markup that expat is parsing, which is in the encoding of the file.
 bool knows_current_entities(XmlEntities* e) {
     int offset;
     int buffered;
@@ -85,27 +101,15 @@ bool knows_current_entities(XmlEntities* e) {
     const char* markup = buffer + offset;
     const auto size = static_cast<std::size_t>(XML_GetCurrentByteCount(e->parser));
     if (size < 2 || !std::memchr(markup, '&', size)) return true;
-    bool known;
-    if (markup[0] && markup[1]) {
-        known = knows_entities(e, markup, size);
-    } else {
-        const std::size_t low = markup[0] ? 0 : 1;
-        auto* ascii = static_cast<char*>(std::malloc(size / 2));
-        if (!ascii) {
-            set_failure(e, XML_ERROR_NO_MEMORY);
-            return false;
-        }
-        for (std::size_t i = 0; i < size / 2; ++i)
-            ascii[i] = markup[2 * i + 1 - low] ? '?' : markup[2 * i + low];
-        known = knows_entities(e, ascii, size / 2);
-        std::free(ascii);
-    }
+    const bool is_utf16 = !markup[0] || !markup[1];
+    const bool known =
+        is_utf16 ? knows_entities_utf16(e, markup, size) : knows_entities(e, markup, size);
     if (!known) set_failure(e, XML_ERROR_UNDEFINED_ENTITY);
     return known;
 }
 
-// A default stands once in the document type and comes with each element. expat bounds what
-// entities grow to, and not this, so the same bounds hold here.
+// The document type states a default once, and every element repeats it. expat limits the growth of
+// entities but not of defaults, so the same limits are applied here.
 bool defaults_are_in_proportion(XmlEntities* e, const char** attributes) {
     constexpr std::size_t harmless = 8 << 20;
     constexpr std::size_t largest_factor = 100;
@@ -120,14 +124,13 @@ bool defaults_are_in_proportion(XmlEntities* e, const char** attributes) {
     return false;
 }
 
-// From here on expat accepts unknown entities, and drops references to them in attributes without
-// a word.
+// After this, expat accepts unknown entities and silently drops references to them in attributes.
 int on_not_standalone(void* user) {
     static_cast<XmlEntities*>(user)->must_check = true;
     return XML_STATUS_OK;
 }
 
-// An entity whose own text refers to one that is not declared further up stays unknown.
+// An entity stays unknown if its text refers to one that is not declared before it.
 void on_entity_declared(void* user, const char* name, int is_parameter, const char* text, int size,
                         const char*, const char*, const char*, const char*) {
     auto* e = static_cast<XmlEntities*>(user);
@@ -138,12 +141,12 @@ void on_entity_declared(void* user, const char* name, int is_parameter, const ch
     if (knows_entities(e, text, length) && !add(e, name)) xml_stop(e, XML_ERROR_NO_MEMORY);
 }
 
-// A reference in a text to an entity that is unknown ...
+// A reference in a text to an unknown entity.
 void on_skipped_entity(void* user, const char*, int) {
     xml_stop(static_cast<XmlEntities*>(user), XML_ERROR_UNDEFINED_ENTITY);
 }
 
-// ... or in another file.
+// A reference in a text to an entity in another file.
 int on_external_entity(XML_Parser, const char*, const char*, const char*, const char*) {
     return XML_STATUS_ERROR;
 }
@@ -187,4 +190,4 @@ void xml_forget_entities(XmlEntities* e) {
     e->known_count = e->known_capacity = 0;
 }
 
-} // namespace norvane
+} // namespace norvane::xml

@@ -1,13 +1,12 @@
-// The inside of XML trees, shared by the modules that build, print, parse and walk them.
+// The nodes of XML trees, shared by the modules that build, print, parse and walk them.
 #ifndef NORVANE_BASE_XML_NODE_H
 #define NORVANE_BASE_XML_NODE_H
 
 #include "norvane/base/xml.h"
 
-// A tag has a name; a text has none, and its bytes in `text`. In a tree that was built, every node
-// and every text of it is owned memory of its own and holds UTF-8. In a tree that was parsed all
-// lie in the document's arena and hold code page 1252, or UTF-8 where the format asked for it.
-// Large documents are mostly nodes, so these are kept small.
+// In a tree that was built, each node and each of its texts is allocated separately, and texts are
+// in UTF-8. In a parsed tree all are in the document's arena, and texts are in code page 1252, or
+// in UTF-8 where the format requires it. Nodes make up most of a large document, so they are small.
 struct XmlNode {
     XmlNode* next;  // the next child of the same parent
     XmlNode* first; // children
@@ -25,7 +24,7 @@ struct XmlNode {
 
 struct XmlArena;
 
-namespace norvane {
+namespace norvane::xml {
 
 constexpr unsigned largest_attribute_count = (1u << 29) - 1;
 
@@ -33,15 +32,15 @@ inline bool is_xml_blank(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-// Appends a child; the caller has seen to it that the two may be joined.
+// Appends a child. The caller has checked that the child has no parent.
 inline void xml_link_child(XmlNode* parent, XmlNode* child) {
     (parent->last ? parent->last->next : parent->first) = child;
     parent->last = child;
 }
 
-// Frees the arena of a parsed tree with all that lies in it; accepts null.
+// Frees the arena of a parsed tree and all nodes in it; accepts null.
 void xml_arena_delete(XmlArena* arena);
 
-} // namespace norvane
+} // namespace norvane::xml
 
 #endif

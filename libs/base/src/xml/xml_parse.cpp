@@ -1,13 +1,13 @@
-// Parsing a file into an XML tree, with expat.
+// Parses a file into an XML tree, with expat.
 //
-// Nodes, names and texts lie in one arena of the document, so that a node costs a few instructions
-// and a tree is released at once. expat calls us, and nothing may jump through its frames: memory
-// comes from malloc here, and a failure is remembered and raised when expat has returned.
+// Nodes, names and texts are in one arena per document, so that a node costs a few instructions and
+// a tree is freed at once. A throw must not jump over frames of expat: callbacks allocate with
+// malloc and record a failure, which is thrown after expat has returned.
 //
-// White space between elements is layout and is not kept: it would double the nodes. White space
+// White space between elements is dropped, because it would double the number of nodes. White space
 // that is the whole content of an element is its text.
 //
-// Nothing outside of the file is ever opened, and nothing in it may grow out of proportion
+// Nothing outside the file is ever opened, and nothing in it may grow out of proportion
 // (xml_entities.h).
 
 #include <cerrno>
@@ -21,13 +21,14 @@
 #include <unistd.h>
 
 #include "codepage.h"
+#include "norvane/base/array.hpp"
 #include "norvane/base/diagnostics.h"
 #include "norvane/base/except.h"
 #include "norvane/base/xml.h"
 #include "xml_entities.h"
 #include "xml_node.h"
 
-// Blocks of memory in a chain; a block that is larger than usual holds one large text.
+// A list of memory blocks. A block that is larger than usual contains one large text.
 struct XmlArena {
     struct Block {
         Block* previous;
@@ -37,8 +38,7 @@ struct XmlArena {
     std::size_t left;
 };
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
 constexpr std::size_t block_size = 256 * 1024;
@@ -46,36 +46,31 @@ constexpr int smallest_chunk = 64 * 1024;
 
 using TagPredicate = int (*)(const char*);
 
-// A name of a tag or an attribute, once.
+// A name of tags or attributes, stored once.
 struct Name {
     std::uint32_t hash;
-    bool is_utf;  // as a tag: the texts below it stay in UTF-8
-    char text[1]; // terminated; as long as need be
+    bool is_utf;  // texts below tags of this name stay in UTF-8
+    char text[1]; // terminated; extends beyond the record
 };
 
 struct Builder : XmlEntities {
     XmlArena* arena;
     TagPredicate is_utf;
     XmlNode* root;
-    // The open elements, innermost last.
+    // The open elements, the innermost last.
     struct Open {
         XmlNode* node;
         bool is_utf;
     };
-    Open* open;
-    std::size_t open_count;
-    std::size_t open_capacity;
-    // The text that is being read, in UTF-8.
-    char* text;
-    std::size_t text_size;
-    std::size_t text_capacity;
+    Array<Open> open;
+    Array<char> text; // the current text, in UTF-8
     unsigned text_line;
-    // All names: a hash table with linear probing, at most half full, of a size that is a power of
+    // All names: a hash table with linear probing, at most half full, whose capacity is a power of
     // two.
     Name** names;
     std::size_t name_count;
     std::size_t name_capacity;
-    std::uint32_t hash_start;
+    std::uint32_t hash_seed;
     const char* error_text;
     int error_line;
 };
@@ -93,7 +88,7 @@ void* arena_alloc(Builder* b, std::size_t size) {
         }
         block->previous = arena->newest;
         arena->newest = block;
-        // A large text gets a block of its own and leaves the current one in use.
+        // A large text gets its own block, so that the rest of the current one is not wasted.
         if (room != usual) return block + 1;
         arena->free = reinterpret_cast<char*>(block + 1);
         arena->left = room;
@@ -114,13 +109,13 @@ char* stored_text(Builder* b, const char* text, std::size_t size, bool keep_utf8
     if (keep_utf8) {
         std::memcpy(copy, text, size);
     } else {
-        size = utf8_to_codepage(text, size, copy);
+        size = text::utf8_to_codepage(text, size, copy);
     }
     copy[size] = '\0';
     return copy;
 }
 
-// The slot of the name, or the empty one where it belongs.
+// Returns the slot of the name, or the empty slot where it belongs.
 Name** name_slot(const Builder* b, std::uint32_t hash, const char* text, std::size_t size) {
     const std::size_t mask = b->name_capacity - 1;
     for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
@@ -150,7 +145,7 @@ bool grow_names(Builder* b) {
 }
 
 Name* intern(Builder* b, const char* text, std::size_t size) {
-    std::uint32_t hash = b->hash_start;
+    std::uint32_t hash = b->hash_seed;
     for (std::size_t i = 0; i < size; ++i)
         hash = (hash ^ static_cast<unsigned char>(text[i])) * 16777619u;
     hash ^= hash >> 15;
@@ -180,8 +175,8 @@ XmlNode* new_node(Builder* b, unsigned line) {
     return node;
 }
 
-// Of at least one byte. Half of an indented file is layout: without an early end, many bytes are
-// compared at once.
+// Returns true if the text, of at least one byte, is white space. Half of an indented file is
+// layout, so the loop has no early exit: the compiler can then compare many bytes at once.
 bool is_blank(const char* text, std::size_t size) {
     if (!is_xml_blank(text[0])) return false;
     bool blank = true;
@@ -190,17 +185,18 @@ bool is_blank(const char* text, std::size_t size) {
     return blank;
 }
 
-// Makes a node of the text read so far. `is_whole` tells that it ends its element.
+// Makes a node of the current text. `is_whole` tells that the text ends its element.
 bool end_text(Builder* b, bool is_whole) {
-    if (b->text_size == 0) return true;
-    const std::size_t size = b->text_size;
-    b->text_size = 0;
-    const Builder::Open& parent = b->open[b->open_count - 1];
+    if (b->text.empty()) return true;
+    const char* text = b->text.data();
+    const std::size_t size = b->text.size();
+    b->text.truncate(0);
+    const Builder::Open& parent = b->open.last();
     const bool is_layout = !is_whole || parent.node->first;
-    if (is_layout && is_blank(b->text, size)) return true;
+    if (is_layout && is_blank(text, size)) return true;
     XmlNode* node = new_node(b, b->text_line);
     if (!node) return false;
-    node->text = stored_text(b, b->text, size, parent.is_utf);
+    node->text = stored_text(b, text, size, parent.is_utf);
     if (!node->text) return false;
     node->utf8 = parent.is_utf;
     xml_link_child(parent.node, node);
@@ -226,19 +222,6 @@ bool set_attributes(Builder* b, XmlNode* node, const char** attributes) {
     return true;
 }
 
-template <typename T>
-bool grow(T** array, std::size_t* capacity, std::size_t wanted) {
-    if (wanted <= *capacity) return true;
-    std::size_t larger = *capacity ? *capacity * 2 : 64;
-    while (larger < wanted)
-        larger *= 2;
-    auto* memory = static_cast<T*>(std::realloc(*array, larger * sizeof(T)));
-    if (!memory) return false;
-    *array = memory;
-    *capacity = larger;
-    return true;
-}
-
 bool start_element(Builder* b, const char* tag, const char** attributes) {
     if (!end_text(b, false)) return false;
     Name* name = intern(b, tag);
@@ -246,21 +229,20 @@ bool start_element(Builder* b, const char* tag, const char** attributes) {
     if (!name || !node) return false;
     node->tag = name->text;
     if (!set_attributes(b, node, attributes)) return false;
-    if (!grow(&b->open, &b->open_capacity, b->open_count + 1)) return false;
-    const Builder::Open* parent = b->open_count > 0 ? &b->open[b->open_count - 1] : nullptr;
+    if (!b->open.try_reserve(1)) return false;
+    const Builder::Open* parent = b->open.empty() ? nullptr : &b->open.last();
     if (parent)
         xml_link_child(parent->node, node);
     else
         b->root = node;
-    b->open[b->open_count++] = {node, name->is_utf || (parent && parent->is_utf)};
+    b->open.push({node, name->is_utf || (parent && parent->is_utf)});
     return true;
 }
 
 bool character_data(Builder* b, const char* text, std::size_t size) {
-    if (b->text_size == 0) b->text_line = current_line(b);
-    if (!grow(&b->text, &b->text_capacity, b->text_size + size)) return false;
-    std::memcpy(b->text + b->text_size, text, size);
-    b->text_size += size;
+    if (b->text.empty()) b->text_line = current_line(b);
+    if (!b->text.try_reserve(size)) return false;
+    b->text.append_reserved(text, size);
     return true;
 }
 
@@ -279,7 +261,7 @@ void on_end(void* user, const char*) {
     Builder* b = builder(user);
     if (b->failure != XML_ERROR_NONE) return;
     if (!end_text(b, true)) return xml_stop(b, XML_ERROR_NO_MEMORY);
-    --b->open_count;
+    b->open.pop();
 }
 
 void on_text(void* user, const char* text, int size) {
@@ -298,7 +280,7 @@ int open_file(const char* path) {
     return descriptor;
 }
 
-// Fills the buffer unless the file ends; -1 where it cannot be read.
+// Reads `wanted` bytes, or fewer at the end of the file. Returns -1 if the file cannot be read.
 ssize_t read_chunk(int descriptor, char* buffer, int wanted) {
     ssize_t done = 0;
     while (done < wanted) {
@@ -325,7 +307,7 @@ Result parse_descriptor(Builder* b, int descriptor) {
         if (XML_ParseBuffer(b->parser, static_cast<int>(size), size == 0) != XML_STATUS_OK) break;
         if (size == 0) return Result::Parsed;
     }
-    set_failure(b, XML_GetErrorCode(b->parser)); // unless it was a callback that stopped it
+    set_failure(b, XML_GetErrorCode(b->parser)); // kept if a callback has set one
     if (b->failure == XML_ERROR_NO_MEMORY) return Result::OutOfMemory;
     b->error_text = XML_ErrorString(b->failure);
     b->error_line = static_cast<int>(current_line(b));
@@ -338,7 +320,7 @@ void set_handlers(Builder* b) {
     xml_watch_entities(b);
 }
 
-// Leaves nothing open, and nothing in memory but the arena.
+// Closes the file and frees everything but the arena.
 Result parse_path(Builder* b, const char* path) {
     const int descriptor = open_file(path);
     if (descriptor < 0) return Result::Unreadable;
@@ -346,15 +328,15 @@ Result parse_path(Builder* b, const char* path) {
     b->parser = XML_ParserCreate(nullptr);
     b->arena = static_cast<XmlArena*>(std::calloc(1, sizeof(XmlArena)));
     if (b->parser && b->arena) {
-        // Nobody can make up a file whose names all collide in memory that is not his.
-        b->hash_start = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(b->arena) >> 4);
+        // Seeded by an address, so that input cannot be crafted to make names collide.
+        b->hash_seed = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(b->arena) >> 4);
         set_handlers(b);
         result = parse_descriptor(b, descriptor);
     }
     if (b->parser) XML_ParserFree(b->parser);
     xml_forget_entities(b);
-    std::free(b->open);
-    std::free(b->text);
+    b->open.release();
+    b->text.release();
     std::free(b->names);
     close(descriptor);
     return result;
@@ -397,9 +379,9 @@ void xml_arena_delete(XmlArena* arena) {
     std::free(arena);
 }
 
-} // namespace norvane
+} // namespace norvane::xml
 
-using namespace norvane;
+using namespace norvane::xml;
 
 XmlDocument* xml_parse_file(const char* path, int (*is_tag)(const char*)) {
     return xml_parse_file_utf(path, is_tag, nullptr);

@@ -1,7 +1,7 @@
-// Writing XML documents.
+// Writes XML documents.
 //
-// The output is well-formed whatever the texts hold: what XML cannot carry becomes "?", and what it
-// would change on reading (white space in attributes, carriage returns) is written as references.
+// The output is well-formed for any texts: characters that XML cannot represent become "?", and
+// those that a parser would change (white space in attributes, carriage returns) become references.
 
 #include <algorithm>
 #include <array>
@@ -16,15 +16,14 @@
 #include "norvane/base/xml.h"
 #include "xml_node.h"
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
-// Deeper levels are indented like this one: the blanks of a chain of a million elements would be
-// more than any disk holds.
+// Deeper levels are indented like this one, so that the size of the output stays linear: the
+// indentation of a chain of a million elements would not fit on a disk.
 constexpr std::size_t deepest_indent = 32;
 
-// Gathers what is written, which comes in very small pieces.
+// A buffer, because the output is written in very small pieces.
 struct Output {
     FILE* stream;
     std::size_t used;
@@ -57,7 +56,7 @@ void put(Output* out, char c) {
     out->bytes[out->used++] = c;
 }
 
-// What a byte below 128 is written as: null for itself.
+// Returns what replaces a byte below 128, or null if it is written unchanged.
 constexpr const char* escape(unsigned char c, bool in_attribute) {
     switch (c) {
     case '&': return "&amp;";
@@ -71,7 +70,7 @@ constexpr const char* escape(unsigned char c, bool in_attribute) {
     }
 }
 
-// True for the bytes that are written as they are, whatever stands beside them.
+// Tells for each byte whether it is always written unchanged.
 using PlainBytes = std::array<bool, 256>;
 
 constexpr PlainBytes plain_bytes(bool in_attribute) {
@@ -84,14 +83,14 @@ constexpr PlainBytes plain_bytes(bool in_attribute) {
 constexpr PlainBytes plain_in_text = plain_bytes(false);
 constexpr PlainBytes plain_in_attribute = plain_bytes(true);
 
-// Code points that may not stand in a document.
+// Returns true for code points that a document must not contain.
 bool is_forbidden(int code_point) {
     return code_point < 0 || code_point == 0xFFFE || code_point == 0xFFFF;
 }
 
 void put_utf8(Output* out, const char* text, std::size_t size, bool in_attribute) {
     const PlainBytes& plain = in_attribute ? plain_in_attribute : plain_in_text;
-    std::size_t begin = 0; // of what is not written yet
+    std::size_t begin = 0; // of the bytes that are not written yet
     for (std::size_t i = 0; i < size;) {
         const auto c = static_cast<unsigned char>(text[i]);
         std::size_t length = 1;
@@ -99,7 +98,7 @@ void put_utf8(Output* out, const char* text, std::size_t size, bool in_attribute
         if (!plain[c]) {
             if (c < 0x80)
                 instead = escape(c, in_attribute);
-            else if (is_forbidden(utf8_decode(text + i, size - i, &length)))
+            else if (is_forbidden(text::utf8_decode(text + i, size - i, &length)))
                 instead = "?";
         }
         if (instead) {
@@ -112,20 +111,20 @@ void put_utf8(Output* out, const char* text, std::size_t size, bool in_attribute
     put(out, text + begin, size - begin);
 }
 
-// Apart from the recursive functions, whose frames its buffer would swell.
+// Not inlined, because its buffer would enlarge the frames of the recursive functions.
 [[gnu::noinline]] void put_codepage(Output* out, const char* text, std::size_t size,
                                     bool in_attribute) {
     constexpr std::size_t step = 256;
     char converted[3 * step];
     for (std::size_t i = 0; i < size; i += step) {
         const std::size_t bytes = std::min(step, size - i);
-        put_utf8(out, converted, codepage_to_utf8(text + i, bytes, converted), in_attribute);
+        put_utf8(out, converted, text::codepage_to_utf8(text + i, bytes, converted), in_attribute);
     }
 }
 
 void put_text(Output* out, const char* text, bool is_utf8, bool in_attribute) {
     const std::size_t size = std::strlen(text);
-    if (is_utf8 || ascii_prefix(text, size) == size)
+    if (is_utf8 || text::ascii_prefix(text, size) == size)
         put_utf8(out, text, size, in_attribute);
     else
         put_codepage(out, text, size, in_attribute);
@@ -165,7 +164,8 @@ bool has_text(const XmlNode* node) {
     return false;
 }
 
-// A node with nothing added: inside of an element that holds a text, blanks would be content.
+// Writes a node without layout: inside an element that contains text, added white space would be
+// content.
 void put_inline(Output* out, const XmlNode* node) {
     if (stack_is_low()) return on_fresh_stack([&] { put_inline(out, node); });
     if (!node->tag) return put_text(out, node->text, node->utf8, false);
@@ -208,10 +208,9 @@ void put_prolog(Output* out, const XmlDocument* document) {
 }
 
 } // namespace
+} // namespace norvane::xml
 
-} // namespace norvane
-
-using namespace norvane;
+using namespace norvane::xml;
 
 void xml_print_indented(XmlDocument* document, FILE* stream) {
     NORVANE_ASSERT(document);

@@ -1,7 +1,7 @@
-// Walking a parsed XML tree: the checking iterators of readers.
+// Walks a parsed XML tree: the checking iterators of readers.
 //
-// What is not as it must be is thrown as malformed input, with a text that names what was wanted
-// and the line; the reader's frame makes its own report of it.
+// If the tree is not as required they throw EXCEPT_MALFORMED_INPUT with a text that names what was
+// expected and the line. The reader that catches it makes a report.
 
 #include <cstdarg>
 #include <cstring>
@@ -11,8 +11,7 @@
 #include "norvane/base/xml.h"
 #include "xml_node.h"
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
 bool is_blank_text(const XmlNode* node) {
@@ -33,21 +32,21 @@ void advance(XmlNodeIter* iter) {
     skip_blanks(iter);
 }
 
-// What stands at the cursor, for a message, and the node to blame.
+// What is at the cursor, for a message.
 const char* found(const XmlNodeIter* iter) {
     if (!iter->current) return "its end";
     return iter->current->tag ? iter->current->tag : "a text";
 }
 
+// The node whose line a message gives.
 XmlNode* place(const XmlNodeIter* iter) {
     return iter->current ? iter->current : iter->parent;
 }
 
 } // namespace
+} // namespace norvane::xml
 
-} // namespace norvane
-
-using namespace norvane;
+using namespace norvane::xml;
 
 XmlNode* xml_node_iter_init(XmlNode* node, XmlNodeIter* iter, int skip_blank_texts) {
     NORVANE_ASSERT(node);

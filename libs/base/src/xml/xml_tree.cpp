@@ -1,4 +1,4 @@
-// Building XML trees, and releasing built and parsed ones.
+// Builds XML trees, and frees built and parsed ones.
 
 #include <cstdlib>
 #include <cstring>
@@ -10,8 +10,7 @@
 #include "norvane/base/xml.h"
 #include "xml_node.h"
 
-namespace norvane {
-
+namespace norvane::xml {
 namespace {
 
 XmlNode* new_node(char* tag, char* text) {
@@ -23,12 +22,12 @@ XmlNode* new_node(char* tag, char* text) {
     return node;
 }
 
-// A copy of code page text in UTF-8.
+// Returns a copy in UTF-8 of a text in code page 1252.
 char* utf8_copy(const char* text) {
     const std::size_t size = std::strlen(text);
-    if (ascii_prefix(text, size) == size) return str_copy(text);
-    auto* copy = static_cast<char*>(util_malloc_throw(utf8_size(text, size) + 1));
-    copy[codepage_to_utf8(text, size, copy)] = '\0';
+    if (text::ascii_prefix(text, size) == size) return str_copy(text);
+    auto* copy = static_cast<char*>(util_malloc_throw(text::utf8_size(text, size) + 1));
+    copy[text::codepage_to_utf8(text, size, copy)] = '\0';
     return copy;
 }
 
@@ -53,7 +52,8 @@ void delete_alone(XmlNode* node) {
     std::free(node);
 }
 
-// Frees a node with all below it: its children take its place in the chain of what is left to do.
+// Frees a subtree without recursion: the children of a node replace it in the list of nodes to
+// free.
 void delete_tree(XmlNode* node) {
     node->next = nullptr;
     while (node) {
@@ -68,10 +68,9 @@ void delete_tree(XmlNode* node) {
 }
 
 } // namespace
+} // namespace norvane::xml
 
-} // namespace norvane
-
-using namespace norvane;
+using namespace norvane::xml;
 
 XmlDocument* xml_new(const char* dtd, XmlNode* root, const char* xsl) {
     NORVANE_ASSERT(root);
@@ -118,7 +117,7 @@ XmlNode* xml_node_new_utf8_text(const char* text) {
 void xml_node_add_child(XmlNode* parent, XmlNode* child) {
     NORVANE_ASSERT(parent);
     NORVANE_ASSERT(child);
-    // Parsed nodes are released with their document, built ones each on its own.
+    // Parsed nodes are freed with their document, built ones separately: a tree must not mix them.
     NORVANE_ASSERT(parent->tag && !parent->in_arena);
     NORVANE_ASSERT(!child->next && !child->in_arena);
     xml_link_child(parent, child);

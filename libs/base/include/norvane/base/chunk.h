@@ -6,8 +6,8 @@
 
 NORVANE_BEGIN_DECLS
 
-/* The same pointers as the container that it was made from: it borrows the elements, and must not
- * be used after they are gone. Freed with pchunk_delete. */
+/* The elements of a container in an array. It borrows them and must not outlive them. Freed with
+ * pchunk_delete. */
 typedef struct PolyChunk {
     int count;
     void** elements; /* owned array, borrowed elements */

@@ -1,4 +1,4 @@
-/* Linkage of the base library's public names. Every header of norvane_base takes this one in. */
+/* Linkage of the base library's public names. Every header of norvane_base includes this one. */
 #ifndef NORVANE_BASE_EXPORT_H
 #define NORVANE_BASE_EXPORT_H
 
@@ -12,14 +12,14 @@
 #define NORVANE_END_DECLS
 #endif
 
-/* Of the older form, because C++ allows [[noreturn]] only in front of the attribute above. */
+/* In the older form, because C++ allows [[noreturn]] only before the attribute above. */
 #define NORVANE_NORETURN __attribute__((noreturn))
 
 /* Lets the compiler check the arguments of functions that format like printf. */
 #define NORVANE_PRINTF(format_index, first_argument)                                               \
     __attribute__((format(printf, format_index, first_argument)))
 
-/* Results of functions that return a status. Failures are non-zero, as a rule STATUS_FAILURE. */
+/* Results of functions that return a status. A failure is non-zero, usually STATUS_FAILURE. */
 #define STATUS_SUCCESS 0
 #define STATUS_FAILURE (-1)
 

@@ -10,11 +10,11 @@
 
 namespace norvane {
 
-// A list seen as a range; made by items().
+// A list as a range; made by items().
 template <typename T>
 class Items {
   public:
-    // Of an element; what the standard algorithms ask for.
+    // With the members that the standard algorithms require.
     class iterator {
       public:
         using iterator_category = std::input_iterator_tag;

@@ -1,15 +1,15 @@
-// A stack machine over a stream of XML: for readers that build their result as the elements close,
+// A stack machine over a stream of XML, for readers that build their result while they read,
 // without a tree of the document.
 //
-// A format is a table of its elements. The machine keeps a stack of those that are open and those
-// that have closed; when an element closes, its handler gets the closed elements inside of it, in
-// document order, and folds what they hold into what it holds itself. So everything that has been
-// read belongs to exactly one element of the stack, and is freed with it if the reading fails.
+// A format is a table of its elements. The machine keeps open elements and finished children on a
+// stack. When an element ends, its handler gets its children in document order and builds the
+// element's data from theirs. So all data belongs to exactly one element on the stack, and is freed
+// with it if reading fails.
 //
-// Elements that are not in the table are passed over in silence, with all that is in them.
-// White space between elements does not count; any other text is a child of the tag CDATA_TAG.
-// Handlers may throw (except.h): the throw comes out of sax_parse. No more is allocated than the
-// stack: one machine reads documents of any length.
+// Elements that the table does not contain are skipped with their content. White space between
+// elements is ignored; any other text is a child with the tag CDATA_TAG. Handlers may throw by
+// except.h, and sax_parse throws that on; a C++ exception must not leave them. Memory is allocated
+// for the stack only, so documents may be of any length.
 #ifndef NORVANE_BASE_SAX_INCLUDE_HPP
 #define NORVANE_BASE_SAX_INCLUDE_HPP
 
@@ -17,7 +17,7 @@
 
 #include "norvane/base/export.h"
 
-// How often a child stands at its place.
+// How often a child may occur at its position.
 enum ChildTagState : int {
     CHILD_ONE = 0,
     CHILD_OPTIONAL = 1,
@@ -25,7 +25,7 @@ enum ChildTagState : int {
     CHILD_ANY = 3,
 };
 
-// A row of a table of the children that an element may have, which a null tag ends.
+// A row of the table of an element's children. A null tag ends the table.
 struct ChildTag {
     const char* tag;
     ChildTagState state;
@@ -36,14 +36,14 @@ struct SaxTag;
 
 // An element on the stack.
 struct StackData {
-    void* data;        // what its handler stored; freed by the row's `delete_data`
-    const SaxTag* row; // of the table
+    void* data;        // set by the handler; freed by `delete_data` of the row
+    const SaxTag* row; // of the format's table
     std::size_t attrs; // private
     int line_no;       // of the start tag
     bool is_closed;    // its handler has run
 };
 
-// The children of an element, in document order, where they lie on the stack.
+// The children of an element, in document order: a part of the stack.
 struct SaxChildren {
     StackData* first;
     std::size_t count;
@@ -54,14 +54,14 @@ struct SaxChildren {
     SaxChildren from(std::size_t index) const { return {first + index, count - index}; }
 };
 
-// Stores in `sd` what the element amounts to. What it takes out of a child it sets to null there:
-// the children are freed when it returns.
+// Builds the data of the element `sd` from that of its children. The machine frees the children
+// afterwards, so the handler sets `data` to null in a child whose data it takes over.
 using SaxHandler = void (*)(SaxInfo* pi, StackData* sd, SaxChildren children);
 
-// A row of the table of a format, which a null tag ends. All is borrowed.
+// A row of a format's table, which the machine borrows. A null tag ends the table.
 struct SaxTag {
     const char* tag;
-    const ChildTag* valid_tags; // checked before the handler is called; null if that checks itself
+    const ChildTag* valid_tags; // checked before the handler runs; null: the handler checks
     SaxHandler handler;
     void (*delete_data)(void* data); // called for data that is not null; may be null
 };
@@ -69,46 +69,48 @@ struct SaxTag {
 // The tag of a text; its data is a UtilString.
 #define CDATA_TAG "#cdata"
 
-// Puts up to `size` bytes into `buffer` and returns their number; sets `at_end` once there are no
-// more. May throw.
+// Reads up to `size` bytes into `buffer` and returns their number; sets `at_end` at the end of the
+// document. May throw.
 using SaxRead = std::size_t (*)(void* user, void* buffer, std::size_t size, bool* at_end);
 
-// A new machine for the table of at most 127 rows, freed with sax_delete. `tag_is_mixed` tells of a
-// tag whether white space counts as text in the element and in all below, `tag_is_text` whether it
-// does in the element; they must not throw. Throws kind 0, "Out of memory", if expat cannot start.
+// Returns a new machine, freed with sax_delete, for a table of at most 127 rows. `tag_is_mixed`
+// tells whether white space is text in an element with this tag and in all elements below it;
+// `tag_is_text` tells it for the element only. They must not throw. Throws kind 0, "Out of memory",
+// if expat cannot be started.
 NORVANE_BASE_API SaxInfo* sax_new(const SaxTag* tag_handler_table, int (*tag_is_mixed)(const char*),
                                   int (*tag_is_text)(const char*));
-// Frees the machine with all that is left on its stack.
+// Frees the machine and the elements on its stack.
 NORVANE_BASE_API void sax_delete(SaxInfo* pi);
 
-// Reads the document to its end, in blocks of 2048 bytes: true, or false if it is not well-formed.
-// Throws what a handler threw.
+// Reads the document to its end, in blocks of 2048 bytes. Returns false if it is not well-formed.
+// Throws on what a handler or `read` threw.
 NORVANE_BASE_API bool sax_parse(SaxInfo* pi, SaxRead read, void* user);
-// Where sax_parse has stopped; why, in expat's words, if it returned false.
+// The line where sax_parse stopped; expat's description of the fault, if it returned false.
 NORVANE_BASE_API int sax_line(const SaxInfo* pi);
 NORVANE_BASE_API const char* sax_error_text(const SaxInfo* pi);
 
-// The stack: after a parse it holds the root, unless that is unknown. Who takes the data of the top
-// sets it to null there; stack_pop frees what is left of the top.
+// The stack. After a parse it holds the root element, unless its tag is unknown. stack_top is
+// borrowed; stack_pop removes it and frees its data, so a caller that takes the data over sets it
+// to null first.
 NORVANE_BASE_API bool stack_is_empty(const SaxInfo* pi);
 NORVANE_BASE_API StackData* stack_top(const SaxInfo* pi);
 NORVANE_BASE_API void stack_pop(SaxInfo* pi);
 
 // For handlers.
 
-// 1 if the children are as the table has them. If not: 0, or, with `report`, throws "Missing
-// expected child" or "Found invalid children".
+// Returns 1 if the children match the table. Otherwise returns 0, or, if `report` is non-zero,
+// throws "Missing expected child" or "Found invalid children".
 NORVANE_BASE_API int sax_check_children(const StackData* sd, SaxChildren children,
                                         const ChildTag* valid_tags, int report);
 
-// The value of an attribute of the element whose handler is running, in code page 1252: borrowed,
-// until that returns. Without such an attribute the one gives null, and the other throws.
+// Return an attribute's value, in code page 1252, of the element whose handler is running; borrowed
+// until that handler returns. Without the attribute the first returns null and the second throws.
 NORVANE_BASE_API const char* sax_get_attr(const SaxInfo* pi, const StackData* sd, const char* name);
 NORVANE_BASE_API const char* sax_must_get_attr(const SaxInfo* pi, const StackData* sd,
                                                const char* name);
 
-// Throws kind 2 with the formatted text, cut at 2047 bytes, for the place of `sd`, which may be
-// null.
+// Throws EXCEPT_MALFORMED_INPUT with the formatted text, truncated to 2047 bytes, and the tag and
+// line of `sd`, which may be null.
 [[noreturn]] NORVANE_BASE_API void sax_error(const StackData* sd, const char* format, ...)
     NORVANE_PRINTF(2, 3);
 

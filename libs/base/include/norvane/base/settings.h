@@ -1,4 +1,4 @@
-/* Where the toolchain's tools are. */
+/* The location of the toolchain's programs. */
 #ifndef NORVANE_BASE_SETTINGS_H
 #define NORVANE_BASE_SETTINGS_H
 
@@ -6,12 +6,12 @@
 
 NORVANE_BEGIN_DECLS
 
-/* The directory of the tools, for hosts that keep them elsewhere: copied. Null puts the default back,
- * which is the directory "../bin" beside the directory that this library was loaded from. */
+/* Sets the directory of the tools; the text is copied. Null restores the default: "../bin" relative
+ * to the directory from which this library was loaded. */
 NORVANE_BASE_API void settings_set_bin_folder(const char* directory);
 
-/* The full path of a tool by its short name, such as "kelcalc". The text lies in one shared buffer,
- * which the next call overwrites. */
+/* Returns the full path of a tool, given its short name, such as "kelcalc". The text is in a static
+ * buffer, which the next call overwrites. */
 NORVANE_BASE_API const char* settings_get_full_bin_path(const char* tool);
 
 NORVANE_END_DECLS

@@ -6,18 +6,19 @@
 
 NORVANE_BEGIN_DECLS
 
-/* The shortest text in fixed notation that reads back as the same double, with ".0" where there
- * would be no point, so that it reads back as a float constant: "1.0", "0.5", "-2.25"; "inf",
- * "-inf" and "nan" for the others. Never depends on the locale. The text lies in one shared buffer,
+/* Returns the shortest text in fixed notation that reads back as the same double. It ends in ".0"
+ * if it would have no point, so that it reads back as a float constant: "1.0", "0.5", "-2.25";
+ * "inf",
+ * "-inf" and "nan" for the others. Does not depend on the locale. The text is in a static buffer,
  * which the next call overwrites. */
 NORVANE_BASE_API const char* util_double_to_str(double value);
 
-/* The name of a file that does not exist, with the given extension (such as ".pm"), in the folder
- * $TMPDIR or else /tmp; unpredictable, and nothing is created. A new string that the caller owns;
- * null if there is no such folder, or no randomness. */
+/* Returns an unpredictable name of a file that does not exist, with the given extension (such as
+ * ".pm"), in the directory $TMPDIR or else /tmp; creates nothing. The caller owns the string. Null
+ * if the directory does not exist or the system has no random bytes. */
 NORVANE_BASE_API char* util_temp_filename(const char* extension);
 
-/* What a file holds, by its extension, in any case; a number each, FILETYPE_UNKNOWN for others. */
+/* The type of a file by its extension, in upper or lower case; FILETYPE_UNKNOWN for others. */
 enum {
     FILETYPE_UNKNOWN = 0,
     FILETYPE_PM = 1,
@@ -31,9 +32,9 @@ enum {
 };
 NORVANE_BASE_API int util_get_filetype(const char* path);
 
-/* A new string of `path` without its extension: the last point behind the last separator ("/" or
- * "\\") and all behind it. A name without a point, or one that only begins with it, is copied as it
- * is. */
+/* Returns a new string: `path` without its extension, which begins at the last point of the file
+ * name. A name without a point, or whose only point is its first character, is copied unchanged.
+ * Directories are separated by "/" or "\\". */
 NORVANE_BASE_API char* util_strip_file_extension(const char* path);
 
 NORVANE_END_DECLS
