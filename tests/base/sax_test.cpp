@@ -169,12 +169,6 @@ TEST(SaxMachine, WhatWasReadBeforeAFailureIsLookedAtFirst) {
     }
 }
 
-TEST(SaxMachine, ErrorsAreCutAndMayHaveNoPlace) {
-    EXPECT_EQ(thrown([] { sax_error(nullptr, "%s", "why"); }), "2: Error in XML file: why\n");
-    const std::string text = thrown([] { sax_error(nullptr, "%02100d", 1); });
-    EXPECT_EQ(text.size(), std::strlen("2: ") + MESSAGE_BUFFER_SIZE - 1);
-}
-
 // A token of some megabytes, looked at again with each block, would take minutes.
 TEST(SaxMachine, LongTokensTakeLinearTime) {
     const std::string text(30'000'000, 'x');

@@ -1,7 +1,4 @@
-// The symbol table: what clashes with what, in which order names are found, and where paths lead.
-#include <deque>
-#include <sstream>
-
+// The symbol table: where paths lead, and guards of its stack.
 #include <gtest/gtest.h>
 
 #include "context.h"
@@ -12,117 +9,20 @@ namespace {
 using namespace norvane;
 using namespace norvane::test;
 
-// A table that is filled by a script of "KIND NAME", "push" and "pop"; each declaration stands on a
-// line of its own.
-class Names {
-  public:
-    ~Names() {
-        table.reset();
-        for (PolyHash* environment : environments_)
-            symtbl_delete_symbol_table_env(environment);
-    }
-
-    void run(const std::string& script) {
-        std::istringstream words(script);
-        for (std::string word; words >> word;) {
-            if (word == "push") {
-                push();
-            } else if (word == "pop") {
-                symtbl_pop_env(table.get());
-            } else {
-                words >> names_.emplace_back();
-                declare(word, names_.back());
-            }
-        }
-    }
-
-    PolyHash* push() {
-        symtbl_push_env(table.get(), environments_.emplace_back(symtbl_new_symbol_table_env(1)));
-        return environments_.back();
-    }
-
-    // The kind and the line of the name that is found, or "none".
-    std::string find(std::string name, bool scoped) const {
-        NameData* namedata = nullptr;
-        if (symtbl_lookup(table.get(), name.data(), scoped, &namedata) != STATUS_SUCCESS)
-            return "none";
-        const int line = namedata->ndtype == ND_LABEL ? namedata->label_index : namedata->is_public;
-        return symtbl_namedata_to_string(namedata) + std::string(" ") + std::to_string(line);
-    }
-
-    ProjectPtr project{proj_new_project(str_copy("p"), nullptr, str_copy("model.pm"))};
-    TablePtr table{symtbl_new_symbol_table()};
-
-  private:
-    void declare(const std::string& kind, std::string& name) {
-        NameDataType ndtype = ND_INT;
-        if (kind == "label") ndtype = ND_LABEL;
-        if (kind == "type") ndtype = ND_TYPE;
-        if (kind == "variable") ndtype = ND_VARIABLE;
-        ++line_;
-        NameData* namedata =
-            symtbl_new_namedata(ndtype, ndtype == ND_INT ? nullptr : boolean_.get(), nullptr, 0,
-                                0.0, nullptr, static_cast<int>(line_));
-        if (ndtype == ND_LABEL) namedata->label_index = static_cast<int>(line_);
-        if (symtbl_insert(project->line_info, table.get(), name.data(), namedata, line_) !=
-            STATUS_SUCCESS) {
-            symtbl_delete_namedata(namedata);
-        }
-    }
-
-    TypePtr boolean_{tc_new_bool_tc(1)};
-    std::deque<std::string> names_; // the table borrows them
-    std::vector<PolyHash*> environments_;
-    unsigned line_ = 0;
-};
-
-TEST(SymbolTable, ReportsEachKindOfClash) {
-    const auto run = [](const std::string& script) {
-        Reports reports;
-        Names names;
-        names.run(script);
-        return reports.text();
-    };
-    EXPECT_EQ(test_data_rerun("model/data/symboltable/clashes.txt", run),
-              test_data("model/data/symboltable/clashes.txt"));
-}
-
-TEST(SymbolTable, LooksUpGlobalNamesFirstAndThenFromTheInnermostEnvironmentOut) {
-    Reports reports;
-    Names names;
-    names.run("variable outer variable both push variable both variable inner");
-    EXPECT_EQ(names.find("outer", false), "variable 1");
-    EXPECT_EQ(names.find("outer", true), "none");
-    EXPECT_EQ(names.find("both", false), "variable 3");
-    EXPECT_EQ(names.find("inner", true), "variable 4");
-    names.run("pop");
-    EXPECT_EQ(names.find("both", true), "variable 2");
-
-    // A label declared while a record's environment was away hides the record's field.
-    PolyHash* record = names.push();
-    names.run("variable l pop label l");
-    symtbl_push_env(names.table.get(), record);
-    EXPECT_EQ(names.find("l", false), "label 6");
-    EXPECT_EQ(names.find("l", true), "variable 5");
-    EXPECT_EQ(reports.text(), "");
-}
-
 TEST(SymbolTable, TakesTheVeryEnvironmentOutThatItsGuardHasPushed) {
-    Names names;
-    const PolyHash* base = static_cast<PolyHash*>(plist_hd(names.table->local_table));
-    const PolyHash* left_behind;
+    const TablePtr table(symtbl_new_symbol_table());
+    PolyHash* left_behind = symtbl_new_symbol_table_env(1);
     {
-        check::ScopedEnv scope(names.table.get(), symtbl_new_symbol_table_env(1));
+        check::ScopedEnv scope(table.get(), symtbl_new_symbol_table_env(1));
         scope.own();
-        const check::ScopedEnv none(names.table.get(), nullptr);
-        EXPECT_EQ(plist_length(names.table->local_table), 2u);
-        left_behind = names.push();
+        const check::ScopedEnv none(table.get(), nullptr);
+        EXPECT_EQ(plist_length(table->local_table), 2u);
+        symtbl_push_env(table.get(), left_behind);
     }
-    EXPECT_EQ(plist_length(names.table->local_table), 2u);
-    EXPECT_EQ(plist_hd(names.table->local_table), left_behind);
-    EXPECT_EQ(names.table->local_table->last->element, base);
-    names.run("variable x pop");
-    EXPECT_EQ(names.find("x", false), "none");
+    EXPECT_EQ(plist_length(table->local_table), 2u);
+    EXPECT_EQ(plist_hd(table->local_table), left_behind);
+    symtbl_pop_env(table.get());
+    symtbl_delete_symbol_table_env(left_behind);
 }
 
 constexpr const char* paths_model = R"(

@@ -174,42 +174,29 @@ TEST(ModelXml, FloatsAndTextsSurviveExactly) {
 
 TEST(ModelXml, WhatTheFormatCannotHoldStopsTheWriterBeforeTheFileIsTouched) {
     const XmlFile file;
-    constexpr int same = -1;
-    const struct {
-        const char* source;
-        int structure, opr, id_kind, head_kind;
-        const char* message;
-    } rows[] = {
-        {"a / b", same, same, same, same, "Invalid binary operator"},
-        {"a = b", same, OPR_UBOUND_EQ, same, same, "Invalid binary operator"},
-        {"5", same, OPR_FLOATCONST, same, same, "Invalid constant expression"},
-        {"sum i in [0..1] : (i)", same, OPR_AND, same, same, "Invalid range expression"},
-        {"5", 42, same, same, same, "Invalid expression"},
-        {"a", same, same, 42, same, "Invalid id constructor"},
-        {"a.b", same, same, same, IDCON_COMPOSIT, "Invalid id constructor in record"},
+    const std::pair<const char*, std::function<void(Expr*)>> rows[] = {
+        {"Invalid binary operator", [](Expr* expr) { expr->opr = OPR_SHL; }},
+        {"Invalid expression", [](Expr* expr) { expr->structure = 42; }},
+        {"Invalid constant expression",
+         [](Expr* expr) { expr->args.binargs.rightarg->opr = OPR_FLOATCONST; }},
+        {"Invalid id constructor",
+         [](Expr* expr) { expr->args.binargs.leftarg->args.idcon->contype = 42; }},
     };
-    for (const auto& row : rows) {
-        const ProjectPtr project = parse("rule not (" + std::string(row.source) + ");");
-        Expr* expr = static_cast<RuleDecl*>(plist_hd(project->ruledecllist))->rule->args.arg;
-        Expr before = *expr;
-        IdCon other_id{};
-        const auto change = [](unsigned char& tag, int value) {
-            if (value != same) tag = static_cast<unsigned char>(value);
-        };
-        change(expr->structure, row.structure);
-        change(expr->opr, row.opr);
-        if (expr->structure == EXPR_IDCONSTRUCTOR) {
-            other_id = *expr->args.idcon;
-            expr->args.idcon = &other_id;
-            change(other_id.contype, row.id_kind);
-            if (row.head_kind != same) other_id.args.compositid.hier = &other_id;
-        }
+    for (const auto& [message, change] : rows) {
+        const ProjectPtr project = parse("rule a + 1;");
+        Expr* expr = static_cast<RuleDecl*>(plist_hd(project->ruledecllist))->rule;
+        const Expr before = *expr;
+        change(expr);
         file.put("<untouched/>");
         EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(project.get(), file.path().c_str()); }),
-                  "1: " + std::string(row.message));
+                  "1: " + std::string(message));
         EXPECT_EQ(read_file(file.path()), "<untouched/>");
         *expr = before;
+        expr->args.binargs.leftarg->args.idcon->contype = IDCON_SIMPLE;
     }
+    const ProjectPtr divided = parse("rule a / b;");
+    EXPECT_EQ(thrown([&] { proj_export_to_xmlfile(divided.get(), file.path().c_str()); }),
+              "1: Invalid binary operator");
     const ProjectPtr project = parse("");
     const Reports reports;
     EXPECT_EQ(proj_export_to_xmlfile(project.get(), "/nowhere/at.xml"), -1);
