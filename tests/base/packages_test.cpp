@@ -116,6 +116,19 @@ TEST(Packages, WhatIsPutInComesOut) {
     EXPECT_FALSE(model->OpenCalculation().isOpen());
 }
 
+TEST(Packages, AModelIsFoundByItsNameInTheIndexAlone) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/a.mub";
+    CFilePackage made;
+    ASSERT_TRUE(made.createPackage(path.c_str(), ""));
+    made.open("index.mui", FILE_OPEN_CREATE_WRITE)->printf("modeltype=StandardMu\nmain=M\n");
+    ASSERT_TRUE(made.closeAndSave());
+    CMubPackage package;
+    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
+    EXPECT_NE(nullptr, package.getModel("M"));
+    EXPECT_EQ(nullptr, package.getModel("StandardMu"));
+}
+
 TEST(Packages, EqualInputsGiveEqualBytes) {
     const TemporaryFolder folder;
     folder.write("M.mu", "mu");
