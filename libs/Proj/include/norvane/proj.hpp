@@ -131,6 +131,27 @@ struct Report {
     std::string message; // and what is wrong there
     std::vector<ReportParagraph> paragraphs;
     bool is_error() const { return severity == ERROR_TYPE_ERROR; }
+
+    // Sets the title and its parts.
+    void set_title(std::string text) {
+        title = std::move(text);
+        file.clear();
+        line = 0;
+        message = title;
+        const std::string_view whole = title;
+        for (std::size_t open = whole.find(" ("); open != std::string_view::npos;
+             open = whole.find(" (", open + 1)) {
+            const char* end = whole.data() + whole.size();
+            unsigned number = 0;
+            const auto [after, error] = std::from_chars(whole.data() + open + 2, end, number);
+            const std::string_view rest(after, static_cast<std::size_t>(end - after));
+            if (error != std::errc() || rest.substr(0, 3) != "): ") continue;
+            file = whole.substr(0, open);
+            line = number;
+            message = rest.substr(3);
+            return;
+        }
+    }
 };
 
 // Takes each report as it comes, before the call ends. It must not call the library. What it throws
@@ -138,24 +159,6 @@ struct Report {
 using OnReport = std::function<void(const Report&)>;
 
 namespace detail {
-
-// Takes "file (12): message" apart.
-inline void split_title(Report& report) {
-    const std::string_view title = report.title;
-    report.message = report.title;
-    for (std::size_t open = title.find(" ("); open != std::string_view::npos;
-         open = title.find(" (", open + 1)) {
-        unsigned line = 0;
-        const char* end = title.data() + title.size();
-        const auto [after, error] = std::from_chars(title.data() + open + 2, end, line);
-        const std::string_view rest(after, static_cast<std::size_t>(end - after));
-        if (error != std::errc() || rest.substr(0, 3) != "): ") continue;
-        report.file = title.substr(0, open);
-        report.line = line;
-        report.message = rest.substr(3);
-        return;
-    }
-}
 
 inline std::string text_or_empty(const char* text) {
     return text ? text : "";
@@ -165,8 +168,7 @@ inline Report to_report(ErrorType severity, const ErrorInfo& error) {
     Report report;
     report.severity = severity;
     report.name = error.name;
-    report.title = error.message;
-    split_title(report);
+    report.set_title(error.message);
     for (const auto* paragraph : items<ErrorDescParagraph>(error.paragraphs)) {
         report.paragraphs.push_back({paragraph->align, {}});
         for (const auto* run : items<ErrorDescRun>(paragraph->runs))
@@ -314,17 +316,19 @@ inline const char* null_if_empty(const std::string& text) {
 
 // Texts and tables -------------------------------------------------------------------------------
 
-// From code page 1252 to UTF-8, and back; what code page 1252 does not have becomes "?". Null
-// counts as empty.
-inline std::string codepage_to_utf8(const char* text) {
+// From code page 1252 to UTF-8, and back; what code page 1252 does not have becomes "?".
+inline std::string codepage_to_utf8(std::string_view text) {
     NorvaneCpp::String converted;
-    call([&converted, text] { converted = NorvaneCpp::UTF8::ToUnicode(text); });
+    call([&converted, text] {
+        converted = NorvaneCpp::UTF8::ToUnicode(NorvaneCpp::String(text.data(), text.size()));
+    });
     return {converted.GetStr(), converted.Size()};
 }
-inline std::string utf8_to_codepage(const std::string& text) {
+inline std::string utf8_to_codepage(std::string_view text) {
     NorvaneCpp::String converted;
-    call([&converted, bytes = text.c_str()] {
-        converted = NorvaneCpp::UTF8::ToCodepage(bytes, 1252, false);
+    call([&converted, text] {
+        converted =
+            NorvaneCpp::UTF8::ToCodepage(NorvaneCpp::String(text.data(), text.size()), 1252, false);
     });
     return {converted.GetStr(), converted.Size()};
 }

@@ -11,6 +11,7 @@
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/util.h"
+#include "norvane/base/work.h"
 #include "norvane/base/xml.h"
 #include "report.h"
 #include "tags.h"
@@ -152,6 +153,7 @@ void write_expr(XmlNode* parent, Expr* expr) {
 }
 
 void write_vardecl(XmlNode* parent, VarDecl* vardecl) {
+    const WorkingOn mark(WORK_VARIABLE, vardecl);
     const char* is_private = vardecl->vartype == VARTYPE_PRIVATE ? "true" : "false";
     XmlNode* node =
         add_element(parent, "vardecl", {{"is_private", is_private}, {"name", vardecl->name}});
@@ -159,6 +161,7 @@ void write_vardecl(XmlNode* parent, VarDecl* vardecl) {
 }
 
 void write_ruledecl(XmlNode* parent, RuleDecl* ruledecl) {
+    const WorkingOn mark(WORK_RULE, ruledecl);
     write_expr(add_element(parent, "ruledecl"), ruledecl->rule);
 }
 
@@ -203,10 +206,14 @@ void write_type(XmlNode* parent, TypeCon* typecon) {
 
 XmlNode* write_model(Project* project) {
     XmlNode* model = xml_node_new_tag("model");
-    for (ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist))
+    for (ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist)) {
+        const WorkingOn mark(WORK_CONSTANT, constant);
         write_expr(add_element(model, "constantdecl", {{"name", constant->name}}), constant->value);
-    for (TypeDecl* type : items<TypeDecl>(project->typedecllist))
+    }
+    for (TypeDecl* type : items<TypeDecl>(project->typedecllist)) {
+        const WorkingOn mark(WORK_TYPE, type);
         write_type(add_element(model, "typedecl", {{"name", type->name}}), type->typecon);
+    }
     for (VarDecl* variable : items<VarDecl>(project->vardecllist))
         write_vardecl(model, variable);
     for (RuleDecl* rule : items<RuleDecl>(project->ruledecllist))

@@ -1,0 +1,401 @@
+#include "arguments.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+
+#include "calculations.h"
+#include "explain.h"
+#include "models.h"
+#include "packages.h"
+#include "side_data.h"
+#include "status.h"
+#include "workspace.h"
+
+namespace norvane::pm {
+namespace {
+
+constexpr const char* footer =
+    "Results go to standard output, all else to standard error.\n"
+    "Exit status: 0 success, 1 the input is at fault, 2 wrong usage, 3 internal failure.";
+
+// Large enough for any product, and reached before the memory of most machines is exhausted.
+constexpr unsigned long long default_max_nodes = 200'000'000;
+
+// Options that several commands take. ------------------------------------------------------------
+
+void add_argument(CLI::App& command, const char* name, std::string& value, const char* help) {
+    command.add_option(name, value, help)->required()->type_name("");
+}
+
+void add_text(CLI::App& command, const char* name, const char* value_name, std::string& value,
+              const char* help) {
+    command.add_option(name, value, help)->type_name(value_name);
+}
+
+// An option that takes one of some words, each of which stands for a value.
+template <typename T>
+void add_choice(CLI::App& command, const char* name, const char* value, const char* help, T& chosen,
+                const std::vector<std::pair<std::string, T>>& choices) {
+    std::vector<std::string> words;
+    words.reserve(choices.size());
+    for (const auto& choice : choices)
+        words.push_back(choice.first);
+    command
+        .add_option_function<std::string>(
+            name,
+            [&chosen, choices](const std::string& text) {
+                for (const auto& [word, meaning] : choices)
+                    if (word == text) chosen = meaning;
+            },
+            help)
+        ->type_name(value)
+        ->check(CLI::IsMember(words));
+}
+
+void add_format(CLI::App& command, Options& options, const char* help) {
+    add_choice<Format>(command, "--format", "FORMAT", help, options.format,
+                       {{"text", Format::text}, {"json", Format::json}});
+}
+
+// For a command that reads files, and may have something to report.
+void add_report_options(CLI::App& command, Options& options) {
+    command.footer(std::string("A file whose name is - is standard input, or, where it is "
+                               "written, standard output.\n") +
+                   footer);
+    add_format(command, options,
+               "How to report what is wrong: text (the default), or json, one object a line");
+}
+
+// Empty for a value that the preprocessor can take for nothing else than what it is meant as.
+std::string why_refused(char option, const std::string& value) {
+    if (value.empty()) return "needs a value";
+    if (value.find_first_of("\n\r") != std::string::npos) return "takes no line feeds";
+    if (option == 'I') return value == "-" ? "needs the name of a directory" : "";
+    const auto first = static_cast<unsigned char>(value[0]);
+    if (std::isalpha(first) || first == '_') return "";
+    return "needs a name that begins with a letter or an underscore";
+}
+
+// The preprocessor's defines and undefines count in the order in which they were given, so the
+// values of all three options go into one list as they are met.
+void add_preprocessor_option(CLI::App& command, Options& options, const char* names,
+                             const char* flag, const char* value, const char* help) {
+    command
+        .add_option_function<std::string>(
+            names,
+            [&options, flag](const std::string& text) {
+                const std::string refused = why_refused(flag[1], text);
+                if (!refused.empty()) throw CLI::ValidationError(flag, refused);
+                options.cpp_args.push_back(flag + text);
+            },
+            help)
+        ->type_name(value)
+        ->trigger_on_parse();
+}
+
+void add_preprocessor_options(CLI::App& command, Options& options) {
+    add_preprocessor_option(command, options, "-I,--include-dir", "-I", "DIR",
+                            "Search DIR for included files");
+    add_preprocessor_option(command, options, "-D,--define", "-D", "NAME[=VALUE]",
+                            "Define a macro");
+    add_preprocessor_option(command, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
+}
+
+void add_model_form(CLI::App& command, const char* name, const char* help, ModelForm& form) {
+    add_choice<ModelForm>(command, name, "FORM", help, form,
+                          {{"pm", ModelForm::source}, {"xml", ModelForm::xml}});
+}
+
+void add_model(CLI::App& command, Options& options, const char* argument = "FILE") {
+    add_report_options(command, options);
+    add_argument(command, argument, options.file, "The product model");
+    add_preprocessor_options(command, options);
+    add_model_form(command, "--from", "The format of the model, whatever its extension says",
+                   options.from);
+}
+
+// Commands on models. ----------------------------------------------------------------------------
+
+void describe_model(CLI::App& command, Options& options) {
+    add_model(command, options);
+}
+
+void describe_rules(CLI::App& command, Options& options) {
+    add_model(command, options);
+    command.add_flag("--no-simplify", options.as_written,
+                     "Print the rules as they are written, loops, cases and names included");
+    command.add_flag("--origin", options.with_origin,
+                     "Print before each rule the file and line that it comes from");
+}
+
+void describe_convert(CLI::App& command, Options& options) {
+    add_model(command, options, "FROM");
+    add_argument(command, "TO", options.output, "The file to be written");
+    add_model_form(command, "--to", "The format to write, whatever the extension says", options.to);
+}
+
+// Commands on calculations. ----------------------------------------------------------------------
+
+void add_calculation(CLI::App& command, Options& options, const char* argument = "FILE") {
+    add_report_options(command, options);
+    add_argument(command, argument, options.calculation, "The calculation");
+    add_choice<CalcForm>(
+        command, "--from", "FORM",
+        "The format of the calculation, whatever its extension says: source, XML, or a package",
+        options.calc_from,
+        {{"cl", CalcForm::source}, {"clx", CalcForm::xml}, {"mub", CalcForm::package}});
+    add_text(command, "--of", "NAME", options.package_model,
+             "Take the calculation of the model NAME out of a package, if its name is not the "
+             "package's");
+}
+
+void describe_calc_check(CLI::App& command, Options& options) {
+    add_calculation(command, options);
+    command.add_option("--model", options.file, "The product model")
+        ->required()
+        ->type_name("MODEL");
+    add_preprocessor_options(command, options);
+}
+
+void describe_calc_print(CLI::App& command, Options& options) {
+    add_calculation(command, options);
+}
+
+void describe_calc_convert(CLI::App& command, Options& options) {
+    add_calculation(command, options, "FROM");
+    add_argument(command, "TO", options.output, "The file to be written");
+    add_choice<CalcForm>(command, "--to", "FORM",
+                         "The format to write, whatever the extension says", options.calc_to,
+                         {{"cl", CalcForm::source}, {"clx", CalcForm::xml}});
+    command.add_flag("--no-lines", options.without_lines,
+                     "Omit from the XML the source lines of the parts");
+}
+
+void describe_builtins(CLI::App& command, Options& options) {
+    add_format(command, options,
+               "How to list them: text (the default), or json, one object a line");
+}
+
+// Commands on side data. -------------------------------------------------------------------------
+
+void describe_presentation_list(CLI::App& command, Options& options) {
+    add_report_options(command, options);
+    add_argument(command, "FILE", options.file, "The presentation");
+}
+
+void describe_presentation_get(CLI::App& command, Options& options) {
+    describe_presentation_list(command, options);
+    add_argument(command, "LAYER", options.layer, "The name of the layer");
+    add_argument(command, "KEY", options.key, "The key of the text");
+}
+
+void describe_presentation_merge(CLI::App& command, Options& options) {
+    add_report_options(command, options);
+    command.add_option("FILE", options.presentations, "The presentations")
+        ->required()
+        ->type_name("");
+    add_text(command, "-o,--output", "FILE", options.output,
+             "Write to FILE and not to standard output");
+}
+
+void describe_order_list(CLI::App& command, Options& options) {
+    add_report_options(command, options);
+    add_argument(command, "FILE", options.var_order, "The variable order");
+}
+
+void describe_order_check(CLI::App& command, Options& options) {
+    add_model(command, options, "MODEL");
+    add_argument(command, "FILE", options.var_order, "The variable order");
+}
+
+// Commands on workspaces and packages. -----------------------------------------------------------
+
+void add_result_format(CLI::App& command, Options& options) {
+    add_format(command, options,
+               "The form of results and reports: text (the default), or json, one value a line");
+}
+
+void describe_show(CLI::App& command, Options& options) {
+    add_result_format(command, options);
+    add_argument(command, "FILE", options.file, "The workspace");
+}
+
+void describe_commands(CLI::App& command, Options& options) {
+    describe_show(command, options);
+    add_argument(command, "PROJECT", options.project, "The name of the project");
+    command.add_option("TYPE", options.type, "What is to be done")
+        ->required()
+        ->type_name("")
+        ->check(CLI::IsMember(
+            std::vector<std::string>(std::begin(command_types), std::end(command_types))));
+    add_text(command, "--arg", "TEXT", options.extra_arg,
+             "The argument of ppl, and the output of optimize");
+    add_text(command, "--order", "TEXT", options.order_type, "The order that optimize is to make");
+    add_text(command, "--arg2", "TEXT", options.extra_arg2, "A further argument of optimize");
+    command.add_flag("--mu-compile-stats", options.statistics, "Ask the compiler for statistics");
+    add_text(command, "--bin-dir", "DIR", options.bin_directory, "The directory of the tools");
+}
+
+void add_package_options(CLI::App& command, Options& options) {
+    command.add_flag("--debug", options.debug, "Take the model's sources too, where there are any");
+    add_text(command, "--type", "TYPE", options.type, "The type of the model (StandardMu)");
+}
+
+void describe_pack_project(CLI::App& command, Options& options) {
+    describe_show(command, options);
+    add_argument(command, "PROJECT", options.project, "The name of the project");
+    add_package_options(command, options);
+}
+
+void describe_package_list(CLI::App& command, Options& options) {
+    add_result_format(command, options);
+    add_argument(command, "FILE", options.file, "The package");
+}
+
+void describe_package_make(CLI::App& command, Options& options) {
+    add_result_format(command, options);
+    add_argument(command, "MODEL", options.project, "The name of the model and of its files");
+    add_text(command, "--build-dir", "DIR", options.build_directory, "The build directory (.)");
+    add_text(command, "--output-dir", "DIR", options.output_directory,
+             "The directory that the package is written to (.)");
+    add_package_options(command, options);
+}
+
+void describe_explain(CLI::App& command, Options& options) {
+    auto* name = command
+                     .add_option("ERR_NAME", options.error_name,
+                                 "The name of the error, as it stands after a report")
+                     ->type_name("");
+    command.add_flag("--list", options.list, "List all errors, as without a name")->excludes(name);
+}
+
+// All commands. ----------------------------------------------------------------------------------
+
+struct Row {
+    const char* group; // empty for a command without one
+    const char* name;
+    const char* help;
+    void (*describe)(CLI::App&, Options&);
+    void (*command)(Session&);
+};
+
+constexpr Row commands[] = {
+    {"", "info", "Load a model or a calculation and count what it declares", describe_model, info},
+    {"", "check", "Check a model", describe_model, check},
+    {"", "print", "Load a model and print it as one source, includes and macros resolved",
+     describe_model, print},
+    {"", "simplify", "Check a model and print its finite form", describe_model, simplify},
+    {"", "rules", "Check a model and print its flat rules, one a line", describe_rules, rules},
+    {"", "convert",
+     "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
+     "say",
+     describe_convert, convert},
+    {"calc", "check", "Check a calculation against its model", describe_calc_check,
+     check_calculation},
+    {"calc", "print", "Print a calculation as source, every operation in brackets",
+     describe_calc_print, print_calculation},
+    {"calc", "convert",
+     "Write a calculation in another form, unchecked: as source or as XML, as the extensions cl "
+     "and clx say",
+     describe_calc_convert, convert_calculation},
+    {"calc", "builtins", "List the functions that every calculation may call", describe_builtins,
+     list_builtins},
+    {"presentation", "list", "List the layers and their keys, one line each: layer, tab, key",
+     describe_presentation_list, list_presentation},
+    {"presentation", "get", "Print one text", describe_presentation_get, get_from_presentation},
+    {"presentation", "merge",
+     "Join presentations; of texts with one key, that of the last file counts",
+     describe_presentation_merge, merge_presentations},
+    {"var-order", "list", "List the names, one a line", describe_order_list, list_var_order},
+    {"var-order", "check", "Check that the model has each variable that is named",
+     describe_order_check, check_var_order},
+    {"workspace", "show", "Print what a workspace holds", describe_show, show_workspace},
+    {"workspace", "commands",
+     "Print the command lines of a project's tools, to be run in order in the current directory: "
+     "for a shell, or as arrays of arguments",
+     describe_commands, list_commands},
+    {"workspace", "package", "Make the package of a project, from and in the current directory",
+     describe_pack_project, pack_project},
+    {"package", "list", "List the members of a package, each after its size", describe_package_list,
+     list_package},
+    {"package", "make", "Make the package of a model from what is in a build directory",
+     describe_package_make, make_package},
+    {"", "explain", "Explain an error that was reported, by its name", describe_explain, explain},
+};
+
+constexpr std::pair<const char*, const char*> groups[] = {
+    {"calc", "Calculations: functions that work beside a model"},
+    {"presentation", "The display texts of a product, by layer and key"},
+    {"var-order", "The order of a model's variables"},
+    {"workspace", "The projects of a workspace"},
+    {"package", "Packages of compiled models"}};
+
+// The group of a command; the application itself for a command without one.
+CLI::App& group_of(CLI::App& app, const Row& row) {
+    if (*row.group == '\0') return app;
+    const auto known = app.get_subcommands(
+        [&row](const CLI::App* command) { return command->get_name() == row.group; });
+    if (!known.empty()) return *known[0];
+    const auto* group = std::ranges::find_if(
+        groups, [&row](const auto& entry) { return !std::strcmp(entry.first, row.group); });
+    CLI::App& added = *app.add_subcommand(group->first, group->second);
+    added.require_subcommand(1);
+    return added;
+}
+
+// Each option of a command costs time, so only the command that the first words name is set up, and
+// all of them where these name none, for help and for the errors of usage.
+bool may_be_asked_for(const Row& row, const std::array<std::string_view, 2>& words) {
+    const bool has_group = *row.group != '\0';
+    const auto& name = has_group ? words[1] : words[0];
+    return name == row.name && (!has_group || words[0] == row.group);
+}
+
+void describe(CLI::App& app, Invocation& invocation, const std::array<std::string_view, 2>& words) {
+    app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
+    app.set_help_flag("-h,--help", "Print this help and exit");
+    app.require_subcommand(1);
+    app.footer(footer);
+    const bool is_named = std::ranges::any_of(
+        commands, [&words](const Row& row) { return may_be_asked_for(row, words); });
+    for (const Row& row : commands) {
+        if (is_named && !may_be_asked_for(row, words)) continue;
+        CLI::App& command = *group_of(app, row).add_subcommand(row.name, row.help);
+        command.callback([&invocation, &row] { invocation.command = row.command; });
+        row.describe(command, invocation.options);
+    }
+}
+
+} // namespace
+
+Invocation parse_arguments(int argc, char** argv) {
+    Invocation invocation;
+    std::array<std::string_view, 2> words;
+    for (std::size_t i = 0; i < words.size() && static_cast<int>(i) + 1 < argc; ++i)
+        words[i] = argv[i + 1];
+    CLI::App app("Loads, checks, simplifies and prints product models.", "norvane-pm");
+    describe(app, invocation, words);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        std::ostringstream out;
+        std::ostringstream error;
+        for (std::ostringstream* text : {&out, &error}) // streams are silent about lack of memory
+            text->exceptions(std::ios::badbit);
+        const int code = app.exit(e, out, error);
+        std::fputs(out.str().c_str(), stdout);
+        std::fputs(error.str().c_str(), stderr);
+        invocation.command = nullptr;
+        invocation.status = code == 0 ? STATUS_OK : STATUS_WRONG_USAGE;
+    }
+    return invocation;
+}
+
+} // namespace norvane::pm

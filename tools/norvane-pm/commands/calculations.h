@@ -1,0 +1,20 @@
+// The commands on calculations.
+#ifndef NORVANE_PM_CALCULATIONS_H
+#define NORVANE_PM_CALCULATIONS_H
+
+#include "session.h"
+
+namespace norvane::pm {
+
+void check_calculation(Session& session);
+void print_calculation(Session& session);
+void convert_calculation(Session& session);
+void list_builtins(Session& session);
+
+// `info` of a calculation, and whether its file is one.
+void info_calculation(Session& session);
+bool is_calculation(const Options& options);
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,13 @@
+// `norvane-pm explain`: what an error that was reported means.
+#ifndef NORVANE_PM_EXPLAIN_H
+#define NORVANE_PM_EXPLAIN_H
+
+#include "session.h"
+
+namespace norvane::pm {
+
+void explain(Session& session);
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,59 @@
+// What the command line asks for.
+#ifndef NORVANE_PM_OPTIONS_H
+#define NORVANE_PM_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+#include "format.h"
+
+namespace norvane::pm {
+
+// The form of a model's file.
+enum class ModelForm { unknown, source, xml };
+
+// The form of a calculation's file. A package is only read.
+enum class CalcForm { unknown, source, xml, package };
+
+// Each command takes some of them. Of files, "-" is standard input, or, where it is written,
+// standard output.
+struct Options {
+    Format format = Format::text;
+    std::string file; // the model, the presentation, the workspace or the package
+    ModelForm from = ModelForm::unknown;
+    std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
+    unsigned long long max_nodes = 0;  // 0: no limit
+    std::string output = "-";
+    ModelForm to = ModelForm::unknown;
+    bool as_written = false;
+    bool with_origin = false;
+
+    std::string calculation;
+    CalcForm calc_from = CalcForm::unknown;
+    CalcForm calc_to = CalcForm::unknown;
+    std::string package_model; // whose calculation is meant, where the file is a package
+    bool without_lines = false;
+
+    std::vector<std::string> presentations; // to be merged
+    std::string layer;
+    std::string key;
+    std::string var_order;
+
+    std::string project; // of a workspace, or the model of a package
+    std::string type;    // of the commands, or of the model
+    std::string extra_arg;
+    std::string order_type;
+    std::string extra_arg2;
+    std::string bin_directory;
+    std::string build_directory = ".";
+    std::string output_directory = ".";
+    bool statistics = false;
+    bool debug = false;
+
+    std::string error_name;
+    bool list = false;
+};
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,46 @@
+#include "session.h"
+
+#include <cstring>
+
+namespace norvane::pm {
+
+const char* step_text(Step step) {
+    switch (step) {
+    case Step::load: return "loading";
+    case Step::check: return "checking";
+    case Step::simplify: return "simplifying";
+    case Step::expand: return "expanding the rules of";
+    case Step::check_functions: return "checking";
+    case Step::print: return "printing";
+    case Step::write: return "writing";
+    case Step::pack: return "packing";
+    }
+    return "";
+}
+
+std::string input_name(const std::string& file) {
+    return file == "-" ? "/dev/stdin" : file;
+}
+
+void Session::begin(Step next, const std::string& file) {
+    step = next;
+    subject = file;
+    diagnostics.begin(step_text(step), subject);
+    work_begin();
+}
+
+void Session::open_output() {
+    const std::string& name = options.output;
+    begin(Step::write, name == "-" ? "standard output" : name);
+    if (output.open(name)) return;
+    report([&name] { return ERR_FILE_OPEN_WRITE(name.c_str()); });
+    throw InputAtFault();
+}
+
+void Session::close_output() {
+    if (output.close()) return;
+    diagnostics.say("cannot write " + options.output + ": " + std::strerror(output.error()));
+    throw InputAtFault();
+}
+
+} // namespace norvane::pm

@@ -1,0 +1,100 @@
+// A command under way: what it was given, how far it is, and what it has made.
+//
+// A command is a function of its session. It returns when it has succeeded, and throws otherwise:
+// an InputAtFault after a report, a WrongUsage, or what the library or the system has thrown.
+#ifndef NORVANE_PM_SESSION_H
+#define NORVANE_PM_SESSION_H
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "norvane/proj.hpp"
+
+#include "diagnostics.h"
+#include "options.h"
+#include "result_file.h"
+
+namespace norvane::pm {
+
+// The input is at fault, which was reported.
+struct InputAtFault {};
+
+// The command line is at fault: what is wrong, such as "there is no error ERR_X".
+struct WrongUsage {
+    std::string text;
+};
+
+enum class Step { load, check, simplify, expand, check_functions, print, write, pack };
+
+// "loading", ..., as in "while loading the model".
+const char* step_text(Step step);
+
+// What a file is called in reports: "-", as an input, is standard input.
+std::string input_name(const std::string& file);
+
+class Session {
+  public:
+    explicit Session(const Options& what) : options(what), diagnostics(what.format) {}
+
+    // Notes the step and the file that it works on, for a failure in it and for reports that name
+    // no place, and shows it where progress is shown.
+    void begin(Step step, const std::string& subject);
+
+    // Holds a value until the session ends, which in most builds is the end of the process.
+    template <typename T>
+    T& keep(T value) {
+        auto kept = std::make_shared<T>(std::move(value));
+        kept_.push_back(kept);
+        return *kept;
+    }
+    // Takes the value of a result; the reports have been shown.
+    template <typename T>
+    T& take(Result<T> result) {
+        if (!result) throw InputAtFault();
+        return keep(*std::move(result));
+    }
+    void take(const Result<void>& result) const {
+        if (!result) throw InputAtFault();
+    }
+
+    // Shows a report of the driver's own, made by a builder of the library.
+    template <typename Build>
+    void report(Build build) const {
+        gather(
+            [&build] {
+                msg_report_error(ERROR_TYPE_ERROR, build());
+                return 0;
+            },
+            on_report);
+    }
+
+    // Opens what is to be written, writes to it by `write(stream)`, and puts it in its place.
+    template <typename Write>
+    void write_output(Write write) {
+        open_output();
+        write(output.stream());
+        output.refused();
+        close_output();
+    }
+    void open_output();
+    void close_output();
+
+    const Options& options;
+    Diagnostics diagnostics;
+    const OnReport on_report = [this](const Report& report) { diagnostics.report(report); };
+    ResultFile output;
+    Step step = Step::load;
+    std::string subject; // the file that the step works on
+    // What the step works on, borrowed: a failure is told by its declarations.
+    const Project* project = nullptr;
+    const Calculation* calculation = nullptr;
+
+  private:
+    std::vector<std::shared_ptr<void>> kept_;
+};
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,11 @@
+// The form of reports, and of results that are lists.
+#ifndef NORVANE_PM_FORMAT_H
+#define NORVANE_PM_FORMAT_H
+
+namespace norvane::pm {
+
+enum class Format { text, json };
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,41 @@
+// The standard streams: fast to write to, and checked before the end.
+#ifndef NORVANE_PM_OUTPUT_H
+#define NORVANE_PM_OUTPUT_H
+
+#include <cstdio>
+
+namespace norvane::pm {
+
+// Called once, before anything else is done.
+void prepare_output();
+
+// True in builds that look for leaks or count on the way out: they release every block of memory
+// and end by way of the runtime. The other builds let the end of the process release it all at
+// once.
+constexpr bool orderly_exit = NORVANE_ORDERLY_EXIT;
+
+// True once standard output has refused results: to be asked right after writing, while the reason
+// is known. The rest need not be written then.
+bool results_refused();
+
+// Writes out what is buffered and ends with `status`, or with STATUS_INPUT_AT_FAULT in place of
+// STATUS_OK, and a message, if standard output did not take all of the results. Returns, with the
+// status, only where orderly_exit is set.
+int leave(int status);
+
+// While this lives, what is written to stdout is dropped: the scanners of the library copy some
+// characters of malformed sources there, which are no results.
+class DroppedOutput {
+  public:
+    DroppedOutput();
+    ~DroppedOutput();
+    DroppedOutput(const DroppedOutput&) = delete;
+    DroppedOutput& operator=(const DroppedOutput&) = delete;
+
+  private:
+    std::FILE* results_;
+};
+
+} // namespace norvane::pm
+
+#endif

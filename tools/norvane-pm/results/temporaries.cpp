@@ -1,0 +1,142 @@
+#include "temporaries.h"
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace norvane::pm {
+namespace {
+
+// Those that end a program which does not handle them, and that come from outside of it.
+constexpr int deadly_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGABRT,  SIGALRM,
+                                  SIGUSR1, SIGUSR2, SIGXCPU, SIGPROF, SIGVTALRM};
+
+// Names, empty where there is none. Plain arrays, since a signal handler reads them.
+char temporary_file[PATH_MAX];
+char temporary_directory[PATH_MAX];
+// Open from the start, since at the end the process may have no descriptor left.
+int directory_descriptor = -1;
+
+// While this lives, such signals wait.
+class SignalsHeld {
+  public:
+    SignalsHeld() {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : deadly_signals)
+            sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &before_);
+    }
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+  private:
+    sigset_t before_;
+};
+
+void end_by_signal(int signal) {
+    remove_temporaries();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// Installs the handler once, at the first temporary. A signal that the caller has set to be
+// ignored, as nohup does, stays ignored.
+void handle_signals() {
+    static bool are_handled = false;
+    if (are_handled) return;
+    are_handled = true;
+    for (const int signal : deadly_signals) {
+        if (std::signal(signal, end_by_signal) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
+}
+
+void remember(char (&place)[PATH_MAX], const std::string& name) {
+    handle_signals();
+    std::memcpy(place, name.c_str(), name.size() + 1);
+}
+
+// Removes the files in the directory. By the system's own call, since readdir allocates memory,
+// which a signal handler must not do.
+void remove_entries() {
+    alignas(dirent64) char entries[4096];
+    long size;
+    lseek(directory_descriptor, 0, SEEK_SET);
+    while ((size = syscall(SYS_getdents64, directory_descriptor, entries, sizeof entries)) > 0) {
+        for (long at = 0; at < size;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
+            unlinkat(directory_descriptor, entry->d_name, 0);
+            at += entry->d_reclen;
+        }
+    }
+}
+
+void remove_temporary_directory() {
+    if (temporary_directory[0] == '\0') return;
+    if (directory_descriptor >= 0) {
+        remove_entries();
+        close(directory_descriptor);
+        directory_descriptor = -1;
+    }
+    rmdir(temporary_directory);
+    temporary_directory[0] = '\0';
+}
+
+} // namespace
+
+int make_temporary_file(std::string& name) {
+    if (name.size() >= sizeof temporary_file) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    const SignalsHeld until_it_is_remembered;
+    const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor >= 0) remember(temporary_file, name);
+    return descriptor;
+}
+
+void remove_temporary_file() {
+    if (temporary_file[0] != '\0') unlink(temporary_file);
+    keep_temporary_file();
+}
+
+void keep_temporary_file() {
+    temporary_file[0] = '\0';
+}
+
+TemporaryDirectory::TemporaryDirectory() {
+    const char* before = std::getenv("TMPDIR");
+    was_set_ = before != nullptr;
+    before_ = was_set_ ? before : "";
+    std::string name = (before_.empty() ? "/tmp" : before_) + "/norvane-XXXXXX";
+    if (name.size() >= sizeof temporary_directory) return;
+    const SignalsHeld until_it_is_remembered;
+    if (!mkdtemp(name.data())) return;
+    remember(temporary_directory, name);
+    directory_descriptor = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    is_made_ = directory_descriptor >= 0 && setenv("TMPDIR", name.c_str(), 1) == 0;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+    remove_temporary_directory();
+    if (!is_made_) return;
+    if (was_set_)
+        setenv("TMPDIR", before_.c_str(), 1);
+    else
+        unsetenv("TMPDIR");
+}
+
+void remove_temporaries() {
+    if (temporary_file[0] != '\0') unlink(temporary_file);
+    remove_temporary_directory();
+}
+
+} // namespace norvane::pm

@@ -1,0 +1,41 @@
+// Files and directories that must not outlive the program.
+#ifndef NORVANE_PM_TEMPORARIES_H
+#define NORVANE_PM_TEMPORARIES_H
+
+#include <string>
+
+namespace norvane::pm {
+
+// Makes a temporary file, whose name ends in "XXXXXX", which is filled in. Returns its descriptor,
+// or -1 with the reason in errno. Signals that end the program remove the file first. There is one
+// at a time.
+int make_temporary_file(std::string& name);
+
+// Removes the temporary file; or keeps it, where it has got another name.
+void remove_temporary_file();
+void keep_temporary_file();
+
+// A directory of its own for the temporary files of the library, which is removed with all that is
+// in it, also by signals that end the program: what a failed preprocessor has written stays there.
+// There is one at a time.
+class TemporaryDirectory {
+  public:
+    // Makes it in $TMPDIR, or else in /tmp, and sets TMPDIR to it. If that fails, the library is
+    // left to report that it cannot write there.
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  private:
+    std::string before_; // TMPDIR, if it was set
+    bool was_set_ = false;
+    bool is_made_ = false;
+};
+
+// Removes all of them, where the program ends without unwinding. May be called in a signal handler.
+void remove_temporaries();
+
+} // namespace norvane::pm
+
+#endif
