@@ -42,6 +42,9 @@ PolyHash* load_input(const Input& input, const char* input_name) {
     return nullptr;
 }
 
+// Stands for the start condition of the scanner, which outlives a load: so loads must not nest.
+constexpr char scanner_condition = 0;
+
 } // namespace
 } // namespace norvane::calculations
 
@@ -49,7 +52,7 @@ using namespace norvane;
 using namespace norvane::calculations;
 
 PolyHash* calc_import_from_clfile(const char* path) {
-    const CallGuard guard(__func__, &cl);
+    const CallGuard guard(__func__, &scanner_condition);
     NORVANE_ASSERT(path);
     if (!os_file_exists(path)) {
         report_error(ERR_FILE_OPEN(path));
@@ -68,7 +71,7 @@ PolyHash* calc_import_from_clfile(const char* path) {
 }
 
 PolyHash* calc_import_from_string(const char* text) {
-    const CallGuard guard(__func__, &cl);
+    const CallGuard guard(__func__, &scanner_condition);
     NORVANE_ASSERT(text);
     return load_input({text, std::strlen(text), {}}, "input string");
 }

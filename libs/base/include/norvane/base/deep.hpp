@@ -29,9 +29,12 @@ struct Window {
     std::uintptr_t size;
 };
 // The window of the calling thread. "initial-exec" makes the access as cheap as that to a global
-// variable of a shared library.
-extern NORVANE_BASE_API constinit thread_local Window window
-    __attribute__((tls_model("initial-exec")));
+// variable of a shared library, and `constinit`, which C++17 does not know, spares a call for it.
+extern NORVANE_BASE_API
+#if __cplusplus >= 202002L
+    constinit
+#endif
+    thread_local Window window __attribute__((tls_model("initial-exec")));
 
 // The slow path of stack_is_low, for a frame outside the window.
 NORVANE_BASE_API bool outside_window(std::uintptr_t frame);
