@@ -18,6 +18,7 @@
 #include "norvane/base/util.h"
 #include "norvane/base/work.h"
 #include "report.h"
+#include "xml_writing.h"
 
 namespace norvane::calculations {
 
@@ -28,37 +29,14 @@ struct Writer {
     const char* ns_name; // of the namespace that is being written
 };
 
-struct Attribute {
-    const char* name;
-    const char* value;
-};
-
-XmlNode* add(XmlNode* parent, Tag tag) {
-    XmlNode* node = xml_node_new_tag(tag_name(tag));
-    xml_node_add_child(parent, node);
-    return node;
+XmlNode* add(XmlNode* parent, Tag tag, std::initializer_list<XmlAttribute> attributes = {}) {
+    return add_element(parent, tag_name(tag), attributes);
 }
-
-template <typename... Attributes>
-XmlNode* add(XmlNode* parent, Tag tag, Attributes... attributes) {
-    XmlNode* node = add(parent, tag);
-    char** slots = xml_node_alloc_attributes(node, sizeof...(attributes));
-    int index = 0;
-    (xml_set_attr(slots, index++, attributes.name, attributes.value), ...);
-    return node;
-}
-
-// The decimal text of a number, which lasts as long as this object.
-struct Number {
-    char text[16];
-    explicit Number(int value) { str_snprintf(text, sizeof text, "%d", value); }
-};
 
 // Adds the line after the `index` attributes that the node has, unless it is unknown.
 void set_line(const Writer* w, XmlNode* node, int line_no, int index) {
     if (!w->line_info || line_no == CALC_UNDEF_LINENO) return;
-    char** slots = xml_node_alloc_attributes(node, index + 1);
-    xml_set_attr(slots, index, "line_no", Number(line_no).text);
+    set_attribute(node, index, {"line_no", DecimalText(line_no).text});
 }
 
 const char* type_word(CalcType type) {
@@ -91,23 +69,21 @@ void write_stmts(const Writer* w, XmlNode* parent, const PolyList* stmts) {
 // The element of each component of a path contains that of the next.
 void write_pmvar(const Writer* w, XmlNode* parent, const CPMVar* pmvar) {
     for (; pmvar; pmvar = pmvar->nested) {
-        parent = add(parent, Tag::PmVar, Attribute{"name", pmvar->name});
+        parent = add(parent, Tag::PmVar, {{"name", pmvar->name}});
         write_exprs(w, parent, pmvar->arr_indices);
     }
 }
 
 // String constants are the only texts of the tree in UTF-8; all others are in code page 1252.
 void write_string_const(XmlNode* parent, const char* text) {
-    char** slots = xml_node_alloc_attributes(add(parent, Tag::StringConst), 1);
-    xml_set_attr_utf8(slots, 0, "value", text);
+    add(parent, Tag::StringConst, {{"value", text, true}});
 }
 
 void write_call(const Writer* w, XmlNode* parent, const CExpr* expr) {
     const auto& call = expr->args.call;
     // A call without a namespace is a call within its own.
     const char* ns_name = call.ns_name ? call.ns_name : w->ns_name;
-    XmlNode* node =
-        add(parent, Tag::Call, Attribute{"namespace", ns_name}, Attribute{"fname", call.fname});
+    XmlNode* node = add(parent, Tag::Call, {{"namespace", ns_name}, {"fname", call.fname}});
     write_exprs(w, node, call.args);
 }
 
@@ -118,21 +94,21 @@ void write_expr(const Writer* w, XmlNode* parent, const CExpr* expr) {
     set_line(w, node, expr->line_no, 0);
     const auto& args = expr->args;
     switch (expr->structure) {
-    case CEXPR_LVAR: add(node, Tag::Lvar, Attribute{"name", args.lvar_name}); return;
+    case CEXPR_LVAR: add(node, Tag::Lvar, {{"name", args.lvar_name}}); return;
     case CEXPR_PMVAR: return write_pmvar(w, node, args.pmvar);
     case CEXPR_INT_CONST:
-        add(node, Tag::IntConst, Attribute{"value", Number(args.int_value).text});
+        add(node, Tag::IntConst, {{"value", DecimalText(args.int_value).text}});
         return;
     case CEXPR_FLOAT_CONST:
-        add(node, Tag::FloatConst, Attribute{"value", util_double_to_str(args.float_value)});
+        add(node, Tag::FloatConst, {{"value", util_double_to_str(args.float_value)}});
         return;
     case CEXPR_STRING_CONST: return write_string_const(node, args.string_value);
     case CEXPR_BOOL_CONST: add(node, args.bool_value ? Tag::True : Tag::False); return;
     case CEXPR_UOP:
-        node = add(node, Tag::Uop, Attribute{"opr", operator_word(args.uop.opr)});
+        node = add(node, Tag::Uop, {{"opr", operator_word(args.uop.opr)}});
         return write_expr(w, node, args.uop.arg);
     case CEXPR_BOP:
-        node = add(node, Tag::Bop, Attribute{"opr", operator_word(args.bop.opr)});
+        node = add(node, Tag::Bop, {{"opr", operator_word(args.bop.opr)}});
         write_expr(w, node, args.bop.left_arg);
         return write_expr(w, node, args.bop.right_arg);
     case CEXPR_ITE:
@@ -209,7 +185,7 @@ void write_stmt(const Writer* w, XmlNode* parent, const CStmt* stmt) {
     case CSTMT_RETURN: return write_expr(w, add(node, Tag::ReturnStmt), args.return_value);
     case CSTMT_BREAK: add(node, Tag::BreakStmt); return;
     case CSTMT_EXTERNAL:
-        add(add(node, Tag::ExternalStmt), Tag::StringConst, Attribute{"value", args.external_ref});
+        add(add(node, Tag::ExternalStmt), Tag::StringConst, {{"value", args.external_ref}});
         return;
     }
     NORVANE_FAIL("Found invalid statement structure : %d", static_cast<int>(stmt->structure));
@@ -232,27 +208,27 @@ CExpr* zero_of(CalcType type, int line_no) {
 // Readers require an initial expression. A missing one is added to the tree too, so that the tree
 // and the file agree.
 void write_vardef(const Writer* w, XmlNode* parent, CFuncLVar* lvar) {
-    XmlNode* node = add(parent, Tag::VarDef, Attribute{"name", lvar->name},
-                        Attribute{"type", type_word(lvar->type)});
+    XmlNode* node =
+        add(parent, Tag::VarDef, {{"name", lvar->name}, {"type", type_word(lvar->type)}});
     set_line(w, node, lvar->line_no, 2);
     if (!lvar->init) lvar->init = zero_of(lvar->type, lvar->line_no);
     write_expr(w, node, lvar->init);
 }
 
 void write_arg(const Writer* w, XmlNode* parent, const CFuncArg* arg) {
-    XmlNode* node = add(parent, Tag::Arg, Attribute{"name", arg->name},
-                        Attribute{"type", type_word(arg->type)});
+    XmlNode* node = add(parent, Tag::Arg, {{"name", arg->name}, {"type", type_word(arg->type)}});
     set_line(w, node, arg->line_no, 2);
 }
 
 XmlNode* add_function(const Writer* w, XmlNode* parent, const CFunc* func) {
-    const Attribute name{"name", func->name};
-    const Attribute type{"type", type_word(func->type)};
+    XmlNode* node =
+        add(parent, Tag::Function, {{"name", func->name}, {"type", type_word(func->type)}});
     // The file name and the line are only useful together.
-    if (!w->line_info || !func->filename || func->line_no == CALC_UNDEF_LINENO)
-        return add(parent, Tag::Function, name, type);
-    return add(parent, Tag::Function, name, type, Attribute{"filename", func->filename},
-               Attribute{"line_no", Number(func->line_no).text});
+    if (w->line_info && func->filename && func->line_no != CALC_UNDEF_LINENO) {
+        set_attribute(node, 2, {"filename", func->filename});
+        set_attribute(node, 3, {"line_no", DecimalText(func->line_no).text});
+    }
+    return node;
 }
 
 void write_function(const Writer* w, XmlNode* parent, const CFunc* func) {
@@ -292,7 +268,7 @@ XmlNode* calc_export_to_xml_node(PolyHash* calc, int line_info) {
     for (void* value; phash_iter_next(&iter, nullptr, &value);) {
         const auto* ns = static_cast<CNameSpace*>(value);
         const Writer writer{line_info != 0, ns->name};
-        XmlNode* node = add(root, Tag::Namespace, Attribute{"name", ns->name});
+        XmlNode* node = add(root, Tag::Namespace, {{"name", ns->name}});
         for (const CFunc* func : items<CFunc>(ns->func_list))
             write_function(&writer, node, func);
     }

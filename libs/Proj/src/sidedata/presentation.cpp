@@ -11,6 +11,7 @@
 #include "report.h"
 #include "side_data.h"
 #include "xml_reading.h"
+#include "xml_writing.h"
 
 namespace norvane::sidedata {
 
@@ -29,12 +30,6 @@ const char* find_value(PolyHash* presentation, const char* layer_name, const cha
     void* value = nullptr;
     if (!layer || phash_peek(layer, key, &value) != STATUS_SUCCESS) return nullptr;
     return static_cast<const char*>(value);
-}
-
-XmlNode* add_tag(XmlNode* parent, const char* tag) {
-    XmlNode* node = xml_node_new_tag(tag);
-    xml_node_add_child(parent, node);
-    return node;
 }
 
 // The document being read, and what was read of it so far.
@@ -172,17 +167,16 @@ void pres_merge(PolyHash* target, PolyHash* source) {
 XmlNode* pres_layer_to_xml(PolyHash* presentation, const char* layer_name) {
     PolyHash* layer = pres_get_layer(presentation, layer_name);
     XmlNode* node = xml_node_new_tag("layer");
-    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, "name", layer_name);
+    set_attributes(node, {{"name", layer_name}});
     if (!layer) return node;
     PolyHashIter iter;
     void* key;
     void* value;
     phash_iter_init(&iter, layer);
     while (phash_iter_next(&iter, &key, &value)) {
-        XmlNode* entry = add_tag(node, "entry");
-        xml_node_add_child(add_tag(entry, "key"), xml_node_new_text(static_cast<char*>(key)));
-        xml_node_add_child(add_tag(entry, "value"),
-                           xml_node_new_utf8_text(static_cast<char*>(value)));
+        XmlNode* entry = add_element(node, "entry");
+        add_text_element(entry, "key", static_cast<char*>(key));
+        add_utf8_text_element(entry, "value", static_cast<char*>(value));
     }
     return node;
 }

@@ -14,6 +14,7 @@
 #include "norvane/proj/zeb.h"
 #include "report.h"
 #include "xml_reading.h"
+#include "xml_writing.h"
 #include "zeb_internal.h"
 
 namespace norvane::workspace {
@@ -58,27 +59,15 @@ int is_known_tag(const char* tag) {
 
 // Writing.
 
-XmlNode* add_tag(XmlNode* parent, const char* tag) {
-    XmlNode* node = xml_node_new_tag(tag);
-    xml_node_add_child(parent, node);
-    return node;
-}
-
-void add_text_tag(XmlNode* parent, const char* tag, const char* text) {
-    xml_node_add_child(add_tag(parent, tag), xml_node_new_text(text));
-}
-
 // A child with a name and, unless it is null, a value.
-void add_named_tag(XmlNode* parent, const char* tag, const char* name, const char* value) {
-    XmlNode* node = add_tag(parent, tag);
-    char** attributes = xml_node_alloc_attributes(node, value ? 2 : 1);
-    xml_set_attr(attributes, 0, "name", name);
-    if (value) xml_set_attr(attributes, 1, "value", value);
+void add_named_element(XmlNode* parent, const char* tag, const char* name, const char* value) {
+    XmlNode* node = add_element(parent, tag, {{"name", name}});
+    if (value) set_attribute(node, 1, {"value", value});
 }
 
-void add_text_tags(XmlNode* parent, const char* tag, const PolyList* texts) {
+void add_text_elements(XmlNode* parent, const char* tag, const PolyList* texts) {
     for (const char* text : items<char>(texts))
-        add_text_tag(parent, tag, text);
+        add_text_element(parent, tag, text);
 }
 
 void write_defines(XmlNode* parent, const PolyHash* defines) {
@@ -93,14 +82,14 @@ void write_defines(XmlNode* parent, const PolyHash* defines) {
         // not copy writes a define without a value. Tables made here copy, so a define that was
         // read without a value is written with an empty one; callers rely on that.
         const char* text = value == shared_empty_text() ? nullptr : static_cast<char*>(value);
-        add_named_tag(parent, "define", static_cast<char*>(name), text);
+        add_named_element(parent, "define", static_cast<char*>(name), text);
     }
 }
 
 void write_option(XmlNode* parent, const char* key, const PolyList* values) {
-    if (values->len == 0) add_named_tag(parent, "option", key, nullptr);
+    if (values->len == 0) add_named_element(parent, "option", key, nullptr);
     for (const char* value : items<char>(values))
-        add_named_tag(parent, "option", key, str_is_set(value) ? value : nullptr);
+        add_named_element(parent, "option", key, str_is_set(value) ? value : nullptr);
 }
 
 void write_options(XmlNode* parent, const PolyHash* options) {
@@ -113,16 +102,11 @@ void write_options(XmlNode* parent, const PolyHash* options) {
 }
 
 void write_target(XmlNode* parent, const ZEBTarget* target) {
-    XmlNode* node = add_tag(parent, "target");
-    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, "name", target->name);
-    if (target->timeout != -1) {
-        char number[16];
-        str_snprintf(number, sizeof number, "%ld", static_cast<long>(target->timeout));
-        add_text_tag(node, "timeout", number);
-    }
-    if (target->options->size > 0) write_options(add_tag(node, "options"), target->options);
-    add_text_tags(add_tag(node, "precmds"), "cmd", target->precmds);
-    add_text_tags(add_tag(node, "postcmds"), "cmd", target->postcmds);
+    XmlNode* node = add_element(parent, "target", {{"name", target->name}});
+    if (target->timeout != -1) add_text_element(node, "timeout", DecimalText(target->timeout).text);
+    if (target->options->size > 0) write_options(add_element(node, "options"), target->options);
+    add_text_elements(add_element(node, "precmds"), "cmd", target->precmds);
+    add_text_elements(add_element(node, "postcmds"), "cmd", target->postcmds);
 }
 
 // Elements without content are not written.
@@ -130,21 +114,21 @@ void write_element(XmlNode* parent, const ProjectElement& element, const ZEBProj
     switch (element.content) {
     case Content::Uris: {
         const PolyList* uris = project->*element.list;
-        if (uris->len > 0) add_text_tags(add_tag(parent, element.tag), "uri", uris);
+        if (uris->len > 0) add_text_elements(add_element(parent, element.tag), "uri", uris);
         return;
     }
     case Content::Uri: {
         const char* uri = project->*element.text;
-        if (uri) add_text_tag(add_tag(parent, element.tag), "uri", uri);
+        if (uri) add_text_element(add_element(parent, element.tag), "uri", uri);
         return;
     }
     case Content::Defines:
         if (project->defines->size > 0)
-            write_defines(add_tag(parent, element.tag), project->defines);
+            write_defines(add_element(parent, element.tag), project->defines);
         return;
     case Content::Targets:
         if (project->targets->len == 0) return;
-        XmlNode* node = add_tag(parent, element.tag);
+        XmlNode* node = add_element(parent, element.tag);
         for (const ZEBTarget* target : items<ZEBTarget>(project->targets))
             write_target(node, target);
         return;
@@ -152,8 +136,7 @@ void write_element(XmlNode* parent, const ProjectElement& element, const ZEBProj
 }
 
 void write_project(XmlNode* parent, const ZEBProject* project) {
-    XmlNode* node = add_tag(parent, "project");
-    xml_set_attr(xml_node_alloc_attributes(node, 1), 0, "name", project->name);
+    XmlNode* node = add_element(parent, "project", {{"name", project->name}});
     for (const ProjectElement& element : project_elements)
         write_element(node, element, project);
 }
