@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "norvane/base/items.hpp"
+#include "norvane/proj/expandrules.h"
 #include "staticsem_internal.h"
 #include "support.h"
 
@@ -315,6 +316,23 @@ TEST(CheckDeep, ChainsAndNestsOfAnyLengthPassOnASmallStack) {
         EXPECT_EQ(check_expr(model, nested), STATUS_SUCCESS);
         expr_delete(nested);
     });
+}
+
+// Following the chain anew at each use would take minutes.
+TEST(CheckDeep, ALongChainOfTypesThatNameEachOtherTakesMoments) {
+    std::string types = "type T0 : { public p : [0..3]; rule p < 3; };";
+    std::string variables = "variable";
+    std::string rules = "rule ";
+    for (int i = 1; i < 20'000; ++i) {
+        const std::string n = std::to_string(i);
+        types += "T" + n + " : T" + std::to_string(i - 1) + ";";
+        variables += " public x" + n + " : T" + n + ";";
+        rules += "x" + n + ".p = 1;";
+    }
+    const Model model = check(types + variables + rules);
+    ASSERT_TRUE(model.table);
+    const ListPtr flat(proj_get_expanded_rules(model.project.get(), model.table.get(), 1));
+    EXPECT_EQ(plist_length(flat.get()), 2 * 19'999U);
 }
 
 TEST(CheckDeep, ALoopOfAMillionTurnsTakesMoments) {

@@ -31,6 +31,17 @@ PolyHash* innermost(const SymbolTable* symboltable) {
     return environment;
 }
 
+// The record of a type, with the ends of the chain of types that name each other. Both are null
+// where the chain could not be followed when the type was declared; lookups follow it then.
+struct TypeName : NameData {
+    TypeCon* real;  // what its name stands for
+    TypeName* last; // the type whose environment it has, or would have
+};
+
+const TypeName* as_type(const NameData* namedata) {
+    return namedata->ndtype == ND_TYPE ? static_cast<const TypeName*>(namedata) : nullptr;
+}
+
 // Looks a name up in one table.
 inline int peek(const PolyHash* table, const char* name, unsigned hash, NameData** namedata) {
     void* found;
@@ -123,6 +134,25 @@ void check_has_type(const NameData* namedata, const char* name) {
     case ND_LABEL: NORVANE_FAIL("'%s' is neither a variable nor a type", name);
     }
     NORVANE_FAIL("Invalid namedata type '%d'", namedata->ndtype);
+}
+
+// Follows the name that a type leads to, which has been declared before. Done once for each type,
+// so that a chain of types that name each other is not followed anew at each use of one of them.
+void find_ends(const SymbolTable* symboltable, TypeName* type) {
+    const bool is_named = type->typecon->contype == TC_NAMED;
+    if (!is_named) type->real = type->typecon;
+    const char* name = type->environment ? nullptr : name_of_type(type->typecon);
+    if (!name) {
+        type->last = type;
+        return;
+    }
+    const PolyHash* types = symboltable->global_table;
+    NameData* namedata;
+    if (peek(types, name, phash_hash_of(types, name), &namedata) != STATUS_SUCCESS) return;
+    const TypeName* named = as_type(namedata);
+    if (!named) return;
+    type->last = named->last;
+    if (is_named) type->real = named->real;
 }
 
 // The lookup of a path such as a.b[1].c, step by step, with the arguments of the exported function
@@ -286,7 +316,8 @@ NameData* symtbl_new_namedata(NameDataType ndtype, TypeCon* typecon, PolyHash* e
                               int int_value, double float_value, const char* string_value,
                               int is_public) {
     check_arguments(ndtype, typecon, environment);
-    auto* namedata = static_cast<NameData*>(util_calloc_throw(sizeof(NameData)));
+    const std::size_t size = ndtype == ND_TYPE ? sizeof(TypeName) : sizeof(NameData);
+    auto* namedata = static_cast<NameData*>(util_calloc_throw(size));
     namedata->ndtype = static_cast<unsigned char>(ndtype);
     switch (ndtype) {
     case ND_BOOL:
@@ -380,6 +411,7 @@ int symtbl_insert(LineInfo* line_info, SymbolTable* symboltable, char* name, Nam
         if (symtbl_lookup(symboltable, name, 0, &declared) == STATUS_SUCCESS) {
             return report_redeclared(line_info, name, namedata, declared, linenumber);
         }
+        if (namedata->ndtype == ND_TYPE) find_ends(symboltable, static_cast<TypeName*>(namedata));
         phash_insert(symboltable->global_table, name, namedata);
         return STATUS_SUCCESS;
     }
@@ -407,7 +439,8 @@ int symtbl_lookup_typecon(LineInfo* line_info, SymbolTable* symboltable, TypeCon
             namedata->ndtype != ND_TYPE) {
             return report_name(line_info, ERR_TYPE_UNDEF, typecon->values.name, linenumber);
         }
-        typecon = namedata->typecon;
+        TypeCon* real = as_type(namedata)->real;
+        typecon = real ? real : namedata->typecon;
     }
     *result = typecon;
     return STATUS_SUCCESS;
@@ -426,6 +459,8 @@ int symtbl_lookup_env(LineInfo* line_info, SymbolTable* symboltable, char* name,
         if (symtbl_lookup(symboltable, name, scoped, &namedata) != STATUS_SUCCESS)
             return report_name(line_info, ERR_ID_UNDECLARED, name, linenumber);
         check_has_type(namedata, name);
+        const TypeName* type = as_type(namedata);
+        if (type && type->last) namedata = type->last;
         *result = namedata->environment;
         if (*result) break;
     }

@@ -11,12 +11,12 @@
 NORVANE_BEGIN_DECLS
 
 /* A new list of new Expr, which it owns. `symboltable` is what ssem_check_project made for
- * `project`, with its stack at the bottom. With `simplify` non-zero each rule goes through
+ * `project`, with no environment pushed. With `simplify` non-zero each rule goes through
  * simplify_expr first. Without it, a rule in a record that names a loop variable, NONE or, outside
- * of all optionals, SOME stops on "Could not determine depth of variable". The rules inside an
- * optional are listed unconditionally.
+ * of all optionals, SOME throws "Could not determine depth of variable". The rules inside an
+ * optional are listed whether its value is present or not.
  *
- * The order: the global rules; then for each variable in order of declaration the rules of its
+ * The global rules come first; then for each variable in order of declaration the rules of its
  * record before those of its fields, array elements by rising index. */
 NORVANE_PROJ_API PolyList* proj_get_expanded_rules(Project* project, SymbolTable* symboltable,
                                                    int simplify);
