@@ -73,7 +73,7 @@ std::string stopped(const std::string& source, const std::string& step) {
     return text;
 }
 
-TEST(Work, a_stop_names_the_innermost_declaration) {
+TEST(Work, AStopNamesTheInnermostDeclaration) {
     const std::string equations = "variable public i, j : integer;\nrule i = 3 or j = 3;\n";
     const std::string record =
         "type T : {\n n : [0..3];\n m : integer;\n rule n = 1;\n N < m;\n};\n"

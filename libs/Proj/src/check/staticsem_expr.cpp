@@ -231,12 +231,6 @@ void mark_unbounded_equations(const Context& in, Expr* expr) {
 
 } // namespace
 
-Position position_of(const Context& in, unsigned linenumber) {
-    Position position;
-    proj_line_information(in.project->line_info, linenumber, position.text);
-    return position;
-}
-
 Excerpt excerpt_of(Expr* expr) {
     Excerpt excerpt;
     UtilString* text = ustr_new();

@@ -4,6 +4,7 @@
 #define NORVANE_PROJ_STATICSEM_INTERNAL_H
 
 #include "context.h"
+#include "position.h"
 #include "report.h"
 
 namespace norvane::check {
@@ -43,13 +44,7 @@ bool declare(const Context& in, char* name, NameData* namedata, unsigned linenum
 // "SOME" or "NONE". (staticsem_idcon.cpp)
 bool is_optional_word(const char* name);
 
-// The place that a report blames: "FILE (LINE): ".
-struct Position {
-    char text[MESSAGE_BUFFER_SIZE];
-};
-Position position_of(const Context& in, unsigned linenumber);
-
-// The upper levels of an expression in print, for a report.
+// The upper levels of an expression in print, for a report. (staticsem_expr.cpp)
 struct Excerpt {
     char text[8192];
 };
@@ -70,7 +65,7 @@ struct About {
 template <typename Builder, typename... Arguments>
 [[gnu::noinline]] bool fault_at(const Context& in, About<unsigned> linenumber, Builder* builder,
                                 Arguments... arguments) {
-    const Position position = position_of(in, linenumber.subject);
+    const model::Position position = model::position_of(in.project->line_info, linenumber.subject);
     report_error(builder(position.text, arguments...), linenumber.line, linenumber.file);
     return false;
 }
@@ -80,7 +75,8 @@ template <typename Builder, typename... Arguments>
 template <typename Builder, typename... Arguments>
 [[gnu::noinline]] bool fault(const Context& in, About<Expr*> expr, Builder* builder,
                              Arguments... arguments) {
-    const Position position = position_of(in, expr.subject->linenumber);
+    const model::Position position =
+        model::position_of(in.project->line_info, expr.subject->linenumber);
     const Excerpt excerpt = excerpt_of(expr.subject);
     report_error(builder(position.text, arguments..., excerpt.text), expr.line, expr.file);
     return false;

@@ -95,7 +95,7 @@ const char* base_name(const IdCon* idcon) {
     return idcon->args.id.idname;
 }
 
-// How many environments lie below the innermost one that holds the name. Constants and variables
+// The number of environments below the innermost one that holds the name. Constants and variables
 // of the project have none below.
 unsigned depth_of_name(const SymbolTable* symboltable, const char* name) {
     const unsigned hash = phash_hash_of(symboltable->global_table, name);

@@ -172,7 +172,7 @@ Expr* compare_with_labels(Simplification& in, Expr* expr) {
     Expr* result = nullptr;
     for (char* label : items<char>(typecon->values.labels)) {
         Expr* both = both_are(in, &string, &enumeration, label);
-        result = result == nullptr ? both : join(in, OPR_OR, result, both, ETYPE_UNDEF);
+        result = result ? join(in, OPR_OR, result, both, ETYPE_UNDEF) : both;
     }
     NORVANE_ASSERT(result);
     if (expr->opr == OPR_NEQ) result = expr_new_unary(OPR_NOT, result, UNDEF_LINENO);

@@ -1,5 +1,5 @@
-// Simplification of expressions: constants, labels, loops, cases and order() go away. Boolean and
-// integer operators, `if` and integer constants over variables with finite domains remain.
+// Simplification of expressions: constants, labels, loops, cases and order() are replaced by
+// boolean and integer operators, `if` and integer constants over variables with finite domains.
 // Comparisons of unbounded variables are in simplify_compare.cpp, loops in simplify_loop.cpp.
 //
 // The tree must have been checked: types and value sets steer the rewrite. Every node of the result

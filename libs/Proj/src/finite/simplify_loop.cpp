@@ -79,8 +79,8 @@ void close_idcon(const Simplification& in, IdCon* idcon) {
         close_index(in, node);
 }
 
-// order() and literals that spell names leave bare identifiers behind, which have the types of what
-// they name. The chain is simplified like any other tree, so that now they compare by these types:
+// order() and literals that spell names become bare identifiers, which have the types of what they
+// name. The chain is simplified like any other tree, so that now they compare by these types:
 // callers rely on a loop that compares two unbounded variables by order() stopping. Null for all
 // other expressions, and for a comparison with a number, which has been encoded.
 [[gnu::noinline]] Expr* close_comparison(Simplification& in, Expr* expr) {
