@@ -174,8 +174,8 @@ NORVANE_PROJ_API Expr* expr_new_ite(Expr* logictest, Expr* trueexpr, Expr* false
 NORVANE_PROJ_API Expr* expr_new_range(OprTypes opr, char* lambdavar, Expr* rangebegin,
                                       Expr* rangeend, Expr* lambdaexpr, unsigned linenumber);
 
-/* Compares `casevar` with each condition in order. Both lists are of Expr and have the same length.
- */
+/* Compares `casevar` with each condition in order. Both lists are of Expr and have the same
+ * length. */
 NORVANE_PROJ_API Expr* expr_new_case(IdCon* casevar, PolyList* exprlist_condition,
                                      PolyList* exprlist_evaluation, Expr* default_expr,
                                      unsigned linenumber);
@@ -210,8 +210,7 @@ NORVANE_PROJ_API int expr_hash_idcon(IdCon* idcon, int size);
 NORVANE_PROJ_API void expr_expand_composit_idcon(IdCon* composit, IdCon* expansion);
 
 /* Removes and frees the last step of a path of two steps or more, in place. Asserts
- * "composit->contype
- * == IDCON_COMPOSIT". */
+ * "composit->contype == IDCON_COMPOSIT". */
 NORVANE_PROJ_API void expr_collaps_composit_idcon(IdCon* composit);
 
 /* The free identifiers of an expression: a new set of copies (IdCon), owned by the caller and freed
@@ -223,14 +222,13 @@ NORVANE_PROJ_API PolySet* expr_get_free_idconstructors(Expr* expr);
  * expr_expand_expr_with_idcon prefixes every identifier, except those in indices, with the path
  * `idcon`; a loop throws "Range expressions should have been removed before expand".
  * expr_replace_idcon_with_expr replaces every identifier that equals `idcon` by a copy of
- * `replacement`, even inside a loop over a variable of that name, but not the selector of a case.
- */
+ * `replacement`, even inside a loop over a variable of that name, but not the selector of a
+ * case. */
 NORVANE_PROJ_API Expr* expr_expand_expr_with_idcon(Expr* expr, IdCon* idcon);
 NORVANE_PROJ_API Expr* expr_replace_idcon_with_expr(Expr* expr, IdCon* idcon, Expr* replacement);
 
 /* The name of the node's `type`: "boolean", "range", ..., a static text. Throws "Invalid expression
- * type
- * '%d'". */
+ * type '%d'". */
 NORVANE_PROJ_API const char* expr_type_to_string(Expr* expr);
 
 NORVANE_END_DECLS

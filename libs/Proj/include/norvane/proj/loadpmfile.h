@@ -11,12 +11,12 @@
 NORVANE_BEGIN_DECLS
 
 /* Runs the C preprocessor on a file and loads its output. Borrows and asserts both arguments;
- * `cpp_args` is a list of strings, possibly empty, which is passed to the preprocessor unchecked.
- * Returns a new project, freed with proj_delete, or null. A null is reported: ERR_FILE_OPEN if
- * there is no such file, ERR_CPP if the preprocessor failed (its output so far stays in the
+ * `cpp_args` is a list of strings, possibly empty, as os_pre_process_file takes it (os.h). Returns
+ * a new project, freed with proj_delete, or null after a report: ERR_FILE_OPEN if there is no such
+ * file, ERR_CPP if the preprocessor failed or refused an argument (its output so far stays in the
  * directory for temporary files), ERR_CPP_OUTPUT_NOT_FOUND if its output cannot be opened, or a
- * report of lpm_load_file. The exception is a null without a report: no name for a temporary file
- * could be made.
+ * report of lpm_load_file. A null without a report means that no name for a temporary file could be
+ * made.
  *
  * One load runs at a time in a process; an error sink must not start another. */
 NORVANE_PROJ_API Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args);
@@ -27,8 +27,8 @@ NORVANE_PROJ_API Project* proj_import_from_pmfile(char* user_filename, PolyList*
  * the construct that was open, or ERR_GRAM_INT_ZERO. ERR_INVALID_TOKEN or ERR_INVALID_INT comes
  * first if the scanner rejected a token. A read error is reported as ERR_FILE_OPEN.
  *
- * After a file that ended inside a comment or a string, the next load of the process starts there.
- */
+ * After a file that ended inside a comment or a string, the next load of the process starts
+ * there. */
 NORVANE_PROJ_API Project* lpm_load_file(FILE* file, char* filename);
 
 NORVANE_END_DECLS

@@ -29,8 +29,8 @@ NORVANE_PROJ_API char* ppm_quoted_id(char* id);
 
 /* Turn any text into a plain identifier: a reserved word gets a "_" at its end; a leading digit,
  * and every byte that is not a letter, a digit or "_", becomes "A" and three digits. ppm_clean_id
- * returns a new string that the caller frees, ppm_print_clean_id the number of characters written.
- */
+ * returns a new string that the caller frees, ppm_print_clean_id the number of characters
+ * written. */
 NORVANE_PROJ_API char* ppm_clean_id(char* id);
 NORVANE_PROJ_API unsigned ppm_print_clean_id(FILE* stream, char* id);
 
@@ -43,9 +43,8 @@ NORVANE_PROJ_API void ppm_print_idcon_str(IdCon* idcon, UtilString* string); /* 
 
 /* Prints an expression from `column` on and returns the column after it. `depth` is the number of
  * levels to print (-1 for all; 0 prints "..."). With a non-zero `wrap`, lines are broken after
- * column
- * 70. Throws "Invalid expression structure '%d'", "Invalid operator '%d'", and, for a constant with
- * another type, "Constant expression is not of boolean or integer type". */
+ * column 70. Throws "Invalid expression structure '%d'", "Invalid operator '%d'", and, for a
+ * constant with another type, "Constant expression is not of boolean or integer type". */
 NORVANE_PROJ_API unsigned ppm_printn_expr(FILE* stream, Expr* expr, int depth, unsigned column,
                                           int wrap);
 NORVANE_PROJ_API void ppm_print_expr(FILE* stream, Expr* expr); /* all of it, on one line */
@@ -55,8 +54,7 @@ NORVANE_PROJ_API void ppm_print_expr_stderr(Expr* expr);        /* with a newlin
 NORVANE_PROJ_API void ppm_printn_expr_str(Expr* expr, UtilString* string, int depth);
 
 /* Print types and declarations. They throw "Invalid type constructor '%d'" and "Invalid variable
- * type
- * '%d'", and the failures of expressions. */
+ * type '%d'", and the failures of expressions. */
 NORVANE_PROJ_API void ppm_print_typecon(FILE* stream, TypeCon* typecon);
 NORVANE_PROJ_API void ppm_print_typecon_str(TypeCon* typecon, UtilString* string);
 NORVANE_PROJ_API void ppm_print_typedecl(FILE* stream, TypeDecl* type_decl);

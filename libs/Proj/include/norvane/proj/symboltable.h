@@ -74,8 +74,8 @@ NORVANE_PROJ_API NameData* symtbl_new_namedata(NameDataType ndtype, TypeCon* typ
                                                int is_public);
 NORVANE_PROJ_API void symtbl_delete_namedata(NameData* namedata);
 
-/* "constant", "label", "type" or "variable", a static text. Throws "Invalid name data type '%d'".
- */
+/* "constant", "label", "type" or "variable", a static text. Throws "Invalid name data type
+ * '%d'". */
 NORVANE_PROJ_API const char* symtbl_namedata_to_string(NameData* namedata);
 
 /* Push an environment, which is borrowed, and pop the innermost one. The base environment cannot be
@@ -84,8 +84,8 @@ NORVANE_PROJ_API void symtbl_push_env(SymbolTable* symboltable, PolyHash* enviro
 NORVANE_PROJ_API void symtbl_pop_env(SymbolTable* symboltable);
 
 /* Looks up a name: 0 and the record, borrowed, or non-zero if it is not declared. Reports nothing.
- * Unscoped, a global name comes before any local one, and an inner environment before an outer one.
- */
+ * Unscoped, a global name comes before any local one, and an inner environment before an outer
+ * one. */
 NORVANE_PROJ_API int symtbl_lookup(SymbolTable* symboltable, char* name, int scoped,
                                    NameData** namedata);
 
@@ -123,8 +123,8 @@ NORVANE_PROJ_API int symtbl_typecon_for_idcon(LineInfo* line_info, SymbolTable* 
                                               IdCon* idcon, int scoped, TypeCon** result,
                                               unsigned linenumber);
 
-/* The same for the type as it is declared: named types are not resolved, not even those of arrays.
- */
+/* The same for the type as it is declared: named types are not resolved, not even those of
+ * arrays. */
 NORVANE_PROJ_API int symtbl_deftypecon_for_idcon(LineInfo* line_info, SymbolTable* symboltable,
                                                  IdCon* idcon, int scoped, TypeCon** result,
                                                  unsigned linenumber);

@@ -95,8 +95,7 @@ NORVANE_PROJ_API void tc_delete_typecon(TypeCon* typecon);
 
 /* A deep copy, its own root, owned by the caller. Asserts that the source is its own root. The
  * string set of a TC_STRING is not copied: the copy has an empty one. Throws "Invalid type
- * constructor type
- * '%d'". */
+ * constructor type '%d'". */
 NORVANE_PROJ_API TypeCon* tc_copy_typecon(TypeCon* typecon);
 
 /* The name of the kind of type: "boolean", "integer", ..., a static text. Throws "Invalid type

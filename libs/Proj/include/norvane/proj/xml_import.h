@@ -12,8 +12,8 @@ NORVANE_BEGIN_DECLS
  * file's name, and its records have the lines of the XML file, of which messages show the low 16
  * bits.
  *
- * Only the format is checked: callers pass the model to proj_static_sem_check, like any parsed one.
- */
+ * Only the format is checked: callers pass the model to proj_static_sem_check, like any parsed
+ * one. */
 NORVANE_PROJ_API Project* proj_import_from_xmlfile(const char* filename);
 
 NORVANE_END_DECLS
