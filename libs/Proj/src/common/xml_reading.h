@@ -8,8 +8,8 @@
 
 namespace norvane {
 
-// A tag predicate for xml_parse_file. It knows every tag, because the readers reject unknown ones when
-// they reach them.
+// A tag predicate for xml_parse_file. It knows every tag, because the readers reject unknown ones
+// when they reach them.
 inline int is_any_tag(const char*) {
     return 1;
 }

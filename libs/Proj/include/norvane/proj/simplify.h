@@ -15,8 +15,8 @@ NORVANE_BEGIN_DECLS
 /* A new tree without loops, cases, labels, constants and order(): boolean and integer operators,
  * `if` and integer constants over variables with finite domains. A comparison with an unbounded
  * variable becomes one of positions among its labels. The names of constant floats and strings are
- * encoded in comparisons and stay elsewhere. The table's stack must be as it was when the expression
- * was checked. Never null. */
+ * encoded in comparisons and stay elsewhere. The table's stack must be as it was when the
+ * expression was checked. Never null. */
 NORVANE_PROJ_API Expr* simplify_expr(Project* project, SymbolTable* symboltable, Expr* expr);
 
 /* A new type whose leaves are booleans and subranges [0..n]. For a record, its environment must
