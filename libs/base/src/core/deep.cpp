@@ -105,7 +105,12 @@ norvane_call_on_stack(void* top, void (*function)(void*), void* user) {
 
 namespace norvane::deep {
 
-constinit thread_local Window window = {0, 0};
+constinit thread_local Window thread_window = {0, 0};
+
+// Kept for compatibility: programs that were built when all threads shared this window read it,
+// find every frame outside it, and call outside_window, which uses the window of the thread.
+extern NORVANE_BASE_API Window window;
+constinit Window window = {0, 0};
 
 namespace {
 
@@ -182,7 +187,7 @@ const Bounds& own_stack() {
 // A stack that is smaller than the reserve gets an empty window: recursion leaves it at once.
 void open_window(const Bounds& stack) {
     const std::size_t size = stack.high - stack.low;
-    window = size > reserve ? Window{stack.low + reserve, size - reserve} : Window{0, 0};
+    thread_window = size > reserve ? Window{stack.low + reserve, size - reserve} : Window{0, 0};
 }
 
 Segment* map_segment(std::size_t size) {
@@ -237,7 +242,7 @@ void settle(std::uintptr_t frame) {
     else if (own_stack().hold(frame))
         open_window(own_stack());
     else
-        window = {0, 0}; // a stack that the host created
+        thread_window = {0, 0}; // a stack that the host created
 }
 
 struct Call {
@@ -275,7 +280,7 @@ std::uintptr_t here() {
 
 bool outside_window(std::uintptr_t frame) {
     settle(frame);
-    return frame - window.low >= window.size;
+    return frame - thread_window.low >= thread_window.size;
 }
 
 NORVANE_UNCHECKED void run_on_segment(void (*body)(void*), void* user) {

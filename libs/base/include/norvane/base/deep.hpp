@@ -29,12 +29,12 @@ struct Window {
     std::uintptr_t size;
 };
 // The window of the calling thread. "initial-exec" makes the access as cheap as that to a global
-// variable of a shared library, and `constinit`, which C++17 does not know, spares a call for it.
+// variable of a shared library, and `constinit`, which C++17 lacks, avoids a call per access.
 extern NORVANE_BASE_API
 #if __cplusplus >= 202002L
     constinit
 #endif
-    thread_local Window window __attribute__((tls_model("initial-exec")));
+    thread_local Window thread_window __attribute__((tls_model("initial-exec")));
 
 // The slow path of stack_is_low, for a frame outside the window.
 NORVANE_BASE_API bool outside_window(std::uintptr_t frame);
@@ -47,7 +47,8 @@ NORVANE_BASE_API void run_on_segment(void (*body)(void*), void* user);
 // True if less than the reserve is left on the current stack.
 [[gnu::always_inline]] inline bool stack_is_low() {
     const auto frame = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    if (__builtin_expect(frame - deep::window.low < deep::window.size, 1)) return false;
+    if (__builtin_expect(frame - deep::thread_window.low < deep::thread_window.size, 1))
+        return false;
     return deep::outside_window(frame);
 }
 
