@@ -23,10 +23,9 @@ double scan_model(std::FILE* stream) {
     load.buffer = ustr_new();
     norvane::pm::start_scanner(load);
     double tokens = 0;
-    PMSTYPE value;
-    for (int token; (token = pmlex(&value, load)) != 0; ++tokens) {
-        if (token == PM_IDENTIFIER) std::free(value.text);
-        if (token == PM_STRINGCONST) std::free(value.string.text);
+    for (int token; (token = pmlex()) != 0; ++tokens) {
+        if (token == PM_IDENTIFIER) std::free(pmlval.text);
+        if (token == PM_STRINGCONST) std::free(pmlval.string.text);
     }
     ustr_delete(load.buffer);
     return tokens;

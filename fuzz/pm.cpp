@@ -22,10 +22,9 @@ void settle_scanner() {
     pm::Load load{.file = {.stream = stream}};
     load.buffer = ustr_new();
     pm::start_scanner(load);
-    PMSTYPE value;
-    for (int token; (token = pmlex(&value, load)) != 0;) {
-        if (token == PM_IDENTIFIER) free(value.text);
-        if (token == PM_STRINGCONST) free(value.string.text);
+    for (int token; (token = pmlex()) != 0;) {
+        if (token == PM_IDENTIFIER) free(pmlval.text);
+        if (token == PM_STRINGCONST) free(pmlval.string.text);
     }
     ustr_delete(load.buffer);
     std::fclose(stream);

@@ -6,11 +6,10 @@
 
 %require "3.8"
 %define api.prefix {pm}
-%define api.pure full
 %define api.token.prefix {PM_}
 %define api.token.raw
 %define parse.error custom
-%param {norvane::pm::Load& load}
+%parse-param {norvane::pm::Load& load}
 /* After a list that may be empty, an error could belong to the list or to the construct after it.
  * These are the five conflicts, one for each such list; shifting assigns the error to the list. */
 %expect 5
@@ -22,8 +21,9 @@
 }
 
 %code provides {
-/* The next token and its value; 0 at the end of the input. */
-int pmlex(PMSTYPE* value, norvane::pm::Load& load);
+/* The next token of the load that start_scanner was given, its value in pmlval; 0 at the end of the
+ * input. */
+int pmlex();
 }
 
 %code {
