@@ -113,12 +113,22 @@ void add_model_form(CLI::App& command, const char* name, const char* help, Model
                           {{"pm", ModelForm::source}, {"xml", ModelForm::xml}});
 }
 
+void add_max_nodes(CLI::App& command, Options& options) {
+    options.max_nodes = default_max_nodes;
+    command
+        .add_option("--max-nodes", options.max_nodes,
+                    "Stop a step that unfolds loops and arrays into more than N nodes (" +
+                        std::to_string(default_max_nodes) + "); 0: no limit")
+        ->type_name("N");
+}
+
 void add_model(CLI::App& command, Options& options, const char* argument = "FILE") {
     add_report_options(command, options);
     add_argument(command, argument, options.file, "The product model");
     add_preprocessor_options(command, options);
     add_model_form(command, "--from", "The format of the model, whatever its extension says",
                    options.from);
+    add_max_nodes(command, options);
 }
 
 // Commands on models. ----------------------------------------------------------------------------
@@ -162,6 +172,7 @@ void describe_calc_check(CLI::App& command, Options& options) {
         ->required()
         ->type_name("MODEL");
     add_preprocessor_options(command, options);
+    add_max_nodes(command, options);
 }
 
 void describe_calc_print(CLI::App& command, Options& options) {

@@ -9,7 +9,7 @@ _norvane_pm() {
         [workspace]='show commands package'
         [package]='list make'
     )
-    local model='--format --include-dir --define --undefine --from'
+    local model='--format --include-dir --define --undefine --from --max-nodes'
     local calculation='--format --from --of'
     local package='--format --debug --type'
     local -A options=(
@@ -20,7 +20,7 @@ _norvane_pm() {
         [simplify]=$model
         [rules]="$model --no-simplify --origin"
         [convert]="$model --to"
-        [calc check]="$calculation --model --include-dir --define --undefine"
+        [calc check]="$calculation --model --include-dir --define --undefine --max-nodes"
         [calc print]=$calculation
         [calc convert]="$calculation --to --no-lines"
         [calc builtins]='--format'
@@ -37,7 +37,7 @@ _norvane_pm() {
         [explain]='--list'
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --from --to --of --model -o
-        --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type '
+        --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-nodes '
 
     # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word

@@ -2,88 +2,19 @@
 // it threw.
 #include "failure.h"
 
+#include <memory>
+#include <new>
 #include <string>
 
 #include <nlohmann/json.hpp>
 
-#include "norvane/base/work.h"
-
+#include "culprit.h"
 #include "json_report.h"
 #include "status.h"
 #include "text.h"
 
 namespace norvane::pm {
 namespace {
-
-// A declaration for a person: "rule", "variable", ..., where it stands, and its text. Without a
-// kind where there is none.
-struct Culprit {
-    const char* kind = "";
-    std::string position;
-    std::string text;
-};
-
-// The expression, cut at some depth; empty if it cannot be printed either.
-std::string expr_text(Expr* expr) try {
-    constexpr int depth = 6;
-    UtilString* printed = call([] { return ustr_new(); });
-    call([=] { ppm_printn_expr_str(expr, printed, depth); });
-    std::string text(printed->text, printed->length);
-    for (char& c : text)
-        if (c == '\n') c = ' ';
-    call([=] { ustr_delete(printed); });
-    return text;
-} catch (const InternalFailure&) {
-    return "";
-}
-
-std::string position_of(const Session& session, unsigned linenumber) {
-    if (!session.project) return "";
-    char text[MESSAGE_BUFFER_SIZE];
-    call([&] { proj_line_information(session.project->line_info, linenumber, text); });
-    return text;
-}
-
-template <typename Declaration>
-Culprit culprit(const Session& session, const char* kind, const Declaration* declaration) {
-    return {kind, position_of(session, declaration->linenumber), declaration->name};
-}
-
-Culprit culprit(const Session& session, const RuleDecl* rule) {
-    return {"rule", position_of(session, rule->linenumber), expr_text(rule->rule)};
-}
-
-Culprit culprit(const Session& session, const ConstantDecl* constant) {
-    Culprit found = culprit(session, "constant", constant);
-    found.text += " : " + expr_text(constant->value);
-    return found;
-}
-
-Culprit culprit(const Session& session, const CFunc* func) {
-    Culprit found{"function", "", func->name};
-    if (func->filename && func->line_no != CALC_UNDEF_LINENO)
-        found.position = std::string(func->filename) + " (" + std::to_string(func->line_no) + "): ";
-    if (!session.calculation) return found;
-    for (const CalculationFunction& function : session.calculation->functions())
-        if (function.func == func) found.text = std::string(function.ns->name) + "." + func->name;
-    return found;
-}
-
-Culprit find_culprit(const Session& session) try {
-    const WorkMark& mark = work_mark;
-    switch (mark.kind) {
-    case WORK_RULE: return culprit(session, static_cast<const RuleDecl*>(mark.subject));
-    case WORK_VARIABLE:
-        return culprit(session, "variable", static_cast<const VarDecl*>(mark.subject));
-    case WORK_TYPE: return culprit(session, "type", static_cast<const TypeDecl*>(mark.subject));
-    case WORK_CONSTANT: return culprit(session, static_cast<const ConstantDecl*>(mark.subject));
-    case WORK_FUNCTION: return culprit(session, static_cast<const CFunc*>(mark.subject));
-    case WORK_NOTHING: break;
-    }
-    return {};
-} catch (const InternalFailure&) {
-    return {};
-}
 
 // What may help the user.
 std::string hint(const Session& session, const InternalFailure& failure) {
@@ -123,9 +54,31 @@ std::string json_report(const Session& session, const InternalFailure& failure,
     return json.dump() + "\n";
 }
 
+// A step that took more than the command line allows.
+int report_outgrown(Session& session, const InternalFailure& failure) {
+    const Culprit found = find_culprit(session);
+    const std::string what = *found.kind == '\0'
+                                 ? std::string(step_text(session.step)) + " " + session.subject
+                                 : std::string("the ") + found.kind + " " + found.text;
+    Report report;
+    report.set_title(found.position + what + " takes " + failure.what() + ": see --max-nodes");
+    session.diagnostics.report(report);
+    return STATUS_INPUT_AT_FAULT;
+}
+
+// Memory for the report of a failure, taken before there is any lack of it.
+std::unique_ptr<char[]> reserve;
+
 } // namespace
 
+void reserve_memory_for_reports() {
+    constexpr std::size_t size = std::size_t{1} << 20;
+    reserve.reset(new (std::nothrow) char[size]);
+}
+
 int report_failure(Session& session, const InternalFailure& failure) {
+    reserve.reset();
+    if (failure.kind() == EXCEPT_STOPPED) return report_outgrown(session, failure);
     const Culprit found = find_culprit(session);
     const bool is_text = session.diagnostics.format() == Format::text;
     session.diagnostics.end_with(is_text ? text_report(session, failure, found)

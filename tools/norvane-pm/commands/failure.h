@@ -6,6 +6,9 @@
 
 namespace norvane::pm {
 
+// Takes memory for the reports below, at the start, while there is no lack of it.
+void reserve_memory_for_reports();
+
 // Report what ended the step that the session is in, with the declaration that the library had
 // reached. Return the exit status. The second is for memory that the driver itself, or a library of
 // the system, could not get.

@@ -8,12 +8,14 @@
 #include "output.h"
 #include "session.h"
 #include "status.h"
+#include "watch.h"
 
 namespace norvane::pm {
 namespace {
 
 int status_of(Session& session, void (*command)(Session&)) {
     try {
+        const Watch watch(session);
         command(session);
         return STATUS_OK;
     } catch (const InputAtFault&) {
@@ -31,6 +33,7 @@ int status_of(Session& session, void (*command)(Session&)) {
 } // namespace
 
 int run_command(const Options& options, void (*command)(Session&)) {
+    reserve_memory_for_reports();
     auto session = std::make_unique<Session>(options);
     const int status = status_of(*session, command);
     session->output.discard();
