@@ -65,10 +65,9 @@ std::string stopped(const std::string& source, const std::string& step) {
     work_set_watch([](const WorkMark*, void*) { except_throw(EXCEPT_STOPPED, __LINE__, __FILE__); },
                    nullptr);
     work_begin();
-    static ExceptionState state;
-    const int caught = except_catch(run, &work, &state);
+    const std::string failure = thrown([&work] { run(&work); });
     work_set_watch(nullptr, nullptr);
-    std::string text = caught ? std::to_string(state.kind) + " " + marked() : "";
+    std::string text = failure.empty() ? "" : failure.substr(0, failure.find(':')) + " " + marked();
     work_begin();
     return text;
 }

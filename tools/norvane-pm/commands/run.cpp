@@ -40,7 +40,7 @@ int run_command(const Options& options, void (*command)(Session&)) {
     if (status == STATUS_OK || status == STATUS_INPUT_AT_FAULT)
         session->diagnostics.close(status == STATUS_OK);
     // Millions of nodes need not be released one by one.
-    if (!orderly_exit) session.release();
+    if (!orderly_exit) static_cast<void>(session.release());
     return status;
 }
 

@@ -44,8 +44,10 @@ ErrorInfo* build_error(const char* name, const CatalogueEntry* entry, ...) {
 
 } // namespace norvane
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a definition takes no parentheses.
 #define PROJ_ERROR(name, parameters, arguments)                                                    \
     ErrorInfo* name parameters {                                                                   \
         return norvane::Builder<norvane::name##_entry>{#name} arguments;                           \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 #include "proj_errors.inc"

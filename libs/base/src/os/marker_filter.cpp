@@ -29,6 +29,15 @@ bool none_is_special(const char* four) {
     return any == 0;
 }
 
+// The first special character, or the end.
+inline const char* next_special(const char* data, const char* end) {
+    while (end - data >= 4 && none_is_special(data))
+        data += 4;
+    while (data < end && !is_special(*data))
+        ++data;
+    return data;
+}
+
 char half_of_a_comment_mark(char c) {
     return c == '/' || c == '*' ? c : '\0';
 }
@@ -95,28 +104,29 @@ void MarkerFilter::Preprocessor::step(char c) {
     const bool after_backslash = escaped;
     previous = '\0';
     escaped = false;
+    const bool is_quote = c == '"' || c == '\'';
     if (in_comment) {
-        if (before == '*' && c == '/')
-            in_comment = false;
-        else
-            previous = half_of_a_comment_mark(c);
-        return;
-    }
-    if (c == '\n') {
+        in_comment = before != '*' || c != '/';
+        if (in_comment) previous = half_of_a_comment_mark(c);
+    } else if (c == '\n') {
         quote = '\0';
-    } else if (after_backslash && (c == '\\' || c == '"' || c == '\'')) {
-        return;
     } else if (c == '\\') {
-        escaped = true;
-    } else if (quote != '\0') {
-        if (c == quote) quote = '\0';
-    } else if (c == '"' || c == '\'') {
-        quote = c;
-    } else if (before == '/' && c == '*') {
-        in_comment = true;
-    } else {
-        previous = half_of_a_comment_mark(c);
+        escaped = !after_backslash;
+    } else if (is_quote) {
+        step_at_quote(c, after_backslash);
+    } else if (quote == '\0') {
+        in_comment = before == '/' && c == '*';
+        if (!in_comment) previous = half_of_a_comment_mark(c);
     }
+}
+
+// A quote after a backslash counts for nothing, and inside of quotes neither does the other one.
+void MarkerFilter::Preprocessor::step_at_quote(char c, bool after_backslash) {
+    if (after_backslash) return;
+    if (quote == '\0')
+        quote = c;
+    else if (quote == c)
+        quote = '\0';
 }
 
 void MarkerFilter::begin(Write write, void* user) {
@@ -200,12 +210,7 @@ const char* MarkerFilter::scan(const char* data, const char* end) {
     for (;;) {
         const bool pending =
             reader_.previous || reader_.escaped || preprocessor_.previous || preprocessor_.escaped;
-        if (!pending) {
-            while (end - data >= 4 && none_is_special(data))
-                data += 4;
-            while (data < end && !is_special(*data))
-                ++data;
-        }
+        if (!pending) data = next_special(data, end);
         if (data == end) return end;
         const char c = *data++;
         reader_.step(c);

@@ -54,6 +54,9 @@ class MarkerFilter {
         bool escaped = false;
         char previous = '\0';
         void step(char c);
+
+      private:
+        void step_at_quote(char c, bool after_backslash);
     };
 
     // The input that is being filtered.

@@ -3,6 +3,7 @@
 // GNU cpp in its traditional mode: `[0..MAX]` must expand MAX, where standard C reads `0..MAX` as
 // one number, and apostrophes and `//` mean nothing in a model. Comments are kept (-C), since those
 // of a model nest and the preprocessor's do not.
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -145,28 +146,48 @@ bool read_messages(Run* run) {
     return true;
 }
 
+// What poll watches of a run; a descriptor of -1, which poll ignores, is one that has ended.
+struct Watched {
+    enum { output, messages, process, count };
+    pollfd descriptors[count];
+
+    bool is_ready(int which) const { return descriptors[which].revents != 0; }
+    void ended(int which) { descriptors[which].fd = -1; }
+    bool is_any_left() const {
+        return std::ranges::any_of(descriptors, [](const pollfd& one) { return one.fd >= 0; });
+    }
+};
+
+// Reads what poll has said to be there. False if the output cannot be read or written.
+bool read_ready(Run* run, Watched* watched) {
+    if (watched->is_ready(Watched::output) && !read_output(run)) watched->ended(Watched::output);
+    if (run->output->error) return false;
+    if (watched->is_ready(Watched::messages) && !read_messages(run))
+        watched->ended(Watched::messages);
+    if (watched->is_ready(Watched::process)) watched->ended(Watched::process);
+    return true;
+}
+
 // Reads both streams to their ends and waits for the end of the process, without its status. False
 // where it has to be stopped.
 bool read_streams(Run* run) {
     const Deadline deadline(settings.seconds);
-    const int ended = static_cast<int>(
-        syscall(SYS_pidfd_open, run->process.id, 0)); // -1, which poll ignores, on an old system
-    pollfd watched[] = {
-        {run->process.output, POLLIN, 0}, {run->process.messages, POLLIN, 0}, {ended, POLLIN, 0}};
-    bool in_time = true;
-    while (in_time && (watched[0].fd >= 0 || watched[1].fd >= 0 || watched[2].fd >= 0)) {
-        const int ready = poll(watched, 3, deadline.left());
-        in_time = ready != 0;
-        if (ready <= 0) continue;
-        if (watched[0].revents && !read_output(run)) watched[0].fd = -1;
-        if (run->output->error) break;
-        if (watched[1].revents && !read_messages(run)) watched[1].fd = -1;
-        if (watched[2].revents) watched[2].fd = -1;
+    // On a system without such descriptors the end of the process is not waited for here.
+    const int process = static_cast<int>(syscall(SYS_pidfd_open, run->process.id, 0));
+    Watched watched = {{{run->process.output, POLLIN, 0},
+                        {run->process.messages, POLLIN, 0},
+                        {process, POLLIN, 0}}};
+    bool goes_on = true;
+    while (goes_on && watched.is_any_left()) {
+        const int ready = poll(watched.descriptors, Watched::count, deadline.left());
+        if (ready < 0) continue; // interrupted
+        goes_on = ready > 0 && read_ready(run, &watched);
+        if (ready == 0)
+            ustr_printf(run->failure, "the C preprocessor was stopped after %u s",
+                        settings.seconds);
     }
-    if (ended >= 0) close(ended);
-    if (!in_time)
-        ustr_printf(run->failure, "the C preprocessor was stopped after %u s", settings.seconds);
-    return in_time && !run->output->error;
+    if (process >= 0) close(process);
+    return goes_on;
 }
 
 // How the process ended, if that is a failure.
