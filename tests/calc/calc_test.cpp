@@ -11,10 +11,6 @@
 namespace norvane::test {
 namespace {
 
-CExpr* local(const char* name) {
-    return calc_new_lvar_expr(str_copy(name), 1);
-}
-
 CExpr* number(int value) {
     return calc_new_intconst_expr(value, 1);
 }
@@ -39,23 +35,6 @@ CFunc* function(const char* name, int line_no = 7, const char* filename = "f.cl"
     return calc_new_func(str_copy(name), CTYPE_INT, nullptr, filename, line_no);
 }
 
-// "ns: f g; ns2: h", both containers being compared on the way.
-std::string functions(const PolyHash* calc) {
-    std::string result;
-    PolyHashIter iter;
-    phash_iter_init(&iter, calc);
-    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
-        const auto* ns = static_cast<CNameSpace*>(value);
-        EXPECT_EQ(phash_size(ns->functions), plist_length(ns->func_list));
-        result += (result.empty() ? "" : "; ") + std::string(ns->name) + ":";
-        for (CFunc* func : items<CFunc>(ns->func_list)) {
-            EXPECT_EQ(calc_get_function(ns, func->name), func);
-            result += std::string(" ") + func->name;
-        }
-    }
-    return result;
-}
-
 TEST(Calculation, NamesArePerNamespaceAndTheFirstDefinitionStays) {
     const CalcPtr calc(calc_new());
     const Reports reports;
@@ -78,37 +57,25 @@ TEST(Calculation, NamesArePerNamespaceAndTheFirstDefinitionStays) {
     EXPECT_EQ(reports.all()[1].title, reports.all()[2].title);
 }
 
-TEST(Calculation, RemovesFromBothContainers) {
-    const CalcPtr calc(calc_new());
-    for (const char* name : {"f", "g", "h"})
-        calc_add_function(calc.get(), "A", function(name));
-    EXPECT_EQ(calc_remove_function(calc.get(), "A", "g"), 0);
-    EXPECT_EQ(calc_remove_function(calc.get(), "A", "g"), -1);
-    EXPECT_EQ(calc_remove_function(calc.get(), "B", "f"), -1);
-    EXPECT_EQ(functions(calc.get()), "A: f h");
-}
-
 TEST(Calculation, MergesInOrderAndLeavesTheRefusedAlone) {
     const CalcPtr target(calc_new());
     PolyHash* source = calc_new();
     CFunc* refused = function("f");
     calc_add_function(target.get(), "N", function("f"));
     calc_add_function(source, "N", refused);
-    calc_add_function(source, "N", function("b"));
-    calc_add_function(source, "N", function("a"));
+    for (const char* name : {"b", "c", "a"})
+        calc_add_function(source, "N", function(name));
     calc_add_function(source, "M", function("f"));
     const Reports reports;
     calc_merge(target.get(), source);
     EXPECT_EQ(reports.names(), "ERR_CALC_FNC_REDEF");
-    EXPECT_EQ(functions(target.get()), "N: f b a; M: f");
+    EXPECT_EQ(functions(target.get()), "N: f b c a; M: f");
     calc_delete_func(refused); // nobody's, and still whole
-}
 
-TEST(Calculation, CatalogueNamespacesAreReservedToTheLetter) {
-    for (const char* name : {"CtrlMngr", "System", "String", "Calc", "Pricing", "Environment"})
-        EXPECT_EQ(calc_ns_name_is_reserved(name), 1) << name;
-    for (const char* name : {"calc", "Calc.Extra", ""})
-        EXPECT_EQ(calc_ns_name_is_reserved(name), 0) << name;
+    EXPECT_EQ(calc_remove_function(target.get(), "N", "c"), 0);
+    EXPECT_EQ(calc_remove_function(target.get(), "N", "c"), -1);
+    EXPECT_EQ(calc_remove_function(target.get(), "B", "f"), -1);
+    EXPECT_EQ(functions(target.get()), "N: f b a; M: f");
 }
 
 TEST(Calculation, TextsAreUtf8AndCopiesAreConvertedOnceMore) {
@@ -174,33 +141,6 @@ TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {
     plist_delete(second);
 
     pset_delete(names);
-}
-
-TEST(Calculation, DeepTreesFitIntoASmallStack) {
-    with_small_stack([] {
-        constexpr int depth = 1'000'000;
-        CExpr* sum = local("x");
-        CStmt* nest = calc_new_break_stmt(1);
-        CPMVar* chain = calc_new_pmvar(str_copy("p"));
-        CPMVar* last = chain;
-        for (int i = 0; i < depth; ++i) {
-            sum = calc_new_binary_expr(COPR_PLUS, sum, number(i), 1);
-            nest = calc_new_block_stmt(statements({nest}), 1);
-            calc_set_pmvar_nested(last, calc_new_pmvar(str_copy("q")));
-            last = last->nested;
-        }
-        CExpr* copy = calc_copy_expr(sum);
-        CPMVar* chain_copy = calc_copy_pmvar(chain);
-        PolyList* stmts = statements({statement(sum), nest, statement(copy)});
-        PolySet* names = pset_new(10, poly_compare_string, poly_copy_string, poly_hash_string,
-                                  poly_delete_string);
-        calc_find_free_vars(stmts, names);
-        EXPECT_EQ(pset_size(names), 1u);
-        pset_delete(names);
-        calc_delete_stmt(calc_new_block_stmt(stmts, 1));
-        calc_delete_pmvar(chain);
-        calc_delete_pmvar(chain_copy);
-    });
 }
 
 TEST(Calculation, UnknownTagsAreBrokenInvariants) {

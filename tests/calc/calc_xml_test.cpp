@@ -168,20 +168,19 @@ TEST(CalcXml, TextsPassThroughTheCodePage) {
     EXPECT_EQ(written(read(again).get(), 1), again);
 }
 
+// A file that cannot be opened is all that is reported, and nothing is filled in for it.
 TEST(CalcXml, BrokenTreesStopTheWriterBeforeTheFileIsTouched) {
     const TemporaryFolder folder;
     const std::string path = folder.write("a.clx", "untouched");
-    const CalcPtr calc(calc_new());
-    CExpr* leaf = calc_new_boolconst_expr(1, 1);
-    CExpr* expr = calc_new_unary_expr(COPR_NOT, leaf, 1);
-    CStmt* stmt = calc_new_return_stmt(expr, 1);
-    CFunc* func = function(calc.get(), stmt);
-    CFuncLVar* lvar =
-        calc_new_func_lvar(str_copy("v"), CTYPE_VOID, calc_new_boolconst_expr(1, 1), 1);
-    calc_add_function_vardef(func, lvar);
+    const CalcPtr calc(
+        calc_import_from_string("namespace N { void f() { void v := true; return not true; } }"));
+    CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+    CStmt* stmt = static_cast<CStmt*>(plist_hd(func->stmts));
+    CExpr* expr = stmt->args.return_value;
+    auto* lvar = static_cast<CFuncLVar*>(plist_hd(func->vardefs));
     EXPECT_EQ(calc_export_to_file((folder.path() + "/b.clx").c_str(), calc.get(), 1), 0);
 
-    const auto failure = [&](auto& field, auto value) {
+    const auto failure = [&](auto& field, int value) {
         const auto before = field;
         field = static_cast<std::remove_reference_t<decltype(field)>>(value);
         const std::string text = thrown([&] { calc_export_to_file(path.c_str(), calc.get(), 1); });
@@ -196,51 +195,31 @@ TEST(CalcXml, BrokenTreesStopTheWriterBeforeTheFileIsTouched) {
     EXPECT_EQ(failure(func->type, 0), "1: Found invalid calculational type : 0");
     EXPECT_EQ(open_files(), open_before);
     EXPECT_EQ(work_mark.subject, func);
-    EXPECT_EQ(failure(func->type, 6), "1: Found invalid calculational type : 6");
-    CExpr* const init = lvar->init;
-    lvar->init = nullptr;
-    EXPECT_EQ(failure(lvar->type, CTYPE_VOID), "1: Found invalid calculational type : 5");
-    lvar->init = init;
     EXPECT_EQ(failure(expr->args.uop.opr, 20), "1: Found invalid operator : 20");
-    EXPECT_EQ(failure(leaf->structure, 10), "1: Found invalid expression structure : 10");
+    EXPECT_EQ(failure(expr->args.uop.arg->structure, 10),
+              "1: Found invalid expression structure : 10");
     EXPECT_EQ(failure(stmt->structure, 10), "1: Found invalid statement structure : 10");
+    CExpr* const init = std::exchange(lvar->init, nullptr);
+    EXPECT_EQ(failure(lvar->type, CTYPE_VOID), "1: Found invalid calculational type : 5");
     EXPECT_EQ(read_file(path), "untouched");
 
+    const Reports reports;
+    EXPECT_EQ(calc_export_to_file("/nowhere/a.clx", calc.get(), 1), -1);
+    EXPECT_EQ(lvar->init, nullptr);
+    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE");
+    lvar->init = init;
     EXPECT_EQ(thrown([&] { calc_export_to_file(nullptr, calc.get(), 1); }), "1: filename");
     EXPECT_EQ(thrown([&] { calc_export_to_stream(nullptr, calc.get(), 1); }), "1: out");
     EXPECT_EQ(thrown([&] { calc_export_to_stream(stdout, nullptr, 1); }), "1: calc");
     EXPECT_EQ(thrown([&] { calc_import_from_xmlfile(nullptr); }), "1: path");
 }
 
-// A file that cannot be opened is all that is told, and the tree stays as it was.
-TEST(CalcXml, NothingIsFilledInForAFileThatCannotBeOpened) {
-    const CalcPtr calc(calc_new());
-    CFunc* func = function(calc.get(), calc_new_break_stmt(1));
-    CFuncLVar* lvar = calc_new_func_lvar(str_copy("v"), CTYPE_INT, nullptr, 1);
-    calc_add_function_vardef(func, lvar);
-    const Reports reports;
-    EXPECT_EQ(calc_export_to_file("/nowhere/a.clx", calc.get(), 1), -1);
-    EXPECT_EQ(lvar->init, nullptr);
-    lvar->type = CTYPE_VOID; // which has no zero
-    EXPECT_EQ(thrown([&] { calc_export_to_file("/nowhere/a.clx", calc.get(), 1); }), "");
-    EXPECT_EQ(reports.names(), "ERR_FILE_OPEN_WRITE ERR_FILE_OPEN_WRITE");
-}
-
 TEST(CalcXml, TheNameOfAMinusIsTheStandardOutputWhichStaysOpen) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("out", "");
     const CalcPtr calc(calc_new());
-    fflush(stdout);
-    const int saved = dup(STDOUT_FILENO);
-    FILE* out = fopen(path.c_str(), "w");
-    dup2(fileno(out), STDOUT_FILENO);
+    testing::internal::CaptureStdout();
     EXPECT_EQ(calc_export_to_file("-", calc.get(), 1), 0);
-    EXPECT_NE(fputs("<!-- open -->\n", stdout), EOF);
-    fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    fclose(out);
-    EXPECT_EQ(read_file(path), written(calc.get(), 1) + "<!-- open -->\n");
+    EXPECT_NE(std::fputs("<!-- open -->\n", stdout), EOF);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), written(calc.get(), 1) + "<!-- open -->\n");
 }
 
 // Files and packages.
@@ -273,41 +252,29 @@ TEST(CalcXml, FilesThatCannotBeReadAreReported) {
     EXPECT_EQ(progress.text, "Importing calculations: -1; Importing calculations: 0; ");
 }
 
-using NorvaneCpp::CFilePackage;
-using NorvaneCpp::CMubPackage;
-
-// A package of the models, each with a calculation unless it is empty.
-std::string make_package(const TemporaryFolder& folder,
-                         std::initializer_list<std::pair<const char*, std::string>> models) {
-    const std::string path = folder.path() + "/a.mub";
-    CFilePackage package;
-    EXPECT_TRUE(package.createPackage(path.c_str(), ""));
-    for (const auto& [name, clx] : models) {
-        const std::string member = "workspace/" + std::string(name) + "/build/" + name;
-        EXPECT_TRUE(package.importFile(folder.write("mu", "mu").c_str(), (member + ".mu").c_str()));
-        if (clx.empty()) continue;
-        EXPECT_TRUE(
-            package.importFile(folder.write("clx", clx).c_str(), (member + ".clx").c_str()));
-    }
-    EXPECT_TRUE(package.closeAndSave());
-    return path;
-}
-
+// A member that ends where a block does, one that is larger than the reader's memory of it, and
+// two that are refused. The driver's tests show what else a package may lack.
 TEST(CalcXml, CalculationsAreReadOutOfPackages) {
     const TemporaryFolder folder;
     const CalcPtr some(calc_import_from_string("namespace N { integer f(integer a) = a + 1; }"));
     const std::string every = written(some.get(), 1);
-    // A member that ends where a block does, and one that is larger than the reader's memory of it.
     std::string block = "<calculation/>";
     block.resize(4096, ' ');
-    const std::string large =
-        "<mu><what>" + std::string(5'000'000, 'x') + "</what><calculation/></mu>";
-    const std::string path = make_package(folder, {{"Every", every},
-                                                   {"Block", block},
-                                                   {"Large", large},
-                                                   {"Bad", "<mu>\n<calculation>"},
-                                                   {"True", "<true/>"},
-                                                   {"None", ""}});
+    const std::pair<std::string, std::string> models[] = {
+        {"Every", every},
+        {"Block", block},
+        {"Large", "<mu><what>" + std::string(5'000'000, 'x') + "</what><calculation/></mu>"},
+        {"Bad", "<mu>\n<calculation>"},
+        {"True", "<true/>"}};
+    const std::string path = folder.path() + "/a.mub";
+    NorvaneCpp::CFilePackage file;
+    ASSERT_TRUE(file.createPackage(path.c_str(), ""));
+    for (const auto& [name, clx] : models) {
+        const std::string member = "workspace/" + name + "/build/" + name + ".clx";
+        ASSERT_TRUE(file.importFile(folder.write("clx", clx).c_str(), member.c_str()));
+    }
+    ASSERT_TRUE(file.closeAndSave());
+
     const auto import = [&](const char* model) {
         return CalcPtr(calc_import_from_mubfile(path.c_str(), model));
     };
@@ -317,23 +284,13 @@ TEST(CalcXml, CalculationsAreReadOutOfPackages) {
     EXPECT_TRUE(is_empty(import("Large")));
     EXPECT_EQ(reports.text(), "");
     EXPECT_FALSE(import("Bad"));
-    EXPECT_FALSE(import("None"));
-    EXPECT_FALSE(import("every"));
-    EXPECT_EQ(calc_import_from_mubfile("no.mub", "M"), nullptr);
-    std::string text = reports.text();
-    for (std::size_t i; (i = text.find(path)) != text.npos;)
-        text.replace(i, path.size(), "MUB");
-    EXPECT_EQ(text,
-              "ERR_XML_MALFORMED: MUB (2): Malformed XML: no element found\n"
-              "ERR_MUB_NO_CLXFILE: The mub package 'MUB' does not contain a clx file for model: "
-              "None\n"
-              "ERR_MUB_MODULE_NOT_FOUND: The model 'every' is not found in the package 'MUB'\n"
-              "ERR_FILE_OPEN: The file 'no.mub' cannot be opened\n");
+    EXPECT_EQ(reports.text(),
+              "ERR_XML_MALFORMED: " + path + " (2): Malformed XML: no element found\n");
 
     const std::string wrong_root =
         "1: str_is_equal( sd->tag, \"calculation\" ) || str_is_equal( sd->tag, \"mu\" )";
     EXPECT_EQ(thrown([&] { import("True"); }), wrong_root);
-    CMubPackage package;
+    NorvaneCpp::CMubPackage package;
     EXPECT_EQ(thrown([&] { calc_import_from_mubpackage(package, "Every"); }),
               "1: pkg.isOpen() == true");
     ASSERT_TRUE(package.openPackage(path.c_str(), ""));
@@ -341,61 +298,6 @@ TEST(CalcXml, CalculationsAreReadOutOfPackages) {
     const CalcPtr calc(calc_import_from_mubpackage(package, "Every"));
     EXPECT_EQ(written(calc.get(), 1), every);
     EXPECT_TRUE(package.isOpen());
-}
-
-// Shapes.
-
-TEST(CalcXml, AMillionNestedElementsAreReadWrittenAndRefused) {
-    const struct {
-        std::size_t levels;
-        const char *head, *begin, *core, *end, *tail;
-    } shapes[] = {
-        {500'000, "<x>", "<uop opr='not'><expr>", "<true/>", "</expr></uop>", "</x>"},
-        {50'000, "<x>", "<bop opr='plus'><expr>", "<true/>", "</expr><expr><true/></expr></bop>",
-         "</x>"},
-        {50'000, "<x>", "<ite_expr><expr><true/></expr><expr><true/></expr><expr>", "<true/>",
-         "</expr></ite_expr>", "</x>"},
-        {50'000, "<x>", "<call namespace='' fname=''><expr>", "<true/>", "</expr></call>", "</x>"},
-        {50'000, "<x>", "<pmvar name='a'>", "", "</pmvar>", "</x>"},
-        {50'000, "<x>", "<pmvar name='a'><expr>", "<true/>", "</expr></pmvar>", "</x>"},
-        {50'000, "<e><stmt>", "<block_stmt><stmt>", "<break_stmt/>", "</stmt></block_stmt>",
-         "</stmt></e>"},
-        {50'000, "<e><stmt>", "<do_stmt><expr><true/></expr><stmt>", "<break_stmt/>",
-         "</stmt></do_stmt>", "</stmt></e>"},
-        {50'000, "<e><stmt>", "<switch_stmt><expr><true/></expr><default_label><stmt>",
-         "<break_stmt/>", "</stmt></default_label></switch_stmt>", "</stmt></e>"},
-    };
-    with_small_stack([&] {
-        for (const auto& shape : shapes) {
-            const auto nested = [&](const char* core) {
-                return document(shape.head + repeated(shape.begin, shape.levels) + core +
-                                repeated(shape.end, shape.levels) + shape.tail);
-            };
-            const CalcPtr calc = read(nested(shape.core));
-            ASSERT_TRUE(calc) << shape.begin;
-            const std::string xml = written(calc.get(), 1);
-            if (shape.levels < 100'000) {
-                EXPECT_EQ(written(read(xml).get(), 1), xml);
-            }
-            const Reports reports;
-            EXPECT_FALSE(read(nested("<case_label/>")));
-            EXPECT_FALSE(read(nested(shape.core) + "<!"));
-            EXPECT_EQ(reports.names(), "ERR_XML_MALFORMED ERR_XML_MALFORMED");
-        }
-        const CalcPtr calc = read("<mu>" + repeated("<what>", 1'000'000) +
-                                  repeated("</what>", 1'000'000) + "<calculation/></mu>");
-        EXPECT_TRUE(calc);
-    });
-}
-
-TEST(CalcXml, WideDocumentsAreReadToTheirEnd) {
-    constexpr unsigned count = 300'000;
-    const CalcPtr calc = read(document("<e>" + repeated("<arg name='a' type='int'/>", count) +
-                                       repeated("<stmt><break_stmt/></stmt>", count) + "</e>"));
-    ASSERT_TRUE(calc);
-    const CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
-    EXPECT_EQ(func->args->len, count);
-    EXPECT_EQ(func->stmts->len, count);
 }
 
 // A document of 40 MB, all of it unknown but for an empty calculation; it is never in memory.

@@ -1,10 +1,12 @@
 // The type check of calculations, and the catalogue of built-in functions.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <utility>
 
 #include "calc_builtins.h"
+#include "calc_dump.h"
 #include "norvane/base/items.hpp"
 #include "support.h"
 
@@ -42,21 +44,6 @@ class CalcCheckTest : public ::testing::Test {
         return (failure.empty() ? std::to_string(result) : failure) + " " + reports.text();
     }
     std::string run(const std::string& source) { return run(calculation(source).get()); }
-
-    // "ns: f g; ns2: h"
-    static std::string functions(const PolyHash* calc) {
-        std::string result;
-        PolyHashIter iter;
-        phash_iter_init(&iter, calc);
-        for (void* value; phash_iter_next(&iter, nullptr, &value);) {
-            const auto* ns = static_cast<CNameSpace*>(value);
-            EXPECT_EQ(phash_size(ns->functions), plist_length(ns->func_list));
-            result += (result.empty() ? "" : "; ") + std::string(ns->name) + ":";
-            for (CFunc* func : items<CFunc>(ns->func_list))
-                result += std::string(" ") + func->name;
-        }
-        return result;
-    }
 
     Model model_;
 };
@@ -136,7 +123,6 @@ TEST_F(CalcCheckTest, LongNames) {
     EXPECT_LT(output.size(), 2100u);
 }
 
-// Trees that no reader makes. What is thrown leaves everything in order, and the next check works.
 // A sink of the host that throws: the set, the table and the frames stay in order.
 TEST_F(CalcCheckTest, ExceptionsOfASinkPass) {
     const CalcPtr calc = calculation("namespace N { integer f() { return true; } }");
@@ -158,128 +144,83 @@ TEST_F(CalcCheckTest, ExceptionsOfASinkPass) {
     EXPECT_EQ(plist_length(model_.table->local_table), 1u);
 }
 
-TEST_F(CalcCheckTest, BrokenTrees) {
-    const auto number = [] { return calc_new_intconst_expr(1, 1); };
-    const auto truth = [] { return calc_new_boolconst_expr(1, 1); };
-    const auto empty = [] { return calc_new_expr_stmt(nullptr, 1); };
-    const auto list = [] { return plist_new(nullptr, nullptr, nullptr); };
-    const auto tag = [&](int structure) {
-        CExpr* e = calc_new_unary_expr(COPR_MINUS, number(), 1);
-        e->structure = static_cast<CExprStructure>(structure);
-        return e;
+// The field at this place of the first statement.
+#define FIELD(field) [](CStmt* s) -> void* { return &s->args.field; }
+
+// Trees that no reader makes. What is thrown leaves everything in order.
+TEST_F(CalcCheckTest, TreesWithoutAPart) {
+    const std::string fault = "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': ";
+    const struct {
+        const char* source;
+        void* (*place)(CStmt*); // of the part that is null during the check
+        std::string expected;
+    } rows[] = {
+        {"integer a := 1; a;", FIELD(expr->args.lvar_name), "1: e->args.lvar_name "},
+        {"true ? 1 : 2;", FIELD(expr->args.ite.cond), "1: e->args.ite.cond "},
+        {"true ? 1 : 2;", FIELD(expr->args.ite.then_expr), "1: e->args.ite.then_expr "},
+        {"true ? 1 : 2;", FIELD(expr->args.ite.else_expr), "1: e->args.ite.else_expr "},
+        {"1 + 2;", FIELD(expr->args.bop.right_arg),
+         fault + "Right operand to '+' is of type undefined, it must be of numeric type\n"},
+        {"bits[1];", FIELD(expr->args.pmvar), "1: e->args.pmvar "},
+        {"bits[1];", FIELD(expr->args.pmvar->arr_indices), "1: pmvar->arr_indices "},
+        {"bits[1];", FIELD(expr->args.pmvar->arr_indices->first->element),
+         "0 ERR_CALC_FNC: Error in function 'N.f': Array index is of type undefined, it must be of "
+         "integer type\n"},
+        {"if true ;", FIELD(ite.cond), "1: stmt->args.ite.cond "},
+        {"if true ;", FIELD(ite.then_stmt), "1: stmt->args.ite.then_stmt "},
+        {"{ }", FIELD(block_stmts), "1: stmt->args.block_stmts "},
+        {"switch 1 { }", FIELD(switch_args.switch_value),
+         "1: stmt->args.switch_args.switch_value "},
+        {"switch 1 { }", FIELD(switch_args.cases), "1: stmt->args.switch_args.cases "},
+        {"switch 1 { default: ; }", FIELD(switch_args.default_case->stmts), "1: stmts "},
+        {"while true ;", FIELD(while_args.cond), "1: stmt->args.while_args.cond "},
+        {"while true ;", FIELD(while_args.stmt), "1: stmt->args.while_args.stmt "},
+        {"do ; while true;", FIELD(do_args.cond), "1: stmt->args.do_args.cond "},
+        {"do ; while true;", FIELD(do_args.stmt), "1: stmt->args.do_args.stmt "},
+        {"return 1;", FIELD(return_value), "1: stmt->args.return_value "},
+        {"for (;;) ;", FIELD(for_args.stmt), "1: stmt "},
     };
-    const auto text_of = [&](CStmt* stmt, const std::function<void()>& repair) {
-        const CalcPtr calc = calculation("namespace N { void f() { } void g() { } }");
+    for (const auto& [source, place, expected] : rows) {
+        const CalcPtr calc =
+            calculation("namespace N { void f() { " + std::string(source) + " } }");
         CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
-        calc_add_function_stmt(func, stmt);
+        void* const field = place(static_cast<CStmt*>(plist_hd(func->stmts)));
+        void* part;
+        std::memcpy(&part, field, sizeof part);
+        std::memset(field, 0, sizeof part);
+        EXPECT_EQ(run(calc.get()), expected) << source;
+        std::memcpy(field, &part, sizeof part);
+    }
+}
+
+TEST_F(CalcCheckTest, UnknownTags) {
+    const CalcPtr calc = calculation("namespace N { integer f() { -1; 1 + 2; return 1; } }");
+    CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+    auto* stmt = static_cast<CStmt*>(plist_hd(func->stmts));
+    auto& args = stmt->args.expr->args;
+    auto& sum = static_cast<CStmt*>(plist_nth(func->stmts, 1))->args.expr->args;
+    const auto with = [&](auto& field, int value) {
+        const auto before = field;
+        field = static_cast<std::remove_reference_t<decltype(field)>>(value);
         const std::string output = run(calc.get());
-        repair();
+        field = before;
         return output;
     };
-    // Sets what `slot` names to null for the check.
-    const auto without = [&](CStmt* stmt, auto& slot) {
-        auto* kept = slot;
-        slot = nullptr;
-        return text_of(stmt, [&slot, kept] { slot = kept; });
-    };
-    const auto with_expr = [&](CExpr* e, auto& slot) {
-        return without(calc_new_expr_stmt(e, 1), slot);
-    };
-
-    CExpr* e = calc_new_lvar_expr(str_copy("a"), 1);
-    EXPECT_EQ(with_expr(e, e->args.lvar_name), "1: e->args.lvar_name ");
-    for (int operand = 0; operand < 3; ++operand) {
-        e = calc_new_ite_expr(truth(), number(), number(), 1);
-        CExpr** const slots[] = {&e->args.ite.cond, &e->args.ite.then_expr, &e->args.ite.else_expr};
-        const char* const names[] = {"cond", "then_expr", "else_expr"};
-        EXPECT_EQ(with_expr(e, *slots[operand]),
-                  std::string("1: e->args.ite.") + names[operand] + " ");
-    }
-    e = tag(15);
-    EXPECT_EQ(text_of(calc_new_expr_stmt(e, 1), [&] { e->structure = CEXPR_UOP; }),
-              "1: Invalid expression structure ");
-    EXPECT_EQ(text_of(calc_new_expr_stmt(calc_new_unary_expr(COPR_XOR, truth(), 1), 1), [] {}),
-              "1: Invalid operator: xor  ");
-    EXPECT_EQ(
-        text_of(calc_new_expr_stmt(calc_new_binary_expr(COPR_NOT, truth(), truth(), 1), 1), [] {}),
-        "1: Invalid operator: not  ");
-    EXPECT_EQ(
-        text_of(calc_new_expr_stmt(calc_new_binary_expr(COPR_ASSIGN, number(), number(), 1), 1),
-                [] {}),
-        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Left-hand operand to "
-        "assignment operator (':=') must be either a local variable or a product model "
-        "variable\n");
-    e = calc_new_binary_expr(COPR_PLUS, number(), number(), 1);
-    EXPECT_EQ(
-        with_expr(e, e->args.bop.right_arg),
-        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Right operand to '+' is of "
-        "type undefined, it must be of numeric type\n");
-
-    // Two operands that are missing are of one type.
-    const auto without_operands = [&](COprType opr) {
-        CExpr* bop = calc_new_binary_expr(opr, number(), number(), 1);
-        CExpr* const left = std::exchange(bop->args.bop.left_arg, nullptr);
-        CExpr* const right = std::exchange(bop->args.bop.right_arg, nullptr);
-        return text_of(calc_new_expr_stmt(bop, 1), [=] {
-            bop->args.bop.left_arg = left;
-            bop->args.bop.right_arg = right;
-        });
-    };
-    EXPECT_EQ(without_operands(COPR_EQ), "1 ");
-    EXPECT_EQ(without_operands(COPR_ASSIGN),
+    EXPECT_EQ(with(func->type, 7), "1: Invalid type: 7 ");
+    EXPECT_EQ(with(stmt->structure, 15), "1: Invalid statement structure ");
+    EXPECT_EQ(with(stmt->args.expr->structure, 15), "1: Invalid expression structure ");
+    EXPECT_EQ(with(args.uop.opr, COPR_XOR), "1: Invalid operator: xor  ");
+    EXPECT_EQ(with(sum.bop.opr, COPR_NOT), "1: Invalid operator: not  ");
+    EXPECT_EQ(with(sum.bop.opr, COPR_ASSIGN),
               "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Left-hand operand to "
               "assignment operator (':=') must be either a local variable or a product model "
               "variable\n");
-    const auto bits = [&] {
-        CPMVar* pmvar = calc_new_pmvar(str_copy("bits"));
-        calc_add_pmvar_arr_index(pmvar, number());
-        return calc_new_pmvar_expr(pmvar, 1);
-    };
-    e = bits();
-    EXPECT_EQ(with_expr(e, e->args.pmvar), "1: e->args.pmvar ");
-    e = bits();
-    EXPECT_EQ(with_expr(e, e->args.pmvar->arr_indices), "1: pmvar->arr_indices ");
-    e = bits();
-    EXPECT_EQ(with_expr(e, e->args.pmvar->arr_indices->first->element),
-              "0 ERR_CALC_FNC: Error in function 'N.f': Array index is of type undefined, it must "
-              "be of integer type\n");
 
-// The assertion names the field that is null.
-#define EXPECT_ASSERTED(make, field)                                                               \
-    {                                                                                              \
-        CStmt* stmt = make;                                                                        \
-        EXPECT_EQ(without(stmt, stmt->args.field), "1: stmt->args." #field " ");                   \
-    }
-    EXPECT_ASSERTED(calc_new_ite_stmt(truth(), empty(), nullptr, 1), ite.cond);
-    EXPECT_ASSERTED(calc_new_ite_stmt(truth(), empty(), nullptr, 1), ite.then_stmt);
-    EXPECT_ASSERTED(calc_new_block_stmt(list(), 1), block_stmts);
-    EXPECT_ASSERTED(calc_new_switch_stmt(number(), 1), switch_args.switch_value);
-    EXPECT_ASSERTED(calc_new_switch_stmt(number(), 1), switch_args.cases);
-    EXPECT_ASSERTED(calc_new_while_stmt(truth(), empty(), 1), while_args.cond);
-    EXPECT_ASSERTED(calc_new_while_stmt(truth(), empty(), 1), while_args.stmt);
-    EXPECT_ASSERTED(calc_new_do_stmt(truth(), empty(), 1), do_args.cond);
-    EXPECT_ASSERTED(calc_new_do_stmt(truth(), empty(), 1), do_args.stmt);
-    EXPECT_ASSERTED(calc_new_return_stmt(number(), 1), return_value);
-    CStmt* s = calc_new_for_stmt(nullptr, nullptr, nullptr, empty(), 1);
-    EXPECT_EQ(without(s, s->args.for_args.stmt), "1: stmt ");
-    s = calc_new_switch_stmt(number(), 1);
-    calc_add_switch_default(s, list());
-    EXPECT_EQ(without(s, s->args.switch_args.default_case->stmts), "1: stmts ");
-    s = calc_new_break_stmt(1);
-    s->structure = static_cast<CStmtStructure>(15);
-    EXPECT_EQ(text_of(s, [s] { s->structure = CSTMT_BREAK; }), "1: Invalid statement structure ");
-    s = calc_new_switch_stmt(number(), 1);
-    calc_add_switch_case(s, calc_new_case(nullptr, list()));
-    EXPECT_EQ(text_of(s, [] {}),
-              "0 ERR_CALC_FNC: Error in function 'N.f': Type mis-match: The type of the "
-              "case-expression is integer while the type of the switch-condition is undefined\n");
-
-    const CalcPtr calc = calculation("namespace N { void f() { } }");
-    CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
-    func->type = static_cast<CalcType>(7);
-    calc_add_function_stmt(func, calc_new_return_stmt(number(), 1));
-    EXPECT_EQ(run(calc.get()), "1: Invalid type: 7 ");
-
+    // Two operands that are missing are of one type.
+    const auto kept = sum.bop;
+    sum.bop = {COPR_EQ, nullptr, nullptr};
+    EXPECT_EQ(run(calc.get()), "1 ");
+    sum.bop = kept;
     for (const auto& call : {+[] { return calc_check_functions(nullptr, nullptr); },
                              +[] { return calc_check_function(nullptr, "N", nullptr, nullptr); }})
         EXPECT_NE(thrown(call), "");
@@ -357,84 +298,6 @@ TEST(CalcBuiltins, AreFoundByTheirNames) {
     EXPECT_EQ(calc_get_build_in_func_signature(name.c_str(), name.c_str()), nullptr);
     EXPECT_EQ(thrown([] { calc_get_build_in_func_signature(nullptr, "f"); }), "1: ns_name");
     EXPECT_EQ(thrown([] { calc_get_build_in_func_signature("N", nullptr); }), "1: fn_name");
-}
-
-constexpr int longest = 1'000'000; // sum, which no parser limits
-constexpr int depth = 200'000;
-
-// Trees of any depth. A fault at the bottom unwinds all of it.
-TEST_F(CalcCheckTest, DeepTreesInASmallStack) {
-    const auto number = [] { return calc_new_intconst_expr(1, 1); };
-    const auto truth = [] { return calc_new_boolconst_expr(1, 1); };
-    const auto nobody = [] { return calc_new_pmvar_expr(calc_new_pmvar(str_copy("nobody")), 1); };
-    const auto checked = [&](CStmt* stmt) {
-        const CalcPtr calc = calculation("namespace N { void f() { } }");
-        calc_add_function_stmt(calc_get_function(calc_get_namespace(calc.get(), "N"), "f"), stmt);
-        return run(calc.get());
-    };
-    const auto nested = [&](CExpr* e, const std::function<CExpr*(CExpr*)>& around,
-                            int levels = depth) {
-        for (int i = 0; i < levels; ++i)
-            e = around(e);
-        return checked(calc_new_expr_stmt(e, 1));
-    };
-    const std::string fault =
-        "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': No product "
-        "model variable named 'nobody'\n";
-    with_small_stack([&] {
-        const auto left = [&](CExpr* e) { return calc_new_binary_expr(COPR_PLUS, e, number(), 1); };
-        EXPECT_EQ(nested(number(), left, longest), "1 ");
-        EXPECT_EQ(nested(nobody(), left, longest), fault);
-        EXPECT_EQ(nested(number(),
-                         [&](CExpr* e) { return calc_new_binary_expr(COPR_PLUS, number(), e, 1); }),
-                  "1 ");
-        EXPECT_EQ(nested(truth(), [](CExpr* e) { return calc_new_unary_expr(COPR_NOT, e, 1); }),
-                  "1 ");
-        EXPECT_EQ(
-            nested(number(), [&](CExpr* e) { return calc_new_ite_expr(truth(), number(), e, 1); }),
-            "1 ");
-        EXPECT_EQ(nested(number(),
-                         [&](CExpr* e) {
-                             PolyList* args = plist_new(nullptr, nullptr, [](void* arg) {
-                                 calc_delete_expr(static_cast<CExpr*>(arg));
-                             });
-                             plist_append(args, e);
-                             return calc_new_call_expr(str_copy("System"), str_copy("Abs"), args,
-                                                       1);
-                         }),
-                  "1 ");
-        EXPECT_EQ(nested(number(),
-                         [&](CExpr* e) {
-                             CPMVar* grid = calc_new_pmvar(str_copy("grid"));
-                             calc_add_pmvar_arr_index(grid, number());
-                             calc_add_pmvar_arr_index(grid, e);
-                             return calc_new_pmvar_expr(grid, 1);
-                         }),
-                  "1 ");
-
-        CStmt* chain = calc_new_expr_stmt(nobody(), 1);
-        for (int i = 0; i < depth; ++i)
-            chain = calc_new_ite_stmt(truth(), calc_new_break_stmt(1), chain, 1);
-        EXPECT_EQ(checked(calc_new_while_stmt(truth(), chain, 1)), fault);
-        CStmt* block = calc_new_expr_stmt(nullptr, 1);
-        for (int i = 0; i < depth; ++i) {
-            PolyList* stmts = plist_new(nullptr, nullptr, nullptr);
-            plist_append(stmts, block);
-            block = calc_new_block_stmt(stmts, 1);
-        }
-        EXPECT_EQ(checked(block), "1 ");
-
-        CPMVar* path = nullptr;
-        for (int i = 0; i < depth; ++i) {
-            CPMVar* outer = calc_new_pmvar(str_copy(i + 1 < depth ? "SOME" : "maybe"));
-            if (path != nullptr) calc_set_pmvar_nested(outer, path);
-            path = outer;
-        }
-        EXPECT_EQ(
-            checked(calc_new_expr_stmt(calc_new_pmvar_expr(path, 1), 1)),
-            "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Product model variable "
-            "'SOME' is not of product or optional type\n");
-    });
 }
 
 // Everything that is looked up by name, in numbers that no walk of a list would live through.

@@ -1,5 +1,7 @@
 #include "calc_dump.h"
 
+#include <gtest/gtest.h>
+
 #include "norvane/base/items.hpp"
 #include "norvane/base/util.h"
 
@@ -152,6 +154,22 @@ std::string dump(const CExpr* expr, bool lines) {
 
 std::string dump(const PolyHash* calc, bool lines) {
     return Dump(lines).calc(calc);
+}
+
+std::string functions(const PolyHash* calc) {
+    std::string result;
+    PolyHashIter iter;
+    phash_iter_init(&iter, calc);
+    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
+        const auto* ns = static_cast<CNameSpace*>(value);
+        EXPECT_EQ(phash_size(ns->functions), plist_length(ns->func_list));
+        result += (result.empty() ? "" : "; ") + std::string(ns->name) + ":";
+        for (CFunc* func : items<CFunc>(ns->func_list)) {
+            EXPECT_EQ(calc_get_function(ns, func->name), func);
+            result += std::string(" ") + func->name;
+        }
+    }
+    return result;
 }
 
 } // namespace norvane::test

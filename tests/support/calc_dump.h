@@ -12,6 +12,9 @@ namespace norvane::test {
 std::string dump(const CExpr* expr, bool lines = false);
 std::string dump(const PolyHash* calc, bool lines = false);
 
+// The names alone, "ns: f g; ns2: h", the containers of each namespace being compared on the way.
+std::string functions(const PolyHash* calc);
+
 } // namespace norvane::test
 
 #endif
