@@ -1,4 +1,4 @@
-#include "calculations.h"
+#include "checks.h"
 
 #include <cstdio>
 #include <functional>

@@ -2,7 +2,7 @@
 // parsed, checked, printed, and written as XML and read again.
 #include <string>
 
-#include "calculations.h"
+#include "checks.h"
 #include "harness.h"
 #include "norvane/proj/loadclfile.h"
 

@@ -52,6 +52,12 @@ std::string MemoryFile::read() const {
     return content;
 }
 
+const char* input_file(const std::uint8_t* data, std::size_t size) {
+    static MemoryFile file;
+    file.write({reinterpret_cast<const char*>(data), size});
+    return file.path();
+}
+
 std::string printed(const std::function<void(std::FILE*)>& print) {
     char* text = nullptr;
     std::size_t size = 0;

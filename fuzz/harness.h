@@ -44,6 +44,9 @@ class MemoryFile {
     std::string path_;
 };
 
+// The bytes as a file, until the next call.
+const char* input_file(const std::uint8_t* data, std::size_t size);
+
 // The text that `print` writes to the stream.
 std::string printed(const std::function<void(std::FILE*)>& print);
 
@@ -55,6 +58,24 @@ bool runs(const std::function<void()>& body);
 // condition holds.
 void expect_equal(const std::string& a, const std::string& b, const char* what);
 void expect(bool condition, const char* what);
+
+// Checks that what is read of the bytes is written, and read again, as the same bytes.
+template <auto Import, auto Export, auto Delete>
+void check_round_trip(const std::uint8_t* data, std::size_t size) {
+    static MemoryFile copy;
+    const QuietSink sink;
+    auto* read = Import(input_file(data, size));
+    expect((read == nullptr) <= (sink.reports() > 0), "a refusal without a report");
+    if (!read) return;
+    Export(read, copy.path());
+    const std::string first = copy.read();
+    auto* again = Import(copy.path());
+    expect(again != nullptr, "what was written is refused");
+    Export(again, copy.path());
+    expect_equal(first, copy.read(), "what was written and read");
+    Delete(again);
+    Delete(read);
+}
 
 } // namespace norvane::fuzz
 

@@ -1,17 +1,13 @@
 // Models as XML: written and read again, and passed through the pipeline.
-#include <string>
-
+#include "checks.h"
 #include "harness.h"
-#include "models.h"
 #include "norvane/proj/xml_import.h"
 
 using namespace norvane::fuzz;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static MemoryFile file;
     const QuietSink sink;
-    file.write({reinterpret_cast<const char*>(data), size});
-    const ProjectPtr project(proj_import_from_xmlfile(file.path()));
+    const ProjectPtr project(proj_import_from_xmlfile(input_file(data, size)));
     expect((project == nullptr) <= (sink.reports() > 0), "a refusal without a report");
     if (!project) return 0;
     check_xml_round_trip(*project);

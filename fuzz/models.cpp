@@ -1,4 +1,4 @@
-#include "models.h"
+#include "checks.h"
 
 #include "harness.h"
 #include "norvane/proj/expandrules.h"

@@ -24,11 +24,9 @@ void read_some(CFilePtr member) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static MemoryFile file;
     const QuietSink sink;
-    file.write({reinterpret_cast<const char*>(data), size});
     CMubPackage package;
-    if (!package.openPackage(file.path(), "")) return 0;
+    if (!package.openPackage(input_file(data, size), "")) return 0;
     for (std::size_t i = 0; i < package.memberCount(); ++i)
         read_some(package.open(package.memberName(i), FILE_OPEN_READ));
     if (CMubPackageModel* model = package.getModel("a")) read_some(model->OpenCalculation());

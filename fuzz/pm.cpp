@@ -4,8 +4,8 @@
 #include <cctype>
 #include <string>
 
+#include "checks.h"
 #include "harness.h"
-#include "models.h"
 #include "norvane/proj/loadpmfile.h"
 #include "pmfrontend.h"
 #include "pmgrammar.hpp"

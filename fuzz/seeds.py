@@ -33,7 +33,7 @@ def as_document(text):
     return text.replace('<e>', HEAD).replace('</e>', TAIL)
 
 
-def rows(text, line_feed, make=str):
+def rows(text, line_feed, make):
     """The fields before the first arrow of each line."""
     return [make(line.split(' =>')[0].replace(line_feed, '\n'))
             for line in text.split('\n') if ' =>' in line and not line.startswith(('#', '--'))]
@@ -62,28 +62,20 @@ def words_of_dtd(text):
             [' %s=\\"' % name for name in names] + ['\\"%s\\"' % value for value in values])
 
 
+# Of a target: tables below tests, the sign for a line feed in them, and how a case becomes an input.
 TABLES = [
-    ('pm', 'tests/model/data/check/projects.txt', lambda text: rows(text, '\\n')),
-    ('pm', 'tests/model/data/simplify/rules.txt', lambda text: rows(text, '\\n')),
-    ('pm', 'tests/model/data/simplify/types.txt', lambda text: rows(text, '\\n')),
-    ('pm', 'tests/model/data/simplify/expansion.txt', lambda text: rows(text, '\\n')),
-    ('pm', 'tests/model/data/frontend_trees.txt', lambda text: rows(text, '^')),
-    ('pm', 'tests/model/data/frontend_errors.txt', lambda text: rows(text, '^')),
-    ('model_xml', 'tests/model/data/xml/every_construct.xml', parts),
-    ('model_xml', 'tests/model/data/xml/reads.txt', lambda text: rows(text, '^')),
-    ('model_xml', 'tests/model/data/xml/refusals.txt', lambda text: rows(text, '^')),
-    ('presentation', 'tests/model/data/xml/presentations.txt', lambda text: rows(text, '^')),
-    ('varorder', 'tests/model/data/xml/var_orders.txt', lambda text: rows(text, '^')),
-    ('workspace', 'tests/zeb/data/files.txt', lambda text: rows(text, '^')),
-    ('cl', 'tests/calc/data/syntax_trees.txt', lambda text: rows(text, '$', as_statements)),
-    ('cl', 'tests/calc/data/syntax_errors.txt', lambda text: rows(text, '$', as_statements)),
-    ('cl', 'tests/calc/data/check/functions.txt', lambda text: rows(text, '$', as_function)),
-    ('cl', 'tests/calc/data/check/expressions.txt', lambda text: rows(text, '$', EXPRESSION.__mod__)),
-    ('clx', 'tests/calc/data/xml/reads.txt', lambda text: rows(text, '^', as_document)),
-    ('clx', 'tests/calc/data/xml/refusals.txt', lambda text: rows(text, '^', as_document)),
+    ('pm', 'model/data/check/projects model/data/simplify/rules model/data/simplify/types '
+           'model/data/simplify/expansion', '\\n', str),
+    ('pm', 'model/data/frontend_trees model/data/frontend_errors', '^', str),
+    ('model_xml', 'model/data/xml/reads model/data/xml/refusals', '^', str),
+    ('presentation', 'model/data/xml/presentations', '^', str),
+    ('varorder', 'model/data/xml/var_orders', '^', str),
+    ('workspace', 'zeb/data/files', '^', str),
+    ('cl', 'calc/data/syntax_trees calc/data/syntax_errors', '$', as_statements),
+    ('cl', 'calc/data/check/functions', '$', as_function),
+    ('cl', 'calc/data/check/expressions', '$', EXPRESSION.__mod__),
+    ('clx', 'calc/data/xml/reads calc/data/xml/refusals', '^', as_document),
 ]
-
-
 XML_WORDS = [r'<?xml version=\"1.0\" encoding=\"UTF-16\"?>', r'<!DOCTYPE a [<!ENTITY e \"x\">]>', '&e;',
              r'<!ENTITY e SYSTEM \"/etc/passwd\">', '<![CDATA[', ']]>', '<!--', '-->', '/>', '</',
              '&amp;', '&#0;', '&#65;', '&#x10FFFF;', r'=\"', r'\xC3\xA9']
@@ -108,12 +100,16 @@ def write(path, text):
 def main():
     top = os.path.abspath(sys.argv[1])
     os.chdir(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..'))
-    for number, (target, table, cases) in enumerate(TABLES):
-        seeds = cases(read(table))
-        if not seeds:
-            sys.exit('no seeds in ' + table)
-        for index, seed in enumerate(seeds):
-            write(os.path.join(top, target, '%d-%d' % (number, index)), seed)
+    seeds = {'model_xml': parts(read('tests/model/data/xml/every_construct.xml'))}
+    for target, tables, line_feed, make in TABLES:
+        for table in tables.split():
+            cases = rows(read('tests/%s.txt' % table), line_feed, make)
+            if not cases:
+                sys.exit('no seeds in ' + table)
+            seeds.setdefault(target, []).extend(cases)
+    for target, cases in seeds.items():
+        for index, case in enumerate(cases):
+            write(os.path.join(top, target, str(index)), case)
     for target, (source, words) in WORDS.items():
         write(os.path.join(top, target + '.dict'), ''.join('"%s"\n' % word for word in words(read(source))))
 

@@ -10,12 +10,6 @@ using namespace norvane::fuzz;
 
 namespace {
 
-ZEBWorkspace* read_again(const std::string& text) {
-    static MemoryFile file;
-    file.write(text);
-    return zeb_workspace_load(file.path());
-}
-
 std::string written(ZEBWorkspace* workspace) {
     return printed([&](std::FILE* stream) { zeb_workspace_save_fptr(workspace, stream); });
 }
@@ -45,11 +39,12 @@ void build_commands(ZEBWorkspace* workspace, const QuietSink& sink) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QuietSink sink;
-    ZEBWorkspace* workspace = read_again({reinterpret_cast<const char*>(data), size});
+    ZEBWorkspace* workspace = zeb_workspace_load(input_file(data, size));
     expect((workspace == nullptr) <= (sink.reports() > 0), "a refusal without a report");
     if (!workspace) return 0;
     const std::string first = written(workspace);
-    ZEBWorkspace* again = read_again(first);
+    ZEBWorkspace* again = zeb_workspace_load(
+        input_file(reinterpret_cast<const std::uint8_t*>(first.data()), first.size()));
     expect(again != nullptr, "what was written is refused");
     expect_equal(first, written(again), "a workspace that was written and read");
     build_commands(again, sink);
