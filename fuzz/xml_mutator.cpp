@@ -38,58 +38,23 @@ std::vector<Span> elements_of(std::string_view text) {
     }
 }
 
-class Mutator {
-  public:
-    explicit Mutator(unsigned seed) : random_(seed) {}
-
-    bool one_in(std::size_t n) { return random_() % n == 0; }
-
-    // Puts an element of the donor, which may be the text itself, before, after or in the place of
-    // one of the text, or takes one out. Empty where the one or the other has none.
-    std::string rearranged(std::string text, const std::string& donor) {
-        const std::vector<Span> own = elements_of(text), others = elements_of(donor);
-        if (own.empty() || others.empty()) return "";
-        const Span from = any(others);
-        Span to = any(own);
-        if (one_in(3)) return text.erase(to.begin, to.end - to.begin);
-        if (one_in(2)) to = one_in(2) ? Span{to.begin, to.begin} : Span{to.end, to.end};
-        return text.replace(to.begin, to.end - to.begin, donor, from.begin, from.end - from.begin);
-    }
-
-  private:
-    const Span& any(const std::vector<Span>& parts) { return parts[random_() % parts.size()]; }
-
-    std::minstd_rand random_;
-};
-
-// The size of the text, which it puts into place; 0 if it is none.
-std::size_t put(const std::string& text, std::uint8_t* data, std::size_t max_size) {
-    if (text.empty() || text.size() > max_size) return 0;
-    std::memcpy(data, text.data(), text.size());
-    return text.size();
-}
-
-std::string text_of(const std::uint8_t* data, std::size_t size) {
-    return {reinterpret_cast<const char*>(data), size};
-}
-
 } // namespace
 
+// Puts an element of the text before, after or in the place of another, or takes one out.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
                                                std::size_t max_size, unsigned seed) {
-    Mutator mutator(seed);
-    std::string text = mutator.one_in(2) ? "" : text_of(data, size);
-    do {
-        if (!text.empty()) text = mutator.rearranged(text, text);
-    } while (!text.empty() && mutator.one_in(2));
-    const std::size_t changed_size = put(text, data, max_size);
-    return changed_size != 0 ? changed_size : LLVMFuzzerMutate(data, size, max_size);
-}
-
-extern "C" std::size_t LLVMFuzzerCustomCrossOver(const std::uint8_t* data, std::size_t size,
-                                                 const std::uint8_t* other, std::size_t other_size,
-                                                 std::uint8_t* out, std::size_t max_size,
-                                                 unsigned seed) {
-    return put(Mutator(seed).rearranged(text_of(data, size), text_of(other, other_size)), out,
-               max_size);
+    std::minstd_rand random(seed);
+    const auto one_in = [&](unsigned n) { return random() % n == 0; };
+    std::string text(reinterpret_cast<const char*>(data), size);
+    const std::vector<Span> elements = elements_of(text);
+    if (elements.empty() || one_in(2)) return LLVMFuzzerMutate(data, size, max_size);
+    const Span from = elements[random() % elements.size()];
+    Span to = elements[random() % elements.size()];
+    const std::string piece = one_in(3) ? "" : text.substr(from.begin, from.end - from.begin);
+    if (!piece.empty() && one_in(2))
+        to = one_in(2) ? Span{to.begin, to.begin} : Span{to.end, to.end};
+    text.replace(to.begin, to.end - to.begin, piece);
+    if (text.empty() || text.size() > max_size) return LLVMFuzzerMutate(data, size, max_size);
+    std::memcpy(data, text.data(), text.size());
+    return text.size();
 }
