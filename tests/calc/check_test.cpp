@@ -302,28 +302,19 @@ TEST(CalcBuiltins, AreFoundByTheirNames) {
 
 // Everything that is looked up by name, in numbers that no walk of a list would live through.
 TEST_F(CalcCheckTest, ManyNames) {
-    constexpr int count = 100'000;
-    std::string labels;
-    for (int i = 0; i < count; ++i)
-        labels += "\"{" + std::to_string(i) + "}label" + std::to_string(i) + "\", ";
+    const auto many = [](const std::string& text) {
+        std::string result;
+        for (int i = 0; i < 100'000; ++i)
+            result += replaced(text, "#", std::to_string(i));
+        return result;
+    };
     model_.table.reset();
-    model_ = check("variable color : [" + labels + "last];");
-    std::string source = "namespace A { void f(";
-    for (int i = 0; i < count; ++i)
-        source += (i == 0 ? "" : ", ") + std::string("integer a") + std::to_string(i);
-    source += ") { ";
-    for (int i = 0; i < count; ++i)
-        source += "integer l" + std::to_string(i) + " := a" + std::to_string(i) + "; ";
-    for (int i = 0; i < count; ++i)
-        source += "l" + std::to_string(i) + " := 1; color := \"label" + std::to_string(i) + "\"; ";
-    source += "} ";
-    for (int i = 0; i < count; ++i)
-        source += "integer f" + std::to_string(i) + "() = N" + std::to_string(i) + ".f(); ";
-    source += "} ";
-    for (int i = 0; i < count; ++i)
-        source += "namespace N" + std::to_string(i) + " { integer f() = A.f" + std::to_string(i) +
-                  "(); } ";
-    EXPECT_EQ(run(source), "1 ");
+    model_ = check("variable color : [" + many("\"{#}label#\", ") + "last];");
+    EXPECT_EQ(run("namespace A { void f(" + many("integer a#, ") + "integer a) { " +
+                  many("integer l# := a#; ") + many("l# := 1; color := \"label#\"; ") + "} " +
+                  many("integer f#() = N#.f(); ") + "} " +
+                  many("namespace N# { integer f() = A.f#(); } ")),
+              "1 ");
 }
 
 } // namespace

@@ -120,17 +120,6 @@ TEST(CalcSyntax, LinesAreThoseOfTheFirstSymbolAndOfOperators) {
               "    -@26\n"
               "  do (? a:b()@32 \"x\"@38 (:= a@40 2@42)@41)@32@26\n"
               "    a()@27@27\n");
-    EXPECT_EQ(outcome("namespace N { integer f()\n=\n(\n1\n+\n2); integer g()\n:\nexternal\n\"x\"\n"
-                      ";// \n/*\n\r\n**/\v\fvoid h(){\"a\\nb\";\nx;}}",
-                      true),
-              "namespace N\n"
-              " integer f()@1 of 'input string'\n"
-              "  return (+ 1@4 2@6)@5@3\n"
-              " integer g()@6 of 'input string'\n"
-              "  external x@9\n"
-              " void h()@13 of 'input string'\n"
-              "  \"a\nb\"@13@13\n"
-              "  $x@14@14\n");
 }
 
 TEST(CalcScanner, NumbersAreExactUpToTheirLimits) {
