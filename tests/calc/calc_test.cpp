@@ -50,7 +50,7 @@ TEST(Calculation, MergesInOrderAndLeavesTheRefusedAlone) {
     calc_merge(target.get(), source);
     EXPECT_EQ(reports.names(), "ERR_CALC_FNC_REDEF");
     EXPECT_EQ(functions(target.get()), "N: f b c a; M: f");
-    calc_delete_func(refused); // nobody's, and still whole
+    calc_delete_func(refused); // still the caller's, and whole
 
     EXPECT_EQ(calc_remove_function(target.get(), "N", "c"), 0);
     EXPECT_EQ(calc_remove_function(target.get(), "N", "c"), -1);

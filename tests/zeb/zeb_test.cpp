@@ -14,7 +14,7 @@ namespace {
 
 using NorvaneCpp::String;
 
-// A project does not free its list of extra files: who is done with it does.
+// A project does not free its list of extra files: its user does.
 struct Deleter {
     void operator()(ZEBTarget* target) const { zeb_target_delete(target); }
     void operator()(ZEBProject* project) const {
