@@ -22,7 +22,7 @@ namespace {
 
 using namespace norvane::test;
 
-// Runs the preprocessor in a folder of its own, which is the current one meanwhile.
+// Runs the preprocessor in a directory of its own, which is the current one meanwhile.
 class PreprocessTest : public testing::Test {
   protected:
     PreprocessTest() : before_(std::filesystem::current_path()) {
@@ -83,11 +83,9 @@ TEST_F(PreprocessTest, TheResultHasDirectivesWhereTheReaderTakesThemAndTheTextAs
     folder.write("b.inc", "/* b */");
     const std::string skipped = "#if 0\n" + std::string(20, '\n') + "#endif\n";
     struct {
-        const char* name;
-        std::string model;
-        std::string result; // behind the first line
+        std::string name, model, result; // the result after its first line
     } const cases[] = {
-        {"macros expand in ranges, but not in strings, comments and behind an apostrophe",
+        {"macros expand in ranges, but not in strings, comments and after an apostrophe",
          "#define MAX 7\nx : [0..MAX]; \"MAX\" /* MAX */ // MAX\nit's MAX\nMAX",
          "\nx : [0..7]; \"MAX\" /* MAX */ // 7\nit's MAX\n7\n"},
         {"includes in includes, without a line feed at the end", "#include \"a.inc\"\nx\n",
@@ -132,14 +130,14 @@ TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
 }
 
 TEST_F(PreprocessTest, OnlyWhatThePreprocessorNeedsOfTheEnvironmentReachesIt) {
+    constexpr const char* variables[] = {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES",
+                                         "GCC_EXEC_PREFIX"};
     replace_cpp("printf '%s|' \"$@\"; echo; env | cut -d= -f1 | grep -v '^_$\\|^PWD$' | sort");
-    for (const char* variable :
-         {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES", "GCC_EXEC_PREFIX"})
+    for (const char* variable : variables)
         setenv(variable, "/x", 1);
     setenv("TMPDIR", "/tmp", 1);
     EXPECT_EQ(run("m.pm", {"-DX"}), 0);
-    for (const char* variable :
-         {"CPATH", "C_INCLUDE_PATH", "SUNPRO_DEPENDENCIES", "GCC_EXEC_PREFIX"})
+    for (const char* variable : variables)
         unsetenv(variable);
     EXPECT_EQ(read_file("out.pm"),
               "-traditional-cpp|-C|-undef|-nostdinc|-w|-dumpbase|model|-x|c|-DX|m.pm|\n"
@@ -148,43 +146,29 @@ TEST_F(PreprocessTest, OnlyWhatThePreprocessorNeedsOfTheEnvironmentReachesIt) {
 
 TEST_F(PreprocessTest, ArgumentsThatCouldMeanSomethingElseNeverReachThePreprocessor) {
     replace_cpp("for a; do case $a in -[IDU]*|?*.pm) printf '%s|' \"$a\";; esac; done");
-    struct {
-        std::vector<std::string> args;
-        std::string given; // empty where they are refused
-    } const cases[] = {
+    const std::pair<std::vector<std::string>, std::string> passed[] = {
         {{"-I@types", "-I", "@r.pm"}, "-I./@types|-I./@r.pm|m.pm|"},
         {{"-I-", "-I", "--", "-I=root", "-I$SYSROOT/x"},
          "-I./-|-I./--|-I./=root|-I./$SYSROOT/x|m.pm|"},
         {{"-I", "a b", "-I/x", "-I.."}, "-Ia b|-I/x|-I..|m.pm|"},
         {{"-DA", "-D", "B=@x", "-DF(x)=x\t", "-U_C"}, "-DA|-DB=@x|-DF(x)=x\t|-U_C|m.pm|"},
         {{"-I", "-DA"}, "-I./-DA|m.pm|"},
-        {{"-D@x"}, ""},
-        {{"-D", "@x"}, ""},
-        {{"-U@x"}, ""},
-        {{"-U", "A B"}, ""},
-        {{"-D"}, ""},
-        {{"-I"}, ""},
-        {{"-I", ""}, ""},
-        {{"-U", ""}, ""},
-        {{"-D-A"}, ""},
-        {{"-D1"}, ""},
-        {{"-U-"}, ""},
-        {{"-DA B"}, ""},
-        {{"-DA=1\n-o x"}, ""},
-        {{"@x"}, ""},
-        {{"-"}, ""},
-        {{"--"}, ""},
-        {{"--include=x"}, ""},
-        {{"-include", "x"}, ""},
-        {{"x.pm"}, ""},
-        {{"-fplugin=x"}, ""},
-        {{""}, ""},
     };
-    for (const auto& c : cases) {
+    // clang-format off
+    const std::vector<std::string> refused[] = {
+        {"-D@x"}, {"-D", "@x"}, {"-U@x"}, {"-U", "A B"}, {"-D"}, {"-I"}, {"-I", ""}, {"-U", ""},
+        {"-D-A"}, {"-D1"}, {"-U-"}, {"-DA B"}, {"-DA=1\n-o x"}, {"@x"}, {"-"}, {"--"}, {""},
+        {"--include=x"}, {"-include", "x"}, {"x.pm"}, {"-fplugin=x"}};
+    // clang-format on
+    for (const auto& [args, given] : passed) {
         os_delete_file("out.pm");
-        EXPECT_EQ(run("m.pm", c.args) == 0, !c.given.empty()) << c.args[0] << messages;
-        EXPECT_EQ(messages.find(" is refused: ") != messages.npos, c.given.empty()) << messages;
-        EXPECT_EQ(c.given.empty() ? "" : read_file("out.pm"), c.given);
+        EXPECT_EQ(run("m.pm", args), 0) << args[0] << messages;
+        EXPECT_EQ(messages.find(" is refused: "), messages.npos) << messages;
+        EXPECT_EQ(given, read_file("out.pm"));
+    }
+    for (const auto& args : refused) {
+        EXPECT_NE(run("m.pm", args), 0) << args[0];
+        EXPECT_NE(messages.find(" is refused: "), messages.npos) << args[0] << messages;
     }
 }
 
@@ -213,11 +197,9 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     EXPECT_EQ(messages, "");
 
     folder.write("m.pm", "x\n");
-    struct {
-        std::string script, text;
-    } const failures[] = {
+    const std::pair<std::string, std::string> failures[] = {
         {"exit 3", "the C preprocessor ended with status 3"},
-        {"kill -9 $$", "the C preprocessor was ended by signal 9"},
+        {"echo x; kill -9 $$", "the C preprocessor was ended by signal 9"},
         {"echo 'cpp: fatal error: no input' >&2; exit 1", "no input"},
         {"sleep 60", "the C preprocessor was stopped after 1 s"},
         {"exec >&- 2>&-; sleep 60", "the C preprocessor was stopped after 1 s"},
@@ -264,25 +246,19 @@ TEST_F(PreprocessTest, ThePreprocessorAndWhatItStartsEndWithAHostThatIsKilled) {
     EXPECT_TRUE(ends_soon(std::stoi(group)));
 }
 
-TEST_F(PreprocessTest, EveryFailureIsToldByTheStatus) {
-    folder.write("m.pm", "x\n");
+TEST_F(PreprocessTest, WithoutASinkMessagesGoToStandardErrorAndFilesThatAreThereAreKept) {
     EXPECT_NE(run("none.pm"), 0);
     folder.write("bad.pm", "#include \"none.inc\"\n");
     EXPECT_NE(run("bad.pm", {}, "bad.out"), 0);
     EXPECT_NE(messages.find("none.inc"), std::string::npos) << messages;
 
+    folder.write("m.pm", "x\n");
     folder.write("there.pm", "kept");
     symlink("elsewhere.pm", "link.pm");
     EXPECT_NE(run("m.pm", {}, "there.pm"), 0);
     EXPECT_NE(run("m.pm", {}, "link.pm"), 0);
-    EXPECT_NE(run("m.pm", {}, "none/out.pm"), 0);
     EXPECT_EQ(read_file("there.pm"), "kept");
     EXPECT_FALSE(std::filesystem::exists("elsewhere.pm"));
-
-    replace_cpp("echo x; kill -9 $$");
-    EXPECT_NE(run("m.pm", {}, "killed.pm"), 0);
-    setenv("PATH", folder.path().c_str(), 1);
-    EXPECT_NE(run("m.pm", {}, "nocpp.pm"), 0);
 }
 
 TEST_F(PreprocessTest, OutputThatCannotBeWrittenEndsAPreprocessorThatNeverWould) {
@@ -310,7 +286,7 @@ TEST_F(PreprocessTest, LargeModelsComeThroughWhole) {
     const std::string text = model.substr(model.find('\n') + 1);
     folder.write("whole.pm", text);
     replace_cpp("echo '# 1 \"m.pm\"'; cat whole.pm");
-    EXPECT_EQ(result("") == model, true);
+    EXPECT_TRUE(result("") == model);
 }
 
 TEST(MarkerFilterTest, TheSizeOfTheBlocksMakesNoDifference) {

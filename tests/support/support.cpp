@@ -158,10 +158,12 @@ std::string flat_rules(const Model& model, bool simplify) {
     return text;
 }
 
-void with_small_stack(const std::function<void()>& body) {
+void with_small_stack(const std::function<void()>& body, std::size_t size, void* memory) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 8u << 20);
+    EXPECT_EQ(memory ? pthread_attr_setstack(&attributes, memory, size)
+                     : pthread_attr_setstacksize(&attributes, size),
+              0);
     pthread_t thread;
     const auto run = [](void* user) -> void* {
         (*static_cast<const std::function<void()>*>(user))();

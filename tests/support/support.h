@@ -96,8 +96,10 @@ std::string on_stream(const std::function<void(FILE*)>& body);
 // The flat rules, one a line.
 std::string flat_rules(const Model& model, bool simplify = true);
 
-// Runs the body with a stack of 8 MiB, whatever the process was started with.
-void with_small_stack(const std::function<void()>& body);
+// Runs the body on a thread with a stack of 8 MiB, whatever the process was started with; or with
+// one of another size, at a place of the caller's.
+void with_small_stack(const std::function<void()>& body, std::size_t size = 8u << 20,
+                      void* memory = nullptr);
 
 // A folder of its own for a test, removed with all that is in it.
 class TemporaryFolder {
