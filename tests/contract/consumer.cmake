@@ -1,4 +1,4 @@
-# Installs into a folder of its own, and builds and runs programs against what lies there: the first
+# Installs into a directory of its own, and builds and runs programs against what is there: the first
 # program of the README, and one consumer in C by pkg-config and in C++ by find_package.
 set(prefix ${BUILD_DIR}/consumer/prefix)
 set(work ${BUILD_DIR}/consumer/work)
@@ -16,10 +16,10 @@ file(REMOVE_RECURSE ${prefix} ${work})
 file(MAKE_DIRECTORY ${work})
 run(ignored ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 file(GLOB_RECURSE pc_file ${prefix}/norvane_proj.pc)
-get_filename_component(pc_folder ${pc_file} DIRECTORY)
-get_filename_component(library_folder ${pc_folder} DIRECTORY)
-set(ENV{PKG_CONFIG_PATH} ${pc_folder})
-set(ENV{LD_LIBRARY_PATH} ${library_folder})
+get_filename_component(pc_directory ${pc_file} DIRECTORY)
+get_filename_component(library_directory ${pc_directory} DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pc_directory})
+set(ENV{LD_LIBRARY_PATH} ${library_directory})
 
 run(flags pkg-config --cflags --libs norvane_proj)
 separate_arguments(flags UNIX_COMMAND "${flags}")

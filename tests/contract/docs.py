@@ -2,7 +2,6 @@
 """Holds the documentation against what is there: generated pages are up to date, models and
 calculations that are shown pass their check, links lead to files and headings, the README leads to every
 page, and the pages for developers name files that exist and every directory of sources and tests."""
-import argparse
 import fnmatch
 import glob
 import os
@@ -11,14 +10,15 @@ import subprocess
 import sys
 import tempfile
 
+from common import finish, options, read
+
 
 def blocks(text, language):
     return re.findall(r'^```%s\n(.*?)^```' % language, text, re.M | re.S)
 
 
 def anchors(path):
-    with open(path) as stream:
-        headings = re.findall(r'^#+ (.*)', stream.read(), re.M)
+    headings = re.findall(r'^#+ (.*)', read(path), re.M)
     return {re.sub(r'[^\w -]', '', heading.lower()).replace(' ', '-') for heading in headings}
 
 
@@ -66,10 +66,7 @@ def unnamed_directories(architecture, contributing, paths):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    for option in ('driver', 'source'):
-        parser.add_argument('--' + option, required=True)
-    arguments = parser.parse_args()
+    arguments = options(__doc__, 'driver', 'source')
     docs = os.path.join(arguments.source, 'docs')
     bicycle = os.path.join(arguments.source, 'examples', 'bicycle.pm')
     failures = []
@@ -81,35 +78,31 @@ def main():
 
     run(sys.executable, os.path.join(docs, 'generate.py'), '--check', arguments.driver)
     shown = 0
-    with tempfile.TemporaryDirectory() as folder:
+    with tempfile.TemporaryDirectory() as directory:
         for path in sorted(glob.glob(docs + '/*.md')) + [os.path.join(arguments.source, 'README.md')]:
-            with open(path) as stream:
-                text = stream.read()
+            text = read(path)
             failures += ['%s: a broken link: %s' % (path, link) for link in broken_links(path, text)]
             for extension, command in (('pm', ('check',)), ('cl', ('calc', 'check', '--model', bicycle))):
                 for block in blocks(text, extension):
                     shown += 1
-                    name = os.path.join(folder, 'shown%d.%s' % (shown, extension))
+                    name = os.path.join(directory, 'shown%d.%s' % (shown, extension))
                     with open(name, 'w') as stream:
                         stream.write(block)
                     run(arguments.driver, *command, name)
-    with open(os.path.join(arguments.source, 'README.md')) as stream:
-        readme = stream.read()
+    readme = read(os.path.join(arguments.source, 'README.md'))
     for path in glob.glob(docs + '/*.md'):
         if '(docs/%s)' % os.path.basename(path) not in readme:
             failures.append('README.md does not lead to ' + path)
     paths = tree(arguments.source)
     pages = {}
     for page in ('CONTRIBUTING.md', 'docs/architecture.md', 'docs/extending.md'):
-        with open(os.path.join(arguments.source, page)) as stream:
-            pages[page] = stream.read()
+        pages[page] = read(os.path.join(arguments.source, page))
         failures += ['%s: there is no %s' % (page, path) for path in unknown_paths(pages[page], paths)]
     failures += ['not in the tables of directories: ' + path
                  for path in unnamed_directories(pages['docs/architecture.md'], pages['CONTRIBUTING.md'], paths)]
     if not shown:
         failures.append('the documentation shows neither models nor calculations')
-    print('\n'.join(failures))
-    return 1 if failures else 0
+    finish(failures)
 
 
-sys.exit(main())
+main()

@@ -1,77 +1,64 @@
 #!/usr/bin/env python3
-"""Compares the names that the libraries export with those that are promised: in the version script,
-in the headers, and, for the errors, in what the driver can explain."""
-import argparse
+"""Compares the names that the libraries export with those that are promised in the version script and in
+the headers and, for the errors, with what the driver can explain; and looks for exported functions that
+no comment in their header is about, neither before them nor before their group."""
 import fnmatch
 import glob
-import os
 import re
-import subprocess
 import sys
+
+from common import explained, finish, options, output, read
 
 RUNTIME = ('libc.so', 'libm.so', 'libgcc_s.so', 'libstdc++.so', 'ld-linux', 'libasan.so', 'libubsan.so')
 OWN = {'libnorvane_base.so.1', 'libexpat.so.1'}
 
 
-def output(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
-
-
 def exported(library, kinds=''):
     """All names, or those of the kinds that nm has such letters for."""
-    lines = output('nm', '-D', '--defined-only', library).splitlines()
-    rows = [line.split() for line in lines if len(line.split()) == 3]
-    return {name.partition('@')[0] for _, kind, name in rows if not kinds or kind in kinds}
+    rows = [line.split() for line in output('nm', '-D', '--defined-only', library).splitlines()]
+    return {row[2].partition('@')[0] for row in rows if len(row) == 3 and (not kinds or row[1] in kinds)}
 
 
 def in_map(path, declared):
     """The names that the version script lists; a pattern stands for the declared names that fit it."""
-    with open(path) as stream:
-        listed = re.findall(r'^ +([\w*]+);', stream.read(), re.M)
+    listed = re.findall(r'^ +([\w*]+);', read(path), re.M)
     return {name for name in listed if '*' not in name} | \
            {name for name in declared for pattern in listed if fnmatch.fnmatch(name, pattern)}
 
 
-def in_headers(folder):
-    names = set()
-    for path in glob.glob(os.path.join(folder, '*.h')):
-        with open(path) as stream:
-            text = re.sub(r'/\*.*?\*/', '', stream.read(), flags=re.S)
-        names.update(re.findall(r'^NORVANE_PROJ_API [^;(]*?(\w+)\(', text, re.M))
-    return names
-
-
-def needed(library):
-    return set(re.findall(r'\(NEEDED\).*\[(.*)\]', output('readelf', '-d', library)))
-
-
-def compare(what, left, right):
-    """Says what is in one set only; True if they are equal."""
-    for name in sorted(left - right):
-        print('%s: only on the left: %s' % (what, name))
-    for name in sorted(right - left):
-        print('%s: only on the right: %s' % (what, name))
-    return left == right
+def in_headers(directory):
+    return {name for path in glob.glob(directory + '/*.h')
+            for name in re.findall(r'^NORVANE_PROJ_API [^;(]*?(\w+)\(',
+                                   re.sub(r'/\*.*?\*/', '', read(path), flags=re.S), re.M)}
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    for option in ('proj', 'base', 'map', 'headers', 'driver'):
-        parser.add_argument('--' + option, required=True)
-    arguments = parser.parse_args()
-    declared = in_headers(arguments.headers)
-    promised = in_map(arguments.map, declared)
-    names = exported(arguments.proj)
-    errors = {n for n in names | exported(arguments.base) if n.startswith('ERR_')}
-    explained = {line.split()[0] for line in output(arguments.driver, 'explain', '--list').splitlines()}
-    own = {n for n in needed(arguments.proj) if not n.startswith(RUNTIME)}
-    good = [compare('library / version script', names, promised),
-            compare('headers / version script', declared, promised),
-            compare('errors of the libraries / of norvane-pm explain', errors, explained)]
-    if not own <= OWN:
-        print('the library needs more than it should:', ' '.join(sorted(own - OWN)))
-    return 0 if all(good) and own <= OWN else 1
+    given = options(__doc__, 'proj', 'base', 'map', 'headers', 'driver', 'docs')
+    sys.path.insert(0, given.docs)
+    import doxygen_filter
+
+    declared = in_headers(given.headers)
+    promised = in_map(given.map, declared)
+    names = exported(given.proj)
+    errors = {name for name in names | exported(given.base) if name.startswith('ERR_')}
+    failures = ['%s: %s is in one of them only' % (what, name)
+                for what, left, right in (('library and version script', names, promised),
+                                          ('headers and version script', declared, promised),
+                                          ('libraries and explain', errors, explained(given.driver)))
+                for name in sorted(left ^ right)]
+    needed = re.findall(r'\(NEEDED\).*\[(.*)\]', output('readelf', '-d', given.proj))
+    failures += ['the library needs ' + name for name in needed
+                 if name not in OWN and not name.startswith(RUNTIME)]
+
+    about = {}
+    for path in doxygen_filter.headers():
+        about.update(doxygen_filter.Parser(doxygen_filter.read(path)).about)
+    # Members of classes, and variables, are Doxygen's to look at.
+    functions = {name for library in (given.proj, given.base) for name in exported(library, 'TW')
+                 if not name.startswith('_')}
+    failures += ['%s is in no header' % name for name in sorted(functions - set(about))]
+    failures += ['no comment is about %s' % name for name in sorted(functions) if about.get(name) == '']
+    finish(failures)
 
 
-if __name__ == '__main__':
-    sys.exit(main())
+main()

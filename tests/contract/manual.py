@@ -1,19 +1,15 @@
 #!/usr/bin/env python3
 """Holds the man page and the completion against what the driver says of its commands and options:
 whatever one of them has, the others have, and the words that an option takes are the same."""
-import argparse
 import re
 import shutil
 import subprocess
-import sys
+
+from common import explained, finish, options, output, read
 
 # Completes the words after the driver's name, the last of which is at the cursor; one word a line.
 COMPLETE = 'source "$1"; shift; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _norvane_pm; ' \
            'printf "%s\\n" "${COMPREPLY[@]}"'
-
-
-def output(*command):
-    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
 def section(text, title):
@@ -46,8 +42,7 @@ def tree(driver, command=()):
 
 class Page:
     def __init__(self, path):
-        with open(path) as stream:
-            text = re.sub(r'\\f[A-Z]|"', '', stream.read().replace('\\-', '-'))
+        text = re.sub(r'\\f[A-Z]|"', '', read(path).replace('\\-', '-'))
         self.version = re.search(r'^\.TH .* norvane_proj (\S+)', text, re.M).group(1)
         self.sections = dict(re.findall(r'^\.S[SH] (.*)\n((?:(?!\.S[SH]).*\n)*)', text, re.M))
 
@@ -67,10 +62,7 @@ def long_options(text):
 
 
 def main():
-    parser = argparse.ArgumentParser()
-    for option in ('driver', 'page', 'completion'):
-        parser.add_argument('--' + option, required=True)
-    arguments = parser.parse_args()
+    arguments = options(__doc__, 'driver', 'page', 'completion')
     failures = []
 
     def expect_equal(what, actual, expected):
@@ -107,22 +99,17 @@ def main():
             expect_equal('arguments of ' + name,
                          complete(*command, '--format', 'json', 'file', 'project', ''),
                          said.argument_words)
-    explained = [line.split()[0] for line in output(arguments.driver, 'explain', '--list').splitlines()]
-    expect_equal('completion of explain', complete('explain', ''), explained)
+    expect_equal('completion of explain', complete('explain', ''), explained(arguments.driver))
 
-    if shutil.which('man'):
-        said = subprocess.run(['man', '--warnings', '-E', 'UTF-8', '-l', '-Tutf8', arguments.page],
+    readers = {'man': ('--warnings', '-E', 'UTF-8', '-l'), 'groff': ('-man', '-ww', '-z')}
+    reader = next(filter(shutil.which, readers), None)
+    if reader:
+        said = subprocess.run([reader, *readers[reader], '-Tutf8', arguments.page],
                               capture_output=True, text=True).stderr
-    elif shutil.which('groff'):
-        said = subprocess.run(['groff', '-man', '-ww', '-z', '-Tutf8', arguments.page],
-                              capture_output=True, text=True).stderr
+        failures += [said] if said else []
     else:
-        said = ''
         print('NOT CHECKED: there is neither man nor groff to read the page')
-    if said:
-        failures.append(said)
-    print('\n'.join(failures))
-    return 1 if failures else 0
+    finish(failures)
 
 
-sys.exit(main())
+main()

@@ -1,7 +1,7 @@
 /* Loaded into the driver before all libraries (LD_PRELOAD): counts the calls by which a
  * program asks the system for something, and lets one of them fail, as it does on a machine whose
- * memory, descriptors, disk or processes are used up. Whoever calls counts, the C library's own
- * functions and those of expat and libzip included.
+ * memory, descriptors, disk or processes are used up. Calls from the C library, expat and
+ * libzip count too.
  *
  * In the environment: INJECT_FILE, a file of `struct Shared`, which tells what is to fail and takes
  * the counts. That begins before any library's initialisers run, those of the C library included.
@@ -30,8 +30,7 @@
 
 enum Kind { MEMORY, OPEN, READ, WRITE, SPAWN, MAP, REMOVE, KINDS };
 
-/* Shared with run.py, which runs the driver,, and with the process that becomes the
- * preprocessor. */
+/* Shared with run.py, which runs the driver, and with the process that becomes the preprocessor. */
 struct Shared {
     int kind;         /* what is to fail, or -1 */
     int at;           /* which of its calls, from 1 */
@@ -119,26 +118,18 @@ static void* new_or_throw(void* memory) {
     return memory;
 }
 
-void* new_object(size_t) __asm__("_Znwm");
-void* new_array(size_t) __asm__("_Znam");
-void* new_object_or_null(size_t, const void*) __asm__("_ZnwmRKSt9nothrow_t");
-void* new_array_or_null(size_t, const void*) __asm__("_ZnamRKSt9nothrow_t");
-void* new_aligned(size_t, size_t) __asm__("_ZnwmSt11align_val_t");
+void* new_object(size_t size) __asm__("_Znwm");
+void* new_array(size_t size) __asm__("_Znam") __attribute__((alias("_Znwm")));
+void* new_object_or_null(size_t size, const void* nothrow) __asm__("_ZnwmRKSt9nothrow_t");
+void* new_array_or_null(size_t, const void*) __asm__("_ZnamRKSt9nothrow_t")
+    __attribute__((alias("_ZnwmRKSt9nothrow_t")));
+void* new_aligned(size_t size, size_t alignment) __asm__("_ZnwmSt11align_val_t");
 
 void* new_object(size_t size) {
     return new_or_throw(malloc(size));
 }
 
-void* new_array(size_t size) {
-    return new_or_throw(malloc(size));
-}
-
 void* new_object_or_null(size_t size, const void* nothrow) {
-    (void)nothrow;
-    return malloc(size);
-}
-
-void* new_array_or_null(size_t size, const void* nothrow) {
     (void)nothrow;
     return malloc(size);
 }
@@ -178,7 +169,7 @@ void* dlopen(const char* name, int flags) {
     return library;
 }
 
-/* What libzip draws random numbers from does not survive a lack of memory, and is not tested
+/* What libzip draws random numbers from does not survive being out of memory, and is not tested
  * either. */
 int RAND_bytes(unsigned char* buffer, int size);
 
@@ -209,7 +200,7 @@ size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {
     return 0;
 }
 
-/* Writing, and what follows it. Standard error is let alone: it must take the report. -----------*/
+/* Writing, and what follows it. Standard error never fails: it takes the report. -----------*/
 
 static int refused(FILE* stream) {
     const int descriptor = fileno(stream);
@@ -305,7 +296,7 @@ void* mmap(void* place, size_t size, int protection, int flags, int descriptor, 
 WRAP(int, mprotect, (void* place, size_t size, int protection), (place, size, protection), MAP,
      ENOMEM, -1)
 
-/* Taking files away. ----------------------------------------------------------------------------*/
+/* Removing files.  ----------------------------------------------------------------------------*/
 
 WRAP(int, unlink, (const char* path), (path), REMOVE, EPERM, -1)
 

@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 """Lets each call that asks the system for something fail in turn, in each command of the driver.
 
-usage: run.py --driver NORVANE_PM --inject LIBRARY --kind KIND [--only NAME] [--points N | --all]
-              [--once]
+usage: run.py --driver NORVANE_PM --inject LIBRARY --kind KIND [--only NAME] [--points N] [--once]
 
 KIND is memory, open, read, write, spawn, map or remove (inject.c tells what belongs to each). A command
 is run once to count its calls; then once for each call, which fails alone, and once for each call, which
-fails together with all behind it. Where there are more calls than N, that many are taken, evenly
-spread; --all takes each. With --once no two fail together: the runtime of a sanitizer ends the process
+fails together with all after it. Where there are more calls than N, that many are taken, evenly
+spread; N = 0 takes each. With --once no two fail together: the runtime of a sanitizer ends the process
 when it has no memory itself. Whatever fails, the driver has to
 
 - succeed with the very same results, or end with a report and status 1, or with a report and
@@ -21,6 +20,7 @@ import concurrent.futures
 import io
 import mmap
 import os
+import pathlib
 import re
 import resource
 import shutil
@@ -80,70 +80,66 @@ def preloading(library):
             'ASAN_OPTIONS': os.environ.get('ASAN_OPTIONS', '') + ':verify_asan_link_order=0:alloc_dealloc_mismatch=0'}
 
 
-class Outcome:
-    """What a command did, and what it left in its folder."""
+def files_in(directory):
+    return sorted(path for path in pathlib.Path(directory).rglob('*') if not path.is_dir())
 
-    def __init__(self, done, folder, temporary, output, shared):
+
+class Outcome:
+    """What a command did, and what it left in its directory."""
+
+    def __init__(self, done, directory, temporary, output, shared):
         self.status, self.stdout, self.stderr = done.returncode, done.stdout, done.stderr
-        self.output = None
-        if output and os.path.exists(os.path.join(folder, output)):
-            with open(os.path.join(folder, output), 'rb') as stream:
-                self.output = stream.read()
-        self.files = sorted(os.path.join(os.path.relpath(place, folder), name)
-                            for place, _, names in os.walk(folder) for name in names)
+        path = pathlib.Path(directory, output or 'none')
+        self.output = path.read_bytes() if path.is_file() else None
+        self.files = files_in(directory)
         self.temporary = os.listdir(temporary)
-        self.failed, self.calls = shared[3], shared[4:]
+        self.calls = shared[4:]
 
 
 class Bench:
-    """A folder in which commands run, one at a time."""
+    """A directory in which commands run, one at a time."""
 
     def __init__(self, driver, inject, top):
         self.driver, self.inject = driver, inject
-        self.folder = os.path.join(top, 'work')
+        self.directory = os.path.join(top, 'work')
         self.temporary = os.path.join(top, 'tmp')
         os.mkdir(self.temporary)
-        shutil.copytree(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'data'), self.folder)
-        os.mkdir(os.path.join(self.folder, 'out'))
-        with open(os.path.join(self.folder, 'deep.pm'), 'w') as stream:
-            stream.write('variable public a : boolean; rule %sa%s;' % ('not (' * DEPTH, ')' * DEPTH))
-        with open(os.path.join(top, 'shared'), 'wb') as stream:
-            stream.write(bytes(SHARED.size))
+        shutil.copytree(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'data'), self.directory)
+        os.mkdir(os.path.join(self.directory, 'out'))
+        pathlib.Path(self.directory, 'deep.pm').write_text(
+            'variable public a : boolean; rule %sa%s;' % ('not (' * DEPTH, ')' * DEPTH))
+        with open(os.path.join(top, 'shared'), 'w+b') as stream:
+            stream.truncate(SHARED.size)
+            self.shared = mmap.mmap(stream.fileno(), SHARED.size)
         self.environment = dict(os.environ, LC_ALL='C', TMPDIR=self.temporary,
                                 INJECT_FILE=stream.name, **preloading(inject))
-        with open(stream.name, 'r+b') as stream:
-            self.shared = mmap.mmap(stream.fileno(), SHARED.size)
         for command in PREPARATIONS:
             if self.run(command, None).status != 0:
                 sys.exit('cannot prepare: ' + command)
 
     def run(self, command, output, kind=-1, at=0, onwards=False):
         if output:
-            with open(os.path.join(self.folder, output), 'wb') as stream:
-                stream.write(OLD)
+            pathlib.Path(self.directory, output).write_bytes(OLD)
         self.shared[:] = SHARED.pack(kind, at, onwards, 0, *[0] * len(KINDS))
-        with open(os.path.join(self.folder, 'main.pm'), 'rb') as model:
+        with open(os.path.join(self.directory, 'main.pm'), 'rb') as model:
             with tempfile.TemporaryFile() as results: # a pipe would take everything
                 try:
-                    done = subprocess.run([self.driver, *command.split()], cwd=self.folder, timeout=30,
+                    done = subprocess.run([self.driver, *command.split()], cwd=self.directory, timeout=30,
                                           env=self.environment, stdin=model, stdout=results,
                                           stderr=subprocess.PIPE)
                 except subprocess.TimeoutExpired:
                     done = subprocess.CompletedProcess(command, HANGS, b'', b'')
                 results.seek(0)
                 done.stdout = results.read()
-        outcome = Outcome(done, self.folder, self.temporary, output, SHARED.unpack(self.shared))
-        for name in outcome.temporary:
-            path = os.path.join(self.temporary, name)
-            shutil.rmtree(path) if os.path.isdir(path) else os.unlink(path)
+        outcome = Outcome(done, self.directory, self.temporary, output, SHARED.unpack(self.shared))
+        if outcome.temporary:
+            shutil.rmtree(self.temporary)
+            os.mkdir(self.temporary)
         return outcome
 
-
-def forget_new_files(bench, files):
-    for place, _, names in os.walk(bench.folder):
-        for name in names:
-            if os.path.join(os.path.relpath(place, bench.folder), name) not in files:
-                os.unlink(os.path.join(place, name))
+    def forget_new_files(self, files):
+        for path in set(files_in(self.directory)) - set(files):
+            path.unlink()
 
 
 def members(package):
@@ -186,7 +182,7 @@ def faults(whole, actual, kind):
     if whole.output and not is_acceptable(actual.output, whole, actual.status):
         yield 'the file that was to be written is neither the old one nor whole'
     if actual.files != whole.files and (actual.output or not whole.output):
-        yield 'files: %s' % sorted(set(actual.files) ^ set(whole.files))
+        yield 'files: %s' % sorted(map(str, set(actual.files) ^ set(whole.files)))
     if actual.temporary and kind != 'remove':
         yield 'temporary files: %s' % actual.temporary
 
@@ -204,19 +200,17 @@ def chosen(first, last, points):
 
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
-    parser.add_argument('--driver', required=True)
-    parser.add_argument('--inject', required=True)
+    for option in ('driver', 'inject'):
+        parser.add_argument('--' + option, required=True)
     parser.add_argument('--kind', required=True, choices=KINDS)
     parser.add_argument('--only')
     parser.add_argument('--points', type=int, default=60)
     parser.add_argument('--once', action='store_true')
-    parser.add_argument('--all', action='store_true')
     arguments = parser.parse_args()
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     resource.setrlimit(resource.RLIMIT_STACK, (STACK, resource.getrlimit(resource.RLIMIT_STACK)[1]))
     kind = KINDS.index(arguments.kind)
     modes = (False,) if arguments.once else (False, True)
-    points = 0 if arguments.all else arguments.points
 
     def try_command(named):
         name, command, output = named
@@ -226,14 +220,14 @@ def main():
             start = 0 if name == 'help' else bench.run('--version', None).calls[kind]
             whole = bench.run(command, output)
             wrong = []
-            calls = chosen(start + 1, whole.calls[kind], points)
+            calls = chosen(start + 1, whole.calls[kind], arguments.points)
             for onwards in modes:
                 for at in calls:
                     actual = bench.run(command, output, kind, at, onwards)
                     wrong += ['norvane-pm %s: %s call %d%s: %s\n%s' % (
                         command, arguments.kind, at, ' and on' if onwards else '', fault,
                         actual.stderr.decode('latin-1')) for fault in faults(whole, actual, arguments.kind)]
-                    forget_new_files(bench, whole.files)
+                    bench.forget_new_files(whole.files)
             if whole.status != (1 if name == 'wrong' else 0):
                 wrong.append('norvane-pm %s: status %s without any failure\n%s' % (
                     command, whole.status, whole.stderr.decode('latin-1')))

@@ -3,8 +3,8 @@
 
 usage: same_bytes.py --driver NORVANE_PM --in-locale LIBRARY
 
-Every command is run twice on copies of the same files: as it is, and in another folder, with another
-folder for temporary files, in another time zone, some seconds later, with a poor environment and, where
+Every command is run twice on copies of the same files: as it is, and in another directory, with
+another one for temporary files, in another time zone, some seconds later, with a poor environment and, where
 `localedef` can make one, in a locale that writes decimals with a comma (in_locale.c). What it prints, reports
 included, and every file that it writes must be the same.
 """
@@ -34,12 +34,12 @@ MORE = [
 
 def make_locale(top):
     """The environment for a locale with a decimal comma, which is shown to be in force; or None."""
-    folder = os.path.join(top, 'locale')
-    os.mkdir(folder)
-    environment = {'LOCPATH': folder, 'LC_ALL': 'de_DE.UTF-8', 'LANG': 'de_DE.UTF-8'}
+    directory = os.path.join(top, 'locale')
+    os.mkdir(directory)
+    environment = {'LOCPATH': directory, 'LC_ALL': 'de_DE.UTF-8', 'LANG': 'de_DE.UTF-8'}
     try:
         subprocess.run(['localedef', '-i', 'de_DE', '-f', 'UTF-8',
-                        os.path.join(folder, 'de_DE.UTF-8')], check=False, capture_output=True)
+                        os.path.join(directory, 'de_DE.UTF-8')], check=False, capture_output=True)
         shown = subprocess.run(['locale', 'decimal_point'], env=dict(os.environ, **environment),
                                capture_output=True, text=True, check=False).stdout
     except OSError:
@@ -47,28 +47,26 @@ def make_locale(top):
     return environment if shown == ',\n' else None
 
 
-def outcomes(driver, folder, environment):
+def outcomes(driver, directory, environment):
     """What each command prints, its status, and every file that is there at the end."""
-    shutil.copytree(DATA, folder)
-    os.mkdir(os.path.join(folder, 'out'))
+    shutil.copytree(DATA, directory)
+    os.mkdir(os.path.join(directory, 'out'))
     prepare = [('', command, None) for command in failures.PREPARATIONS]
     seen = {}
     for _, command, _ in prepare + failures.COMMANDS + MORE:
-        with open(os.path.join(folder, 'main.pm'), 'rb') as model:
-            done = subprocess.run([driver, *command.split()], cwd=folder, env=environment,
+        with open(os.path.join(directory, 'main.pm'), 'rb') as model:
+            done = subprocess.run([driver, *command.split()], cwd=directory, env=environment,
                                   stdin=model, capture_output=True, timeout=60, check=False)
         seen['norvane-pm ' + command] = (done.returncode, done.stdout, done.stderr)
-    for place, _, names in os.walk(folder):
-        for name in names:
-            with open(os.path.join(place, name), 'rb') as stream:
-                seen[os.path.relpath(os.path.join(place, name), folder)] = stream.read()
+    for path in failures.files_in(directory):
+        seen[str(path.relative_to(directory))] = path.read_bytes()
     return seen
 
 
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
-    parser.add_argument('--driver', required=True)
-    parser.add_argument('--in-locale', required=True)
+    for option in ('driver', 'in-locale'):
+        parser.add_argument('--' + option, required=True)
     arguments = parser.parse_args()
     driver = os.path.abspath(arguments.driver)
     with tempfile.TemporaryDirectory(prefix='same.') as top:
