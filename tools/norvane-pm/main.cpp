@@ -38,6 +38,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace norvane::pm;
     prepare_output();
+    std::atexit(remove_temporaries); // a scanner that is out of memory ends the process itself
     int status = STATUS_INTERNAL_FAILURE;
     try {
         status = run(argc, argv);
