@@ -41,7 +41,8 @@ TEST(DiagnosticsTest, AReportWithEveryKindOfRunIsSetForAPerson) {
     append_paragraph(error, ERROR_P_ORDINARY); // and one of nothing
     p = append_paragraph(error, ERROR_P_ORDINARY);
     const std::string word(90, 'w');
-    err_p_append_text(p, ("is a " + word + " too").c_str());
+    const std::string full(74, 'f'); // fills a line of 78 columns with "too"
+    err_p_append_text(p, ("is a " + word + " too " + full + " last").c_str());
 
     EXPECT_EQ(printed(error, ERROR_TYPE_WARNING, ERR_PRINT_TITLE),
               "warning: a.pm (3): 'first second?[1m' [ERR_SAMPLE]\n");
@@ -64,7 +65,7 @@ TEST(DiagnosticsTest, AReportWithEveryKindOfRunIsSetForAPerson) {
               "    MY_CONST + 2.2 * 3.2\n"
               "\n"
               "is a\n" +
-                  word + "\ntoo\n");
+                  word + "\ntoo " + full + "\nlast\n");
     err_delete(error);
 }
 

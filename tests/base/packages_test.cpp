@@ -104,12 +104,23 @@ TEST(Packages, WhatIsPutInComesOut) {
     ASSERT_NE(nullptr, model);
     EXPECT_EQ(model, package.getModel("M"));
     EXPECT_EQ(calculation, content(model->OpenCalculation()));
-    for (const char* name : {"m", "", "StandardMu"})
-        EXPECT_EQ(nullptr, package.getModel(name)) << name;
+    EXPECT_TRUE(!package.getModel("m") && !package.getModel(""));
     EXPECT_TRUE(package.closeAndSave());
     EXPECT_FALSE(package.closeAndSave());
     EXPECT_EQ(nullptr, package.getModel("M"));
     EXPECT_FALSE(model->OpenCalculation().isOpen());
+}
+
+TEST(Packages, AModelIsFoundByItsNameInTheIndexAlone) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path() + "/a.mub";
+    CFilePackage made;
+    ASSERT_TRUE(made.createPackage(path.c_str(), ""));
+    made.open("index.mui", FILE_OPEN_CREATE_WRITE)->printf("modeltype=StandardMu\nmain=M\n");
+    ASSERT_TRUE(made.closeAndSave());
+    CMubPackage package;
+    ASSERT_TRUE(package.openPackage(path.c_str(), ""));
+    EXPECT_TRUE(package.getModel("M") && !package.getModel("StandardMu"));
 }
 
 TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {

@@ -157,7 +157,7 @@ TEST_F(PreprocessTest, ArgumentsThatCouldMeanSomethingElseNeverReachThePreproces
     // clang-format off
     const std::vector<std::string> refused[] = {
         {"-D@x"}, {"-D", "@x"}, {"-U@x"}, {"-U", "A B"}, {"-D"}, {"-I"}, {"-I", ""}, {"-U", ""},
-        {"-D-A"}, {"-D1"}, {"-U-"}, {"-DA B"}, {"-DA=1\n-o x"}, {"@x"}, {"-"}, {"--"}, {""},
+        {"-D-A"}, {"-D1"}, {"-U-"}, {"-DA B"}, {"-DA=1\n-o x"}, {"@x"}, {"@Ix"}, {"xDx"}, {"-"}, {"--"}, {""},
         {"--include=x"}, {"-include", "x"}, {"x.pm"}, {"-fplugin=x"}};
     // clang-format on
     for (const auto& [args, given] : passed) {
