@@ -5,7 +5,7 @@
 # public headers of a library lie in one directory, so each room gets a directory of forwarding
 # headers with just those that are its own.
 
-# norvane_room(LIBRARY NAME
+# norvane_room(LIBRARY AREA NAME
 #              [SOURCES FILE...]   below src/NAME, or absolute where they are generated
 #              [HEADERS FILE...]   its public headers, below include/norvane/AREA
 #              [USES ROOM...]      rooms of the same library whose headers it may include
@@ -14,9 +14,15 @@
 function(norvane_room library area name)
   cmake_parse_arguments(PARSE_ARGV 3 room "" "" "SOURCES;HEADERS;USES;NEEDS")
   set(forwarding ${CMAKE_CURRENT_BINARY_DIR}/rooms/${name})
+  # A header that has left the room must not be found in it by an older build.
+  file(GLOB former RELATIVE ${forwarding}/norvane/${area} ${forwarding}/norvane/${area}/*)
+  list(REMOVE_ITEM former ${room_HEADERS} "")
+  foreach(header IN LISTS former)
+    file(REMOVE ${forwarding}/norvane/${area}/${header})
+  endforeach()
   foreach(header IN LISTS room_HEADERS)
     set(public ${CMAKE_CURRENT_SOURCE_DIR}/include/norvane/${area}/${header})
-    file(CONFIGURE OUTPUT ${forwarding}/norvane/${area}/${header} CONTENT "#include \"${public}\"\n")
+    file(CONFIGURE OUTPUT ${forwarding}/norvane/${area}/${header} CONTENT "#include \"${public}\"\n" @ONLY)
     set_property(GLOBAL APPEND PROPERTY ${library}_claimed_headers ${public})
   endforeach()
   list(TRANSFORM room_SOURCES PREPEND src/${name}/ REGEX "^[^/]")

@@ -40,7 +40,6 @@ class Diagnostics {
     void show_progress(std::string_view text);
     bool shows_progress() const { return on_terminal_; }
 
-    bool has_reported() const { return has_reported_; }
     Format format() const { return format_; }
 
   private:

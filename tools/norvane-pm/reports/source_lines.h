@@ -15,7 +15,7 @@ namespace norvane::pm {
 // kept: each part of a file is looked through once.
 class SourceLines {
   public:
-    // The line as it is shown under a report, behind its number, cut where it is too long to be
+    // The line as it is shown under a report, after its line number, cut where it is too long to be
     // looked at. Empty if it is blank or cannot be read.
     std::string shown(std::string_view file, unsigned line);
 

@@ -42,7 +42,7 @@ namespace norvane {
 // Failures ---------------------------------------------------------------------------------------
 
 // What the library threw: a broken invariant, memory that is exhausted, a watch that stopped the
-// run. What the call had in hand is lost; the values that took part in it are still valid.
+// run. Memory that the call was using is leaked; the values that took part in it stay valid.
 class InternalFailure : public std::exception {
   public:
     explicit InternalFailure(const ExceptionState& thrown) noexcept : thrown_(thrown) {}
@@ -316,7 +316,7 @@ inline const char* null_if_empty(const std::string& text) {
 
 // Texts and tables -------------------------------------------------------------------------------
 
-// From code page 1252 to UTF-8, and back; what code page 1252 does not have becomes "?".
+// Converts a text of the library, in code page 1252, to UTF-8.
 inline std::string codepage_to_utf8(std::string_view text) {
     NorvaneCpp::String converted;
     call([&converted, text] {
@@ -324,6 +324,8 @@ inline std::string codepage_to_utf8(std::string_view text) {
     });
     return {converted.GetStr(), converted.Size()};
 }
+
+// Converts the other way. A character that code page 1252 does not have becomes "?".
 inline std::string utf8_to_codepage(std::string_view text) {
     NorvaneCpp::String converted;
     call([&converted, text] {
@@ -448,7 +450,7 @@ class Model {
     detail::Owner<Project, proj_delete> project_;
 };
 
-// One flat rule, and the declaration that it comes from, which is null where it was not asked for.
+// One flat rule, and the declaration that it comes from, which is null unless it was asked for.
 // Both are borrowed.
 struct FlatRule {
     Expr* expr;
@@ -517,16 +519,26 @@ class CheckedModel {
     // check it again.
     static Result<CheckedModel> check(Model&& model, const OnReport& on_report = {}) {
         detail::Gathering gathering(on_report);
+        detail::Owner<SymbolTable, symtbl_delete_symbol_table> table(
+            call([project = model.get()] { return proj_static_sem_check(project); }));
+        // First what may throw, so that the model stays the caller's then.
+        std::vector<Report> reports = gathering.take_reports();
         std::optional<CheckedModel> checked;
-        SymbolTable* table =
-            call([project = model.get()] { return proj_static_sem_check(project); });
-        if (table) checked.emplace(std::move(model), table);
-        return {std::move(checked), gathering.take_reports()};
+        if (table) checked.emplace(std::move(model), table.release());
+        return {std::move(checked), std::move(reports)};
     }
 
     // Takes both over: a project that was checked, and the table of its check.
     CheckedModel(Model model, SymbolTable* table) noexcept
         : model_(std::move(model)), table_(table) {}
+    CheckedModel(CheckedModel&&) noexcept = default;
+    CheckedModel& operator=(CheckedModel&& other) noexcept {
+        table_ = std::move(other.table_); // the old table goes before its project
+        model_ = std::move(other.model_);
+        return *this;
+    }
+    ~CheckedModel() = default;
+
     const Model& model() const { return model_; }
     Project* get() const { return model_.get(); }
     SymbolTable* table() const { return table_.get(); }

@@ -7,8 +7,8 @@
  *   not (a = b).
  *
  * - A `while` whose body begins with a bracket or a minus. After a condition that ends in a name or
- *   an index, the bracket reads as the arguments of a call; after any condition, the minus reads as
- * a subtraction.
+ *   an index, the bracket reads as the arguments of a call. After any condition, the minus reads as
+ *   that of a subtraction.
  *
  * - An `else` after a body that ends, outside a block, in an `if` without `else`: it reads as the
  *   `else` of the inner `if`.
@@ -16,7 +16,7 @@
  * - Trees that source cannot express: an assignment to anything but a name, a local without an
  *   initial value, a call without a namespace, an external function with a default, a namespace
  *   without functions, a negative or infinite number, names that are not identifiers, and a quote
- * in the text of an external function.
+ *   in the text of an external function.
  *
  * - The character 255 (a "y" with diaeresis), which readers of source drop or take as its end.
  *

@@ -37,6 +37,7 @@ NORVANE_BASE_API void os_delete_file(const char* path);
 NORVANE_BASE_API int os_pre_process_file(const char* output, const char* input,
                                          const PolyList* cpp_args);
 
+/* A line of a file. */
 typedef struct OsPlace {
     const char* file;
     unsigned line; /* from 1 */

@@ -20,6 +20,7 @@ typedef enum WorkKind {
     WORK_FUNCTION  /* CFunc */
 } WorkKind;
 
+/* What is being worked on, and how far it is. */
 typedef struct WorkMark {
     WorkKind kind;
     const void* subject;        /* the innermost declaration that is being worked on; borrowed */
