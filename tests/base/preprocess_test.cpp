@@ -188,11 +188,11 @@ void tell(const OsPreprocessorMessage* m, void*) {
 TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     folder.write("car.pm", "\n#include \"a: b.pm\"\n");
     folder.write("a: b.pm", "#include \"engine.pm\"\n");
-    folder.write("engine.pm", "x;\n\n#error no 5:6: error: here\n#include \"none.pm\"\ny\n");
+    folder.write("engine.pm", "x;\n\n#error no 5:6: fatal error: here\n#include \"none.pm\"\ny\n");
     told.clear();
     os_set_preprocessor_sink(tell, nullptr);
     EXPECT_NE(run("car.pm"), 0);
-    EXPECT_EQ(told, "error engine.pm:3 #error no 5:6: error: here < a: b.pm:1 < car.pm:2\n"
+    EXPECT_EQ(told, "error engine.pm:3 #error no 5:6: fatal error: here < a: b.pm:1 < car.pm:2\n"
                     "error engine.pm:4 none.pm: No such file or directory\n");
     EXPECT_EQ(messages, "");
 

@@ -15,8 +15,9 @@ namespace norvane::pm {
 namespace {
 
 // Those that end a program which does not handle them, and that come from outside of it.
-constexpr int deadly_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGABRT,  SIGALRM,
-                                  SIGUSR1, SIGUSR2, SIGXCPU, SIGPROF, SIGVTALRM};
+constexpr int deadly_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM,  SIGABRT,   SIGALRM,
+                                  SIGUSR1, SIGUSR2, SIGXCPU, SIGPROF,  SIGVTALRM, SIGPOLL,
+                                  SIGPWR,  SIGSYS,  SIGTRAP, SIGSTKFLT};
 
 // Names, empty where there is none. Plain arrays, since a signal handler reads them.
 char temporary_file[PATH_MAX];

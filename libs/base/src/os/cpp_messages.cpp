@@ -79,19 +79,34 @@ struct IncludedFrom {
     }
 };
 
-bool read_message(char* line, OsPreprocessorMessage* message) {
+// Where the severity stands: the first of the words that follows a number, as a place ends in one,
+// or else the first, as in "cpp: fatal error: ...". A message may contain such words itself.
+char* find_severity(char* line, const Severity** found) {
+    char* first = nullptr;
+    bool is_after_number = false;
     for (const Severity& severity : severities) {
         char* words = std::strstr(line, severity.words);
         if (!words) continue;
-        *words = '\0';
-        message->is_error = severity.is_error;
-        message->text = words + std::strlen(severity.words);
-        const Place parsed(line);
-        const bool is_late = parsed.has_column && std::strncmp(message->text, "#error", 6) != 0;
-        message->place = is_late ? one_line_up(parsed.place) : parsed.place;
-        return true;
+        const bool after_number = words > line && words[-1] >= '0' && words[-1] <= '9';
+        if (first && (is_after_number != after_number ? is_after_number : words > first)) continue;
+        first = words;
+        is_after_number = after_number;
+        *found = &severity;
     }
-    return false;
+    return first;
+}
+
+bool read_message(char* line, OsPreprocessorMessage* message) {
+    const Severity* severity = nullptr;
+    char* words = find_severity(line, &severity);
+    if (!words) return false;
+    *words = '\0';
+    message->is_error = severity->is_error;
+    message->text = words + std::strlen(severity->words);
+    const Place parsed(line);
+    const bool is_late = parsed.has_column && std::strncmp(message->text, "#error", 6) != 0;
+    message->place = is_late ? one_line_up(parsed.place) : parsed.place;
+    return true;
 }
 
 } // namespace

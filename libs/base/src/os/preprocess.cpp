@@ -21,6 +21,7 @@
 #include "cpp_messages.h"
 #include "cpp_process.h"
 #include "marker_filter.h"
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/callbacks.h"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
@@ -120,9 +121,9 @@ class Deadline {
 struct Run {
     CppProcess process;
     Output* output;
-    UtilString* messages; // that the preprocessor wrote
-    UtilString* failure;  // why it failed; empty if it did not
-    bool has_ended_itself = false;
+    UtilString* messages;     // that the preprocessor wrote
+    UtilString* failure;      // why it failed; empty if it did not
+    bool has_refused = false; // the preprocessor, which has said why
 };
 
 // Reads once, as poll has said that something is there. False at the end, or after a failure.
@@ -180,11 +181,13 @@ bool read_streams(Run* run) {
     bool goes_on = true;
     while (goes_on && watched.is_any_left()) {
         const int ready = poll(watched.descriptors, Watched::count, deadline.left());
-        if (ready < 0) continue; // interrupted
-        goes_on = ready > 0 && read_ready(run, &watched);
-        if (ready == 0)
+        if (ready < 0 && errno != EINTR) run->output->error = errno;
+        goes_on = !run->output->error && (ready <= 0 || read_ready(run, &watched));
+        if (goes_on && deadline.left() == 0) {
             ustr_printf(run->failure, "the C preprocessor was stopped after %u s",
                         settings.seconds);
+            goes_on = false;
+        }
     }
     if (process >= 0) close(process);
     return goes_on;
@@ -198,7 +201,7 @@ void tell_status(Run* run, int status) {
         ustr_printf(run->failure, "the C preprocessor was ended by signal %d", WTERMSIG(status));
     else if (WEXITSTATUS(status) != 0)
         ustr_printf(run->failure, "the C preprocessor ended with status %d", WEXITSTATUS(status));
-    run->has_ended_itself = status != -1 && WIFEXITED(status);
+    run->has_refused = status != -1 && WIFEXITED(status) && WEXITSTATUS(status) != 0;
 }
 
 void run_cpp(Run* run, char** arguments) {
@@ -269,7 +272,7 @@ void print_message(const OsPreprocessorMessage* message, void*) {
 void tell(const Run& run) {
     OsPreprocessorSink const sink = settings.sink ? settings.sink : print_message;
     const unsigned errors = for_each_message(run.messages->text, sink, settings.user);
-    const bool is_told = run.has_ended_itself && (errors > 0 || !settings.sink);
+    const bool is_told = run.has_refused && (errors > 0 || !settings.sink);
     if (run.failure->length == 0 || is_told) return;
     OsPreprocessorMessage message = {};
     message.is_error = 1;
@@ -283,6 +286,7 @@ void tell(const Run& run) {
 using namespace norvane::os;
 
 int os_pre_process_file(const char* output, const char* input, const PolyList* cpp_args) {
+    const norvane::CallGuard guard(__func__, &filter); // one run at a time
     NORVANE_ASSERT(output);
     NORVANE_ASSERT(input);
     NORVANE_ASSERT(cpp_args);
