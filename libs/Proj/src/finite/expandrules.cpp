@@ -46,7 +46,7 @@ using Plan = PolyList;
 struct PlanItem {
     RuleDecl* decl; // of a rule; borrowed from the project
     Expr* rule;     // owned; without a path
-    Depths depths;  // owned; of its identifiers
+    Depths depths;  // of its identifiers
 
     char* name;   // of a field; borrowed from the project
     int elements; // of an array; 0 for a field
@@ -56,15 +56,35 @@ struct PlanItem {
 void delete_item(PlanItem* item) {
     if (stack_is_low()) return on_fresh_stack([&] { delete_item(item); });
     if (item->rule) expr_delete(item->rule);
-    std::free(item->depths.values);
     plist_delete(item->plan);
+    item->~PlanItem();
     std::free(item);
 }
 
-PlanItem* add_item(Plan** plan, const PlanItem& content) {
+PlanItem* add_item(Plan** plan) {
     if (!*plan) *plan = plist_new(nullptr, nullptr, poly<delete_item>);
-    auto* item = new (util_malloc_throw(sizeof(PlanItem))) PlanItem(content);
+    auto* item = new (util_malloc_throw(sizeof(PlanItem))) PlanItem{};
     plist_append(*plan, item);
+    return item;
+}
+
+PlanItem* add_rule(Plan** plan, RuleDecl* decl, Expr* rule) {
+    PlanItem* item = add_item(plan);
+    item->decl = decl;
+    item->rule = rule;
+    return item;
+}
+
+void add_field(Plan** plan, char* name, Plan* below) {
+    PlanItem* item = add_item(plan);
+    item->name = name;
+    item->plan = below;
+}
+
+PlanItem* add_array(Plan** plan, int elements, Plan* element) {
+    PlanItem* item = add_item(plan);
+    item->elements = elements;
+    item->plan = element;
     return item;
 }
 
@@ -124,7 +144,7 @@ Expr* new_rule(const Expansion& in, const RuleDecl* decl) {
 void expand_rule(Expansion& in, RuleDecl* decl, bool more, Plan** plan) {
     const WorkingOn mark(WORK_RULE, decl);
     Expr* rule = new_rule(in, decl);
-    if (more) return list_planned_rule(in, add_item(plan, {decl, rule, {}, nullptr, 0, nullptr}));
+    if (more) return list_planned_rule(in, add_rule(plan, decl, rule));
     add_prefix(in.symboltable, in.prefix, nullptr, rule);
     list_rule(in, rule, decl);
 }
@@ -138,7 +158,7 @@ void expand_name(Expansion& in, char* name, bool scoped, TypeCon* typecon, bool 
     push_part(&in.prefix, name);
     Plan* below = expand_type(in, typecon, more);
     pop_part(&in.prefix);
-    if (below) add_item(plan, {nullptr, nullptr, {}, name, 0, below});
+    if (below) add_field(plan, name, below);
 }
 
 void expand_variable(Expansion& in, const VarDecl* decl, bool scoped, bool more, Plan** plan) {
@@ -164,7 +184,7 @@ Plan* expand_array(Expansion& in, const TypeCon* typecon, bool more) {
     turns.next();
     Plan* plan = nullptr;
     if (element) {
-        const PlanItem* array = add_item(&plan, {nullptr, nullptr, {}, nullptr, elements, element});
+        const PlanItem* array = add_array(&plan, elements, element);
         follow_elements(in, array, 1, &turns);
     }
     pop_index(&in.prefix);
@@ -234,6 +254,5 @@ PolyList* proj_get_expanded_rules_decls(Project* project, SymbolTable* symboltab
     PolyList* rules = plist_new(nullptr, nullptr, norvane::poly<expr_delete>);
     Expansion in{{project, symboltable}, simplify != 0, rules, decls, {}};
     expand_project(in);
-    delete_prefix(&in.prefix);
     return rules;
 }

@@ -3,6 +3,7 @@
 #ifndef NORVANE_PROJ_EXPANDRULES_INTERNAL_H
 #define NORVANE_PROJ_EXPANDRULES_INTERNAL_H
 
+#include "norvane/base/array.hpp"
 #include "norvane/proj/expr.h"
 #include "norvane/proj/symboltable.h"
 
@@ -11,19 +12,15 @@ namespace norvane::finite {
 // One step of a path: a name and its indices, which are consecutive in Prefix::indices.
 struct PrefixPart {
     char* name; // borrowed from the project
-    unsigned first_index;
-    unsigned index_count;
+    std::size_t first_index;
+    std::size_t index_count;
 };
 
-// The path to an instance. A throw leaks its memory.
+// The path to an instance.
 struct Prefix {
-    PrefixPart* parts;
-    unsigned part_count, part_capacity;
-    int* indices;
-    unsigned index_count, index_capacity;
+    Array<PrefixPart> parts;
+    Array<int> indices;
 };
-
-void delete_prefix(Prefix* prefix);
 
 void push_part(Prefix* prefix, char* name);
 void pop_part(Prefix* prefix);
@@ -34,10 +31,7 @@ void set_index(Prefix* prefix, int value);
 void pop_index(Prefix* prefix);
 
 // For the identifiers of a rule, in the order of the walk: how many parts of the path each gets.
-struct Depths {
-    unsigned* values;
-    unsigned count, capacity;
-};
+using Depths = Array<std::size_t>;
 
 // Puts the path before the identifiers of a rule, in place: before each as many parts as the depth
 // of the environment that holds its first name. If `depths` is not null, it keeps what the stack of

@@ -1,70 +1,51 @@
 // The path to an instance of a record, and the rewrite that puts it before the identifiers of a
 // rule.
-#include <climits>
-#include <cstdlib>
-
 #include "expandrules_internal.h"
+
+#include <algorithm>
+#include <limits>
+
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
-#include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "poly_adaptors.h"
 #include "tags.h"
 
 namespace norvane::finite {
 
-namespace {
-
-// Room for one more element of a plain array.
-template <typename T>
-void make_room(T** elements, unsigned count, unsigned* capacity) {
-    if (count < *capacity) return;
-    *capacity = *capacity == 0 ? 8 : 2 * *capacity;
-    *elements = static_cast<T*>(util_realloc_throw(*elements, sizeof(T) * *capacity));
-}
-
-} // namespace
-
-void delete_prefix(Prefix* prefix) {
-    std::free(prefix->parts);
-    std::free(prefix->indices);
-}
-
 void push_part(Prefix* prefix, char* name) {
-    make_room(&prefix->parts, prefix->part_count, &prefix->part_capacity);
-    prefix->parts[prefix->part_count++] = {name, prefix->index_count, 0};
+    prefix->parts.push({name, prefix->indices.size(), 0});
 }
 
 void pop_part(Prefix* prefix) {
-    --prefix->part_count;
+    prefix->parts.pop();
 }
 
 void push_index(Prefix* prefix) {
-    make_room(&prefix->indices, prefix->index_count, &prefix->index_capacity);
-    prefix->indices[prefix->index_count++] = 0;
-    ++prefix->parts[prefix->part_count - 1].index_count;
+    prefix->indices.push(0);
+    ++prefix->parts.last().index_count;
 }
 
 void set_index(Prefix* prefix, int value) {
-    prefix->indices[prefix->index_count - 1] = value;
+    prefix->indices.last() = value;
 }
 
 void pop_index(Prefix* prefix) {
-    --prefix->index_count;
-    --prefix->parts[prefix->part_count - 1].index_count;
+    prefix->indices.pop();
+    --prefix->parts.last().index_count;
 }
 
 namespace {
 
 // More parts than any path has.
-constexpr unsigned whole_prefix = UINT_MAX;
+constexpr std::size_t whole_prefix = std::numeric_limits<std::size_t>::max();
 
 struct Rewrite {
     SymbolTable* symboltable;
     const Prefix& prefix;
-    Depths* depths; // may be null
-    unsigned next;  // of the depths
+    Depths* depths;   // may be null
+    std::size_t next; // of the depths
 };
 
 // The parts of a path are generated, and have no line.
@@ -72,7 +53,7 @@ IdCon* new_part(const Prefix& prefix, const PrefixPart& part) {
     char* name = str_copy(part.name);
     if (part.index_count == 0) return expr_new_simpleid(name, UNDEF_LINENO);
     PolyList* indices = plist_new(nullptr, nullptr, poly<expr_delete>);
-    for (unsigned i = 0; i < part.index_count; ++i) {
+    for (std::size_t i = 0; i < part.index_count; ++i) {
         const int index = prefix.indices[part.first_index + i];
         plist_append(indices, expr_new_intconst(OPR_INTCONST, index, UNDEF_LINENO));
     }
@@ -80,8 +61,8 @@ IdCon* new_part(const Prefix& prefix, const PrefixPart& part) {
 }
 
 // Takes over `idcon`. A path that has fewer parts than `depth` is added as a whole.
-IdCon* with_prefix(const Prefix& prefix, unsigned depth, IdCon* idcon) {
-    for (unsigned i = depth < prefix.part_count ? depth : prefix.part_count; i > 0; --i) {
+IdCon* with_prefix(const Prefix& prefix, std::size_t depth, IdCon* idcon) {
+    for (std::size_t i = std::min(depth, prefix.parts.size()); i > 0; --i) {
         idcon = expr_new_compositid(new_part(prefix, prefix.parts[i - 1]), idcon, UNDEF_LINENO);
     }
     return idcon;
@@ -119,14 +100,10 @@ unsigned depth_of(SymbolTable* symboltable, const IdCon* idcon) {
     return is_label(symboltable, idcon) ? 0 : depth_of_name(symboltable, base_name(idcon));
 }
 
-unsigned next_depth(Rewrite& in, const IdCon* idcon) {
+std::size_t next_depth(Rewrite& in, const IdCon* idcon) {
     if (!in.depths) return depth_of(in.symboltable, idcon);
-    if (in.next == in.depths->count) {
-        const unsigned depth = depth_of(in.symboltable, idcon);
-        make_room(&in.depths->values, in.depths->count, &in.depths->capacity);
-        in.depths->values[in.depths->count++] = depth;
-    }
-    return in.depths->values[in.next++];
+    if (in.next == in.depths->size()) in.depths->push(depth_of(in.symboltable, idcon));
+    return (*in.depths)[in.next++];
 }
 
 void rewrite(Rewrite& in, Expr* expr);

@@ -7,9 +7,9 @@
 // types.
 #include <cstdlib>
 
+#include "norvane/base/array.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/memory.h"
 #include "norvane/base/work.h"
 #include "operators.h"
 #include "simplify_internal.h"
@@ -180,31 +180,17 @@ Closed close_expr(Simplification& in, Expr* expr) {
 
 // The simplified turns of a loop. The array grows with them, so that a host that watches can stop
 // a loop that would never fit into memory.
-struct Turns {
-    Expr** exprs;
-    std::size_t count, capacity;
-};
+using Turns = Array<Expr*>;
 
-void add_turn(Turns* turns, Expr* expr) {
-    if (turns->count == turns->capacity) {
-        turns->capacity = turns->capacity == 0 ? 8 : 2 * turns->capacity;
-        turns->exprs =
-            static_cast<Expr**>(util_realloc_throw(turns->exprs, sizeof(Expr*) * turns->capacity));
-    }
-    turns->exprs[turns->count++] = expr;
-}
-
-Turns simplify_turns(Simplification& in, Expr* range, int lower, int upper,
-                     LoopVariable* variable) {
-    Turns turns{};
+void simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopVariable* variable,
+                    Turns* turns) {
     WorkTurns marked(check::turn_count(lower, upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = lower; value <= upper; ++value) {
         variable->set(static_cast<int>(value));
-        add_turn(&turns, simplify(in, range->args.range.lambdaexpr));
+        turns->push(simplify(in, range->args.range.lambdaexpr));
         marked.next();
     }
-    return turns;
 }
 
 } // namespace
@@ -231,14 +217,14 @@ Expr* simplify_range(Simplification& in, Expr* expr) {
     LoopVariable variable(in, expr, lower);
     NORVANE_ASSERT(variable.inserted());
 
-    const Turns turns = simplify_turns(in, expr, lower, upper, &variable);
-    Expr* chain = close_expr(in, turns.exprs[0]).expr;
-    for (std::size_t turn = 1; turn < turns.count; ++turn) {
-        chain = join(in, static_cast<unsigned char>(opr), chain,
-                     close_expr(in, turns.exprs[turn]).expr, expr->type);
+    Turns turns;
+    simplify_turns(in, expr, lower, upper, &variable, &turns);
+    Expr* chain = close_expr(in, turns[0]).expr;
+    for (std::size_t turn = 1; turn < turns.size(); ++turn) {
+        chain = join(in, static_cast<unsigned char>(opr), chain, close_expr(in, turns[turn]).expr,
+                     expr->type);
         work_units(1);
     }
-    std::free(turns.exprs);
     return chain;
 }
 

@@ -6,12 +6,10 @@
 
 #include "norvane/proj/xml_import.h"
 
-#include <cstdlib>
-
+#include "norvane/base/array.hpp"
 #include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "poly_adaptors.h"
 #include "report.h"
@@ -26,26 +24,21 @@ class Held {
   public:
     template <auto remove, typename T>
     T* hold(T* tree) {
-        if (count_ == capacity_) {
-            capacity_ = capacity_ ? 2 * capacity_ : 64;
-            entries_ = static_cast<Entry*>(util_realloc_throw(entries_, capacity_ * sizeof(Entry)));
-        }
-        entries_[count_++] = {tree, poly<remove>};
+        entries_.push({tree, poly<remove>});
         return tree;
     }
     // The tree held last has become a part of this one, which takes its place.
-    void replace(void* tree) { entries_[count_ - 1].tree = tree; }
+    void replace(void* tree) { entries_.last().tree = tree; }
     // The trees held last are given to an owner before anything can throw.
-    void release(unsigned count = 1) { count_ -= count; }
+    void release(unsigned count = 1) { entries_.truncate(entries_.size() - count); }
     // Frees the trees that are still held.
     void clear() {
-        while (count_ > 0) {
-            --count_;
-            entries_[count_].remove(entries_[count_].tree);
+        while (!entries_.empty()) {
+            const Entry entry = entries_.last();
+            entries_.pop();
+            entry.remove(entry.tree);
         }
-        std::free(entries_);
-        entries_ = nullptr;
-        capacity_ = 0;
+        entries_.release();
     }
 
   private:
@@ -53,9 +46,7 @@ class Held {
         void* tree;
         PolyDelete remove;
     };
-    Entry* entries_ = nullptr;
-    unsigned count_ = 0;
-    unsigned capacity_ = 0;
+    Array<Entry> entries_;
 };
 
 struct Reader {
