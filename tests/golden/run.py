@@ -40,7 +40,7 @@ EXPECTATIONS = ('stdout', 'stderr', 'status', 'leaves')
 # Read everything in spite of permissions: what a test about permissions must not be run with.
 DROP_PRIVILEGES = 'setpriv --bounding-set=-dac_override,-dac_read_search'
 # What a report says beyond its first line, for people.
-FOR_PEOPLE = re.compile(r' *\d+ \| |For more: |Run with --help ')
+FOR_PEOPLE = re.compile(r' *\d* \| |For more: |  help: run with --help ')
 
 
 def read(path):

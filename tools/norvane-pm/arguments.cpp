@@ -14,8 +14,8 @@
 #include "explain.h"
 #include "models.h"
 #include "packages.h"
+#include "session.h"
 #include "side_data.h"
-#include "status.h"
 #include "workspace.h"
 
 namespace norvane::pm {
@@ -59,18 +59,47 @@ void add_choice(CLI::App& command, const char* name, const char* value, const ch
         ->check(CLI::IsMember(words));
 }
 
-void add_format(CLI::App& command, Options& options, const char* help) {
-    add_choice<Format>(command, "--format", "FORMAT", help, options.format,
-                       {{"text", Format::text}, {"json", Format::json}});
+struct Formats {
+    std::vector<std::pair<std::string, Format>> words;
+    const char* help;
+};
+
+// For a command that makes a file, or nothing but reports.
+Formats report_formats() {
+    return {{{"text", Format::text},
+             {"gcc", Format::gcc},
+             {"json", Format::json},
+             {"sarif", Format::sarif}},
+            "How to report what is wrong: text (the default); gcc, one line each; json, one object "
+            "a line; sarif, one log"};
+}
+
+// For a command that prints text: its results have no other form.
+Formats text_formats() {
+    return {{{"text", Format::text}, {"gcc", Format::gcc}},
+            "How to report what is wrong: text (the default), or gcc, one line each"};
+}
+
+// For a command whose results have both forms.
+Formats result_formats() {
+    return {{{"text", Format::text}, {"json", Format::json}},
+            "The form of results and reports: text (the default), or json, one value a line"};
+}
+
+void add_format(CLI::App& command, Options& options, const Formats& formats) {
+    add_choice<Format>(command, "--format", "FORMAT", formats.help, options.format, formats.words);
+    add_choice<Color>(
+        command, "--color", "WHEN",
+        "Color reports: auto (the default, on a terminal), always, or never", options.color,
+        {{"auto", Color::automatic}, {"always", Color::always}, {"never", Color::never}});
 }
 
 // For a command that reads files, and may have something to report.
-void add_report_options(CLI::App& command, Options& options) {
+void add_report_options(CLI::App& command, Options& options, const Formats& formats) {
     command.footer(std::string("A file whose name is - is standard input, or, where it is "
                                "written, standard output.\n") +
                    footer);
-    add_format(command, options,
-               "How to report what is wrong: text (the default), or json, one object a line");
+    add_format(command, options, formats);
 }
 
 // Empty for a value that the preprocessor can take for nothing else than what it is meant as.
@@ -122,8 +151,9 @@ void add_max_nodes(CLI::App& command, Options& options) {
         ->type_name("N");
 }
 
-void add_model(CLI::App& command, Options& options, const char* argument = "FILE") {
-    add_report_options(command, options);
+void add_model(CLI::App& command, Options& options, const Formats& formats,
+               const char* argument = "FILE") {
+    add_report_options(command, options, formats);
     add_argument(command, argument, options.file, "The product model");
     add_preprocessor_options(command, options);
     add_model_form(command, "--from", "The format of the model, whatever its extension says",
@@ -133,12 +163,17 @@ void add_model(CLI::App& command, Options& options, const char* argument = "FILE
 
 // Commands on models. ----------------------------------------------------------------------------
 
+void describe_check(CLI::App& command, Options& options) {
+    add_model(command, options, report_formats());
+}
+
+// For a command that prints what it makes of a model.
 void describe_model(CLI::App& command, Options& options) {
-    add_model(command, options);
+    add_model(command, options, text_formats());
 }
 
 void describe_rules(CLI::App& command, Options& options) {
-    add_model(command, options);
+    add_model(command, options, text_formats());
     command.add_flag("--no-simplify", options.as_written,
                      "Print the rules as they are written, loops, cases and names included");
     command.add_flag("--origin", options.with_origin,
@@ -146,15 +181,16 @@ void describe_rules(CLI::App& command, Options& options) {
 }
 
 void describe_convert(CLI::App& command, Options& options) {
-    add_model(command, options, "FROM");
+    add_model(command, options, report_formats(), "FROM");
     add_argument(command, "TO", options.output, "The file to be written");
     add_model_form(command, "--to", "The format to write, whatever the extension says", options.to);
 }
 
 // Commands on calculations. ----------------------------------------------------------------------
 
-void add_calculation(CLI::App& command, Options& options, const char* argument = "FILE") {
-    add_report_options(command, options);
+void add_calculation(CLI::App& command, Options& options, const Formats& formats,
+                     const char* argument = "FILE") {
+    add_report_options(command, options, formats);
     add_argument(command, argument, options.calculation, "The calculation");
     add_choice<CalcForm>(
         command, "--from", "FORM",
@@ -167,7 +203,7 @@ void add_calculation(CLI::App& command, Options& options, const char* argument =
 }
 
 void describe_calc_check(CLI::App& command, Options& options) {
-    add_calculation(command, options);
+    add_calculation(command, options, report_formats());
     command.add_option("--model", options.file, "The product model")
         ->required()
         ->type_name("MODEL");
@@ -176,11 +212,11 @@ void describe_calc_check(CLI::App& command, Options& options) {
 }
 
 void describe_calc_print(CLI::App& command, Options& options) {
-    add_calculation(command, options);
+    add_calculation(command, options, text_formats());
 }
 
 void describe_calc_convert(CLI::App& command, Options& options) {
-    add_calculation(command, options, "FROM");
+    add_calculation(command, options, report_formats(), "FROM");
     add_argument(command, "TO", options.output, "The file to be written");
     add_choice<CalcForm>(command, "--to", "FORM",
                          "The format to write, whatever the extension says", options.calc_to,
@@ -190,14 +226,13 @@ void describe_calc_convert(CLI::App& command, Options& options) {
 }
 
 void describe_builtins(CLI::App& command, Options& options) {
-    add_format(command, options,
-               "How to list them: text (the default), or json, one object a line");
+    add_format(command, options, result_formats());
 }
 
 // Commands on side data. -------------------------------------------------------------------------
 
 void describe_presentation_list(CLI::App& command, Options& options) {
-    add_report_options(command, options);
+    add_report_options(command, options, text_formats());
     add_argument(command, "FILE", options.file, "The presentation");
 }
 
@@ -208,7 +243,7 @@ void describe_presentation_get(CLI::App& command, Options& options) {
 }
 
 void describe_presentation_merge(CLI::App& command, Options& options) {
-    add_report_options(command, options);
+    add_report_options(command, options, report_formats());
     command.add_option("FILE", options.presentations, "The presentations")
         ->required()
         ->type_name("");
@@ -217,24 +252,19 @@ void describe_presentation_merge(CLI::App& command, Options& options) {
 }
 
 void describe_order_list(CLI::App& command, Options& options) {
-    add_report_options(command, options);
+    add_report_options(command, options, text_formats());
     add_argument(command, "FILE", options.var_order, "The variable order");
 }
 
 void describe_order_check(CLI::App& command, Options& options) {
-    add_model(command, options, "MODEL");
+    add_model(command, options, report_formats(), "MODEL");
     add_argument(command, "FILE", options.var_order, "The variable order");
 }
 
 // Commands on workspaces and packages. -----------------------------------------------------------
 
-void add_result_format(CLI::App& command, Options& options) {
-    add_format(command, options,
-               "The form of results and reports: text (the default), or json, one value a line");
-}
-
 void describe_show(CLI::App& command, Options& options) {
-    add_result_format(command, options);
+    add_format(command, options, result_formats());
     add_argument(command, "FILE", options.file, "The workspace");
 }
 
@@ -266,12 +296,12 @@ void describe_pack_project(CLI::App& command, Options& options) {
 }
 
 void describe_package_list(CLI::App& command, Options& options) {
-    add_result_format(command, options);
+    add_format(command, options, result_formats());
     add_argument(command, "FILE", options.file, "The package");
 }
 
 void describe_package_make(CLI::App& command, Options& options) {
-    add_result_format(command, options);
+    add_format(command, options, result_formats());
     add_argument(command, "MODEL", options.project, "The name of the model and of its files");
     add_text(command, "--build-dir", "DIR", options.build_directory, "The build directory (.)");
     add_text(command, "--output-dir", "DIR", options.output_directory,
@@ -299,7 +329,7 @@ struct Row {
 
 constexpr Row commands[] = {
     {"", "info", "Load a model or a calculation and count what it declares", describe_model, info},
-    {"", "check", "Check a model", describe_model, check},
+    {"", "check", "Check a model", describe_check, check},
     {"", "print", "Load a model and print it as one source, includes and macros resolved",
      describe_model, print},
     {"", "simplify", "Check a model and print its finite form", describe_model, simplify},
@@ -384,6 +414,11 @@ void describe(CLI::App& app, Invocation& invocation, const std::array<std::strin
     }
 }
 
+// The command of a command line that is none.
+void refuse(Session& session) {
+    throw WrongUsage{session.options.wrong_usage, "run with --help for more information"};
+}
+
 } // namespace
 
 Invocation parse_arguments(int argc, char** argv) {
@@ -395,16 +430,15 @@ Invocation parse_arguments(int argc, char** argv) {
     describe(app, invocation, words);
     try {
         app.parse(argc, argv);
-    } catch (const CLI::ParseError& e) {
+    } catch (const CLI::Success& asked) {
         std::ostringstream out;
-        std::ostringstream error;
-        for (std::ostringstream* text : {&out, &error}) // streams are silent about lack of memory
-            text->exceptions(std::ios::badbit);
-        const int code = app.exit(e, out, error);
+        out.exceptions(std::ios::badbit); // streams are silent about lack of memory
+        app.exit(asked, out, out);
         std::fputs(out.str().c_str(), stdout);
-        std::fputs(error.str().c_str(), stderr);
         invocation.command = nullptr;
-        invocation.status = code == 0 ? STATUS_OK : STATUS_WRONG_USAGE;
+    } catch (const CLI::ParseError& e) {
+        invocation.options.wrong_usage = e.what();
+        invocation.command = refuse;
     }
     return invocation;
 }

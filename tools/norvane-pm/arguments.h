@@ -8,12 +8,11 @@ namespace norvane::pm {
 
 class Session;
 
-// What the command line asks for: a command and its options; or nothing but the end of the program,
-// with `status`, after it has been helped or refused.
+// What the command line asks for: a command and its options; or nothing, after it has asked for
+// help.
 struct Invocation {
     void (*command)(Session&) = nullptr;
     Options options;
-    int status = 0;
 };
 
 Invocation parse_arguments(int argc, char** argv);

@@ -9,9 +9,9 @@ _norvane_pm() {
         [workspace]='show commands package'
         [package]='list make'
     )
-    local model='--format --include-dir --define --undefine --from --max-nodes'
-    local calculation='--format --from --of'
-    local package='--format --debug --type'
+    local model='--format --color --include-dir --define --undefine --from --max-nodes'
+    local calculation='--format --color --from --of'
+    local package='--format --color --debug --type'
     local -A options=(
         [-]='--version'
         [info]=$model
@@ -23,20 +23,20 @@ _norvane_pm() {
         [calc check]="$calculation --model --include-dir --define --undefine --max-nodes"
         [calc print]=$calculation
         [calc convert]="$calculation --to --no-lines"
-        [calc builtins]='--format'
-        [presentation list]='--format'
-        [presentation get]='--format'
-        [presentation merge]='--format --output'
-        [var-order list]='--format'
+        [calc builtins]='--format --color'
+        [presentation list]='--format --color'
+        [presentation get]='--format --color'
+        [presentation merge]='--format --color --output'
+        [var-order list]='--format --color'
         [var-order check]=$model
-        [workspace show]='--format'
-        [workspace commands]='--format --arg --order --arg2 --mu-compile-stats --bin-dir'
+        [workspace show]='--format --color'
+        [workspace commands]='--format --color --arg --order --arg2 --mu-compile-stats --bin-dir'
         [workspace package]=$package
-        [package list]='--format'
+        [package list]='--format --color'
         [package make]="$package --build-dir --output-dir"
         [explain]='--list'
     )
-    local with_value=' -I --include-dir -D --define -U --undefine --format --from --to --of --model -o
+    local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-nodes '
 
     # The words before the cursor; bash splits --option=value into three words.
@@ -59,7 +59,16 @@ _norvane_pm() {
 
     local words=''
     case $previous in
-    --format) words='text json' ;;
+    --format)
+        case $command in
+        check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check)
+            words='text gcc json sarif'
+            ;;
+        calc\ builtins | workspace* | package*) words='text json' ;;
+        *) words='text gcc' ;;
+        esac
+        ;;
+    --color) words='auto always never' ;;
     --from) if [[ $command == calc* ]]; then words='cl clx mub'; else words='pm xml'; fi ;;
     --to) if [[ $command == calc* ]]; then words='cl clx'; else words='pm xml'; fi ;;
     --type) words='StandardMu' ;;

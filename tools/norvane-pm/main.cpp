@@ -14,7 +14,7 @@ namespace {
 
 int run(int argc, char** argv) {
     const Invocation invocation = parse_arguments(argc, argv);
-    if (!invocation.command) return invocation.status;
+    if (!invocation.command) return STATUS_OK;
     return run_command(invocation.options, invocation.command);
 }
 

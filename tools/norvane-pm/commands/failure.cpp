@@ -6,12 +6,8 @@
 #include <new>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "culprit.h"
-#include "json_report.h"
 #include "status.h"
-#include "text.h"
 
 namespace norvane::pm {
 namespace {
@@ -28,30 +24,24 @@ std::string hint(const Session& session, const InternalFailure& failure) {
     return "This is a defect of the program. Another way to write the same may avoid it.";
 }
 
-std::string place_of(const InternalFailure& failure) {
-    return std::string(failure.file()) + " (" + std::to_string(failure.line()) + ")";
-}
-
-std::string text_report(const Session& session, const InternalFailure& failure,
-                        const Culprit& found) {
-    std::string text = "norvane-pm: internal failure: " + std::string(failure.what()) + "\n";
-    text += "  while " + std::string(step_text(session.step)) + " " + session.subject + "\n";
-    if (*found.kind != '\0')
-        text += "  at the " + std::string(found.kind) + " " + found.position + found.text + "\n";
-    text += "  thrown by " + place_of(failure) + "\n";
-    return text + hint(session, failure) + "\n";
-}
-
-std::string json_report(const Session& session, const InternalFailure& failure,
-                        const Culprit& found) {
+// The place that begins with what was met there: "model.pm (3): ".
+Finding at(const Session& session, const Culprit& found, const std::string& text) {
     Report report;
-    report.set_title(found.position + failure.what());
-    auto json = to_json({"failure", "", report.title, {report.file, report.line, report.message}});
-    json["step"] = step_text(session.step);
-    json["kind"] = found.kind;
-    json["text"] = to_utf8(found.text);
-    json["thrown_by"] = place_of(failure);
-    return json.dump() + "\n";
+    report.set_title(found.position + text);
+    return session.diagnostics.finding_of(report);
+}
+
+Finding finding_of(const Session& session, const InternalFailure& failure, const Culprit& found) {
+    Finding finding = at(session, found, std::string("internal failure: ") + failure.what());
+    const auto add_note = [&finding](const std::string& text) {
+        finding.notes.push_back({{}, text});
+    };
+    add_note("while " + std::string(step_text(session.step)) + " " + session.subject);
+    if (*found.kind != '\0') add_note("at the " + std::string(found.kind) + " " + found.text);
+    add_note("thrown by " + std::string(failure.file()) + " (" + std::to_string(failure.line()) +
+             ")");
+    finding.hint = hint(session, failure);
+    return finding;
 }
 
 // A step that took more than the command line allows.
@@ -60,9 +50,8 @@ int report_outgrown(Session& session, const InternalFailure& failure) {
     const std::string what = *found.kind == '\0'
                                  ? std::string(step_text(session.step)) + " " + session.subject
                                  : std::string("the ") + found.kind + " " + found.text;
-    Report report;
-    report.set_title(found.position + what + " takes " + failure.what() + ": see --max-nodes");
-    session.diagnostics.report(report);
+    session.diagnostics.report(
+        at(session, found, what + " takes " + failure.what() + ": see --max-nodes"));
     return STATUS_INPUT_AT_FAULT;
 }
 
@@ -79,10 +68,7 @@ void reserve_memory_for_reports() {
 int report_failure(Session& session, const InternalFailure& failure) {
     reserve.reset();
     if (failure.kind() == EXCEPT_STOPPED) return report_outgrown(session, failure);
-    const Culprit found = find_culprit(session);
-    const bool is_text = session.diagnostics.format() == Format::text;
-    session.diagnostics.end_with(is_text ? text_report(session, failure, found)
-                                         : json_report(session, failure, found));
+    session.diagnostics.report(finding_of(session, failure, find_culprit(session)));
     return STATUS_INTERNAL_FAILURE;
 }
 

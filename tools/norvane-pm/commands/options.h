@@ -19,6 +19,7 @@ enum class CalcForm { unknown, source, xml, package };
 // standard output.
 struct Options {
     Format format = Format::text;
+    Color color = Color::automatic;
     std::string file; // the model, the presentation, the workspace or the package
     ModelForm from = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
@@ -49,6 +50,8 @@ struct Options {
     std::string output_directory = ".";
     bool statistics = false;
     bool debug = false;
+
+    std::string wrong_usage; // what is wrong with the command line
 
     std::string error_name;
     bool list = false;

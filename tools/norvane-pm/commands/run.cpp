@@ -1,6 +1,5 @@
 #include "run.h"
 
-#include <cstdio>
 #include <memory>
 #include <new>
 
@@ -21,7 +20,7 @@ int status_of(Session& session, void (*command)(Session&)) {
     } catch (const InputAtFault&) {
         return STATUS_INPUT_AT_FAULT;
     } catch (const WrongUsage& wrong) {
-        std::fprintf(stderr, "norvane-pm: %s\n", wrong.text.c_str());
+        session.diagnostics.say(wrong.text, wrong.hint);
         return STATUS_WRONG_USAGE;
     } catch (const InternalFailure& failure) {
         return report_failure(session, failure);
@@ -39,6 +38,8 @@ int run_command(const Options& options, void (*command)(Session&)) {
     session->output.discard();
     if (status == STATUS_OK || status == STATUS_INPUT_AT_FAULT)
         session->diagnostics.close(status == STATUS_OK);
+    else
+        session->diagnostics.close_after_failure();
     // Millions of nodes need not be released one by one.
     if (!orderly_exit) static_cast<void>(session.release());
     return status;

@@ -21,9 +21,10 @@ namespace norvane::pm {
 // The input is at fault, which was reported.
 struct InputAtFault {};
 
-// The command line is at fault: what is wrong, such as "there is no error ERR_X".
+// The command line is at fault: what is wrong, such as "there is no error ERR_X", and the way out.
 struct WrongUsage {
     std::string text;
+    std::string hint = {};
 };
 
 enum class Step { load, check, simplify, expand, check_functions, print, write, pack };
@@ -36,7 +37,7 @@ std::string input_name(const std::string& file);
 
 class Session {
   public:
-    explicit Session(const Options& what) : options(what), diagnostics(what.format) {}
+    explicit Session(const Options& what) : options(what), diagnostics(what.format, what.color) {}
 
     // Notes the step and the file that it works on, for a failure in it and for reports that name
     // no place, and shows it where progress is shown.

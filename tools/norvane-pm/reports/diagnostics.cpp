@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 #include <span>
 
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "as_json.h"
+#include "as_text.h"
 #include "text.h"
 
 namespace norvane::pm {
@@ -20,32 +22,50 @@ void write(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-void write_json(const nlohmann::ordered_json& json) {
-    write(json.dump() + "\n");
+std::string_view environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
 }
 
-const char* severity_text(const Report& report) {
-    return report.is_error() ? "error" : "warning";
+// True for a terminal that obeys escape sequences.
+bool has_terminal() {
+    return isatty(STDERR_FILENO) != 0 && environment("TERM") != "dumb";
+}
+
+bool is_to_be_colored(Format format, Color color) {
+    if (format != Format::text || color == Color::never) return false;
+    return color == Color::always || (has_terminal() && environment("NO_COLOR").empty());
+}
+
+Place place_of(std::string_view file, unsigned line) {
+    Place place;
+    place.file = file;
+    place.line = line;
+    return place;
 }
 
 // The readers of XML say the line at the end: "Expecting tag <model> (line 2)".
-PlacedText split_line(std::string_view file, std::string_view title) {
+void split_line(Finding& finding) {
     constexpr std::string_view before = " (line ";
+    const std::string& title = finding.message;
     const std::size_t open = title.rfind(before);
-    if (open == std::string_view::npos) return {file, 0, title};
+    if (open == std::string::npos) return;
     unsigned line = 0;
     const char* end = title.data() + title.size();
     const auto [after, error] = std::from_chars(title.data() + open + before.size(), end, line);
-    if (error != std::errc() || std::string_view(after, end) != ")") return {file, 0, title};
-    return {file, line, title.substr(0, open)};
+    if (error != std::errc() || std::string_view(after, end) != ")") return;
+    finding.place.line = line;
+    finding.message.resize(open);
 }
 
 } // namespace
 
-Diagnostics::Diagnostics(Format format)
-    : format_(format), on_terminal_(isatty(STDERR_FILENO) != 0) {
-    if (on_terminal_) msg_set_progress_sink(progress, this);
+Diagnostics::Diagnostics(Format format, Color color)
+    : format_(format), is_colored_(is_to_be_colored(format, color)),
+      shows_progress_(has_terminal()) {
+    if (shows_progress_) msg_set_progress_sink(progress, this);
     os_set_preprocessor_sink(preprocessor, this);
+    if (format_ == Format::sarif) write(sarif_start());
 }
 
 Diagnostics::~Diagnostics() {
@@ -60,42 +80,47 @@ void Diagnostics::close(bool succeeded) {
         say("cannot make a temporary file (see TMPDIR in the environment)");
     if (!last_name_.empty() && format_ == Format::text)
         write("For more: norvane-pm explain " + last_name_ + "\n");
+    if (format_ == Format::sarif) write(sarif_end(true));
+}
+
+void Diagnostics::close_after_failure() {
+    clear_progress();
+    shows_progress_ = false;
+    if (format_ == Format::sarif) write(sarif_end(false));
 }
 
 void Diagnostics::begin(std::string_view doing, std::string_view file) {
     file_ = file;
-    if (on_terminal_) show_progress(for_terminal(doing) + " " + for_terminal(file));
+    if (shows_progress_) show_progress(for_terminal(doing) + " " + for_terminal(file));
 }
 
-void Diagnostics::report(const Report& report) {
+void Diagnostics::report(const Finding& finding) {
     clear_progress();
+    write(rendered(finding));
     has_reported_ = true;
-    last_name_ = report.name;
-    const PlacedText place = place_of(report);
-    if (format_ == Format::json)
-        write_json(to_json({severity_text(report), report.name, report.title, place}));
-    else
-        write(to_text(severity_text(report), place, report.name));
+    if (!finding.name.empty()) last_name_ = finding.name;
 }
 
-PlacedText Diagnostics::place_of(const Report& report) const {
+std::string Diagnostics::rendered(const Finding& finding) {
+    switch (format_) {
+    case Format::text: return as_text(finding, sources_, is_colored_);
+    case Format::gcc: return as_lines(finding);
+    case Format::json: return as_json(finding);
+    case Format::sarif: return (has_reported_ ? "," : "") + as_sarif(finding, sources_);
+    }
+    return "";
+}
+
+Finding Diagnostics::finding_of(const Report& report) const {
+    Finding finding;
+    finding.severity = report.is_error() ? Severity::error : Severity::warning;
+    finding.name = report.name;
     const bool is_placed = !report.file.empty() || file_.empty() ||
                            report.title.find("'" + file_ + "'") != std::string::npos;
-    if (is_placed) return {report.file, report.line, report.message};
-    return split_line(file_, report.title);
-}
-
-std::string Diagnostics::to_text(std::string_view severity, const PlacedText& place,
-                                 const std::string& name) {
-    std::string text;
-    if (!place.file.empty()) {
-        text += for_terminal(place.file);
-        if (place.line > 0) text += " (" + std::to_string(place.line) + ")";
-        text += ": ";
-    }
-    text += severity;
-    text += ": " + for_terminal(place.text) + (name.empty() ? "" : " [" + name + "]") + "\n";
-    return text + sources_.shown(place.file, place.line);
+    finding.place = is_placed ? place_of(report.file, report.line) : place_of(file_, 0);
+    finding.message = is_placed ? report.message : report.title;
+    if (!is_placed) split_line(finding);
+    return finding;
 }
 
 // A message that memory does not suffice for is dropped: no exception may pass through the library,
@@ -106,43 +131,21 @@ void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user)
 }
 
 void Diagnostics::report(const OsPreprocessorMessage& message) {
-    clear_progress();
-    has_reported_ = true;
-    const char* severity = message.is_error ? "error" : "warning";
-    std::string_view file = file_;
-    if (message.place.file) file = message.place.file;
-    const PlacedText place{file, message.place.line, message.text};
-    const std::span<const OsPlace> chain(message.included_from, message.included_count);
-    if (format_ == Format::text) {
-        write(to_text(severity, place, ""));
-        for (const OsPlace& from : chain)
-            write("  included from " + for_terminal(from.file) + " (" + std::to_string(from.line) +
-                  ")\n");
-        return;
-    }
-    std::string title = std::string(file);
-    if (place.line > 0) title += " (" + std::to_string(place.line) + ")";
-    auto json = to_json({severity, "", title + ": " + message.text, place});
-    json["included_from"] = nlohmann::ordered_json::array();
-    for (const OsPlace& from : chain)
-        json["included_from"].push_back({{"file", to_utf8(from.file)}, {"line", from.line}});
-    write_json(json);
+    Finding finding;
+    finding.severity = message.is_error ? Severity::error : Severity::warning;
+    const char* file = message.place.file;
+    finding.place = place_of(file ? file : std::string_view(file_), message.place.line);
+    finding.message = message.text;
+    for (const OsPlace& from : std::span(message.included_from, message.included_count))
+        finding.notes.push_back({place_of(from.file, from.line), "included from here"});
+    report(finding);
 }
 
-void Diagnostics::say(const std::string& text) {
-    clear_progress();
-    has_reported_ = true;
-    if (format_ == Format::json)
-        write_json(to_json({"error", "", text, {"", 0, text}}));
-    else
-        write("norvane-pm: " + for_terminal(text) + "\n");
-}
-
-void Diagnostics::end_with(const std::string& rendered) {
-    clear_progress();
-    on_terminal_ = false;
-    has_reported_ = true;
-    write(rendered);
+void Diagnostics::say(const std::string& text, const std::string& hint) {
+    Finding finding;
+    finding.message = text;
+    finding.hint = hint;
+    report(finding);
 }
 
 void Diagnostics::progress(const MsgProgress* event, void* user) {
@@ -150,7 +153,7 @@ void Diagnostics::progress(const MsgProgress* event, void* user) {
 }
 
 void Diagnostics::show_progress(std::string_view text) {
-    if (!on_terminal_) return;
+    if (!shows_progress_) return;
     write("\r\x1b[K" + std::string(text.substr(0, std::min(text.size(), terminal_width))));
     progress_shown_ = true;
 }

@@ -8,37 +8,42 @@
 #include "norvane/base/os.h"
 #include "norvane/proj.hpp"
 
+#include "finding.h"
 #include "format.h"
-#include "json_report.h"
 #include "source_lines.h"
 
 namespace norvane::pm {
 
-// Renders each report as it comes, and shows what is under way if standard error is a terminal, on
+// Renders each finding as it comes, and shows what is under way if standard error is a terminal, on
 // a line that is gone afterwards. There is one at a time.
 class Diagnostics {
   public:
-    explicit Diagnostics(Format format);
+    Diagnostics(Format format, Color color);
     ~Diagnostics();
     Diagnostics(const Diagnostics&) = delete;
     Diagnostics& operator=(const Diagnostics&) = delete;
 
-    // Ends the reports: where to read more, or, if nothing was reported about a failure, its likely
-    // cause.
+    // Ends the reports: with where to read more; or, if nothing was reported about a failure, with
+    // its likely cause.
     void close(bool succeeded);
+    // Ends them after an internal failure or wrong usage, which was reported.
+    void close_after_failure();
 
     // What is under way: "loading", "model.pm". Reports that name no place are about this file.
     void begin(std::string_view doing, std::string_view file);
 
-    void report(const Report& report);
-    // Reports what has no name in the catalogue.
-    void say(const std::string& text);
-    // Writes a report that was rendered elsewhere, and shows no progress from then on.
-    void end_with(const std::string& rendered);
+    // All that the program says goes through this.
+    void report(const Finding& finding);
+    void report(const Report& report) { this->report(finding_of(report)); }
+    // Reports what has no name in the catalogue, and is about no file.
+    void say(const std::string& text, const std::string& hint = {});
+
+    // A report of the library as a finding, with the place that it names.
+    Finding finding_of(const Report& report) const;
 
     // Replaces the line of progress, on a terminal.
     void show_progress(std::string_view text);
-    bool shows_progress() const { return on_terminal_; }
+    bool shows_progress() const { return shows_progress_; }
 
     Format format() const { return format_; }
 
@@ -46,13 +51,12 @@ class Diagnostics {
     static void progress(const MsgProgress* event, void* user);
     static void preprocessor(const OsPreprocessorMessage* message, void* user);
     void report(const OsPreprocessorMessage& message);
-    PlacedText place_of(const Report& report) const;
-    std::string to_text(std::string_view severity, const PlacedText& place,
-                        const std::string& name);
+    std::string rendered(const Finding& finding);
     void clear_progress();
 
     Format format_;
-    bool on_terminal_;
+    bool is_colored_;
+    bool shows_progress_;
     bool progress_shown_ = false;
     std::string file_;      // that is being worked on
     std::string last_name_; // of the report that came last

@@ -4,7 +4,9 @@
 
 namespace norvane::pm {
 
-enum class Format { text, json };
+enum class Format { text, gcc, json, sarif };
+
+enum class Color { automatic, always, never };
 
 } // namespace norvane::pm
 

@@ -11,13 +11,30 @@
 
 namespace norvane::pm {
 
+// A line, or the part of a long one that is to be looked at.
+struct Excerpt {
+    std::string bytes; // as they are in the file
+    std::string text;  // in UTF-8, without control characters except tabs
+    unsigned first_column = 1;
+    bool is_cut = false; // more of the line follows
+    bool is_in_utf8 = true;
+
+    unsigned end_column() const { return first_column + static_cast<unsigned>(bytes.size()); }
+    // Parts of the text, by columns of the file.
+    std::string before(unsigned column) const { return between(first_column, column); }
+    std::string between(unsigned column, unsigned end) const;
+    std::string shown(std::string_view part) const;
+};
+
 // Reads lines by number. Thousands of reports may be about one file, so where its lines begin is
 // kept: each part of a file is looked through once.
 class SourceLines {
   public:
-    // The line as it is shown under a report, after its line number, cut where it is too long to be
-    // looked at. Empty if it is blank or cannot be read.
-    std::string shown(std::string_view file, unsigned line);
+    // The line, around `column` if it is long. Empty if it cannot be read.
+    Excerpt excerpt(std::string_view file, unsigned line, unsigned column);
+
+    // Which letter of a line is at a column: a letter of UTF-8 takes several columns.
+    unsigned letter(std::string_view file, unsigned line, unsigned column);
 
   private:
     struct CloseFile {
@@ -26,7 +43,8 @@ class SourceLines {
     using Starts = std::vector<long>; // where the first lines of a file begin
 
     bool open(std::string_view file);
-    bool go_to(Starts& starts, unsigned line);
+    bool go_to(std::string_view file, unsigned line);
+    std::string read(std::size_t size);
 
     std::map<std::string, Starts, std::less<>> starts_;
     std::string name_; // of the file that is open

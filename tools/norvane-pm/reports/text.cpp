@@ -39,6 +39,34 @@ std::size_t sequence_length(std::string_view text) {
     return 0;
 }
 
+unsigned code_point(std::string_view sequence) {
+    constexpr unsigned char lead_bits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    unsigned code = static_cast<unsigned char>(sequence[0]) & lead_bits[sequence.size()];
+    for (const char c : sequence.substr(1))
+        code = code << 6 | (static_cast<unsigned char>(c) & 0x3F);
+    return code;
+}
+
+// The letters that take no column of a terminal, or two.
+struct WidthRow {
+    unsigned from, to;
+    std::size_t width;
+};
+constexpr WidthRow width_rows[] = {
+    {0x0300, 0x036F, 0},   {0x1100, 0x115F, 2},  {0x200B, 0x200F, 0}, {0x2E80, 0x303E, 2},
+    {0x3041, 0xA4CF, 2},   {0xAC00, 0xD7A3, 2},  {0xF900, 0xFAFF, 2}, {0xFE00, 0xFE0F, 0},
+    {0xFE30, 0xFE6F, 2},   {0xFF00, 0xFF60, 2},  {0xFFE0, 0xFFE6, 2}, {0x1F300, 0x1F64F, 2},
+    {0x1F900, 0x1F9FF, 2}, {0x20000, 0x3FFFD, 2}};
+
+std::size_t width_of(std::string_view sequence) {
+    const unsigned code = code_point(sequence);
+    for (const WidthRow& row : width_rows)
+        if (row.from <= code && code <= row.to) return row.width;
+    return 1;
+}
+
+} // namespace
+
 bool is_utf8(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = sequence_length(text);
@@ -47,8 +75,6 @@ bool is_utf8(std::string_view text) {
     }
     return true;
 }
-
-} // namespace
 
 std::string to_utf8(std::string_view bytes) {
     std::string text;
@@ -65,15 +91,35 @@ std::string to_utf8(std::string_view bytes) {
     return text;
 }
 
-std::string for_terminal(std::string_view bytes) {
-    std::string text = to_utf8(bytes);
-    for (char& c : text) {
-        if (c == '\n' || c == '\r' || c == '\t') c = ' ';
-        if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = '?';
+std::string without_controls(std::string utf8, std::string_view kept) {
+    for (char& c : utf8) {
+        const bool is_control = static_cast<unsigned char>(c) < ' ' || c == 0x7F;
+        if (is_control && kept.find(c) == std::string_view::npos) c = '?';
     }
     // The controls from U+0080 on, which terminals obey as well.
-    for (std::size_t i = text.find('\xC2'); i != std::string::npos; i = text.find('\xC2', i + 1)) {
-        if (static_cast<unsigned char>(text[i + 1]) < 0xA0) text.replace(i, 2, "?");
+    for (std::size_t i = utf8.find('\xC2'); i != std::string::npos; i = utf8.find('\xC2', i + 1)) {
+        if (i + 1 < utf8.size() && static_cast<unsigned char>(utf8[i + 1]) < 0xA0)
+            utf8.replace(i, 2, "?");
+    }
+    return utf8;
+}
+
+std::string for_terminal(std::string_view bytes) {
+    std::string text = to_utf8(bytes);
+    for (char& c : text)
+        if (c == '\n' || c == '\r' || c == '\t') c = ' ';
+    return without_controls(std::move(text));
+}
+
+std::string padding(std::string_view utf8, char filler) {
+    std::string text;
+    while (!utf8.empty()) {
+        const std::size_t length = std::max<std::size_t>(sequence_length(utf8), 1);
+        if (utf8[0] == '\t')
+            text += '\t';
+        else
+            text.append(width_of(utf8.substr(0, length)), filler);
+        utf8.remove_prefix(length);
     }
     return text;
 }

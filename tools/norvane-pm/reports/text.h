@@ -12,8 +12,16 @@ namespace norvane::pm {
 // any bytes.
 std::string to_utf8(std::string_view bytes);
 
-// The same on one line, and without control characters, which a terminal would obey.
+bool is_utf8(std::string_view text);
+
+// Without control characters, which a terminal would obey; those in `kept` stay.
+std::string without_controls(std::string utf8, std::string_view kept = "");
+
+// The bytes as UTF-8 on one line, and without control characters.
 std::string for_terminal(std::string_view bytes);
+
+// As many fillers as the text has columns on a terminal, with its tabs.
+std::string padding(std::string_view utf8, char filler);
 
 } // namespace norvane::pm
 
