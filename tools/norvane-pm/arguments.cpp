@@ -16,6 +16,7 @@
 #include "packages.h"
 #include "session.h"
 #include "side_data.h"
+#include "similar.h"
 #include "workspace.h"
 
 namespace norvane::pm {
@@ -400,7 +401,8 @@ bool may_be_asked_for(const Row& row, const std::array<std::string_view, 2>& wor
 }
 
 void describe(CLI::App& app, Invocation& invocation, const std::array<std::string_view, 2>& words) {
-    app.set_version_flag("--version", "norvane-pm " NORVANE_VERSION, "Print the version and exit");
+    app.set_version_flag("-v,--version", "norvane-pm " NORVANE_VERSION,
+                         "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
     app.require_subcommand(1);
     app.footer(footer);
@@ -414,22 +416,77 @@ void describe(CLI::App& app, Invocation& invocation, const std::array<std::strin
     }
 }
 
+// The words that may stand where the command line went wrong: options after a dash, commands
+// otherwise.
+std::vector<std::string> words_of(const CLI::App& command, bool is_option) {
+    std::vector<std::string> words;
+    if (is_option) {
+        for (const CLI::Option* option : command.get_options({}))
+            for (const std::string& name : option->get_lnames())
+                words.push_back("--" + name);
+    } else {
+        for (const CLI::App* below : command.get_subcommands({}))
+            words.push_back(below->get_name());
+    }
+    return words;
+}
+
+struct Unknown {
+    std::string word;
+    std::vector<std::string> known;
+};
+
+// The first word that is no command, or the first option that its command does not have.
+Unknown find_unknown(const CLI::App& app, int argc, char** argv) {
+    const CLI::App* command = &app;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        const bool is_option = word.starts_with("--");
+        if (!is_option && (word.starts_with('-') || command->get_subcommands({}).empty())) continue;
+        const std::string name = word.substr(0, is_option ? word.find('=') : word.npos);
+        std::vector<std::string> known = words_of(*command, is_option);
+        if (std::ranges::find(known, name) == known.end()) return {name, std::move(known)};
+        if (!is_option) command = command->get_subcommand(name);
+    }
+    return {};
+}
+
+void explain_misuse(Options& options, const CLI::App& app, const CLI::ParseError& error, int argc,
+                    char** argv) {
+    options.wrong_usage = error.what();
+    const auto [word, known] = find_unknown(app, argc, argv);
+    if (word.empty()) return;
+    options.wrong_usage =
+        (word.starts_with('-') ? "there is no option '" : "there is no command '") + word + "'";
+    options.way_out = did_you_mean(word, std::vector<std::string_view>(known.begin(), known.end()));
+}
+
 // The command of a command line that is none.
 void refuse(Session& session) {
-    throw WrongUsage{session.options.wrong_usage, "run with --help for more information"};
+    const Options& options = session.options;
+    throw WrongUsage{options.wrong_usage, options.way_out.empty()
+                                              ? "run with --help for more information"
+                                              : options.way_out};
 }
 
 } // namespace
 
 Invocation parse_arguments(int argc, char** argv) {
     Invocation invocation;
+    std::vector<char*> arguments(argv, argv + argc);
+    // "help calc check" is "calc check --help".
+    char help[] = "--help";
+    if (argc > 1 && std::strcmp(argv[1], "help") == 0) {
+        arguments.erase(arguments.begin() + 1);
+        arguments.push_back(help);
+    }
     std::array<std::string_view, 2> words;
-    for (std::size_t i = 0; i < words.size() && static_cast<int>(i) + 1 < argc; ++i)
-        words[i] = argv[i + 1];
+    for (std::size_t i = 0; i < words.size() && i + 1 < arguments.size(); ++i)
+        words[i] = arguments[i + 1];
     CLI::App app("Loads, checks, simplifies and prints product models.", "norvane-pm");
     describe(app, invocation, words);
     try {
-        app.parse(argc, argv);
+        app.parse(static_cast<int>(arguments.size()), arguments.data());
     } catch (const CLI::Success& asked) {
         std::ostringstream out;
         out.exceptions(std::ios::badbit); // streams are silent about lack of memory
@@ -437,7 +494,7 @@ Invocation parse_arguments(int argc, char** argv) {
         std::fputs(out.str().c_str(), stdout);
         invocation.command = nullptr;
     } catch (const CLI::ParseError& e) {
-        invocation.options.wrong_usage = e.what();
+        explain_misuse(invocation.options, app, e, argc, argv);
         invocation.command = refuse;
     }
     return invocation;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
 
 #include "models.h"
 #include "output.h"
@@ -55,12 +54,6 @@ Result<Calculation> read(const Session& session, CalcForm form, const std::strin
     return Calculation::from_source(file, session.on_report);
 }
 
-// The library opens a directory as it does a file, and then finds nothing in it.
-bool is_directory(const std::string& file) {
-    struct stat info;
-    return stat(file.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
 // Checks what the command line says of the calculation, before anything is read.
 CalcForm checked_form(const Session& session) {
     const Options& options = session.options;
@@ -76,11 +69,7 @@ CalcForm checked_form(const Session& session) {
 Calculation& load_calculation(Session& session) {
     const CalcForm form = checked_form(session);
     const std::string file = input_name(calculation_file(session.options));
-    session.begin(Step::load, file);
-    if (is_directory(file)) {
-        session.report([&file] { return ERR_FILE_OPEN(file.c_str()); });
-        throw InputAtFault();
-    }
+    session.begin_load(file);
     Result<Calculation> result = read(session, form, file);
     if (result.has_errors()) throw InputAtFault();
     Calculation& calculation = session.take(std::move(result));

@@ -10,8 +10,11 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "norvane/proj.hpp"
+
+#include "similar.h"
 
 namespace norvane::pm {
 namespace {
@@ -102,7 +105,12 @@ void explain(Session& session) {
         }
         return;
     }
-    throw WrongUsage{"there is no error " + name + ": see norvane-pm explain --list"};
+    std::vector<std::string_view> names;
+    for (const Row& row : table)
+        names.emplace_back(row.name);
+    const std::string meant = did_you_mean(name, names);
+    throw WrongUsage{"there is no error '" + name + "'",
+                     meant.empty() ? "norvane-pm explain --list lists them" : meant};
 }
 
 } // namespace norvane::pm

@@ -116,7 +116,7 @@ Model& load_model(Session& session) {
     const Options& options = session.options;
     check_model_usage(session);
     const std::string name = input_name(options.file);
-    session.begin(Step::load, name);
+    session.begin_load(name);
     Result<Model> result = [&] {
         if (model_form(options.from, options.file) == ModelForm::xml)
             return Model::from_xml(name, session.on_report);

@@ -51,7 +51,8 @@ struct Options {
     bool statistics = false;
     bool debug = false;
 
-    std::string wrong_usage; // what is wrong with the command line
+    std::string wrong_usage; // what is wrong with the command line,
+    std::string way_out;     // and the way out, where it is known
 
     std::string error_name;
     bool list = false;

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include <sys/stat.h>
+
 namespace norvane::pm {
 
 const char* step_text(Step step) {
@@ -27,6 +29,17 @@ void Session::begin(Step next, const std::string& file) {
     subject = file;
     diagnostics.begin(step_text(step), subject);
     work_begin();
+}
+
+void Session::begin_load(const std::string& file) {
+    begin(Step::load, file);
+    struct stat info;
+    if (stat(file.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return;
+    Finding finding;
+    finding.name = "ERR_FILE_OPEN";
+    finding.message = "'" + file + "' is a directory";
+    diagnostics.report(finding);
+    throw InputAtFault();
 }
 
 void Session::open_output() {

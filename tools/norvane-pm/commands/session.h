@@ -42,6 +42,9 @@ class Session {
     // Notes the step and the file that it works on, for a failure in it and for reports that name
     // no place, and shows it where progress is shown.
     void begin(Step step, const std::string& subject);
+    // The same for the step load, of a file. The libraries open a directory as they do a file, and
+    // then find nothing in it, so it is refused here.
+    void begin_load(const std::string& file);
 
     // Holds a value until the session ends, which in most builds is the end of the process.
     template <typename T>

@@ -18,13 +18,13 @@ std::string shown(const char* text) {
 
 Presentation& load_presentation(Session& session, const std::string& file) {
     const std::string name = input_name(file);
-    session.begin(Step::load, name);
+    session.begin_load(name);
     return session.take(Presentation::load(name, session.on_report));
 }
 
 VarOrder& load_order(Session& session) {
     const std::string name = input_name(session.options.var_order);
-    session.begin(Step::load, name);
+    session.begin_load(name);
     return session.take(VarOrder::load(name, session.on_report));
 }
 

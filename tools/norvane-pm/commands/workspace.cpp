@@ -185,7 +185,7 @@ const char* const command_types[7] = {"check", "build",    "view",     "deploy",
                                       "ppl",   "optimize", "erp_relay"};
 
 Workspace& load_workspace(Session& session) {
-    session.begin(Step::load, session.options.file);
+    session.begin_load(session.options.file);
     return session.take(Workspace::load(session.options.file, session.on_report));
 }
 
