@@ -1,7 +1,9 @@
 // Frames and throws.
 #include <gtest/gtest.h>
 
+#include <semaphore>
 #include <string>
+#include <thread>
 
 #include "norvane/base.h"
 #include "support.h"
@@ -77,6 +79,40 @@ TEST(ExceptTest, LongTextsAreCutAndTheTextStaysForTheNextThrow) {
               "1: " + name.substr(0, MESSAGE_BUFFER_SIZE - 1));
     EXPECT_EQ(thrown([&] { except_throw(3, 1, "x.cpp"); }),
               "3: " + name.substr(0, MESSAGE_BUFFER_SIZE - 1));
+}
+
+TEST(ExceptTest, EachThreadThrowsToItsOwnFrames) {
+    std::binary_semaphore is_inside{0};
+    std::binary_semaphore may_throw{0};
+    std::string text_of_other;
+    std::thread other([&] {
+        text_of_other = thrown([&] {
+            is_inside.release();
+            may_throw.acquire();
+            NORVANE_FAIL("of the other");
+        });
+    });
+    is_inside.acquire();
+    EXPECT_EQ(thrown([&] {
+                  may_throw.release();
+                  other.join(); // its frame was made first, and ends first
+                  NORVANE_FAIL("of this");
+              }),
+              "1: of this");
+    EXPECT_EQ(text_of_other, "1: of the other");
+    // What is there now is the frame of a thread that has ended.
+    EXPECT_EXIT(except_fail(1, "host.cpp", "no frame"), testing::KilledBySignal(SIGABRT),
+                "^host.cpp:1: no frame\n$");
+    EXPECT_EQ(thrown([] { NORVANE_FAIL("again"); }), "1: again");
+    __exception_last = nullptr;
+}
+
+TEST(ExceptDeathTest, AThreadDoesNotThrowToAFrameOfAnother) {
+    const auto fail_in_other_thread = [] {
+        std::thread([] { except_fail(1, "host.cpp", "no frame"); }).join();
+    };
+    EXPECT_EXIT(thrown(fail_in_other_thread), testing::KilledBySignal(SIGABRT),
+                "^host.cpp:1: no frame\n$");
 }
 
 TEST(ExceptDeathTest, AThrowWithoutAFrameSaysWhereAndWhatAndAborts) {

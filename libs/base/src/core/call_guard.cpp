@@ -16,13 +16,13 @@ constinit CallGuard* innermost = nullptr;
 [[noreturn, gnu::cold]] void refuse_thread(const char* function) {
     char text[MESSAGE_BUFFER_SIZE];
     str_snprintf(text, sizeof text, "%s: another thread is using the library", function);
-    core::throw_in_this_thread(__LINE__, __FILE__, text);
+    core::throw_text(EXCEPT_ASSERTION, __LINE__, __FILE__, text);
 }
 
 } // namespace
 
 CallGuard::CallGuard(const char* function, const void* state)
-    : outer_(nullptr), frame_(__exception_last), state_(state) {
+    : outer_(nullptr), frame_(core::innermost_frame()), state_(state) {
     const char* none = nullptr;
     if (running_thread.load(std::memory_order_relaxed) != &this_thread &&
         !running_thread.compare_exchange_strong(none, &this_thread))

@@ -314,8 +314,15 @@ NORVANE_UNCHECKED void jump_on_stack_of(const void* address, void (*jump)(void*)
     __builtin_unreachable();
 }
 
-bool is_on_own_stack(const void* address) {
-    return own_stack().hold(reinterpret_cast<std::uintptr_t>(address)) || sanitizer_holds(address);
+bool may_jump_to(const void* address) {
+    settle(here());
+    const Bounds& own = own_stack();
+    const auto place = reinterpret_cast<std::uintptr_t>(address);
+    if (own.hold(place) || sanitizer_holds(address)) return true;
+    for (const Segment* segment = stacks.current; segment; segment = segment->outer)
+        if (segment->stack.hold(place)) return true;
+    // On a stack that the host created, frames of other such stacks may be this thread's too.
+    return !stacks.current && !own.hold(here());
 }
 
 } // namespace norvane::deep

@@ -1,4 +1,8 @@
 // Frames and throws. A throw is a longjmp, after leaving the stack segments of deep recursion.
+//
+// The innermost frame is a global that hosts write, so it is one for all threads. A host that lets
+// two threads in may thus find another thread's frame there, or one that has ended. A throw never
+// jumps to these: each thread knows the frames that except_catch made for it.
 
 // A hardened longjmp aborts the process when the target frame is on another stack.
 #undef _FORTIFY_SOURCE
@@ -22,6 +26,12 @@ int __exception_caught = 0;
 
 namespace norvane::core {
 namespace {
+
+// The innermost frame that except_catch made in this thread.
+constinit thread_local ExceptionFrame* own_frame = nullptr;
+// A frame of this thread ended while another thread's was the innermost. That thread will put the
+// ended frame back, so from here on this thread takes no frame but those that except_catch made.
+constinit thread_local bool is_mixed = false;
 
 // The text for the next throw.
 char failure_text[MESSAGE_BUFFER_SIZE];
@@ -62,10 +72,28 @@ void debugger_break() {
     longjmp(static_cast<ExceptionFrame*>(frame)->buffer, 1);
 }
 
-// Removes a frame when its function returns, and when a C++ exception of the host unwinds it.
-struct FrameRemoval {
-    ExceptionFrame* previous;
-    ~FrameRemoval() { __exception_last = previous; }
+// Makes a frame the innermost until its function returns, or a C++ exception of the host unwinds
+// it.
+class FrameScope {
+  public:
+    explicit FrameScope(ExceptionFrame* frame) : frame_(frame), outer_(own_frame) {
+        frame->previous = __exception_last;
+        __exception_last = own_frame = frame;
+    }
+    FrameScope(const FrameScope&) = delete;
+    FrameScope& operator=(const FrameScope&) = delete;
+    ~FrameScope() {
+        own_frame = outer_;
+        const ExceptionFrame* last = __exception_last;
+        if (last == frame_ || deep::may_jump_to(last))
+            __exception_last = frame_->previous;
+        else
+            is_mixed = true;
+    }
+
+  private:
+    ExceptionFrame* frame_;
+    ExceptionFrame* outer_;
 };
 
 [[noreturn]] void abort_without_frame(int line, const char* file, const char* text) {
@@ -82,11 +110,18 @@ void fill_state(ExceptionState* state, int kind, int line, const char* file, con
 
 } // namespace
 
-void throw_in_this_thread(int line, const char* file, const char* text) {
-    ExceptionFrame* frame = __exception_last;
-    if (!frame || !deep::is_on_own_stack(frame)) abort_without_frame(line, file, text);
-    fill_state(frame->state, EXCEPT_ASSERTION, line, file, text);
-    jump_to_frame(frame);
+ExceptionFrame* innermost_frame() {
+    ExceptionFrame* const last = __exception_last;
+    const bool is_own = last == own_frame || (!is_mixed && (!last || deep::may_jump_to(last)));
+    return is_own ? last : own_frame;
+}
+
+void throw_text(int kind, int line, const char* file, const char* text) {
+    ExceptionFrame* frame = innermost_frame();
+    if (!frame) abort_without_frame(line, file, text);
+    fill_state(frame->state, kind, line, file, text);
+    CallGuard::end_inside(frame);
+    deep::jump_on_stack_of(frame, jump_to_frame, frame);
 }
 
 } // namespace norvane::core
@@ -98,17 +133,15 @@ int except_catch(void (*body)(void* user), void* user, ExceptionState* state) {
     NORVANE_ASSERT(body);
     NORVANE_ASSERT(state);
     ExceptionFrame frame;
-    frame.previous = __exception_last;
     frame.state = state;
-    const FrameRemoval removal = {frame.previous};
-    __exception_last = &frame;
-    if (setjmp(frame.buffer) == 0) {
-        body(user);
-        __exception_caught = 0;
-    } else {
+    const FrameScope scope(&frame);
+    if (setjmp(frame.buffer) != 0) {
         __exception_caught = 1;
+        return 1;
     }
-    return __exception_caught;
+    body(user);
+    __exception_caught = 0;
+    return 0;
 }
 
 void except_rethrow(const ExceptionState* state) {
@@ -126,12 +159,7 @@ void except_report_errormsg(const char* format, ...) {
 }
 
 void except_throw(int kind, int line, const char* file) {
-    if (!file) file = "";
-    ExceptionFrame* frame = __exception_last;
-    if (!frame) abort_without_frame(line, file, failure_text);
-    fill_state(frame->state, kind, line, file, failure_text);
-    norvane::CallGuard::end_inside(frame);
-    norvane::deep::jump_on_stack_of(frame, jump_to_frame, frame);
+    throw_text(kind, line, file ? file : "", failure_text);
 }
 
 void except_assertion_failed(const char* expression, int line, const char* file) {

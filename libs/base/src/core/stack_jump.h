@@ -9,8 +9,8 @@ namespace norvane::deep {
 // require. `jump` does not return.
 [[noreturn]] void jump_on_stack_of(const void* address, void (*jump)(void*), void* user);
 
-// Returns true if the address is on the stack with which the calling thread was started.
-bool is_on_own_stack(const void* address);
+// False if the address is known to be on no stack of the calling thread.
+bool may_jump_to(const void* address);
 
 } // namespace norvane::deep
 

@@ -1,12 +1,17 @@
-// How a call guard (call_guard.cpp) refuses a thread.
+// Throws as the modules of this room see them.
 #ifndef NORVANE_BASE_THROWING_H
 #define NORVANE_BASE_THROWING_H
 
+#include "norvane/base/except.h"
+
 namespace norvane::core {
 
-// Throws EXCEPT_ASSERTION to the innermost frame if that is the calling thread's own, and aborts
-// the process if not. Touches nothing that the running thread uses.
-[[noreturn]] void throw_in_this_thread(int line, const char* file, const char* text);
+// The frame to which a throw of the calling thread goes; null if it has none.
+ExceptionFrame* innermost_frame();
+
+// Throws with a text that is not stored for the next throw, so that it touches nothing that another
+// thread uses.
+[[noreturn]] void throw_text(int kind, int line, const char* file, const char* text);
 
 } // namespace norvane::core
 
