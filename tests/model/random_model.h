@@ -1,15 +1,11 @@
-// Random product models, and their rules evaluated directly on the source, without the library:
-// each generated expression carries a function that computes its value.
+// Random product models: source that passes the check, of every construct that has a value.
 #ifndef NORVANE_TESTS_MODEL_RANDOM_MODEL_H
 #define NORVANE_TESTS_MODEL_RANDOM_MODEL_H
 
 #include <algorithm>
-#include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <random>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -32,83 +28,83 @@ class Random {
     std::mt19937 engine_;
 };
 
-// The value of a variable or field; `number` is that of all but unbounded strings.
-struct Value {
-    double number = 0;
-    std::string text;
-};
-
-// The values by path, such as "parts[1].size" or "lamp.SOME.watts"; that of an optional is 0 or 1.
-using Product = std::map<std::string, Value>;
-// The same with the class of each unbounded value in its place.
-using FiniteProduct = std::map<std::string, int>;
-
-// In what an expression is evaluated.
-struct Context {
-    const Product& product;
-    std::vector<std::string> records; // prefix of the paths in each record around, outermost first
-    std::map<std::string, int> loops; // values of the loop variables
-    // Note the values with which unbounded variables are compared, instead of reading products.
-    bool collecting = false;
-};
-
-struct Expression {
-    std::string text;
-    int level; // how strongly its operator binds
-    std::function<int(Context&)> value;
-};
-
-enum class Kind { boolean, range, labels, integer, real, text, optional, array, record };
-
-struct Name {
-    std::string name;
-    struct Type* type;
-    int depth; // the number of records around
-};
-
-struct Type {
-    Kind kind;
-    std::string text;                // the type as the source writes it
-    int size = 0;                    // the highest value, or the number of elements or labels
-    Type* element = nullptr;         // of an array or an optional
-    std::vector<std::string> labels; // as the source writes them
-    std::vector<Name> fields;
-    std::vector<Expression> rules;
-    std::set<double> numbers;    // what the rules compare an unbounded number with
-    std::set<std::string> texts; // what the rules compare a string with
-
-    bool is_unbounded() const {
-        return kind == Kind::integer || kind == Kind::real || kind == Kind::text;
-    }
-    // Whether two values can be compared as a whole: optionals and unbounded values cannot.
-    bool is_plain() const {
-        if (kind == Kind::optional || is_unbounded()) return false;
-        if (element) return element->is_plain();
-        return std::all_of(fields.begin(), fields.end(),
-                           [](const Name& field) { return field.type->is_plain(); });
-    }
-};
-
 class Generator {
   public:
-    Generator(unsigned seed, std::deque<Type>& types) : random_(seed), types_(types) {}
+    explicit Generator(unsigned seed) : random_(seed) {}
 
-    bool has_optional = false;
-    std::vector<Name> names; // what can be read at this point
+    // The brackets that the operators do not need are "\1" and "\2".
+    std::string model() {
+        std::string source = constants();
+        source += types();
+        source += variables();
+        return source + rules(5);
+    }
+
+  private:
+    // How strongly operators bind, from weak to strong.
+    static constexpr int conditional = 0, equivalence = 1, implication = 2, exclusion = 3,
+                         disjunction = 4, conjunction = 5, negation = 6, comparison = 7,
+                         addition = 8, multiplication = 9, primary = 10;
+
+    struct Expression {
+        std::string text;
+        int level = primary;
+    };
+
+    enum class Kind { boolean, range, labels, integer, real, text, optional, array, record };
+
+    struct Type;
+    struct Name {
+        std::string name;
+        Type* type;
+    };
+
+    struct Type {
+        Kind kind;
+        std::string text;                     // as the source writes it
+        int size = 0;                         // the highest value, or the number of elements
+        Type* element = nullptr;              // of an array or an optional
+        std::vector<std::string> labels = {}; // as the source writes them
+        std::vector<Name> fields = {};
+
+        bool is_unbounded() const {
+            return kind == Kind::integer || kind == Kind::real || kind == Kind::text;
+        }
+        // Whether two values can be compared as a whole: optionals and unbounded values cannot.
+        bool is_plain() const {
+            if (kind == Kind::optional || is_unbounded()) return false;
+            if (element) return element->is_plain();
+            return std::all_of(fields.begin(), fields.end(),
+                               [](const Name& field) { return field.type->is_plain(); });
+        }
+    };
+
+    // A way to a value: names, dots and, as "#", indices.
+    struct Path {
+        std::string text;
+        std::vector<int> elements; // of the array before each index
+        Type* type;
+    };
+
+    struct Loop {
+        std::string variable;
+        int low, high;
+    };
+
+    // ---- Declarations
+
+    std::string fresh(const char* stem) { return stem + std::to_string(++last_name_); }
 
     std::string constants() {
         std::string source = "constant\n";
         for (int count = random_.below(5); count > 0; --count) {
+            const int kind = random_.below(3);
+            const Expression value = kind == 0   ? number(2, true)
+                                     : kind == 1 ? truth(2, true)
+                                                 : real_constant();
             const std::string name = fresh("C");
-            const auto define = [&](const Expression& value, std::vector<Expression>& constants) {
-                constants.push_back({name, primary, value.value});
-                source += "  " + name + " : " + value.text + ";\n";
-            };
-            switch (random_.below(3)) {
-            case 0: define(number(2, true), numbers_); break;
-            case 1: define(truth(2, true), truths_); break;
-            default: define(real_constant(), reals_);
-            }
+            (kind == 0 ? numbers_ : kind == 1 ? truths_ : reals_).push_back({name});
+            source += "  " + name + " : " + value.text + ";\n";
         }
         return source + "  TEXT : \"a text\";\n";
     }
@@ -131,133 +127,155 @@ class Generator {
         std::string source = "variable\n";
         for (int count = random_.between(2, 6); count > 0; --count) {
             // The last one is public, as a model needs a public value.
-            Type* type = count > 1 ? this->type(2) : new_type(Kind::boolean, "boolean", 1);
+            Type* type = count > 1 ? this->type(2) : new_type({Kind::boolean, "boolean", 1});
             const char* access = count > 1 && random_.one_in(4) ? "  private " : "  public ";
-            names.push_back({fresh("v"), type, 0});
-            source += access + names.back().name + " : " + type->text + ";\n";
+            names_.push_back({fresh("v"), type});
+            source += access + names_.back().name + " : " + type->text + ";\n";
         }
         return source;
     }
 
-    std::string rules(int most, std::vector<Expression>& rules) {
+    std::string rules(int most) {
         std::string source = "rule\n";
-        for (int count = random_.between(1, most); count > 0; --count) {
-            rules.push_back(truth(random_.between(1, 4), false));
-            source += "  " + rules.back().text + ";\n";
-        }
+        for (int count = random_.between(1, most); count > 0; --count)
+            source += "  " + truth(random_.between(1, 4), false).text + ";\n";
         return source;
     }
 
-  private:
-    // How strongly operators bind, from weak to strong.
-    static constexpr int conditional = 0, equivalence = 1, implication = 2, exclusion = 3,
-                         disjunction = 4, conjunction = 5, negation = 6, comparison = 7,
-                         addition = 8, multiplication = 9, primary = 10;
+    Type* new_type(const Type& type) { return &types_.emplace_back(type); }
 
-    using Combine = std::function<std::int64_t(std::int64_t, std::int64_t)>;
-    using Read = std::function<Value(Context&)>;
-
-    // A way to a value: names, dots and indices.
-    struct Path {
-        struct Step {
-            std::string text;
-            int elements; // to be chosen among by an index, or 0
-        };
-        std::vector<Step> steps;
-        Type* type;
-        int depth;
-    };
-
-    struct Loop {
-        std::string variable;
-        int low, high;
-    };
-
-    // What a variable can be compared with.
-    struct Operand {
-        Expression expression;
-        std::function<bool(Context&, const Value&)> equals;
-    };
-
-    std::string fresh(const char* stem) { return stem + std::to_string(++last_name_); }
-
-    static int wrapped(std::int64_t value) {
-        return static_cast<int>(static_cast<std::uint32_t>(value));
+    Type* type(int nesting) {
+        switch (nesting > 0 ? random_.below(15) : random_.below(8)) {
+        case 0:
+        case 1: return new_type({Kind::boolean, "boolean", 1});
+        case 2: {
+            const int size = random_.below(8);
+            return new_type({Kind::range, "[0.." + std::to_string(size) + "]", size});
+        }
+        case 3: return new_type({Kind::integer, "integer"});
+        case 4: return new_type({Kind::real, "float"});
+        case 5: return new_type({Kind::text, "string"});
+        case 6: return enumeration();
+        case 8:
+        case 9: return record(nesting - 1);
+        case 10:
+        case 11: {
+            const int size = random_.between(1, 3);
+            Type* element = type(nesting - 1);
+            return new_type({Kind::array, "array " + std::to_string(size) + " of " + element->text,
+                             size, element});
+        }
+        case 12: {
+            Type* element = type(nesting - 1);
+            if (element->is_unbounded()) return element;
+            return new_type({Kind::optional, "optional " + element->text, 1, element});
+        }
+        default:
+            if (named_types_.empty()) return new_type({Kind::boolean, "boolean", 1});
+            return random_.of(named_types_);
+        }
     }
-    static std::string at_least(int level, const Expression& e) {
-        return e.level >= level ? e.text : "(" + e.text + ")";
+
+    Type* enumeration() {
+        Type* type = new_type({Kind::labels, "[", random_.below(4)});
+        for (int i = 0; i <= type->size; ++i) {
+            std::string label = fresh("l");
+            if (!random_.one_in(5))
+                labels_.push_back({"order(" + label + ")"});
+            else
+                label = (random_.one_in(2) ? "\"{h}" : "\"") + label + " x\"";
+            type->labels.push_back(label);
+            type->text += (i == 0 ? "" : ", ") + label;
+        }
+        type->text += "]";
+        return type;
     }
-    static Expression literal(int value, const std::string& text) {
-        return {text, primary, [=](Context&) { return value; }};
-    }
-    static Expression literal(int value) { return literal(value, std::to_string(value)); }
-    static Expression turn_of(const std::string& loop) {
-        return {loop, primary, [=](Context& in) { return in.loops[loop]; }};
-    }
-    // The bare name of a constant cannot be compared with an unbounded variable behind it.
-    static bool may_stand_first(const Expression& e) {
-        return e.text[0] >= '0' && e.text[0] <= '9';
+
+    // The rules of a record see its fields and those of the records around that stand before it.
+    Type* record(int nesting) {
+        Type* type = new_type({Kind::record, "{"});
+        const std::size_t outer_names = names_.size();
+        for (int count = random_.between(1, 3); count > 0; --count) {
+            Type* of_field = this->type(nesting);
+            const Name field = {fresh("f"), of_field};
+            const char* access = random_.one_in(4) ? " private " : " ";
+            type->text += access + field.name + " : " + of_field->text + ";";
+            type->fields.push_back(field);
+            names_.push_back(field);
+        }
+        if (random_.one_in(2)) type->text += " " + rules(2);
+        type->text += " }";
+        names_.resize(outer_names);
+        return type;
     }
 
     // ---- Expressions, `nesting` operators deep at most; the static ones read no variables.
 
-    Expression binary(const char* opr, int level, const Expression& left, const Expression& right,
-                      const Combine& combine) {
+    struct Operand {
+        int level; // of what may stand there without brackets
+        Expression expression;
+    };
+
+    // The pattern with the operands in the places of "#".
+    static Expression form(int level, const std::string& pattern,
+                           const std::vector<Operand>& operands) {
+        std::string text;
+        auto operand = operands.begin();
+        for (const char c : pattern) {
+            if (c != '#') {
+                text += c;
+                continue;
+            }
+            const auto& [needed, inner] = *operand++;
+            const bool needs_brackets = inner.level < needed;
+            const std::string open = needs_brackets ? "(" : inner.level < primary ? "\1" : "";
+            const std::string close = needs_brackets ? ")" : inner.level < primary ? "\2" : "";
+            text += open + inner.text + close;
+        }
+        return {text, level};
+    }
+
+    struct Operator {
+        std::string word;
+        int level;
+    };
+
+    static Expression binary(const Operator& opr, const Expression& left, const Expression& right) {
         // Implication and equivalence group from the right, comparisons not at all.
-        const bool from_right = level == implication || level == equivalence;
-        const int left_level = from_right || level == comparison ? level + 1 : level;
-        const int right_level = from_right ? level : level + 1;
-        return {at_least(left_level, left) + " " + opr + " " + at_least(right_level, right), level,
-                [=](Context& in) {
-                    const int l = left.value(in);
-                    return wrapped(combine(l, right.value(in)));
-                }};
+        const bool from_right = opr.level == implication || opr.level == equivalence;
+        const bool alone = opr.level == comparison;
+        return form(opr.level, "# " + opr.word + " #",
+                    {{opr.level + (from_right || alone), left}, {opr.level + !from_right, right}});
     }
 
     Expression compared(const Expression& left, const Expression& right) {
-        switch (random_.below(6)) {
-        case 0: return binary("<", comparison, left, right, std::less<>());
-        case 1: return binary("<=", comparison, left, right, std::less_equal<>());
-        case 2: return binary(">", comparison, left, right, std::greater<>());
-        case 3: return binary(">=", comparison, left, right, std::greater_equal<>());
-        case 4: return binary("=", comparison, left, right, std::equal_to<>());
-        default: return binary("<>", comparison, left, right, std::not_equal_to<>());
-        }
+        static const std::vector<std::string> words = {"<", "<=", ">", ">=", "=", "<>"};
+        return binary({random_.of(words), comparison}, left, right);
     }
+
+    static Expression literal(int value) { return {std::to_string(value)}; }
 
     Expression either(bool of_numbers, int nesting, bool is_static) {
         return of_numbers ? number(nesting, is_static) : truth(nesting, is_static);
     }
 
-    // All branches are evaluated, so that what they compare is collected.
     Expression conditional_of(bool of_numbers, int nesting, bool is_static) {
         const Expression test = truth(nesting, is_static);
         const Expression yes = either(of_numbers, nesting, is_static);
-        const bool has_else = of_numbers || !random_.one_in(3);
-        const Expression no = has_else ? either(of_numbers, nesting, is_static) : literal(1);
-        return {"if " + at_least(1, test) + " then " + at_least(1, yes) +
-                    (has_else ? " else " + no.text : ""),
-                conditional, [=](Context& in) {
-                    const int chosen = test.value(in), a = yes.value(in), b = no.value(in);
-                    return chosen != 0 ? a : b;
-                }};
+        if (!of_numbers && random_.one_in(3))
+            return form(conditional, "if # then #", {{1, test}, {1, yes}});
+        return form(conditional, "if # then # else #",
+                    {{1, test}, {1, yes}, {0, either(of_numbers, nesting, is_static)}});
     }
 
-    Expression loop(const std::string& word, int first, bool of_numbers, int nesting,
-                    bool is_static, const Combine& combine) {
+    Expression loop(const std::string& word, bool of_numbers, int nesting, bool is_static) {
         const int low = random_.below(3), high = low + random_.below(3);
         const std::string name = fresh("i");
         loops_.push_back({name, low, high});
         const Expression body = either(of_numbers, nesting, is_static);
         loops_.pop_back();
-        const std::string range = "[" + std::to_string(low) + ".." + std::to_string(high) + "]";
-        return {word + " " + name + " in " + range + " : (" + body.text + ")", primary,
-                [=](Context& in) {
-                    int result = first;
-                    for (in.loops[name] = low; in.loops[name] <= high; ++in.loops[name])
-                        result = wrapped(combine(result, body.value(in)));
-                    return result;
-                }};
+        return {word + " " + name + " in [" + std::to_string(low) + ".." + std::to_string(high) +
+                "] : (" + body.text + ")"};
     }
 
     Expression case_of(bool of_numbers, int nesting) {
@@ -266,51 +284,36 @@ class Generator {
         });
         if (found.empty()) return either(of_numbers, 0, false);
         const Path& path = random_.of(found);
-        const auto [text, read] = variable(path);
-        std::string source = "case " + text + " of ";
-        std::vector<std::pair<Operand, Expression>> arms;
+        std::string pattern = "case " + variable(path).text + " of ";
+        std::vector<Operand> parts;
         for (int count = random_.between(1, 3); count > 0; --count) {
-            const Operand selected = operand(path.type, 0);
-            arms.emplace_back(selected, either(of_numbers, nesting, false));
-            source += at_least(1, selected.expression) + " then " +
-                      at_least(1, arms.back().second) + " | ";
+            pattern += "# then # | ";
+            parts.push_back({1, operand(path.type, 0)});
+            parts.push_back({1, either(of_numbers, nesting, false)});
         }
-        const Expression otherwise = either(of_numbers, nesting, false);
-        return {source + "default " + otherwise.text + " esac", primary,
-                [arms, otherwise, read = read](Context& in) {
-                    const Value selector = read(in);
-                    int result = otherwise.value(in);
-                    for (auto arm = arms.rbegin(); arm != arms.rend(); ++arm) {
-                        const int value = arm->second.value(in);
-                        if (arm->first.equals(in, selector)) result = value;
-                    }
-                    return result;
-                }};
+        parts.push_back({0, either(of_numbers, nesting, false)});
+        return form(primary, pattern + "default # esac", parts);
     }
 
     Expression number(int nesting, bool is_static) {
         const int less = nesting - 1;
-        const auto both = [&](const char* opr, int level, const Combine& combine) {
+        const auto both = [&](const Operator& opr) {
             // A negative number before a product would read back as a negated product.
-            const bool is_product = level == multiplication;
+            const bool is_product = opr.level == multiplication;
             const Expression left =
                 is_product ? operand_number(is_static) : number(less, is_static);
-            return binary(opr, level, left, number(less, is_static), combine);
+            return binary(opr, left, number(less, is_static));
         };
         switch (nesting > 0 ? random_.below(13) : 12) {
         case 0:
-        case 1: return both("+", addition, std::plus<>());
+        case 1: return both({"+", addition});
         case 2:
-        case 3: return both("-", addition, std::minus<>());
-        case 4: return both("*", multiplication, std::multiplies<>());
-        case 5: {
-            const Expression arg = number(less, is_static);
-            return {"-" + at_least(multiplication, arg), addition,
-                    [=](Context& in) { return wrapped(-std::int64_t{arg.value(in)}); }};
-        }
+        case 3: return both({"-", addition});
+        case 4: return both({"*", multiplication});
+        case 5: return form(addition, "-#", {{multiplication, number(less, is_static)}});
         case 6: return conditional_of(true, less, is_static);
-        case 7: return loop("sum", 0, true, less, is_static, std::plus<>());
-        case 8: return loop("product", 1, true, less, is_static, std::multiplies<>());
+        case 7: return loop("sum", true, less, is_static);
+        case 8: return loop("product", true, less, is_static);
         case 9: return is_static ? operand_number(true) : case_of(true, less);
         default: return operand_number(is_static);
         }
@@ -321,11 +324,10 @@ class Generator {
             [](const Type& type) { return type.kind == Kind::range || type.kind == Kind::labels; });
         if (!is_static && !found.empty() && random_.one_in(2)) {
             const Path& path = random_.of(found);
-            Expression read = whole(path);
-            if (path.type->kind == Kind::labels) read.text = "order(" + read.text + ")";
-            return read;
+            const Expression read = variable(path);
+            return path.type->kind == Kind::labels ? Expression{"order(" + read.text + ")"} : read;
         }
-        if (!loops_.empty() && random_.one_in(2)) return turn_of(random_.of(loops_).variable);
+        if (!loops_.empty() && random_.one_in(2)) return {random_.of(loops_).variable};
         if (!numbers_.empty() && random_.one_in(3)) return random_.of(numbers_);
         if (!labels_.empty() && random_.one_in(6)) return random_.of(labels_);
         return literal(random_.below(10));
@@ -333,24 +335,20 @@ class Generator {
 
     Expression truth(int nesting, bool is_static) {
         const int less = nesting - 1;
-        const auto both = [&](const char* opr, int level, const Combine& combine) {
+        const auto both = [&](const Operator& opr) {
             const Expression left = truth(less, is_static);
-            return binary(opr, level, left, truth(less, is_static), combine);
+            return binary(opr, left, truth(less, is_static));
         };
         switch (nesting > 0 ? random_.below(20) : 19) {
-        case 0: return both("and", conjunction, std::bit_and<>());
-        case 1: return both("or", disjunction, std::bit_or<>());
-        case 2: return both("xor", exclusion, std::bit_xor<>());
-        case 3: return both("->", implication, std::less_equal<>());
-        case 4: return both("<->", equivalence, std::equal_to<>());
-        case 5: {
-            const Expression arg = truth(less, is_static);
-            return {"not " + at_least(negation, arg), negation,
-                    [=](Context& in) { return 1 - arg.value(in); }};
-        }
+        case 0: return both({"and", conjunction});
+        case 1: return both({"or", disjunction});
+        case 2: return both({"xor", exclusion});
+        case 3: return both({"->", implication});
+        case 4: return both({"<->", equivalence});
+        case 5: return form(negation, "not #", {{negation, truth(less, is_static)}});
         case 6: return conditional_of(false, less, is_static);
-        case 7: return loop("forall", 1, false, less, is_static, std::bit_and<>());
-        case 8: return loop("exist", 0, false, less, is_static, std::bit_or<>());
+        case 7: return loop("forall", false, less, is_static);
+        case 8: return loop("exist", false, less, is_static);
         case 9: return is_static ? operand_truth(nesting, true) : case_of(false, less);
         case 10:
         case 11:
@@ -366,125 +364,67 @@ class Generator {
         const std::vector<Path> found = paths([](const Type&) { return true; });
         if (!is_static && !found.empty() && !random_.one_in(8)) {
             const Path& path = random_.of(found);
-            if (path.type->kind == Kind::boolean && random_.one_in(2)) return whole(path);
-            if (path.type->is_plain() && random_.one_in(2)) return comparison_of_wholes(path);
+            if (path.type->kind == Kind::boolean && random_.one_in(2)) return variable(path);
+            if (path.type->is_plain() && random_.one_in(2)) {
+                const auto same = paths([&](const Type& other) { return &other == path.type; });
+                return same_or_not(variable(path), variable(random_.of(same)));
+            }
             if (path.type->kind != Kind::array && path.type->kind != Kind::record)
                 return comparison_of(path, std::min(nesting, 1));
         }
         if (!truths_.empty() && random_.one_in(2)) return random_.of(truths_);
-        const bool value = random_.one_in(2);
-        return literal(value, value ? "true" : "false");
+        return {random_.one_in(2) ? "true" : "false"};
     }
 
-    // Floats are numbers of quarters; as values of expressions they are counted in quarters.
     Expression real_constant() {
-        const int quarters = random_.below(80);
-        const std::string half = std::to_string(quarters / 4) + (quarters / 2 % 2 ? ".5" : ".0");
-        const int value = quarters / 2 * 2;
+        std::string half = std::to_string(random_.below(20));
+        half += random_.one_in(2) ? ".5" : ".0";
         switch (random_.below(4)) {
-        case 0: return {"-" + half, addition, [=](Context&) { return -value; }};
-        case 1: return {half + " / 2.0", multiplication, [=](Context&) { return value / 2; }};
-        case 2: return {half + " * 3.0 - 0.5", addition, [=](Context&) { return value * 3 - 2; }};
-        default: return literal(value, half);
+        case 0: return {"-" + half, addition};
+        case 1: return {half + " / 2.0", multiplication};
+        case 2: return {half + " * 3.0 - 0.5", addition};
+        default: return {half};
         }
     }
 
-    Expression same_or_not(Expression left, Expression right,
-                           const std::function<bool(Context&)>& is_same) {
-        const bool same = !random_.one_in(3);
+    // The bare name of a constant cannot be compared with an unbounded variable after it.
+    static bool may_stand_first(const Expression& e) {
+        return e.text[0] >= '0' && e.text[0] <= '9';
+    }
+
+    Expression same_or_not(Expression left, Expression right) {
         if (may_stand_first(right) && random_.one_in(3)) std::swap(left, right);
-        return {at_least(addition, left) + (same ? " = " : " <> ") + at_least(addition, right),
-                comparison, [=](Context& in) { return is_same(in) == same; }};
+        return binary({random_.one_in(3) ? "<>" : "=", comparison}, left, right);
     }
 
     // A variable and what it can be equal to; or the order of an unbounded one and a number.
     Expression comparison_of(const Path& path, int nesting) {
-        Type* type = path.type;
-        const auto [text, read] = variable(path);
-        const Expression name = {text, primary, nullptr};
-        if (type->kind == Kind::real || (type->kind == Kind::integer && random_.one_in(2))) {
-            const double unit = type->kind == Kind::real ? 4 : 1;
-            Expression limit = unit == 1 ? number(nesting, true) : real_constant();
-            if (unit == 4 && !reals_.empty() && random_.one_in(2)) {
-                // The bare name of a constant cannot be set equal to an unbounded float.
-                limit = random_.of(reals_);
-                limit = {limit.text + " + 0.5", addition,
-                         [v = limit.value](Context& in) { return v(in) + 2; }};
-            }
-            // Only the order of the two counts.
-            const auto order = [=, read = read](Context& in) {
-                const double right = limit.value(in) / unit;
-                if (in.collecting) type->numbers.insert(right);
-                const double left = read(in).number;
-                return (left > right) - (left < right);
-            };
-            const Expression left = {text, primary, order};
-            const Expression right = {limit.text, limit.level, [](Context&) { return 0; }};
-            if (may_stand_first(limit) && random_.one_in(3)) return compared(right, left);
-            return compared(left, right);
-        }
-        const Operand other = operand(type, nesting);
-        return same_or_not(
-            name, other.expression,
-            [read = read, equals = other.equals](Context& in) { return equals(in, read(in)); });
+        const Kind kind = path.type->kind;
+        const Expression read = variable(path);
+        if (kind != Kind::real && (kind != Kind::integer || random_.one_in(2)))
+            return same_or_not(read, operand(path.type, nesting));
+        Expression limit = kind == Kind::integer ? number(nesting, true) : real_constant();
+        // The bare name of a constant cannot be set equal to an unbounded float.
+        if (kind == Kind::real && !reals_.empty() && random_.one_in(2))
+            limit = {random_.of(reals_).text + " + 0.5", addition};
+        if (may_stand_first(limit) && random_.one_in(3)) return compared(limit, read);
+        return compared(read, limit);
     }
 
-    Operand operand(Type* type, int nesting) {
-        const auto computed = [type](const Expression& other) {
-            return Operand{other, [=](Context& in, const Value& value) {
-                               const int number = other.value(in);
-                               if (in.collecting && type->is_unbounded())
-                                   type->numbers.insert(number);
-                               return value.number == number;
-                           }};
-        };
-        const int chosen = random_.below(std::max(type->size, 2));
+    // What a variable of the type can be equal to.
+    Expression operand(const Type* type, int nesting) {
+        static const std::vector<std::string> texts = {"\"a\"", "\"b b\"", "\"c\"", "\"\""};
         switch (type->kind) {
-        case Kind::boolean: return computed(truth(nesting, false));
-        case Kind::range: return computed(number(nesting, false));
-        case Kind::integer: return computed(number(nesting, true));
-        case Kind::optional: return computed(literal(chosen, chosen == 1 ? "SOME" : "NONE"));
+        case Kind::boolean: return truth(nesting, false);
+        case Kind::range: return number(nesting, false);
+        case Kind::integer: return number(nesting, true);
+        case Kind::optional: return {random_.one_in(2) ? "SOME" : "NONE"};
         case Kind::labels: {
-            const int at = chosen % type->size;
-            const std::string& label = type->labels[static_cast<std::size_t>(at)];
-            const bool quotes = random_.one_in(4) && label[0] != '"';
-            return computed(literal(at, quotes ? '"' + label + '"' : label));
+            const std::string& label = random_.of(type->labels);
+            return {random_.one_in(4) && label[0] != '"' ? '"' + label + '"' : label};
         }
-        default: {
-            const std::string text = random_.of(std::vector<std::string>{"a", "b b", "c", ""});
-            return {literal(0, '"' + text + '"'), [=](Context& in, const Value& value) {
-                        if (in.collecting) type->texts.insert(text);
-                        return value.text == text;
-                    }};
+        default: return {random_.of(texts)};
         }
-        }
-    }
-
-    // Two values of one type.
-    Expression comparison_of_wholes(const Path& path) {
-        const Type* type = path.type;
-        const auto [left, left_place] = place(path);
-        const auto [right, right_place] =
-            place(random_.of(paths([&](const Type& other) { return &other == type; })));
-        return same_or_not({left, primary, nullptr}, {right, primary, nullptr},
-                           [left = left_place, right = right_place, type](Context& in) {
-                               return in.collecting ||
-                                      is_same(*type, in.product, left(in), right(in));
-                           });
-    }
-
-    static bool is_same(const Type& type, const Product& product, const std::string& left,
-                        const std::string& right) {
-        const auto same_at = [&](const Type& part, const std::string& rest) {
-            return is_same(part, product, left + rest, right + rest);
-        };
-        bool same = true;
-        for (int i = 0; type.kind == Kind::array && i < type.size; ++i)
-            same = same && same_at(*type.element, "[" + std::to_string(i) + "]");
-        for (const Name& field : type.fields)
-            same = same && same_at(*field.type, "." + field.name);
-        if (type.element || !type.fields.empty()) return same;
-        return product.at(left).number == product.at(right).number;
     }
 
     // ---- Variables
@@ -493,272 +433,55 @@ class Generator {
         const int chosen = random_.below(elements);
         std::vector<Expression> choices = {literal(chosen)};
         const auto add_minus = [&](const Expression& left, const Expression& right) {
-            choices.push_back(binary("-", addition, left, right, std::minus<>()));
+            choices.push_back(binary({"-", addition}, left, right));
         };
         add_minus(literal(chosen + 1), literal(1));
         for (const Loop& loop : loops_) {
             if (!may_use_loops || loop.high - loop.low >= elements) continue;
-            const Expression turn = turn_of(loop.variable);
-            if (loop.high < elements) choices.push_back(turn);
-            add_minus(turn, literal(loop.low));
-            add_minus(literal(loop.high), turn);
+            if (loop.high < elements) choices.push_back({loop.variable});
+            add_minus({loop.variable}, literal(loop.low));
+            add_minus(literal(loop.high), {loop.variable});
         }
         return random_.of(choices);
     }
 
     std::vector<Path> paths(const std::function<bool(const Type&)>& wanted) const {
         std::vector<Path> all;
-        for (const Name& name : names)
-            all.push_back({{{name.name, 0}}, name.type, name.depth});
+        for (const Name& name : names_)
+            all.push_back({name.name, {}, name.type});
         std::vector<Path> found;
         for (std::size_t i = 0; i < all.size(); ++i) {
             const Path path = all[i];
             const Type& type = *path.type;
-            const auto add_longer = [&](const std::string& text, int elements, Type* part) {
-                all.push_back({path.steps, part, path.depth});
-                all.back().steps.push_back({text, elements});
-            };
-            if (type.kind == Kind::array) add_longer("", type.size, type.element);
-            if (type.kind == Kind::optional) add_longer(".SOME", 0, type.element);
+            if (type.kind == Kind::array) {
+                all.push_back({path.text + "[#]", path.elements, type.element});
+                all.back().elements.push_back(type.size);
+            }
+            if (type.kind == Kind::optional)
+                all.push_back({path.text + ".SOME", path.elements, type.element});
             for (const Name& field : type.fields)
-                add_longer("." + field.name, 0, field.type);
+                all.push_back({path.text + "." + field.name, path.elements, field.type});
             if (wanted(type)) found.push_back(path);
         }
         return found;
     }
 
-    // The text of a path, and where it leads to in a product.
-    std::pair<std::string, std::function<std::string(Context&)>> place(const Path& path) {
-        std::string text;
-        std::vector<std::pair<std::string, Expression>> parts;
-        for (const Path::Step& step : path.steps) {
-            // In a loop, an element of an array of strings is the same one in every turn.
-            const bool may_use_loops = path.type->kind != Kind::text;
-            const bool is_word = step.elements == 0;
-            parts.emplace_back(step.text,
-                               is_word ? literal(0) : index(step.elements, may_use_loops));
-            text += is_word ? step.text : "[" + parts.back().second.text + "]";
-        }
-        const auto records_up = static_cast<std::size_t>(depth_ - path.depth);
-        return {text, [=](Context& in) {
-                    std::string result = in.records[in.records.size() - 1 - records_up];
-                    for (const auto& [word, at] : parts)
-                        result += word.empty() ? "[" + std::to_string(at.value(in)) + "]" : word;
-                    return result;
-                }};
-    }
-
-    std::pair<std::string, Read> variable(const Path& path) {
-        const auto [text, where] = place(path);
-        return {text, [where = where](Context& in) {
-                    return in.collecting ? Value{} : in.product.at(where(in));
-                }};
-    }
-
-    Expression whole(const Path& path) {
-        const auto [text, read] = variable(path);
-        return {text, primary,
-                [read = read](Context& in) { return static_cast<int>(read(in).number); }};
-    }
-
-    // ---- Types
-
-    Type* new_type(Kind kind, const std::string& text, int size = 0, Type* element = nullptr) {
-        return &types_.emplace_back(Type{kind, text, size, element, {}, {}, {}, {}, {}});
-    }
-
-    Type* type(int nesting) {
-        switch (nesting > 0 ? random_.below(15) : random_.below(8)) {
-        case 0:
-        case 1: return new_type(Kind::boolean, "boolean", 1);
-        case 2: {
-            const int size = random_.below(8);
-            return new_type(Kind::range, "[0.." + std::to_string(size) + "]", size);
-        }
-        case 3: return new_type(Kind::integer, "integer");
-        case 4: return new_type(Kind::real, "float");
-        case 5: return new_type(Kind::text, "string");
-        case 6: return enumeration();
-        case 8:
-        case 9: return record(nesting - 1);
-        case 10:
-        case 11: {
-            const int size = random_.between(1, 3);
-            Type* element = type(nesting - 1);
-            const std::string text = "array " + std::to_string(size) + " of " + element->text;
-            return new_type(Kind::array, text, size, element);
-        }
-        case 12: {
-            Type* element = type(nesting - 1);
-            if (element->is_unbounded()) return element;
-            has_optional = true;
-            return new_type(Kind::optional, "optional " + element->text, 1, element);
-        }
-        default:
-            if (named_types_.empty()) return new_type(Kind::boolean, "boolean", 1);
-            return random_.of(named_types_);
-        }
-    }
-
-    Type* enumeration() {
-        Type* type = new_type(Kind::labels, "[", random_.between(1, 4));
-        for (int i = 0; i < type->size; ++i) {
-            std::string label = fresh("l");
-            if (!random_.one_in(5))
-                labels_.push_back(literal(i, "order(" + label + ")"));
-            else
-                label = (random_.one_in(2) ? "\"{h}" : "\"") + label + " x\"";
-            type->labels.push_back(label);
-            type->text += (i == 0 ? "" : ", ") + label;
-        }
-        type->text += "]";
-        return type;
-    }
-
-    // The rules of a record see its fields and those of the records around that stand before it.
-    Type* record(int nesting) {
-        Type* type = new_type(Kind::record, "{");
-        const std::size_t outer_names = names.size();
-        ++depth_;
-        for (int count = random_.between(1, 3); count > 0; --count) {
-            Type* of_field = this->type(nesting);
-            const Name field = {fresh("f"), of_field, depth_};
-            const char* access = random_.one_in(4) ? " private " : " ";
-            type->text += access + field.name + " : " + of_field->text + ";";
-            type->fields.push_back(field);
-            names.push_back(field);
-        }
-        if (random_.one_in(2)) type->text += " " + rules(2, type->rules);
-        type->text += " }";
-        --depth_;
-        names.resize(outer_names);
-        return type;
+    Expression variable(const Path& path) {
+        // In a loop, an element of an array of strings is the same one in every turn.
+        std::vector<Operand> indices;
+        for (const int elements : path.elements)
+            indices.push_back({0, index(elements, path.type->kind != Kind::text)});
+        return form(primary, path.text, indices);
     }
 
     Random random_;
-    std::deque<Type>& types_;
+    std::deque<Type> types_;
     int last_name_ = 0;
-    int depth_ = 0; // the number of records around
+    std::vector<Name> names_; // what can be read at this point
     std::vector<Type*> named_types_;
     std::vector<Expression> labels_;                   // as order(label)
     std::vector<Expression> numbers_, truths_, reals_; // constants
     std::vector<Loop> loops_;
-};
-
-class RandomModel {
-  public:
-    explicit RandomModel(unsigned seed) {
-        Generator generator(seed, types_);
-        source_ = generator.constants();
-        source_ += generator.types();
-        source_ += generator.variables();
-        source_ += generator.rules(5, rules_);
-        variables_ = generator.names;
-        has_optional_ = generator.has_optional;
-        const Product none;
-        Context context = {none, std::vector<std::string>(10), {}, true};
-        for (const Expression& rule : rules_)
-            rule.value(context);
-        for (const Type& type : types_)
-            for (const Expression& rule : type.rules)
-                rule.value(context);
-    }
-    RandomModel(const RandomModel&) = delete; // expressions point to types
-    RandomModel& operator=(const RandomModel&) = delete;
-
-    const std::string& source() const { return source_; }
-    bool has_optional() const { return has_optional_; }
-
-    Product product(Random& random) const {
-        Product product;
-        walk([&](const std::string& path, const Type& type) {
-            if (type.kind == Kind::array || type.kind == Kind::record) return;
-            Value& value = product[path];
-            std::vector<std::string> texts(type.texts.begin(), type.texts.end());
-            std::vector<double> numbers(type.numbers.begin(), type.numbers.end());
-            texts.push_back("another");
-            numbers.push_back(3);
-            value.text = random.of(texts);
-            const double step = type.kind == Kind::real ? 0.125 : 1;
-            value.number = type.is_unbounded()
-                               ? random.of(numbers) + step * random.between(-1, 1)
-                               : random.below(type.size + (type.kind == Kind::labels ? 0 : 1));
-        });
-        return product;
-    }
-
-    FiniteProduct finite(const Product& product) const {
-        FiniteProduct finite;
-        walk([&](const std::string& path, const Type& type) {
-            const auto at = product.find(path);
-            if (at == product.end()) return;
-            const auto& [number, text] = at->second;
-            const auto known = type.texts.find(text);
-            if (type.kind != Kind::text)
-                finite[path] =
-                    type.is_unbounded() ? class_of(type, number) : static_cast<int>(number);
-            else if (known == type.texts.end())
-                finite[path] = 0;
-            else
-                finite[path] = 1 + static_cast<int>(std::distance(type.texts.begin(), known));
-        });
-        return finite;
-    }
-
-    // The values of all rules on a product, those of a record once for each instance, in the order
-    // of the flat rules.
-    std::vector<int> evaluate(const Product& product) const {
-        std::vector<int> values;
-        Context context = {product, {""}, {}, false};
-        for (const Expression& rule : rules_)
-            values.push_back(rule.value(context));
-        walk([&](const std::string& path, const Type& type) {
-            if (type.kind != Kind::record) return;
-            // The records around are those whose paths this one begins with.
-            while (!path.starts_with(context.records.back()))
-                context.records.pop_back();
-            context.records.push_back(path + ".");
-            for (const Expression& rule : type.rules)
-                values.push_back(rule.value(context));
-        });
-        return values;
-    }
-
-  private:
-    using Visit = std::function<void(const std::string& path, const Type& type)>;
-
-    void walk(const Visit& visit) const {
-        for (const Name& variable : variables_)
-            walk(variable.name, *variable.type, visit);
-    }
-    static void walk(const std::string& path, const Type& type, const Visit& visit) {
-        visit(path, type);
-        for (int i = 0; type.kind == Kind::array && i < type.size; ++i)
-            walk(path + "[" + std::to_string(i) + "]", *type.element, visit);
-        if (type.kind == Kind::optional) walk(path + ".SOME", *type.element, visit);
-        for (const Name& field : type.fields)
-            walk(path + "." + field.name, *field.type, visit);
-    }
-
-    // The class of a number: one below the values, each value, and each gap that holds a number.
-    static int class_of(const Type& type, double value) {
-        int position = 0;
-        const double* previous = nullptr;
-        for (const double& limit : type.numbers) {
-            if (value < limit) return position;
-            if (!previous || type.kind == Kind::real || limit - *previous > 1) ++position;
-            if (value == limit) return position;
-            ++position;
-            previous = &limit;
-        }
-        return position;
-    }
-
-    std::string source_;
-    bool has_optional_ = false;
-    std::deque<Type> types_;
-    std::vector<Name> variables_;
-    std::vector<Expression> rules_; // those outside of records
 };
 
 // The text with one to three small faults: words dropped, doubled, swapped or replaced.
