@@ -119,19 +119,23 @@ struct Bounds {
 
 // Checks the body once for every value of the variable, which it sees as a constant: so `a[i]` is
 // checked against the bounds of `a`, and `x = i` makes every value of `i` one that `x` is compared
-// with.
-[[gnu::noinline]] Checked check_body(const Context& in, Expr* expr, const Bounds& bounds) {
+// with. The first turn also types it, unless the loop is inside another one that has had a turn.
+[[gnu::noinline]] Checked check_body(const Context& in, Expr* expr, const Bounds& bounds,
+                                     bool is_typed) {
     Expr* body = expr->args.range.lambdaexpr;
     const ExprType type = meaning_of(expr->opr).body == ETYPE_BOOL ? ETYPE_BOOL : ETYPE_INT;
 
     LoopVariable variable(in, expr, bounds.lower);
     if (!variable.inserted()) return {false, false};
-    Checked checked{};
+    Checked checked{true, false};
     WorkTurns turns(turn_count(bounds.lower, bounds.upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = bounds.lower; value <= bounds.upper; ++value) {
         variable.set(static_cast<int>(value));
-        checked = check_expr(in, body);
+        if (is_typed)
+            checked.ok = check_again(in, body);
+        else
+            checked = check_expr(in, body);
         if (!checked.ok) break;
         if (body->type != type) {
             fault(in, expr, ERR_RANGE_TYPE, expr_type_to_string(body));
@@ -139,6 +143,7 @@ struct Bounds {
             variable.leave_pushed();
             return {false, false};
         }
+        is_typed = true;
         turns.next();
     }
     expr->type = static_cast<unsigned char>(type);
@@ -148,7 +153,12 @@ struct Bounds {
 Checked check_loop(const Context& in, Expr* expr) {
     Bounds bounds{};
     if (!check_bounds(in, expr, &bounds)) return {false, false};
-    return check_body(in, expr, bounds);
+    return check_body(in, expr, bounds, false);
+}
+
+bool check_loop_again(const Context& in, Expr* expr) {
+    Bounds bounds{};
+    return check_bounds(in, expr, &bounds) && check_body(in, expr, bounds, true).ok;
 }
 
 // Checks one arm of a case: its condition against the selector, the left operand of `comparison`,
@@ -229,6 +239,12 @@ void mark_unbounded_equations(const Context& in, Expr* expr) {
     if (is_unbounded(left_type) && is_unbounded(right_type)) expr->opr = OPR_UBOUND_EQ;
 }
 
+// Operators over booleans and integers do nothing but write types; those over other types may enter
+// values into sets.
+bool is_plain(const Expr* operand) {
+    return operand->type == ETYPE_BOOL || operand->type == ETYPE_INT;
+}
+
 } // namespace
 
 Excerpt excerpt_of(Expr* expr) {
@@ -266,6 +282,29 @@ Checked check_expr(const Context& in, Expr* expr) {
     case EXPR_CASE: return check_case(in, expr);
     }
     NORVANE_FAIL("Encountered invalid expression structure : %d", expr->structure);
+}
+
+bool check_again(const Context& in, Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { return check_again(in, expr); });
+    const auto& args = expr->args;
+    switch (model::structure_of(expr)) {
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return true;
+    case EXPR_IDCONSTRUCTOR: return check_idcon_again(in, args.idcon);
+    case EXPR_BINARY:
+        if (!is_plain(args.binargs.leftarg) || !is_plain(args.binargs.rightarg)) break;
+        return check_again(in, args.binargs.leftarg) && check_again(in, args.binargs.rightarg);
+    case EXPR_UNARY:
+        if (expr->opr == OPR_ORDER) break;
+        return check_again(in, args.arg);
+    case EXPR_ITE:
+        return check_again(in, args.ite.logictest) && check_again(in, args.ite.trueexpr) &&
+               check_again(in, args.ite.falseexpr);
+    case EXPR_RANGE: return check_loop_again(in, expr);
+    case EXPR_CASE: break;
+    }
+    return check_expr(in, expr).ok;
 }
 
 bool check_rule(const Context& in, const RuleDecl* decl) {

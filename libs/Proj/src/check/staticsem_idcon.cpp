@@ -86,20 +86,36 @@ bool report_no_array(const Context& in, const IdCon* idcon, int n, TypeCon* type
     return fault_at(in, idcon->linenumber, ERR_ARRAY_INDEX, n - 1, name, used);
 }
 
-// Checks index `n`, counted from 1, of a variable whose type is `array` after the indices before.
-bool check_index(const Context& in, const IdCon* idcon, int n, Expr* index, TypeCon* array) {
-    if (array->contype != TC_ARRAY) return report_no_array(in, idcon, n, array);
+// Checks that an index has a value before the product is configured.
+bool check_index_expr(const Context& in, const IdCon* idcon, int n, Expr* index) {
     const Checked checked = check_expr(in, index);
     if (!checked.ok) return false;
     if (index->type != ETYPE_INT) return fault(in, index, ERR_INDEX_NOT_INT, n);
-    if (!checked.is_static) return fault(in, index, ERR_INDEX_NOT_STATIC, idcon->args.array.idname);
-    // It was static where it was declared, but a field may hide the constant that it names.
-    Expr* dimension = array->values.array.size;
-    if (!is_static(in, dimension)) return fault(in, dimension, ERR_ARRAY_NOT_STATIC);
-    return check_index_value(in, idcon, n, index, dimension);
+    return checked.is_static ||
+           fault(in, index, ERR_INDEX_NOT_STATIC, idcon->args.array.idname);
 }
 
-Checked check_array(const Context& in, const IdCon* idcon, int scoped, ExprType* type) {
+// It was static where it was declared, but a field may hide the constant that it names. Asking
+// again in a later turn would only repeat the reports of loops in it, which a leaf has none of.
+bool check_dimension(const Context& in, Expr* dimension, bool again) {
+    const bool is_leaf =
+        dimension->structure == EXPR_INT_CONST || dimension->structure == EXPR_IDCONSTRUCTOR;
+    return (again && is_leaf) || is_static(in, dimension) ||
+           fault(in, dimension, ERR_ARRAY_NOT_STATIC);
+}
+
+// Checks index `n`, counted from 1, of a variable whose type is `array` after the indices before.
+bool check_index(const Context& in, const IdCon* idcon, int n, Expr* index, TypeCon* array,
+                 bool again) {
+    if (array->contype != TC_ARRAY) return report_no_array(in, idcon, n, array);
+    if (!(again ? check_again(in, index) : check_index_expr(in, idcon, n, index))) return false;
+    Expr* dimension = array->values.array.size;
+    return check_dimension(in, dimension, again) &&
+           check_index_value(in, idcon, n, index, dimension);
+}
+
+// Checks an element of an array; `again` as check_again does.
+Checked check_array(const Context& in, const IdCon* idcon, int scoped, ExprType* type, bool again) {
     char* name = idcon->args.array.idname;
     NameData* namedata = nullptr;
     if (symtbl_lookup(in.symboltable, name, scoped, &namedata) != STATUS_SUCCESS ||
@@ -110,7 +126,7 @@ Checked check_array(const Context& in, const IdCon* idcon, int scoped, ExprType*
 
     int n = 0;
     for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
-        if (!check_index(in, idcon, ++n, index, typecon)) return {false, false};
+        if (!check_index(in, idcon, ++n, index, typecon, again)) return {false, false};
         typecon = resolved(in, typecon->values.array.element, idcon->linenumber);
         if (!typecon) return {false, false};
     }
@@ -155,10 +171,24 @@ Checked check_idcon(const Context& in, IdCon* idcon, int scoped, ExprType* type)
     if (stack_is_low()) return on_fresh_stack([&] { return check_idcon(in, idcon, scoped, type); });
     switch (model::kind_of(idcon)) {
     case IDCON_SIMPLE: return check_simple(in, idcon, scoped, type);
-    case IDCON_ARRAY: return check_array(in, idcon, scoped, type);
+    case IDCON_ARRAY: return check_array(in, idcon, scoped, type, false);
     case IDCON_COMPOSIT: return check_path(in, idcon, scoped, type);
     }
     NORVANE_FAIL("Encountered invalid idcon type : %d", idcon->contype);
+}
+
+// A simple name has no part that depends on a value, and neither has the last step of a path. The
+// names of indices after the first step are looked up in the record.
+bool check_idcon_again(const Context& in, IdCon* idcon) {
+    ExprType type = ETYPE_UNDEF;
+    switch (model::kind_of(idcon)) {
+    case IDCON_SIMPLE: return true;
+    case IDCON_ARRAY: return check_array(in, idcon, false, &type, true).ok;
+    case IDCON_COMPOSIT:
+        if (idcon->args.compositid.nested->contype == IDCON_SIMPLE)
+            return check_idcon_again(in, idcon->args.compositid.hier);
+    }
+    return check_idcon(in, idcon, false, &type).ok;
 }
 
 } // namespace norvane::check

@@ -24,6 +24,15 @@ Checked check_expr(const Context& in, Expr* expr);
 // innermost environment alone. (staticsem_idcon.cpp)
 Checked check_idcon(const Context& in, IdCon* idcon, int scoped, ExprType* type);
 
+// Checks an expression that check_expr has accepted in an earlier turn of the loop around it. Since
+// then neither types nor declarations have changed, so what is left to do is what depends on the
+// value of the loop's variable: indices, bounds, and values that are entered into sets, in the same
+// order and with the same reports. (staticsem_expr.cpp)
+bool check_again(const Context& in, Expr* expr);
+
+// The same for an identifier that check_idcon has accepted, unscoped. (staticsem_idcon.cpp)
+bool check_idcon_again(const Context& in, IdCon* idcon);
+
 // Types a binary expression whose operands have been checked. (staticsem_binary.cpp)
 bool type_binary(const Context& in, Expr* expr, bool left_static, bool right_static);
 

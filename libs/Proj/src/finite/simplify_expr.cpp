@@ -70,7 +70,7 @@ IdCon* simplify_idcon(const Simplification& in, const IdCon* idcon) {
 }
 
 // A simple name: a constant or a label becomes its value, a variable stays.
-Expr* simplify_name(const Simplification& in, const IdCon* idcon, unsigned char type) {
+Expr* simplify_name(Simplification& in, const IdCon* idcon, unsigned char type) {
     char* name = idcon->args.id.idname;
     if (std::strcmp(name, "NONE") == 0) return new_int(0);
     if (std::strcmp(name, "SOME") == 0) return new_int(1);
@@ -86,17 +86,20 @@ Expr* simplify_name(const Simplification& in, const IdCon* idcon, unsigned char 
     case ND_TYPE:
     case ND_VARIABLE: break;
     }
+    note_type(in, type);
     return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), type);
 }
 
-Expr* simplify_identifier(const Simplification& in, const Expr* expr) {
+Expr* simplify_identifier(Simplification& in, const Expr* expr) {
     const IdCon* idcon = expr->args.idcon;
     if (idcon->contype == IDCON_SIMPLE) return simplify_name(in, idcon, expr->type);
+    note_type(in, expr->type);
     return typed(expr_new_idcon(simplify_idcon(in, idcon), UNDEF_LINENO), expr->type);
 }
 
 // A literal that spells a declared name stands for it: a label may be written as a string.
-Expr* simplify_string(const Simplification& in, const Expr* expr) {
+Expr* simplify_string(Simplification& in, const Expr* expr) {
+    in.is_closed = false;
     if (!check::find_name(in, expr->args.str))
         return expr_new_stringconst(expr->args.str, UNDEF_LINENO);
     const IdCon idcon = check::spelled_name(expr);
@@ -171,11 +174,17 @@ Expr* simplify_negation(Simplification& in, Expr* expr) {
 
 Expr* simplify_unary(Simplification& in, Expr* expr) {
     if (expr->opr == OPR_ORDER) return simplify(in, expr->args.arg);
+    // A negation may be static by now, and its value has a line.
+    if (expr->opr != OPR_NOT || expr->type != ETYPE_BOOL) in.is_closed = false;
     return is_negation(expr) ? simplify_negation(in, expr) : simplify_operand(in, expr);
 }
 
 Expr* simplify_binary(Simplification& in, Expr* expr) {
-    if (Expr* comparison = simplify_comparison(in, expr)) return comparison;
+    if (Expr* comparison = simplify_comparison(in, expr)) {
+        in.is_closed = false;
+        return comparison;
+    }
+    note_type(in, expr->type);
     Expr* left = simplify(in, expr->args.binargs.leftarg);
     Expr* right = simplify(in, expr->args.binargs.rightarg);
     return join(in, expr->opr, left, right, expr->type);
@@ -191,6 +200,7 @@ Expr* simplify_conditional(Simplification& in, Expr* expr) {
     }
     Expr* trueexpr = simplify(in, expr->args.ite.trueexpr);
     Expr* falseexpr = simplify(in, expr->args.ite.falseexpr);
+    note_type(in, expr->type);
     return typed(expr_new_ite(test, trueexpr, falseexpr, UNDEF_LINENO), expr->type);
 }
 
@@ -267,6 +277,7 @@ Expr* simplify_arm(Simplification& in, IdCon* casevar, const Arm& arm, Expr* cha
 Expr* simplify_case(Simplification& in, const Expr* expr) {
     NORVANE_ASSERT(plist_length(expr->args.caseexpr.exprlist_condition) ==
                    plist_length(expr->args.caseexpr.exprlist_evaluation));
+    in.is_closed = false;
     IdCon* casevar = simplify_idcon(in, expr->args.caseexpr.casevar);
     Expr* chain = simplify(in, expr->args.caseexpr.default_expr);
     Expr* result = simplify_arms(in, casevar, expr, chain);
@@ -285,7 +296,9 @@ Expr* simplify(Simplification& in, Expr* expr) {
     case EXPR_IDCONSTRUCTOR: return simplify_identifier(in, expr);
     case EXPR_INT_CONST: return simplify_int(expr);
     case EXPR_STRING_CONST: return simplify_string(in, expr);
-    case EXPR_FLOAT_CONST: return expr_new_floatconst(expr->args.floatconst.value, UNDEF_LINENO);
+    case EXPR_FLOAT_CONST:
+        in.is_closed = false;
+        return expr_new_floatconst(expr->args.floatconst.value, UNDEF_LINENO);
     case EXPR_ITE: return simplify_conditional(in, expr);
     case EXPR_RANGE: return simplify_range(in, expr);
     case EXPR_CASE: return simplify_case(in, expr);
@@ -294,7 +307,7 @@ Expr* simplify(Simplification& in, Expr* expr) {
 }
 
 Expr* simplify(const Context& in, Expr* expr) {
-    Simplification simplification{in, {}, true};
+    Simplification simplification{in, {}, true, true};
     return simplify(simplification, expr);
 }
 

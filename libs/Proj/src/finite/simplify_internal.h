@@ -18,7 +18,16 @@ struct Simplification : Context {
     // Whether a value that is compared becomes a position: not while a loop is closed, whose turns
     // have been encoded already. (simplify_loop.cpp)
     bool encode_values;
+    // Whether what has been made is already as closing the loop around it would leave it. Whatever
+    // makes another node clears it. (simplify_loop.cpp)
+    bool is_closed;
 };
+
+// Clears is_closed for a node of an unbounded type: its comparisons are made anew.
+inline void note_type(Simplification& in, unsigned char type) {
+    if (type == ETYPE_ENUM_FLOAT || type == ETYPE_ENUM_INTEGER || type == ETYPE_STRING)
+        in.is_closed = false;
+}
 
 // simplify_expr, for its parts. (simplify_expr.cpp)
 Expr* simplify(Simplification& in, Expr* expr);

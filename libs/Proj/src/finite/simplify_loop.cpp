@@ -182,8 +182,12 @@ Closed close_expr(Simplification& in, Expr* expr) {
 // a loop that would never fit into memory.
 using Turns = Array<Expr*>;
 
-void simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopVariable* variable,
+// Returns whether all turns are made as closing would leave them. Most are: constants are folded
+// as they are made, and indices are evaluated.
+bool simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopVariable* variable,
                     Turns* turns) {
+    const bool outer_closed = in.is_closed;
+    in.is_closed = true;
     WorkTurns marked(check::turn_count(lower, upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = lower; value <= upper; ++value) {
@@ -191,6 +195,9 @@ void simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopV
         turns->push(simplify(in, range->args.range.lambdaexpr));
         marked.next();
     }
+    const bool all_closed = in.is_closed;
+    in.is_closed = outer_closed && all_closed;
+    return all_closed;
 }
 
 } // namespace
@@ -218,11 +225,11 @@ Expr* simplify_range(Simplification& in, Expr* expr) {
     NORVANE_ASSERT(variable.inserted());
 
     Turns turns;
-    simplify_turns(in, expr, lower, upper, &variable, &turns);
-    Expr* chain = close_expr(in, turns[0]).expr;
+    const bool all_closed = simplify_turns(in, expr, lower, upper, &variable, &turns);
+    const auto closed = [&](Expr* turn) { return all_closed ? turn : close_expr(in, turn).expr; };
+    Expr* chain = closed(turns[0]);
     for (std::size_t turn = 1; turn < turns.size(); ++turn) {
-        chain = join(in, static_cast<unsigned char>(opr), chain, close_expr(in, turns[turn]).expr,
-                     expr->type);
+        chain = join(in, static_cast<unsigned char>(opr), chain, closed(turns[turn]), expr->type);
         work_units(1);
     }
     return chain;

@@ -390,14 +390,12 @@ int symtbl_lookup(SymbolTable* symboltable, char* name, int scoped, NameData** n
         const PolyHash* environment = innermost(symboltable);
         return peek(environment, name, phash_hash_of(environment, name), namedata);
     }
-    const unsigned hash = phash_hash_of(symboltable->global_table, name);
-    if (peek(symboltable->global_table, name, hash, namedata) == STATUS_SUCCESS) {
-        return STATUS_SUCCESS;
-    }
-    for (const PolyHash* environment : items<const PolyHash>(symboltable->local_table)) {
-        if (peek(environment, name, hash, namedata) == STATUS_SUCCESS) return STATUS_SUCCESS;
-    }
-    return STATUS_FAILURE;
+    void* found;
+    if (phash_peek_first(symboltable->global_table, symboltable->local_table, name, &found) !=
+        STATUS_SUCCESS)
+        return STATUS_FAILURE;
+    *namedata = static_cast<NameData*>(found);
+    return STATUS_SUCCESS;
 }
 
 int symtbl_insert(LineInfo* line_info, SymbolTable* symboltable, char* name, NameData* namedata,

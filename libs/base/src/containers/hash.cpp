@@ -91,6 +91,21 @@ int phash_peek_hashed(const PolyHash* hash, const void* key, unsigned key_hash, 
     return STATUS_SUCCESS;
 }
 
+int phash_peek_first(const PolyHash* hash, const PolyList* others, const void* key, void** out) {
+    NORVANE_ASSERT(hash);
+    NORVANE_ASSERT(others);
+    const std::uint32_t key_hash = hash_key(hash->hash, key);
+    const PolyListNode* node = others->first;
+    const HashEntry* entry = nullptr;
+    while (!(entry = hash_find(hash->core, key, key_hash, hash->compare)) && node) {
+        hash = static_cast<const PolyHash*>(node->element);
+        node = node->next;
+    }
+    if (!entry) return STATUS_FAILURE;
+    if (out) *out = entry->value.pointer;
+    return STATUS_SUCCESS;
+}
+
 void phash_prefetch_slot(const PolyHash* hash, unsigned key_hash) {
     NORVANE_ASSERT(hash);
     __builtin_prefetch(hash_home(hash->core, key_hash));

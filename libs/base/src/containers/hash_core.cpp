@@ -87,35 +87,11 @@ void unindex_entry(HashCore* core, const HashEntry* entry) {
     core->slots[hole].position = 0;
 }
 
-// The compare callback takes addresses of pointers.
-inline bool is_equal(const HashEntry* entry, const void* key, PolyCompare compare) {
-    if (entry->key == key) return true;
-    return compare && compare(&key, &entry->key) == 0;
-}
-
 } // namespace
 
 void hash_init(HashCore* core, unsigned hint) {
     *core = HashCore{};
     core->hint = std::bit_ceil(std::min(hint, largest_hint));
-}
-
-HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
-                     PolyCompare compare) {
-    if (!core->slots) {
-        for (std::uint32_t at = core->first; at < core->used; ++at) {
-            HashEntry* entry = &core->entries[at];
-            if (entry->hash == hash && entry->live && is_equal(entry, key, compare)) return entry;
-        }
-        return nullptr;
-    }
-    const std::uint32_t mask = mask_of(core);
-    for (std::uint32_t at = hash & mask; core->slots[at].position != 0; at = (at + 1) & mask) {
-        if (core->slots[at].hash != hash) continue;
-        HashEntry* entry = &core->entries[core->slots[at].position - 1];
-        if (is_equal(entry, key, compare)) return entry;
-    }
-    return nullptr;
 }
 
 const HashEntry* hash_candidate(const HashCore* core, std::uint32_t hash) {

@@ -9,6 +9,8 @@
 #include <cstdint>
 
 #include "norvane/base/callbacks.h"
+#include "norvane/base/except.h"
+#include "string_hash.h"
 
 struct HashEntry {
     void* key; // or an integer stored in the pointer
@@ -47,18 +49,48 @@ inline std::uint32_t mask_of(const HashCore* core) {
 
 // Returns the hash of a key: the callback's result, mixed so that weak hashes (multiples,
 // addresses) spread over the index. The callback gets the largest prime that fits into an int,
-// because some callbacks use ints, and a remainder by it loses almost nothing.
+// because some callbacks use ints, and a remainder by it loses almost nothing. The callback for
+// strings is not called: its 64 bits are mixed already.
 inline std::uint32_t hash_key(PolyHashFunction function, const void* key) {
+    if (function == poly_hash_string) {
+        NORVANE_ASSERT_TEXT(key, "element");
+        return static_cast<std::uint32_t>(string_hash(static_cast<const char*>(key)) >> 32);
+    }
     std::uint32_t hash = function(key, 2147483647u);
     hash = (hash ^ (hash >> 16)) * 0x85EBCA6Bu;
     hash = (hash ^ (hash >> 13)) * 0xC2B2AE35u;
     return hash ^ (hash >> 16);
 }
 
+// The compare callback takes addresses of pointers. That of strings, which most tables have, is not
+// called.
+inline bool is_equal(const HashEntry* entry, const void* key, PolyCompare compare) {
+    if (entry->key == key) return true;
+    if (compare == poly_compare_string)
+        return std::strcmp(static_cast<const char*>(key), static_cast<const char*>(entry->key)) ==
+               0;
+    return compare && compare(&key, &entry->key) == 0;
+}
+
 // Returns the entry of an equal key, or null. Without `compare`, keys are equal if the pointers
-// are.
-HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
-                     PolyCompare compare);
+// are. Inline, since a lookup in a stack of tables searches several small ones.
+inline HashEntry* hash_find(const HashCore* core, const void* key, std::uint32_t hash,
+                            PolyCompare compare) {
+    if (!core->slots) {
+        HashEntry* const end = core->entries + core->used;
+        for (HashEntry* entry = core->entries + core->first; entry < end; ++entry) {
+            if (entry->hash == hash && entry->live && is_equal(entry, key, compare)) return entry;
+        }
+        return nullptr;
+    }
+    const std::uint32_t mask = mask_of(core);
+    for (std::uint32_t at = hash & mask; core->slots[at].position != 0; at = (at + 1) & mask) {
+        if (core->slots[at].hash != hash) continue;
+        HashEntry* entry = &core->entries[core->slots[at].position - 1];
+        if (is_equal(entry, key, compare)) return entry;
+    }
+    return nullptr;
+}
 
 // For prefetching: the index slot where a lookup starts, null if the table has no index; and the
 // entry that the lookup compares first, or null.

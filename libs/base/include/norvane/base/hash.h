@@ -6,6 +6,7 @@
 #define NORVANE_BASE_HASH_H
 
 #include "norvane/base/callbacks.h"
+#include "norvane/base/list.h"
 
 NORVANE_BEGIN_DECLS
 
@@ -64,6 +65,11 @@ NORVANE_BASE_API int phash_peek(const PolyHash* hash, const void* key, void** ou
 NORVANE_BASE_API unsigned phash_hash_of(const PolyHash* hash, const void* key);
 NORVANE_BASE_API int phash_peek_hashed(const PolyHash* hash, const void* key, unsigned key_hash,
                                        void** out);
+
+/* phash_peek in the first table that has the key: `hash`, then those of `others`, a list of
+ * PolyHash. All have the same callbacks, so that the key is hashed once. */
+NORVANE_BASE_API int phash_peek_first(const PolyHash* hash, const PolyList* others, const void* key,
+                                      void** out);
 
 /* Prefetch for a later lookup, for callers that know the keys in advance: each call starts to load
  * what the next one reads and returns at once, so that the steps of several lookups overlap. They
