@@ -41,13 +41,13 @@ void expect_values(const std::string& source, const Model& model, unsigned seed)
     Random random(seed);
     Reference reference(source);
     for (int i = 0; i < 20; ++i) {
-        const Product product = reference.product(random);
+        const Products products = reference.products(random);
         Evaluator flat;
-        flat.product = reference.finite(product);
+        flat.product = products.finite;
         std::vector<double> values;
         for (const Expr* rule : items<Expr>(rules.get()))
             values.push_back(flat.value(rule).number);
-        ASSERT_EQ(values, reference.evaluate(product)) << flat_rules(model);
+        ASSERT_EQ(values, reference.evaluate(products.source)) << flat_rules(model);
     }
 }
 

@@ -7,9 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <functional>
-#include <iterator>
 #include <map>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -17,7 +15,6 @@
 #include "norvane/base/items.hpp"
 #include "random_model.h"
 #include "support.h"
-#include "walk.h"
 
 namespace norvane::test {
 
@@ -35,10 +32,7 @@ class Evaluator {
     Product product;
     std::map<std::string, Value> names = {{"NONE", {0}}, {"SOME", {1}}}; // and constants, loops
     std::vector<std::string> records = {""}; // prefix of the paths in each record around
-    // Is told what each variable is compared with. If there is one, no variable has a value.
-    std::function<void(const IdCon*, const Value&)> on_comparison;
 
-    // All branches are evaluated, so that all comparisons are told.
     Value value(const Expr* expr) {
         const auto& args = expr->args;
         switch (expr->structure) {
@@ -53,9 +47,8 @@ class Evaluator {
         }
         case EXPR_BINARY: return binary(expr->opr, args.binargs.leftarg, args.binargs.rightarg);
         case EXPR_ITE: {
-            const Value test = value(args.ite.logictest), yes = value(args.ite.trueexpr);
-            const Value no = value(args.ite.falseexpr);
-            return test.number != 0 ? yes : no;
+            const bool is_true = value(args.ite.logictest).number != 0;
+            return value(is_true ? args.ite.trueexpr : args.ite.falseexpr);
         }
         case EXPR_RANGE: return loop(expr);
         default: return case_of(expr);
@@ -76,8 +69,7 @@ class Evaluator {
         const std::string text = steps(idcon);
         for (auto record = records.rbegin(); record != records.rend(); ++record)
             if (has(*record + text)) return *record + text;
-        if (!on_comparison) throw std::runtime_error("no such variable: " + text);
-        return text;
+        throw std::runtime_error("no such variable: " + text);
     }
     std::string steps(const IdCon* idcon) {
         if (idcon->contype == IDCON_COMPOSIT)
@@ -126,17 +118,10 @@ class Evaluator {
     }
 
     Value binary(int opr, const Expr* left, const Expr* right) {
-        const Value a = value(left), b = value(right);
-        tell(left, b);
-        tell(right, a);
-        if (opr == OPR_EQ) return {same(left, right) ? 1.0 : 0.0};
-        if (opr == OPR_NEQ) return {same(left, right) ? 0.0 : 1.0};
-        return {combined(opr, a.number, b.number)};
-    }
-
-    void tell(const Expr* expr, const Value& other) const {
-        if (on_comparison && expr->structure == EXPR_IDCONSTRUCTOR)
-            on_comparison(expr->args.idcon, other);
+        if (opr == OPR_EQ || opr == OPR_NEQ)
+            return {same(left, right) == (opr == OPR_EQ) ? 1. : 0.};
+        const double number = value(left).number;
+        return {combined(opr, number, value(right).number)};
     }
 
     bool is_whole(const Expr* expr) {
@@ -175,90 +160,66 @@ class Evaluator {
     Value case_of(const Expr* expr) {
         const auto& args = expr->args.caseexpr;
         const Value selector = variable(args.casevar);
-        Value result = value(args.default_expr);
-        bool is_found = false;
         const PolyListNode* arm = args.exprlist_evaluation->first;
         for (const Expr* condition : items<Expr>(args.exprlist_condition)) {
-            const Value compared = value(condition),
-                        chosen = value(static_cast<Expr*>(arm->element));
-            if (on_comparison) on_comparison(args.casevar, compared);
-            if (!is_found && selector == compared) result = chosen;
-            is_found = is_found || selector == compared;
+            if (selector == value(condition)) return value(static_cast<Expr*>(arm->element));
             arm = arm->next;
         }
-        return result;
+        return value(args.default_expr);
     }
+};
+
+// A product, and the same with the class of each unbounded value in its place.
+struct Products {
+    Product source, finite;
 };
 
 // A model whose names are all different.
 class Reference {
   public:
-    explicit Reference(const std::string& source) : project_(parse(source)) {
+    explicit Reference(const std::string& source) : project_(parse(source)), model_(check(source)) {
         for (const auto* constant : items<ConstantDecl>(project_->constantdecllist))
             evaluator_.names[constant->name] = evaluator_.value(constant->value);
-        std::vector<const RuleDecl*> rules;
-        for (const RuleDecl* rule : items<RuleDecl>(project_->ruledecllist))
-            rules.push_back(rule);
-        for (const TypeDecl* type : items<TypeDecl>(project_->typedecllist))
-            enter(type->name, type->typecon, rules);
-        for (const VarDecl* variable : items<VarDecl>(project_->vardecllist))
-            enter(variable->name, variable->typecon, rules);
-        evaluator_.on_comparison = [this](const IdCon* idcon, const Value& value) {
-            const TypeCon* type = type_of(idcon);
-            if (!type) return;
-            numbers_[type].insert(value.number);
-            texts_[type].insert(value.text);
-        };
-        for (const RuleDecl* rule : rules)
-            evaluator_.value(rule->rule);
-        evaluator_.on_comparison = nullptr;
+        const Visit nothing = [](const std::string&, TypeCon*) {};
+        for (const TypeDecl* type : items<TypeDecl>(project_->typedecllist)) {
+            types_[type->name] = type->typecon;
+            walk("", type->typecon, nothing); // for the labels
+        }
     }
 
-    Product product(Random& random) {
-        Product product;
-        walk([&](const std::string& path, const TypeCon* type) {
+    Products products(Random& random) {
+        Products products;
+        walk(model_.project.get(), [&](const std::string& path, TypeCon* type) {
+            const auto& values = type->values;
+            double last = 1;
+            const PolyList* labels = nullptr;
             switch (type->contype) {
             case TC_PROD:
             case TC_ARRAY: return;
-            case TC_STRING: {
-                std::vector<std::string> texts(texts_[type].begin(), texts_[type].end());
-                texts.push_back("another");
-                product[path].text = random.of(texts);
-                return;
-            }
+            case TC_STRING:
+                tc_create_string_hash(type);
+                labels = values.enum_string.labellist;
+                break;
             case TC_UBOUND_INTEGER:
-            case TC_UBOUND_FLOAT: {
-                std::vector<double> numbers(numbers_[type].begin(), numbers_[type].end());
-                numbers.push_back(3);
-                const double step = type->contype == TC_UBOUND_FLOAT ? 0.125 : 1;
-                product[path] = {random.of(numbers) + step * random.between(-1, 1)};
-                return;
+                tc_create_integer_intervals(type);
+                labels = values.enum_int.labellist;
+                break;
+            case TC_UBOUND_FLOAT:
+                tc_create_float_intervals(type);
+                labels = values.enum_float.labellist;
+                break;
+            case TC_INT: last = evaluator_.value(values.upper).number; break;
+            case TC_SUM: last = plist_length(values.labels) - 1; break;
+            default: break;
             }
-            default: {
-                const double last =
-                    type->contype == TC_INT   ? evaluator_.value(type->values.upper).number
-                    : type->contype == TC_SUM ? plist_length(type->values.labels) - 1
-                                              : 1;
-                product[path] = {static_cast<double>(random.between(0, static_cast<int>(last)))};
-            }
-            }
+            if (labels) last = plist_length(labels) - 1;
+            const int number = random.between(0, static_cast<int>(last));
+            Value& finite = products.finite[path] = {static_cast<double>(number)};
+            const auto nth = static_cast<unsigned>(number);
+            products.source[path] =
+                labels ? one_of(type, static_cast<char*>(plist_nth(labels, nth))) : finite;
         });
-        return product;
-    }
-
-    // The same with the class of each unbounded value in its place.
-    Product finite(Product product) {
-        walk([&](const std::string& path, const TypeCon* type) {
-            if (type->contype == TC_STRING) {
-                const auto& texts = texts_[type];
-                const auto known = texts.find(product[path].text);
-                const auto place = 1 + std::distance(texts.begin(), known);
-                product[path] = {known == texts.end() ? 0.0 : static_cast<double>(place)};
-            } else if (type->contype == TC_UBOUND_INTEGER || type->contype == TC_UBOUND_FLOAT) {
-                product[path].number = class_of(type, product[path].number);
-            }
-        });
-        return product;
+        return products;
     }
 
     // The values of all rules on a product, those of a record once for each instance, in the order
@@ -273,7 +234,7 @@ class Reference {
         evaluator_.product = product;
         records = {""};
         add(project_->ruledecllist);
-        walk([&](const std::string& path, const TypeCon* type) {
+        walk(project_.get(), [&](const std::string& path, TypeCon* type) {
             if (type->contype != TC_PROD) return;
             // The records around are those whose paths this one begins with.
             while (!path.starts_with(records.back()))
@@ -285,16 +246,21 @@ class Reference {
     }
 
   private:
-    using Visit = std::function<void(const std::string& path, const TypeCon* type)>;
+    using Visit = std::function<void(const std::string& path, TypeCon* type)>;
 
-    void walk(const Visit& visit) {
-        for (const VarDecl* variable : items<VarDecl>(project_->vardecllist))
+    void walk(const Project* project, const Visit& visit) {
+        for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))
+            types_[type->name] = type->typecon;
+        for (const VarDecl* variable : items<VarDecl>(project->vardecllist))
             walk(variable->name, variable->typecon, visit);
     }
-    void walk(const std::string& path, const TypeCon* named, const Visit& visit) {
-        const TypeCon* type = resolved(named);
-        visit(path, type);
+    void walk(const std::string& path, TypeCon* type, const Visit& visit) {
         const auto& values = type->values;
+        if (type->contype == TC_NAMED) return walk(path, types_.at(values.name), visit);
+        visit(path, type);
+        if (type->contype == TC_SUM)
+            for (double position = 0; const char* label : items<char>(values.labels))
+                evaluator_.names[label] = {position++};
         if (type->contype == TC_ARRAY)
             for (int i = 0; i < evaluator_.value(values.array.size).number; ++i)
                 walk(path + "[" + std::to_string(i) + "]", values.array.element, visit);
@@ -304,65 +270,24 @@ class Reference {
                 walk(path + "." + field->name, field->typecon, visit);
     }
 
-    const TypeCon* resolved(const TypeCon* type) const {
-        while (type->contype == TC_NAMED)
-            type = types_.at(type->values.name);
-        return type;
-    }
-
-    // Notes what is declared under a name and inside of it.
-    void enter(const std::string& name, const TypeCon* type, std::vector<const RuleDecl*>& rules) {
-        if (!name.empty()) types_[name] = type;
-        if (type->contype == TC_SUM)
-            for (double position = 0; const char* label : items<char>(type->values.labels))
-                evaluator_.names[label] = {position++};
-        if (type->contype == TC_PROD) {
-            for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
-                types_[field->name] = field->typecon;
-            for (const RuleDecl* rule : items<RuleDecl>(type->values.prod.rules))
-                rules.push_back(rule);
-        }
-        model::for_each_child(
-            type, [&](const TypeCon* inner) { enter("", inner, rules); }, "type");
-    }
-
-    // The type at the end of a path, or null if it is none of a variable.
-    const TypeCon* type_of(const IdCon* path) const {
-        const TypeCon* type = nullptr;
-        for (;; path = path->args.compositid.nested) {
-            const bool has_more = path->contype == IDCON_COMPOSIT;
-            const IdCon* step = has_more ? path->args.compositid.hier : path;
-            const auto at = types_.find(step->args.id.idname);
-            if (at == types_.end() && !type) return nullptr;
-            type = resolved(at == types_.end() ? type->values.base : at->second); // "SOME"
-            if (step->contype == IDCON_ARRAY)
-                for (unsigned i = 0; i < plist_length(step->args.array.exprlist); ++i)
-                    type = resolved(type->values.array.element);
-            if (!has_more) return type;
-        }
-    }
-
-    // The class of a number: one below the values, each value, and each gap that holds a number.
-    int class_of(const TypeCon* type, double value) {
-        int position = 0;
-        const double* previous = nullptr;
-        for (const double& limit : numbers_[type]) {
-            if (value < limit) return position;
-            const bool is_dense = type->contype == TC_UBOUND_FLOAT;
-            if (!previous || is_dense || limit - *previous > 1) ++position;
-            if (value == limit) return position;
-            ++position;
-            previous = &limit;
-        }
-        return position;
+    // A value that a label stands for: "one", "]-inf;3]" or "]0.5;2.5[".
+    static Value one_of(const TypeCon* type, const std::string& label) {
+        if (type->contype == TC_STRING) return {0, label};
+        const std::size_t middle = label.find(';');
+        if (middle == label.npos) return {std::stod(label)};
+        const double low = std::stod(label.substr(1)), high = std::stod(label.substr(middle + 1));
+        const bool has_low = !std::isinf(low), has_high = !std::isinf(high);
+        const double step = type->contype == TC_UBOUND_FLOAT ? 0.125 : 0;
+        return {has_low && has_high ? (step != 0 ? (low + high) / 2 : low)
+                : has_low           ? low + step
+                : has_high          ? high - step
+                                    : 0};
     }
 
     ProjectPtr project_;
+    Model model_;
     Evaluator evaluator_;
-    std::map<std::string, const TypeCon*> types_; // of types, variables and fields
-    // What the rules compare unbounded variables with.
-    std::map<const TypeCon*, std::set<double>> numbers_;
-    std::map<const TypeCon*, std::set<std::string>> texts_;
+    std::map<std::string, TypeCon*> types_;
 };
 
 } // namespace norvane::test
