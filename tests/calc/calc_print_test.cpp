@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include "calc_text.h"
 
 namespace norvane::test {
 namespace {
@@ -14,10 +13,6 @@ std::string taken(UtilString* ustr) {
     std::string text(ustr->text, ustr->length);
     ustr_delete(ustr);
     return text;
-}
-
-CFunc* function_of(const CalcPtr& calc, const char* name) {
-    return calc_get_function(calc_get_namespace(calc.get(), "N"), name);
 }
 
 TEST(PrintedCalculations, BracketBinaryExpressionsAndNoOthers) {

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "calc_dump.h"
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include <utility>
+
+#include "calc_text.h"
 
 namespace norvane::test {
 namespace {
@@ -70,20 +70,19 @@ TEST(Calculation, TextsAreUtf8AndCopiesAreConvertedOnceMore) {
     calc_delete_expr(expr);
 }
 
-// The one function of a source.
-CFunc* function_of(const CalcPtr& calc) {
-    return calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
-}
-
 TEST(Calculation, CopiesShareNothing) {
-    CalcPtr calc(calc_import_from_string("namespace N { integer f(boolean i) =\ni ? "
-                                         "-a[i].b[1][2\n].c : g(1.5, \"s\", M.h(true)); }"));
-    CExpr* expr = static_cast<CStmt*>(plist_hd(function_of(calc)->stmts))->args.return_value;
-    const std::string before = dump(expr, true);
-    CExpr* copy = calc_copy_expr(expr);
-    calc.reset();
-    EXPECT_EQ(dump(copy, true), before);
-    calc_delete_expr(copy);
+    const auto copied = [] {
+        const CalcPtr calc(
+            calc_import_from_string("namespace N { integer f(boolean i) = i\n? "
+                                    "-a[i].b[1][2\n].c : g(1.5, \"s\", M.h(true)); }"));
+        auto* stmt = static_cast<CStmt*>(plist_hd(function_of(calc)->stmts));
+        return std::pair{written(calc.get()), calc_copy_expr(stmt->args.return_value)};
+    };
+    const auto [xml, copy] = copied();
+    const CalcPtr calc(calc_import_from_string("namespace N { integer f(boolean i) = 1; }"));
+    auto& value = static_cast<CStmt*>(plist_hd(function_of(calc)->stmts))->args.return_value;
+    calc_delete_expr(std::exchange(value, copy));
+    EXPECT_EQ(written(calc.get()), xml);
 }
 
 TEST(Calculation, FindsTheNamesOfAllStatementsButNotThoseOfIndices) {

@@ -6,9 +6,7 @@
 #include <utility>
 
 #include "calc_builtins.h"
-#include "calc_dump.h"
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include "calc_text.h"
 
 namespace norvane::test {
 namespace {
@@ -183,7 +181,7 @@ TEST_F(CalcCheckTest, TreesWithoutAPart) {
     for (const auto& [source, place, expected] : rows) {
         const CalcPtr calc =
             calculation("namespace N { void f() { " + std::string(source) + " } }");
-        CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+        CFunc* func = function_of(calc);
         void* const field = place(static_cast<CStmt*>(plist_hd(func->stmts)));
         void* part;
         std::memcpy(&part, field, sizeof part);
@@ -195,7 +193,7 @@ TEST_F(CalcCheckTest, TreesWithoutAPart) {
 
 TEST_F(CalcCheckTest, UnknownTags) {
     const CalcPtr calc = calculation("namespace N { integer f() { -1; 1 + 2; return 1; } }");
-    CFunc* func = calc_get_function(calc_get_namespace(calc.get(), "N"), "f");
+    CFunc* func = function_of(calc);
     auto* stmt = static_cast<CStmt*>(plist_hd(func->stmts));
     auto& args = stmt->args.expr->args;
     auto& sum = static_cast<CStmt*>(plist_nth(func->stmts, 1))->args.expr->args;

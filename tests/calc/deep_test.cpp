@@ -4,14 +4,10 @@
 
 #include <utility>
 
-#include "support.h"
+#include "calc_text.h"
 
 namespace norvane::test {
 namespace {
-
-std::string written(PolyHash* calc) {
-    return on_stream([&](FILE* stream) { calc_export_to_stream(stream, calc, 1); });
-}
 
 TEST(DeepTrees, PassThroughAllInASmallStack) {
     const std::string expr_head = "<expr_stmt><expr>", expr_tail = "</expr></expr_stmt>";
@@ -60,7 +56,7 @@ TEST(DeepTrees, PassThroughAllInASmallStack) {
             ASSERT_TRUE(calc) << begin;
             EXPECT_TRUE(checks(calc)) << begin << reports.text();
             const std::string xml = written(calc.get());
-            PolyList* stmts = calc_get_function(calc_get_namespace(calc.get(), "N"), "f")->stmts;
+            PolyList* stmts = function_of(calc)->stmts;
             if (is_expr) {
                 auto& expr = static_cast<CStmt*>(plist_hd(stmts))->args.expr;
                 CExpr* original = std::exchange(expr, calc_copy_expr(expr));
