@@ -1,6 +1,4 @@
 // Packages: all members are read, and the calculation of a model is looked up.
-#include <string>
-
 #include "harness.h"
 #include "norvane/base/packages.hpp"
 
@@ -24,7 +22,7 @@ void read_some(CFilePtr member) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const QuietSink sink;
+    const Reports reports;
     CMubPackage package;
     if (!package.openPackage(input_file(data, size), "")) return 0;
     for (std::size_t i = 0; i < package.memberCount(); ++i)

@@ -9,8 +9,6 @@
 #include <sstream>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
-
 #include "norvane/base/items.hpp"
 
 // Of the leak checker, where there is one.
@@ -143,7 +141,7 @@ std::string on_stream(const std::function<void(FILE*)>& body) {
     std::size_t size = 0;
     FILE* stream = open_memstream(&text, &size);
     body(stream);
-    EXPECT_EQ(std::fclose(stream), 0);
+    if (std::fclose(stream) != 0) throw std::runtime_error("fclose");
     std::string result(text, size);
     std::free(text);
     return result;
@@ -161,9 +159,9 @@ std::string flat_rules(const Model& model, bool simplify) {
 void with_small_stack(const std::function<void()>& body, std::size_t size, void* memory) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    EXPECT_EQ(memory ? pthread_attr_setstack(&attributes, memory, size)
-                     : pthread_attr_setstacksize(&attributes, size),
-              0);
+    if ((memory ? pthread_attr_setstack(&attributes, memory, size)
+                : pthread_attr_setstacksize(&attributes, size)) != 0)
+        throw std::runtime_error("pthread_attr_setstack");
     pthread_t thread;
     const auto run = [](void* user) -> void* {
         (*static_cast<const std::function<void()>*>(user))();
