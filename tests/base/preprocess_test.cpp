@@ -222,6 +222,28 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
                     "error cannot run the C preprocessor 'cpp': No such file or directory\n");
 }
 
+#ifndef __SANITIZE_ADDRESS__ // which has memory of its own
+TEST_F(PreprocessTest, APreprocessorIsEndedWhereItsMessagesFindNoMemory) {
+    replace_cpp("head -c 200000 /dev/zero >&2; sleep 300");
+    os_set_preprocessor_sink(tell, nullptr);
+    rlimit before;
+    getrlimit(RLIMIT_AS, &before);
+    rlimit few = before;
+    few.rlim_cur = 256u << 20;
+    std::vector<void*> taken(10'000);
+    setrlimit(RLIMIT_AS, &few);
+    for (void*& block : taken)
+        block = std::malloc(64u << 10);
+    const std::string text = thrown([] { run("m.pm"); });
+    setrlimit(RLIMIT_AS, &before);
+    for (void* block : taken)
+        std::free(block);
+    EXPECT_EQ(text, "1: Out of memory");
+    os_set_preprocessor_sink(nullptr, nullptr);
+    messages = testing::internal::GetCapturedStderr();
+}
+#endif
+
 // True as soon as no process of the group is left, or false after ten seconds.
 bool ends_soon(pid_t group) {
     for (int i = 0; i < 1000; ++i) {

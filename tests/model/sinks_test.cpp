@@ -1,6 +1,7 @@
 // What a host may do in its error sink, and what the library is like afterwards.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -57,7 +58,13 @@ void throw_from_sink(ErrorType, ErrorInfo* error, void*) {
     throw thrown;
 }
 
+std::ptrdiff_t open_descriptors() {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+}
+
 TEST_F(Sinks, MayThrowCppExceptions) {
+    const std::ptrdiff_t descriptors = open_descriptors();
     for (const Operation& operation : operations_) {
         Reports before;
         operation.run();
@@ -67,6 +74,7 @@ TEST_F(Sinks, MayThrowCppExceptions) {
         const std::string first = names.substr(0, names.find(' '));
         EXPECT_EQ(unwound(operation.run), first) << operation.name;
         EXPECT_EQ(__exception_last, nullptr) << operation.name;
+        EXPECT_EQ(open_descriptors(), descriptors) << operation.name;
         ExceptionState state;
         EXPECT_EQ(except_catch([](void*) { NORVANE_FAIL("caught"); }, nullptr, &state), 1);
         EXPECT_EXIT(except_fail(7, "host.cpp", "no frame"), testing::KilledBySignal(SIGABRT),

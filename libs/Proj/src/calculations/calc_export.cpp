@@ -10,9 +10,9 @@
 #include <unistd.h>
 
 #include "calc_xml_names.h"
-#include "frames.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/items.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/base/util.h"

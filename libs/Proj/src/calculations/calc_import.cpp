@@ -14,8 +14,8 @@
 
 #include "calc_import_internal.h"
 #include "calc_xml_names.h"
-#include "frames.h"
 #include "norvane/base/call_guard.hpp"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/progress.h"

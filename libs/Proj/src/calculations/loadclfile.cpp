@@ -10,7 +10,7 @@
 
 #include "calcgrammar.hpp"
 #include "clfrontend.h"
-#include "frames.h"
+#include "norvane/base/frames.hpp"
 #include "report.h"
 
 namespace norvane::calculations {
@@ -34,12 +34,14 @@ PolyHash* load_input(const Input& input, const char* input_name) {
     load.input = input;
     str_snprintf(load.input_name, sizeof load.input_name, "%s", input_name);
     begin_scan(load);
-    const bool is_loaded = parse(load, input_name);
-    pset_delete(load.local_names);
-    ustr_delete(load.buffer);
-    if (is_loaded) return load.calc;
-    calc_delete(load.calc);
-    return nullptr;
+    bool is_loaded = false;
+    release_after([&] { is_loaded = parse(load, input_name); },
+                  [&] {
+                      pset_delete(load.local_names);
+                      ustr_delete(load.buffer);
+                      if (!is_loaded) calc_delete(load.calc);
+                  });
+    return is_loaded ? load.calc : nullptr;
 }
 
 // Stands for the start condition of the scanner, which outlives a load: so loads must not nest.

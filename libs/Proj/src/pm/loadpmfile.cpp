@@ -8,6 +8,7 @@
 
 #include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/os.h"
 #include "norvane/base/util.h"
 #include "norvane/proj/proj_errors.h"
@@ -60,11 +61,13 @@ Project* load_stream(std::FILE* file, const char* filename) {
     Load load{.file = {.stream = file}};
     load.project = proj_new_project(str_copy(filename), nullptr, str_copy(filename));
     load.buffer = ustr_new();
-    const bool is_loaded = parse(load, filename);
-    ustr_delete(load.buffer);
-    if (is_loaded) return load.project;
-    proj_delete(load.project);
-    return nullptr;
+    bool is_loaded = false;
+    release_after([&] { is_loaded = parse(load, filename); },
+                  [&] {
+                      ustr_delete(load.buffer);
+                      if (!is_loaded) proj_delete(load.project);
+                  });
+    return is_loaded ? load.project : nullptr;
 }
 
 } // namespace
@@ -91,7 +94,7 @@ Project* proj_import_from_pmfile(char* user_filename, PolyList* cpp_args) {
     }
     std::FILE* stream = preprocess(user_filename, cpp_args);
     if (!stream) return nullptr;
-    Project* project = load_stream(stream, user_filename);
-    std::fclose(stream);
+    Project* project = nullptr;
+    close_after(stream, [&] { project = load_stream(stream, user_filename); });
     return project;
 }

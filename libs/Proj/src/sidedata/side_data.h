@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frames.h"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/export.h"
 #include "report.h"
 

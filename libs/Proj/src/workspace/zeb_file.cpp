@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "frames.h"
 #include "norvane/base/call_guard.hpp"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/strings.h"
 #include "norvane/base/xml.h"
 #include "norvane/proj/proj_errors.h"

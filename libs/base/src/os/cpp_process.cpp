@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -74,11 +75,11 @@ void lower_limit(decltype(RLIMIT_CPU) resource, rlim_t most) {
 // The kernel signals the owner of a pipe's end when its other end is closed, and the last thing
 // that a process does, however it ends, is to close its descriptors. So our own end stops the whole
 // group: the preprocessor and what it has started.
-void end_with_the_host(int lifeline) {
+bool end_with_the_host(int lifeline) {
+    if (setpgid(0, 0) != 0) return false;
     const int kept = fcntl(lifeline, F_DUPFD, 3); // stays open in the program
-    fcntl(kept, F_SETOWN, -getpid());             // the process group
-    fcntl(kept, F_SETSIG, SIGKILL);
-    fcntl(kept, F_SETFL, O_ASYNC);
+    return kept >= 0 && fcntl(kept, F_SETOWN, -getpid()) == 0 &&
+           fcntl(kept, F_SETSIG, SIGKILL) == 0 && fcntl(kept, F_SETFL, O_ASYNC) == 0;
 }
 
 // Signals as they are by default, whatever the host does with them.
@@ -109,13 +110,11 @@ bool connect_streams(const Streams& streams) {
 // The new process, up to the preprocessor; delivers why it could not become that.
 [[noreturn]] void become_cpp(char** arguments, const Environment& environment,
                              const Streams& streams, volatile int* error) {
-    setpgid(0, 0);
-    end_with_the_host(streams.lifeline);
     reset_signals();
     lower_limit(RLIMIT_CPU, seconds_limit);
     lower_limit(RLIMIT_AS, memory_limit);
     lower_limit(RLIMIT_FSIZE, output_limit);
-    if (connect_streams(streams))
+    if (end_with_the_host(streams.lifeline) && connect_streams(streams))
         execvpe(arguments[0], arguments, const_cast<char**>(environment.variables));
     *error = errno;
     _exit(127);
@@ -160,8 +159,17 @@ int start_cpp(CppProcess* process, char** arguments, bool pipe_messages) {
     process->output = output.reader;
     process->messages = messages.reader;
     process->lifeline = lifeline.writer;
-    if (error) finish_cpp(process);
+    if (error)
+        finish_cpp(process);
+    else
+        process->ending = static_cast<int>(syscall(SYS_pidfd_open, process->id, 0));
     return error;
+}
+
+bool has_ended(const CppProcess& process) {
+    siginfo_t info = {};
+    return waitid(P_PID, static_cast<id_t>(process.id), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+           info.si_pid != 0;
 }
 
 void stop_cpp(const CppProcess& process) {
@@ -169,6 +177,7 @@ void stop_cpp(const CppProcess& process) {
 }
 
 int finish_cpp(CppProcess* process) {
+    close_if_open(&process->ending);
     close_if_open(&process->output);
     close_if_open(&process->messages);
     int status = -1;

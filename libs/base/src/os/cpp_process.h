@@ -17,11 +17,15 @@ struct CppProcess {
     int output = -1;   // its standard output, for reading
     int messages = -1; // its standard error, or -1 where that is our own
     int lifeline = -1; // held open for as long as the process may live
+    int ending = -1;   // readable once it has ended; -1 where the system has no such descriptors
 };
 
 // Starts the program `arguments[0]`, with its standard error in a pipe if `pipe_messages`. Returns
 // 0, or the system's error number.
 int start_cpp(CppProcess* process, char** arguments, bool pipe_messages);
+
+// True if the process has ended.
+bool has_ended(const CppProcess& process);
 
 // Ends the process group at once.
 void stop_cpp(const CppProcess& process);

@@ -13,7 +13,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,6 +23,7 @@
 #include "norvane/base/call_guard.hpp"
 #include "norvane/base/callbacks.h"
 #include "norvane/base/except.h"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/os.h"
 
@@ -172,25 +172,23 @@ bool read_ready(Run* run, Watched* watched) {
 // Reads both streams to their ends and waits for the end of the process, without its status. False
 // where it has to be stopped.
 bool read_streams(Run* run) {
+    constexpr int nap = 10; // milliseconds
     const Deadline deadline(settings.seconds);
-    // On a system without such descriptors the end of the process is not waited for here.
-    const int process = static_cast<int>(syscall(SYS_pidfd_open, run->process.id, 0));
     Watched watched = {{{run->process.output, POLLIN, 0},
                         {run->process.messages, POLLIN, 0},
-                        {process, POLLIN, 0}}};
-    bool goes_on = true;
-    while (goes_on && watched.is_any_left()) {
-        const int ready = poll(watched.descriptors, Watched::count, deadline.left());
+                        {run->process.ending, POLLIN, 0}}};
+    while (watched.is_any_left() || !has_ended(run->process)) {
+        const int wait = watched.is_any_left() ? deadline.left() : nap;
+        const int ready = poll(watched.descriptors, Watched::count, wait);
         if (ready < 0 && errno != EINTR) run->output->error = errno;
-        goes_on = !run->output->error && (ready <= 0 || read_ready(run, &watched));
-        if (goes_on && deadline.left() == 0) {
+        if (run->output->error || (ready > 0 && !read_ready(run, &watched))) return false;
+        if (deadline.left() == 0) {
             ustr_printf(run->failure, "the C preprocessor was stopped after %u s",
                         settings.seconds);
-            goes_on = false;
+            return false;
         }
     }
-    if (process >= 0) close(process);
-    return goes_on;
+    return true;
 }
 
 // How the process ended, if that is a failure.
@@ -210,14 +208,20 @@ void run_cpp(Run* run, char** arguments) {
                     strerrordesc_np(error));
         return;
     }
-    filter.begin(put, run->output);
-    const bool is_complete = read_streams(run);
-    if (is_complete) {
-        filter.end();
-        flush(run->output);
-    }
-    if (!is_complete) stop_cpp(run->process);
-    const int status = finish_cpp(&run->process);
+    bool is_complete = false;
+    int status = -1;
+    release_after(
+        [&] {
+            filter.begin(put, run->output);
+            is_complete = read_streams(run);
+            if (!is_complete) return;
+            filter.end();
+            flush(run->output);
+        },
+        [&] {
+            if (!is_complete) stop_cpp(run->process);
+            status = finish_cpp(&run->process);
+        });
     if (is_complete) tell_status(run, status);
 }
 
@@ -229,8 +233,10 @@ void preprocess(Run* run, const char* path, char** arguments) {
         ustr_printf(run->failure, "cannot create '%s': %s", path, strerrordesc_np(errno));
         return;
     }
-    run_cpp(run, arguments);
-    if (close(output.descriptor) != 0 && errno != EINTR) output.error = errno;
+    release_after([&] { run_cpp(run, arguments); },
+                  [&] {
+                      if (close(output.descriptor) != 0 && errno != EINTR) output.error = errno;
+                  });
     if (output.error && run->failure->length == 0)
         ustr_printf(run->failure, "cannot write '%s': %s", path, strerrordesc_np(output.error));
 }
@@ -267,6 +273,17 @@ void print_message(const OsPreprocessorMessage* message, void*) {
     std::fprintf(stderr, "norvane: error: %s\n", message->text);
 }
 
+void run_with_options(Run* run, const char* output, const char* input, const PolyList* options) {
+    PolyList* list = all_arguments(input, options, run->failure);
+    if (!list) return;
+    char** arguments = argument_vector(list);
+    release_after([&] { preprocess(run, output, arguments); },
+                  [&] {
+                      std::free(arguments);
+                      plist_delete(list);
+                  });
+}
+
 // Hands over the preprocessor's messages, and where it failed without one, the reason. Without a
 // sink it has written its messages to standard error itself.
 void tell(const Run& run) {
@@ -291,17 +308,18 @@ int os_pre_process_file(const char* output, const char* input, const PolyList* c
     NORVANE_ASSERT(input);
     NORVANE_ASSERT(cpp_args);
     Run run = {{}, nullptr, ustr_new(), ustr_new()};
-    if (PolyList* list = all_arguments(input, cpp_args, run.failure)) {
-        char** arguments = argument_vector(list);
-        preprocess(&run, output, arguments);
-        std::free(arguments);
-        plist_delete(list);
-    }
-    tell(run);
-    const bool success = run.failure->length == 0;
-    ustr_delete(run.messages);
-    ustr_delete(run.failure);
-    return success ? STATUS_SUCCESS : STATUS_FAILURE;
+    bool is_success = false;
+    norvane::release_after(
+        [&] {
+            run_with_options(&run, output, input, cpp_args);
+            is_success = run.failure->length == 0;
+            tell(run);
+        },
+        [&] {
+            ustr_delete(run.messages);
+            ustr_delete(run.failure);
+        });
+    return is_success ? STATUS_SUCCESS : STATUS_FAILURE;
 }
 
 void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user) {

@@ -3,8 +3,8 @@
 // A failure of this library (except.h) is a longjmp, which runs no destructors: `caught` stops it.
 // An error sink of the host may throw a C++ exception instead, which passes all frames: `Finally`
 // acts on both, where the failures are caught within its scope.
-#ifndef NORVANE_PROJ_FRAMES_H
-#define NORVANE_PROJ_FRAMES_H
+#ifndef NORVANE_BASE_FRAMES_HPP
+#define NORVANE_BASE_FRAMES_HPP
 
 #include <cstdio>
 
@@ -32,18 +32,23 @@ class Finally {
     Action action_;
 };
 
-// Runs body() and closes the file, and returns the result of std::fclose. A failure of the body
-// goes on once the file is closed.
-template <typename Body>
-int close_after(std::FILE* file, Body body) {
+// Runs body(), and release() once body has returned or failed. A failure goes on afterwards.
+template <typename Body, typename Release>
+void release_after(Body body, Release release) {
     ExceptionState state;
     bool has_failed = false;
-    int status = 0;
     {
-        const Finally close([&] { status = std::fclose(file); });
+        const Finally end(release);
         has_failed = caught(&state, body);
     }
     if (has_failed) except_rethrow(&state);
+}
+
+// The same for a file, which is closed. Returns the result of std::fclose.
+template <typename Body>
+int close_after(std::FILE* file, Body body) {
+    int status = 0;
+    release_after(body, [&] { status = std::fclose(file); });
     return status;
 }
 
