@@ -6,7 +6,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <iterator>
+#include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <sys/resource.h>
@@ -121,7 +124,7 @@ TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
     EXPECT_EQ(std::filesystem::status("out.pm").permissions(), std::filesystem::perms(0600));
     folder.write("@options.pm", "x\n");
     folder.write("options.pm", "-o stolen.pm");
-    EXPECT_EQ(run("@options.pm", {}, "at.pm"), 0) << messages;
+    EXPECT_EQ(run("@options.pm", {"-DN"}, "at.pm"), 0) << messages;
     EXPECT_EQ(read_file("at.pm"), "#line 1 \"./@options.pm\"\nx\n");
     const std::string odd = "o\"\\\001 \xc3\xa6.pm";
     folder.write(odd, "x\n");
@@ -196,7 +199,7 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
                     "error engine.pm:4 none.pm: No such file or directory\n");
     EXPECT_EQ(messages, "");
 
-    folder.write("m.pm", "x\n");
+    folder.write("m.pm", "#\n");
     const std::pair<std::string, std::string> failures[] = {
         {"exit 3", "the C preprocessor ended with status 3"},
         {"echo x; kill -9 $$", "the C preprocessor was ended by signal 9"},
@@ -299,6 +302,65 @@ TEST_F(PreprocessTest, OutputThatCannotBeWrittenEndsAPreprocessorThatNeverWould)
     EXPECT_LT(std::time(nullptr) - start, 20);
 }
 
+TEST_F(PreprocessTest, WhatIsCopiedWithoutThePreprocessorIsWhatItWouldWrite) {
+    constexpr std::size_t block = 131'072;
+    // clang-format off
+    const std::string pieces[] = {
+        "/*", "/*", "*/", "/", "*", "/*/", "\n", "\n\n\n\n\n\n\n\n\n\n", "\"", "'", "\t", " ", "x", "_",
+        "A", "unix", "defined", "_Pragma(\"x\")", "?\?/\n", "%:", "include \"n\"\n", "\xe6", "\xff",
+        "\x7f", "\xef\xbb\xbf", "\\\n", "\r", "\r\n", "__LINE__", "__COUNTER__", "#", "\n#if 0\n", "\1"};
+    // clang-format on
+    constexpr std::size_t count = std::size(pieces);
+    std::mt19937 random(1);
+    int copied = 0;
+    for (int i = 0; i < 300; ++i) {
+        std::string model;
+        const std::size_t kinds = i % 2 == 0 ? count - 8 : count; // without those that are special
+        for (auto n = random() % 12; n > 0; --n)
+            model += pieces[random() % kinds];
+        if (i % 4 == 0) model.insert(0, block - 1, ' ');
+        if (random() % 2 == 0) model += "*/";
+        folder.write("m.pm", model);
+        os_delete_file("out.pm");
+        setenv("PATH", "", 1);
+        const bool is_copied = run("m.pm") == 0;
+        TearDown();
+        if (!is_copied) continue;
+        ++copied;
+        const std::string copy = read_file("out.pm");
+        ASSERT_TRUE(result(model, {"-DUNUSED"}) == copy) << model; // -D needs the preprocessor
+    }
+    EXPECT_GT(copied, 120);
+}
+
+TEST_F(PreprocessTest, OnlyFilesAndDirectoriesThatAreThereNeedNoPreprocessor) {
+    std::filesystem::create_directory("dir");
+    mkfifo("fifo.pm", 0600);
+    folder.write("dir/m.pm", "x");
+    folder.write("<m>", "x");
+    folder.write("a\"b.pm", "x");
+    const std::tuple<std::string, std::vector<std::string>, bool> cases[] = {
+        {"dir/m.pm", {}, true},
+        {"dir/m.pm", {"-I", ".", "-Idir"}, true},
+        {"dir/m.pm", {"-Inone"}, false},
+        {"dir/m.pm", {"-Idir/m.pm"}, false},
+        {"dir/m.pm", {"-DA"}, false},
+        {"dir/m.pm", {"-I.", "-U", "A"}, false},
+        {"<m>", {}, false},
+        {"a\"b.pm", {}, false},
+        {"fifo.pm", {}, false},
+        {"dir", {}, false},
+        {"none.pm", {}, false},
+    };
+    setenv("PATH", "", 1);
+    for (const auto& [name, args, is_copied] : cases) {
+        os_delete_file("out.pm");
+        EXPECT_EQ(run(name, args) == 0, is_copied) << name << " " << args.size();
+        if (!is_copied) continue;
+        EXPECT_EQ(read_file("out.pm"), "#line 1 \"" + name + "\"\nx\n");
+    }
+}
+
 TEST_F(PreprocessTest, LargeModelsComeThroughWhole) {
     std::string model = "#line 1 \"m.pm\"\n";
     for (int i = 0; i < 100'000; ++i)
@@ -308,7 +370,7 @@ TEST_F(PreprocessTest, LargeModelsComeThroughWhole) {
     const std::string text = model.substr(model.find('\n') + 1);
     folder.write("whole.pm", text);
     replace_cpp("echo '# 1 \"m.pm\"'; cat whole.pm");
-    EXPECT_TRUE(result("") == model);
+    EXPECT_TRUE(result("#") == model);
 }
 
 TEST(MarkerFilterTest, TheSizeOfTheBlocksMakesNoDifference) {

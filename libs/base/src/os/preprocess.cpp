@@ -26,6 +26,7 @@
 #include "norvane/base/frames.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/os.h"
+#include "plain_source.h"
 
 namespace norvane::os {
 namespace {
@@ -225,6 +226,18 @@ void run_cpp(Run* run, char** arguments) {
     if (is_complete) tell_status(run, status);
 }
 
+// True if the preprocessor is not needed: what it would have written is.
+bool copy_without_cpp(Output* output, char** arguments) {
+    if (copy_plain_source(arguments, put, output)) {
+        flush(output);
+        return true;
+    }
+    const int descriptor = output->descriptor;
+    *output = {descriptor};
+    if (ftruncate(descriptor, 0) != 0 || lseek(descriptor, 0, SEEK_SET) != 0) output->error = errno;
+    return false;
+}
+
 // Runs the preprocessor into the new file.
 void preprocess(Run* run, const char* path, char** arguments) {
     Output output = {create_output(path)};
@@ -233,10 +246,13 @@ void preprocess(Run* run, const char* path, char** arguments) {
         ustr_printf(run->failure, "cannot create '%s': %s", path, strerrordesc_np(errno));
         return;
     }
-    release_after([&] { run_cpp(run, arguments); },
-                  [&] {
-                      if (close(output.descriptor) != 0 && errno != EINTR) output.error = errno;
-                  });
+    release_after(
+        [&] {
+            if (!copy_without_cpp(&output, arguments)) run_cpp(run, arguments);
+        },
+        [&] {
+            if (close(output.descriptor) != 0 && errno != EINTR) output.error = errno;
+        });
     if (output.error && run->failure->length == 0)
         ustr_printf(run->failure, "cannot write '%s': %s", path, strerrordesc_np(output.error));
 }
