@@ -1,0 +1,136 @@
+#include "tokens.h"
+
+#include <algorithm>
+#include <array>
+
+namespace norvane::pm {
+namespace {
+
+constexpr auto reserved_words = std::to_array<std::string_view>(
+    {"and",    "array",    "boolean", "case",   "constant", "default",  "else",    "esac",
+     "exist",  "false",    "float",   "forall", "if",       "in",       "integer", "not",
+     "of",     "optional", "or",      "order",  "private",  "product",  "public",  "rule",
+     "string", "sum",      "then",    "true",   "type",     "variable", "xor"});
+
+// Operators of two bytes and more, the longest first. Those of other languages are tokens too,
+// since a report is to show all of them; no correct source has their bytes side by side.
+constexpr auto long_marks =
+    std::to_array<std::string_view>({"<->", "<=>", "->", "..", "<=", ">=", "<>", ">>", "<<",
+                                     "==", "!=", "=>", "=<", "&&", "||", "//", ":=", "**"});
+constexpr std::string_view short_marks = "+-*/<>=.,:;|()[]{}";
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool begins_word(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+bool is_blank(char c) {
+    return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\r' || c == '\n';
+}
+
+class Scanner {
+  public:
+    Scanner(std::string_view text, unsigned comment_depth) : text_(text) {
+        result_.comment_depth = comment_depth;
+    }
+
+    Scan run() {
+        if (result_.comment_depth > 0) comment();
+        while (at_ < text_.size()) {
+            const char c = text_[at_];
+            if (is_blank(c))
+                ++at_;
+            else if (c == '#' && (at_ == 0 || text_[at_ - 1] == '\n'))
+                directive();
+            else if (starts("/*"))
+                comment();
+            else
+                token(c);
+        }
+        return std::move(result_);
+    }
+
+  private:
+    bool starts(std::string_view what) const { return text_.substr(at_, what.size()) == what; }
+
+    void directive() {
+        result_.directives.push_back(at_);
+        at_ = std::min(text_.find('\n', at_), text_.size());
+    }
+
+    void comment() {
+        for (; at_ < text_.size(); ++at_) {
+            if (starts("/*")) {
+                ++result_.comment_depth;
+                ++at_;
+            } else if (starts("*/")) {
+                ++at_;
+                if (--result_.comment_depth > 0) continue;
+                ++at_;
+                return;
+            } else if (text_[at_] == '\n') {
+                result_.comment_lines.push_back(at_ + 1);
+            }
+        }
+    }
+
+    void add(TokenKind kind, std::size_t end) {
+        result_.tokens.push_back({kind, at_, end - at_});
+        at_ = end;
+    }
+
+    template <typename Test>
+    std::size_t end_of(std::size_t from, Test test) const {
+        while (from < text_.size() && test(text_[from]))
+            ++from;
+        return from;
+    }
+
+    void token(char c) {
+        if (begins_word(c))
+            return add(TokenKind::word,
+                       end_of(at_, [](char d) { return begins_word(d) || is_digit(d); }));
+        if (is_digit(c)) return number();
+        if (c == '"') return string();
+        for (const std::string_view mark : long_marks)
+            if (starts(mark)) return add(TokenKind::mark, at_ + mark.size());
+        add(short_marks.find(c) == std::string_view::npos ? TokenKind::unknown : TokenKind::mark,
+            at_ + 1);
+    }
+
+    void number() {
+        const std::size_t end = end_of(at_, is_digit);
+        const bool is_float =
+            end + 1 < text_.size() && text_[end] == '.' && is_digit(text_[end + 1]);
+        add(TokenKind::number, is_float ? end_of(end + 1, is_digit) : end);
+    }
+
+    void string() {
+        for (std::size_t end = at_ + 1; end < text_.size(); ++end) {
+            if (text_[end] == '"') return add(TokenKind::string, end + 1);
+            if (text_[end] == '\\') ++end;
+        }
+        add(TokenKind::unknown, text_.size());
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    Scan result_;
+};
+
+} // namespace
+
+Scan scan(std::string_view text, unsigned comment_depth) {
+    return Scanner(text, comment_depth).run();
+}
+
+bool is_reserved(std::string_view word) {
+    return std::ranges::binary_search(reserved_words, word);
+}
+
+bool is_section_word(std::string_view word) {
+    return word == "constant" || word == "type" || word == "variable" || word == "rule";
+}
+
+} // namespace norvane::pm
