@@ -7,6 +7,7 @@
 #include <cstring>
 #include <dlfcn.h>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
 
@@ -39,12 +40,14 @@ void default_bin_directory(char (&directory)[PATH_MAX]) {
 using namespace norvane::os;
 
 void settings_set_bin_folder(const char* directory) {
+    const norvane::CallGuard guard(__func__);
     char* copy = str_null_copy(directory);
     std::free(settings.bin_directory);
     settings.bin_directory = copy;
 }
 
 const char* settings_get_full_bin_path(const char* tool) {
+    const norvane::CallGuard guard(__func__);
     NORVANE_ASSERT(tool);
     char beside_library[PATH_MAX];
     const char* directory = settings.bin_directory;

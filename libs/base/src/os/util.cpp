@@ -10,6 +10,7 @@
 #include <sys/random.h>
 #include <sys/stat.h>
 
+#include "norvane/base/call_guard.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
@@ -77,6 +78,7 @@ bool exists(const char* path) {
 using namespace norvane::os;
 
 const char* util_double_to_str(double value) {
+    const norvane::CallGuard guard(__func__);
     if (std::isnan(value)) return std::strcpy(double_text, "nan");
     const std::to_chars_result end = std::to_chars(double_text, double_text + sizeof double_text,
                                                    value, std::chars_format::fixed);
