@@ -103,14 +103,24 @@ void add_report_options(CLI::App& command, Options& options, const Formats& form
     add_format(command, options, formats);
 }
 
+bool is_name_character(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '$';
+}
+
 // Empty for a value that the preprocessor can take for nothing else than what it is meant as.
 std::string why_refused(char option, const std::string& value) {
     if (value.empty()) return "needs a value";
     if (value.find_first_of("\n\r") != std::string::npos) return "takes no line feeds";
     if (option == 'I') return value == "-" ? "needs the name of a directory" : "";
     const auto first = static_cast<unsigned char>(value[0]);
-    if (std::isalpha(first) || first == '_') return "";
-    return "needs a name that begins with a letter or an underscore";
+    if (!std::isalpha(first) && first != '_')
+        return "needs a name that begins with a letter or an underscore";
+    const auto end = std::ranges::find_if_not(value, is_name_character);
+    if (end == value.end()) return "";
+    if (option == 'U') return "needs a name of letters, digits and underscores";
+    // NAME=VALUE, or NAME(PARAMETERS)=VALUE
+    if (*end == '=' || *end == '(') return "";
+    return "needs a name of letters, digits and underscores, which '=' may follow";
 }
 
 // The preprocessor's defines and undefines count in the order in which they were given, so the
