@@ -53,10 +53,17 @@ bool measure(const Package& package, const std::string& member, std::size_t& siz
     return package.read(member, [&size](const char*, std::size_t got) { size += got; });
 }
 
-std::string why_unreadable(const std::string& member) {
+std::string why_unreadable(const Package& package, const std::string& member) {
     const std::string shown = "the member " + codepage_to_utf8(member) + " cannot be read: ";
-    if (!stays_inside(member)) return shown + "its name leads out of the package's directory";
-    return shown + "it is damaged, or larger than 1 GiB";
+    switch (package.state_of(member)) {
+    case NorvaneCpp::MEMBER_UNSAFE_NAME:
+        return shown + "its name leads out of the package's directory";
+    case NorvaneCpp::MEMBER_TOO_LARGE: return shown + "it is larger than 1 GiB";
+    case NorvaneCpp::MEMBER_ABSENT:
+    case NorvaneCpp::MEMBER_READABLE:
+    case NorvaneCpp::MEMBER_DAMAGED: break;
+    }
+    return shown + "it is damaged";
 }
 
 // A package that the library made need not be one that it reads: a member may be too large.
@@ -68,7 +75,7 @@ void check_package(Session& session, const std::string& file) {
         std::size_t size = 0;
         if (measure(*package, member, size)) continue;
         unlink(file.c_str());
-        refuse_unless(false, session, "no package was made: " + why_unreadable(member));
+        refuse_unless(false, session, "no package was made: " + why_unreadable(*package, member));
     }
 }
 
@@ -89,7 +96,7 @@ void finish(Session& session, const Result<void>& made, const std::string& build
 bool list_member(Session& session, const Package& package, const std::string& member) {
     std::size_t size = 0;
     if (!measure(package, member, size)) {
-        session.diagnostics.say(why_unreadable(member));
+        session.diagnostics.say(why_unreadable(package, member));
         return false;
     }
     const std::string name = codepage_to_utf8(member);

@@ -800,6 +800,10 @@ class Package {
         call([this, index, &name] { name = get()->memberName(index); });
         return {name.GetStr(), name.Size()};
     }
+    // Whether a member can be read, and why not.
+    NorvaneCpp::EMemberState state_of(const std::string& member) const {
+        return call([this, &member] { return get()->memberState(member.c_str()); });
+    }
     // Reads a member to its end, piece by piece. False if it cannot be read so.
     bool read(const std::string& member,
               const std::function<void(const char*, std::size_t)>& take) const {
