@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,6 +20,14 @@ mode_t mode_of_new_files() {
     const mode_t mask = umask(0);
     umask(mask);
     return 0666 & ~mask;
+}
+
+// True for /dev/stdout and its like. A file there must not be replaced, since what other programs
+// write to standard output would go on into the old one.
+bool is_standard_output(const struct stat& info) {
+    struct stat output;
+    return fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == info.st_dev &&
+           output.st_ino == info.st_ino;
 }
 
 // Gives the new file the owner and the mode of the one that it replaces. The file of another user
@@ -38,16 +47,28 @@ std::string resolved(const std::string& name) {
     return text;
 }
 
+// The name that symbolic links lead to, where there is no file of that name.
+std::string end_of_links(const std::string& name) {
+    constexpr int most_links = 40; // as the system follows; a longer way cannot be opened
+    std::filesystem::path path = name;
+    std::error_code is_no_link;
+    for (int i = 0; i < most_links && !is_no_link; ++i) {
+        const std::filesystem::path target = std::filesystem::read_symlink(path, is_no_link);
+        if (!is_no_link) path = path.parent_path() / target;
+    }
+    return path;
+}
+
 } // namespace
 
 bool ResultFile::open(const std::string& name) {
-    if (name == "-") {
+    struct stat info = {};
+    const bool is_there = stat(name.c_str(), &info) == 0;
+    if (name == "-" || (is_there && is_standard_output(info))) {
         stream_ = stdout;
         return true;
     }
-    struct stat info = {};
-    const bool is_there = lstat(name.c_str(), &info) == 0;
-    if (!is_there && errno == ENOENT) return open_beside(name);
+    if (!is_there && errno == ENOENT) return open_beside(end_of_links(name));
     const std::string file = resolved(name);
     if (stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode))
         return access(file.c_str(), W_OK) == 0 && open_beside(file);
