@@ -179,7 +179,7 @@ TEST_F(PreprocessTest, ArgumentsThatCouldMeanSomethingElseNeverReachThePreproces
 std::string told;
 
 void tell(const OsPreprocessorMessage* m, void*) {
-    told += m->is_error ? "error " : "note ";
+    told += m->is_error ? "error " : m->is_note ? "note " : "warning ";
     if (m->place.file) told += m->place.file + (":" + std::to_string(m->place.line)) + " ";
     told += m->text;
     for (unsigned i = 0; i < m->included_count; ++i)
@@ -203,7 +203,8 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     const std::pair<std::string, std::string> failures[] = {
         {"exit 3", "the C preprocessor ended with status 3"},
         {"echo x; kill -9 $$", "the C preprocessor was ended by signal 9"},
-        {"echo 'cpp: fatal error: no input' >&2; exit 1", "no input"},
+        {"echo 'cpp: fatal error: no input' >&2; echo 'm.pm:3: note: a b' >&2; exit 1",
+         "no input\nnote m.pm:3 a b"},
         {"sleep 60", "the C preprocessor was stopped after 1 s"},
         {"exec >&- 2>&-; sleep 60", "the C preprocessor was stopped after 1 s"},
     };

@@ -122,9 +122,14 @@ Model& load_model(Session& session) {
             return Model::from_xml(name, session.on_report);
         const DroppedOutput no_results_yet;
         const TemporaryDirectory of_the_preprocessor;
-        if (options.file == "-")
-            return load_source_from_standard_input(name, options.cpp_args, session.on_report);
-        return Model::from_source(name, options.cpp_args, session.on_report);
+        Result<Model> source =
+            options.file == "-"
+                ? load_source_from_standard_input(name, options.cpp_args, session.on_report)
+                : Model::from_source(name, options.cpp_args, session.on_report);
+        const std::string& failure = of_the_preprocessor.failure();
+        if (!source && source.reports().empty() && !failure.empty())
+            session.diagnostics.say(failure);
+        return source;
     }();
     Model& model = session.take(std::move(result));
     session.project = model.get();

@@ -44,6 +44,11 @@ Place place_of(std::string_view file, unsigned line) {
     return place;
 }
 
+Severity severity_of(const OsPreprocessorMessage& message) {
+    if (message.is_error) return Severity::error;
+    return message.is_note ? Severity::note : Severity::warning;
+}
+
 // The readers of XML say the line at the end: "Expecting tag <model> (line 2)".
 void split_line(Finding& finding) {
     constexpr std::string_view before = " (line ";
@@ -111,6 +116,11 @@ std::string Diagnostics::rendered(const Finding& finding) {
     return "";
 }
 
+void Diagnostics::report(const Report& report) {
+    // The library's report that it failed adds nothing to why it did.
+    if (!preprocessor_has_failed_ || report.name != "ERR_CPP") this->report(finding_of(report));
+}
+
 Finding Diagnostics::finding_of(const Report& report) const {
     Finding finding;
     finding.severity = report.is_error() ? Severity::error : Severity::warning;
@@ -132,13 +142,14 @@ void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user)
 
 void Diagnostics::report(const OsPreprocessorMessage& message) {
     Finding finding;
-    finding.severity = message.is_error ? Severity::error : Severity::warning;
+    finding.severity = severity_of(message);
     const char* file = message.place.file;
     finding.place = place_of(file ? file : std::string_view(file_), message.place.line);
     finding.message = message.text;
     for (const OsPlace& from : std::span(message.included_from, message.included_count))
         finding.notes.push_back({place_of(from.file, from.line), "included from here"});
     report(finding);
+    preprocessor_has_failed_ |= message.is_error != 0;
 }
 
 void Diagnostics::say(const std::string& text, const std::string& hint) {

@@ -34,7 +34,7 @@ class Diagnostics {
 
     // All that the program says goes through this.
     void report(const Finding& finding);
-    void report(const Report& report) { this->report(finding_of(report)); }
+    void report(const Report& report);
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});
 
@@ -61,6 +61,7 @@ class Diagnostics {
     std::string file_;      // that is being worked on
     std::string last_name_; // of the report that came last
     bool has_reported_ = false;
+    bool preprocessor_has_failed_ = false; // and has told why
     SourceLines sources_;
 };
 

@@ -1,5 +1,6 @@
 #include "temporaries.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -14,10 +15,8 @@
 namespace norvane::pm {
 namespace {
 
-// Those that end a program which does not handle them, and that come from outside of it.
-constexpr int deadly_signals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM,  SIGABRT,   SIGALRM,
-                                  SIGUSR1, SIGUSR2, SIGXCPU, SIGPROF,  SIGVTALRM, SIGPOLL,
-                                  SIGPWR,  SIGSYS,  SIGTRAP, SIGSTKFLT};
+// All others end a program that does not handle them.
+constexpr int harmless_signals[] = {SIGCHLD, SIGURG, SIGWINCH, SIGCONT, SIGTSTP, SIGTTIN, SIGTTOU};
 
 // Names, empty where there is none. Plain arrays, since a signal handler reads them.
 char temporary_file[PATH_MAX];
@@ -25,14 +24,12 @@ char temporary_directory[PATH_MAX];
 // Open from the start, since at the end the process may have no descriptor left.
 int directory_descriptor = -1;
 
-// While this lives, such signals wait.
+// While this lives, signals wait.
 class SignalsHeld {
   public:
     SignalsHeld() {
         sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : deadly_signals)
-            sigaddset(&held, signal);
+        sigfillset(&held);
         sigprocmask(SIG_BLOCK, &held, &before_);
     }
     ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
@@ -50,13 +47,16 @@ void end_by_signal(int signal) {
 }
 
 // Installs the handler once, at the first temporary. A signal that the caller has set to be
-// ignored, as nohup does, stays ignored.
+// ignored, as nohup does, stays ignored, and one that has a handler keeps it.
 void handle_signals() {
     static bool are_handled = false;
     if (are_handled) return;
     are_handled = true;
-    for (const int signal : deadly_signals) {
-        if (std::signal(signal, end_by_signal) == SIG_IGN) std::signal(signal, SIG_IGN);
+    for (int signal = 1; signal <= SIGRTMAX; ++signal) {
+        const bool is_harmless = std::ranges::count(harmless_signals, signal) > 0;
+        struct sigaction now;
+        if (is_harmless || sigaction(signal, nullptr, &now) != 0) continue;
+        if (now.sa_handler == SIG_DFL) std::signal(signal, end_by_signal);
     }
 }
 
@@ -117,18 +117,27 @@ TemporaryDirectory::TemporaryDirectory() {
     const char* before = std::getenv("TMPDIR");
     was_set_ = before != nullptr;
     before_ = was_set_ ? before : "";
+    if (make()) return;
+    failure_ = "cannot make a temporary file in '" + (before_.empty() ? "/tmp" : before_) +
+               "': " + std::strerror(errno);
+}
+
+bool TemporaryDirectory::make() {
     std::string name = (before_.empty() ? "/tmp" : before_) + "/norvane-XXXXXX";
-    if (name.size() >= sizeof temporary_directory) return;
+    if (name.size() >= sizeof temporary_directory) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
     const SignalsHeld until_it_is_remembered;
-    if (!mkdtemp(name.data())) return;
+    if (!mkdtemp(name.data())) return false;
     remember(temporary_directory, name);
     directory_descriptor = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    is_made_ = directory_descriptor >= 0 && setenv("TMPDIR", name.c_str(), 1) == 0;
+    return directory_descriptor >= 0 && setenv("TMPDIR", name.c_str(), 1) == 0;
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
     remove_temporary_directory();
-    if (!is_made_) return;
+    if (!failure_.empty()) return;
     if (was_set_)
         setenv("TMPDIR", before_.c_str(), 1);
     else

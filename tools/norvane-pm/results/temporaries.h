@@ -20,17 +20,21 @@ void keep_temporary_file();
 // There is one at a time.
 class TemporaryDirectory {
   public:
-    // Makes it in $TMPDIR, or else in /tmp, and sets TMPDIR to it. If that fails, the library is
-    // left to report that it cannot write there.
+    // Makes it in $TMPDIR, or else in /tmp, and sets TMPDIR to it. If that fails, the library tries
+    // to write to the directory that TMPDIR names.
     TemporaryDirectory();
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    // Why it could not be made: the directory and the system's reason. Empty if it was.
+    const std::string& failure() const { return failure_; }
 
   private:
+    bool make();
+
     std::string before_; // TMPDIR, if it was set
     bool was_set_ = false;
-    bool is_made_ = false;
+    std::string failure_;
 };
 
 // Removes all of them, where the program ends without unwinding. May be called in a signal handler.

@@ -23,9 +23,12 @@ namespace {
 struct Severity {
     const char* words;
     bool is_error;
+    bool is_note;
 };
-constexpr Severity severities[] = {
-    {": fatal error: ", true}, {": error: ", true}, {": warning: ", false}, {": note: ", false}};
+constexpr Severity severities[] = {{": fatal error: ", true, false},
+                                   {": error: ", true, false},
+                                   {": warning: ", false, false},
+                                   {": note: ", false, true}};
 
 // Cuts ":NUMBER" off the end of a text and delivers the number; false if there is none.
 bool cut_number(char* text, unsigned* number) {
@@ -102,6 +105,7 @@ bool read_message(char* line, OsPreprocessorMessage* message) {
     if (!words) return false;
     *words = '\0';
     message->is_error = severity->is_error;
+    message->is_note = severity->is_note;
     message->text = words + std::strlen(severity->words);
     const Place parsed(line);
     const bool is_late = parsed.has_column && std::strncmp(message->text, "#error", 6) != 0;

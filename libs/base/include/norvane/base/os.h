@@ -55,6 +55,7 @@ typedef struct OsPreprocessorMessage {
     const char* text;             /* without place and severity */
     const OsPlace* included_from; /* the #include lines that led to the file, innermost first */
     unsigned included_count;
+    int is_note; /* explains the message before it */
 } OsPreprocessorMessage;
 
 /* Receives each message of a run after the run has ended; all of it is borrowed. */
