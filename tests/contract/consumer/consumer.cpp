@@ -4,6 +4,7 @@
 // one, the sink of others that is put back, failures as exceptions that leave the values valid.
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include <norvane/proj.hpp>
 
@@ -60,6 +61,31 @@ bool reports_are_gathered() {
            !gathered.reports[1].is_error() && gathered.reports[1].file.empty();
 }
 
+// What a body makes has an owner, also when its reports end the call; and a body may make nothing.
+bool what_is_gathered_is_owned() {
+    static int released = 0;
+    struct Owner {
+        explicit Owner(int*) {}
+        Owner(Owner&& other) noexcept : is_moved(std::exchange(other.is_moved, true)) {}
+        ~Owner() { released += !is_moved; }
+        bool is_moved = false;
+    };
+    const auto warn = [] { msg_report_error(ERROR_TYPE_WARNING, ERR_FILE_OPEN("y")); };
+    const auto make = [warn] { return warn(), &released; };
+    try {
+        gather<Owner>(make, [](const Report&) { throw 1; });
+    } catch (int) {
+        const auto made = gather<Owner>(make);
+        return released == 1 && made.reports.size() == 1 && gather(warn).reports.size() == 1;
+    }
+    return false;
+}
+
+bool writes_source(const Model& model) {
+    return model.write_source("/dev/null") && !model.write_source("/nowhere/a.pm") &&
+           model.write_source("/nowhere/a.pm").reports().size() == 1;
+}
+
 // A model that failed is still its owner's, and can be checked again.
 int refuse(Model& model) {
     const auto again = CheckedModel::check(std::move(model), print_report);
@@ -69,9 +95,12 @@ int refuse(Model& model) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 || !throws_become_exceptions() || !reports_are_gathered()) return 2;
+    if (argc != 2 || !throws_become_exceptions() || !reports_are_gathered() ||
+        !what_is_gathered_is_owned())
+        return 2;
     auto model = Model::from_source(argv[1], {}, print_report);
     if (!model) return 1;
+    if (!writes_source(*model)) return 2;
     const auto checked = CheckedModel::check(std::move(*model));
     if (!checked) return checked.reports().size() == 1 ? refuse(*model) : 2;
     const Model finite = checked->simplify();

@@ -66,12 +66,7 @@ class Session {
     // Shows a report of the driver's own, made by a builder of the library.
     template <typename Build>
     void report(Build build) const {
-        gather(
-            [&build] {
-                msg_report_error(ERROR_TYPE_ERROR, build());
-                return 0;
-            },
-            on_report);
+        gather([&build] { msg_report_error(ERROR_TYPE_ERROR, build()); }, on_report);
     }
 
     // Opens what is to be written, writes to it by `write(stream)`, and puts it in its place.

@@ -52,12 +52,9 @@ Result<Model> load_source_from_standard_input(const std::string& name,
                                               const OnReport& on_report) {
     const int copy = copy_of_standard_input(name);
     if (copy < 0) {
-        auto reported = gather(
-            [&name] {
-                msg_report_error(ERROR_TYPE_ERROR, ERR_FILE_OPEN(name.c_str()));
-                return 0;
-            },
-            on_report);
+        auto reported =
+            gather([&name] { msg_report_error(ERROR_TYPE_ERROR, ERR_FILE_OPEN(name.c_str())); },
+                   on_report);
         return {std::nullopt, std::move(reported.reports)};
     }
     cpp_args.insert(cpp_args.begin(), "-I.");

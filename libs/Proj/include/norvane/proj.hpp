@@ -155,7 +155,8 @@ struct Report {
 };
 
 // Takes each report as it comes, before the call ends. It must not call the library. What it throws
-// is thrown on when the call has ended.
+// is thrown on when the call has ended, unless that ends in an InternalFailure, which comes
+// instead.
 using OnReport = std::function<void(const Report&)>;
 
 namespace detail {
@@ -224,19 +225,31 @@ inline bool has_errors(const std::vector<Report>& reports) {
 
 } // namespace detail
 
-// What gather() returns: the value of the body, and all that was reported.
+// What gather() returns: the value, if there is one, and all that was reported.
 template <typename Value>
 struct Gathered {
     Value value;
     std::vector<Report> reports;
 };
+template <>
+struct Gathered<void> {
+    std::vector<Report> reports;
+};
 
-// call(), with all that is reported meanwhile. If the body makes something, it is the caller's.
-template <typename Body>
-auto gather(Body body, const OnReport& on_report = {}) -> Gathered<decltype(body())> {
+// call(), with all that is reported meanwhile. If the body makes something that has to be released,
+// gather<Owner>(body) makes the Owner of it that is the value, also if on_report throws.
+template <typename Owner = void, typename Body>
+auto gather(Body body, const OnReport& on_report = {}) {
+    using Value = std::conditional_t<std::is_void_v<Owner>, decltype(body()), Owner>;
     detail::Gathering gathering(on_report);
-    auto value = call(std::move(body));
-    return {value, gathering.take_reports()};
+    if constexpr (std::is_void_v<Value>) {
+        call(std::move(body));
+        return Gathered<void>{gathering.take_reports()};
+    } else {
+        Value value(call(std::move(body)));
+        std::vector<Report> reports = gathering.take_reports();
+        return Gathered<Value>{std::move(value), std::move(reports)};
+    }
 }
 
 // What a call gives that depends on the input: a value, or nothing if the input is at fault. The
