@@ -3,19 +3,20 @@
 #include "expandrules_internal.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
+#include "allocation.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
-#include "norvane/base/strings.h"
 #include "poly_adaptors.h"
 #include "tags.h"
 
 namespace norvane::finite {
 
 void push_part(Prefix* prefix, char* name) {
-    prefix->parts.push({name, prefix->indices.size(), 0});
+    prefix->parts.push({name, std::strlen(name), prefix->indices.size(), 0});
 }
 
 void pop_part(Prefix* prefix) {
@@ -50,7 +51,7 @@ struct Rewrite {
 
 // The parts of a path are generated, and have no line.
 IdCon* new_part(const Prefix& prefix, const PrefixPart& part) {
-    char* name = str_copy(part.name);
+    char* name = new_name(part.name, part.length);
     if (part.index_count == 0) return expr_new_simpleid(name, UNDEF_LINENO);
     PolyList* indices = plist_new(nullptr, nullptr, poly<expr_delete>);
     for (std::size_t i = 0; i < part.index_count; ++i) {

@@ -8,8 +8,8 @@
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
+#include "allocation.h"
 #include "poly_adaptors.h"
 #include "tags.h"
 
@@ -17,7 +17,7 @@ namespace norvane::model {
 namespace {
 
 Expr* new_expr(ExprStructure structure, OprTypes opr, ExprType type, unsigned linenumber) {
-    auto* expr = new (util_malloc_throw(sizeof(Expr))) Expr{};
+    auto* expr = new (new_memory(sizeof(Expr))) Expr{};
     expr->structure = static_cast<unsigned char>(structure);
     expr->opr = static_cast<unsigned char>(opr);
     expr->type = static_cast<unsigned char>(type);
@@ -26,7 +26,7 @@ Expr* new_expr(ExprStructure structure, OprTypes opr, ExprType type, unsigned li
 }
 
 IdCon* new_idcon(IdConType contype, unsigned linenumber) {
-    auto* idcon = new (util_malloc_throw(sizeof(IdCon))) IdCon{};
+    auto* idcon = new (new_memory(sizeof(IdCon))) IdCon{};
     idcon->contype = static_cast<unsigned char>(contype);
     idcon->linenumber = linenumber;
     return idcon;

@@ -80,16 +80,6 @@ unsigned print_unary(Page page, const Expr* expr, int depth, unsigned column) {
     return column + put(page.stream, ")");
 }
 
-unsigned print_int_const(FILE* stream, const Expr* expr) {
-    const int value = expr->args.intconst.value;
-    if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
-    if (expr->type != ETYPE_INT)
-        NORVANE_FAIL("Constant expression is not of boolean or integer type");
-    char digits[16];
-    const char* end = std::to_chars(digits, std::end(digits), value).ptr;
-    return put(stream, {digits, end});
-}
-
 unsigned print_string_const(FILE* stream, const Expr* expr) {
     UtilString* text = ustr_new();
     ustr_append_string(text, expr->args.str);
@@ -202,6 +192,18 @@ void print_section(FILE* stream, const char* heading, const PolyList* decls, Pol
 }
 
 } // namespace
+
+unsigned print_int_const(FILE* stream, const Expr* expr) {
+    const int value = expr->args.intconst.value;
+    if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
+    if (expr->type != ETYPE_INT)
+        NORVANE_FAIL("Constant expression is not of boolean or integer type");
+    if (value >= 0 && value < 10) return put(stream, {"0123456789" + value, 1});
+    char digits[16];
+    const char* end = std::to_chars(digits, std::end(digits), value).ptr;
+    return put(stream, {digits, end});
+}
+
 } // namespace norvane::model
 
 using namespace norvane;

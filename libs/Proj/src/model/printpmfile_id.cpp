@@ -30,22 +30,36 @@ ByteClass class_of(char c) {
     return byte_classes[static_cast<unsigned char>(c)];
 }
 
-template <typename... Words>
-bool is_one_of(std::string_view id, Words... words) {
-    return ((id == words) || ...);
+constexpr std::string_view reserved_words[] = {
+    "and",      "array", "boolean", "case",    "constant", "default", "else", "esac",
+    "exist",    "false", "float",   "forall",  "if",       "in",      "not",  "of",
+    "optional", "or",    "order",   "private", "product",  "public",  "rule", "string",
+    "sum",      "then",  "true",    "type",    "variable", "xor"};
+constexpr std::size_t longest_word = 8;
+
+// For each first byte the lengths of the reserved words that begin with it, as bits: most names
+// begin like no reserved word of their length.
+constexpr std::array<unsigned short, 256> make_lengths() {
+    std::array<unsigned short, 256> lengths{};
+    for (const std::string_view word : reserved_words) {
+        unsigned short& bits = lengths[static_cast<unsigned char>(word[0])];
+        bits = static_cast<unsigned short>(bits | 1u << word.size());
+    }
+    return lengths;
 }
 
-bool is_reserved(std::string_view id) {
-    switch (id.size()) {
-    case 2: return is_one_of(id, "if", "in", "of", "or");
-    case 3: return is_one_of(id, "and", "not", "sum", "xor");
-    case 4: return is_one_of(id, "case", "else", "esac", "rule", "then", "true", "type");
-    case 5: return is_one_of(id, "array", "exist", "false", "float", "order");
-    case 6: return is_one_of(id, "forall", "public", "string");
-    case 7: return is_one_of(id, "boolean", "default", "private", "product");
-    case 8: return is_one_of(id, "constant", "optional", "variable");
-    default: return false;
-    }
+constexpr std::array<unsigned short, 256> reserved_lengths = make_lengths();
+
+[[gnu::noinline]] bool is_reserved_word(std::string_view id) {
+    for (const std::string_view word : reserved_words)
+        if (id == word) return true;
+    return false;
+}
+
+inline bool is_reserved(std::string_view id) {
+    if (id.empty() || id.size() > longest_word) return false;
+    const unsigned lengths = reserved_lengths[static_cast<unsigned char>(id[0])];
+    return (lengths >> id.size() & 1) != 0 && is_reserved_word(id);
 }
 
 // The length of a plain identifier, or 0 if the identifier needs quotes, as the empty one does.
@@ -96,15 +110,32 @@ char* take_text(UtilString* text) {
 constexpr unsigned index_width = 5;
 constexpr unsigned composite_width = 0;
 
+// Nearly every index of a flat rule is a number.
+void print_index(FILE* stream, Expr* index) {
+    if (index && index->structure == EXPR_INT_CONST)
+        print_int_const(stream, index);
+    else
+        ppm_print_expr(stream, index);
+}
+
 unsigned print_array_id(FILE* stream, const IdCon* idcon) {
     unsigned width = ppm_print_id(stream, idcon->args.array.idname);
     for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
         put(stream, "[");
-        ppm_print_expr(stream, index);
+        print_index(stream, index);
         put(stream, "]");
         width += index_width;
     }
     return width;
+}
+
+unsigned print_step(FILE* stream, const IdCon* idcon) {
+    switch (kind_of(idcon)) {
+    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
+    case IDCON_ARRAY: return print_array_id(stream, idcon);
+    case IDCON_COMPOSIT: break;
+    }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
 }
 
 unsigned print_and_delete(FILE* stream, UtilString* text) {
@@ -146,16 +177,15 @@ unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
     if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(idcon);
-    switch (kind_of(idcon)) {
-    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
-    case IDCON_ARRAY: return print_array_id(stream, idcon);
-    case IDCON_COMPOSIT:
+    const bool is_path = idcon->contype == IDCON_COMPOSIT;
+    while (idcon->contype == IDCON_COMPOSIT) {
         ppm_print_idcon(stream, idcon->args.compositid.hier);
         put(stream, ".");
-        ppm_print_idcon(stream, idcon->args.compositid.nested);
-        return composite_width;
+        idcon = idcon->args.compositid.nested;
+        NORVANE_ASSERT(idcon);
     }
-    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
+    const unsigned width = print_step(stream, idcon);
+    return is_path ? composite_width : width;
 }
 
 void ppm_print_idcon_stderr(IdCon* idcon) {

@@ -5,26 +5,33 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
+#include "norvane/proj/expr.h"
 
 namespace norvane::model {
 
 // Writes the text and returns its length, by which columns are counted. It does not take the
 // stream's lock, because a model is written in very many short texts and a stream has one writer.
 inline unsigned put(std::FILE* stream, std::string_view text) {
-    // Up to this length, storing single bytes in the stream's buffer is faster than the call.
-    constexpr std::size_t short_text = 16;
-    if (text.size() > short_text) {
-        fwrite_unlocked(text.data(), 1, text.size(), stream);
-    } else {
-        for (const char c : text)
-            putc_unlocked(c, stream);
+#if defined(__GLIBC__)
+    // Straight into the stream's buffer, by the members by which putc_unlocked stores a byte: most
+    // texts are shorter than what a call costs. A stream that is not fully buffered has no room.
+    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(text.size())) {
+        std::memcpy(stream->_IO_write_ptr, text.data(), text.size());
+        stream->_IO_write_ptr += text.size();
+        return static_cast<unsigned>(text.size());
     }
+#endif
+    fwrite_unlocked(text.data(), 1, text.size(), stream);
     return static_cast<unsigned>(text.size());
 }
+
+// Prints a constant of an integer or boolean type. (printpmfile.cpp)
+unsigned print_int_const(std::FILE* stream, const Expr* expr);
 
 // Replaces the string's text by what `print` writes. The texts of the failures speak of a pipe
 // because callers match them.
