@@ -15,17 +15,17 @@
 
 namespace norvane::check {
 
+class LoopVariable;
+
 // A project and the symbol table that the checker makes for it.
 struct Context {
     Project* project;
     SymbolTable* symboltable;
+    LoopVariable* loop = nullptr; // the innermost loop that is being unfolded, if there is one
 };
 
 // The record of a name that is visible at this place, or null.
-inline NameData* find_name(const Context& in, char* name) {
-    NameData* namedata = nullptr;
-    return symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS ? namedata : nullptr;
-}
+NameData* find_name(const Context& in, char* name);
 
 // The type itself, or the one that its name stands for; null after reporting an unknown name.
 inline TypeCon* resolved(const Context& in, TypeCon* typecon, unsigned linenumber) {
@@ -96,7 +96,8 @@ class ScopedEnv {
 };
 
 // The variable of a loop operator, visible for the length of a block as an integer constant in an
-// innermost environment of its own. (staticsem_eval.cpp)
+// innermost environment of its own, and the names that the loop's body has looked up.
+// (staticsem_eval.cpp)
 class LoopVariable {
   public:
     // `range` is an EXPR_RANGE, which gives the name and the line. If the name is taken,
@@ -108,6 +109,16 @@ class LoopVariable {
 
     bool inserted() const { return inserted_; }
 
+    // The context of the body: its names are looked up once for all turns.
+    Context inside(const Context& in) { return {in.project, in.symboltable, this}; }
+
+    // Whether names that are looked up now may be kept: while no other environment has been pushed,
+    // nothing that is visible changes, since loops declare nothing.
+    bool is_innermost(const SymbolTable* symboltable) const {
+        return symboltable->local_table->first->element == environment_;
+    }
+    NameData* find(SymbolTable* symboltable, char* name);
+
     // Gives the variable its next value in place, since no expression keeps the record.
     void set(int value) { namedata_->int_value = value; }
 
@@ -116,10 +127,25 @@ class LoopVariable {
     void leave_pushed() { scope_.leave_pushed(); }
 
   private:
+    // A name that was looked up, as a copy: what is equal to it has the same record.
+    struct Found {
+        char name[16];
+        NameData* namedata; // null: no name is kept here
+    };
+
     NameData* namedata_; // owned by the environment if inserted
+    PolyHash* environment_;
     ScopedEnv scope_;
     bool inserted_;
+    Found found_[16] = {};
 };
+
+inline NameData* find_name(const Context& in, char* name) {
+    if (in.loop && in.loop->is_innermost(in.symboltable))
+        return in.loop->find(in.symboltable, name);
+    NameData* namedata = nullptr;
+    return symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS ? namedata : nullptr;
+}
 
 // The number of turns of a loop.
 inline unsigned long long turn_count(int lower, int upper) {

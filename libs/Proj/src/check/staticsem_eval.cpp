@@ -6,6 +6,9 @@
 // operator runs, its variable is in an environment of its own on the table's stack.
 #include "norvane/proj/staticsem.h"
 
+#include <cstring>
+#include <iterator>
+
 #include "context.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
@@ -18,7 +21,7 @@ namespace norvane::check {
 
 LoopVariable::LoopVariable(const Context& in, const Expr* range, int value)
     : namedata_(symtbl_new_namedata(ND_INT, nullptr, nullptr, value, 0.0, nullptr, 0)),
-      scope_(in.symboltable, symtbl_new_symbol_table_env(1)),
+      environment_(symtbl_new_symbol_table_env(1)), scope_(in.symboltable, environment_),
       inserted_(symtbl_insert(in.project->line_info, in.symboltable, range->args.range.lambdavar,
                               namedata_, range->linenumber) == STATUS_SUCCESS) {
     scope_.own();
@@ -26,6 +29,21 @@ LoopVariable::LoopVariable(const Context& in, const Expr* range, int value)
 
 LoopVariable::~LoopVariable() {
     if (!inserted_) symtbl_delete_namedata(namedata_);
+}
+
+NameData* LoopVariable::find(SymbolTable* symboltable, char* name) {
+    NORVANE_ASSERT(name);
+    const auto first = static_cast<unsigned char>(name[0]);
+    const auto second = static_cast<unsigned char>(first == 0 ? 0 : name[1]);
+    Found& found = found_[(first + 5u * second) % std::size(found_)];
+    if (found.namedata && std::strcmp(found.name, name) == 0) return found.namedata;
+    NameData* namedata = nullptr;
+    if (symtbl_lookup(symboltable, name, 0, &namedata) != STATUS_SUCCESS) return nullptr;
+    const std::size_t length = std::strlen(name);
+    if (length >= sizeof found.name) return namedata;
+    std::memcpy(found.name, name, length + 1);
+    found.namedata = namedata;
+    return namedata;
 }
 
 namespace {
@@ -230,11 +248,12 @@ int evaluate_int_ite(const Context& in, const Expr* expr) {
     const Operator& loop = meaning_of(expr->opr);
     const Operator& joining = meaning_of(static_cast<unsigned char>(loop.joins));
     int result = loop.start;
+    const Context inside = variable.inside(in);
     WorkTurns turns(turn_count(lower, upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (long long i = lower; i <= upper; ++i) {
         variable.set(static_cast<int>(i));
-        const int turn = evaluate_int(in, expr->args.range.lambdaexpr);
+        const int turn = evaluate_int(inside, expr->args.range.lambdaexpr);
         if (!joining.of_ints) NORVANE_FAIL("Encountered invalid range operator : %d", expr->opr);
         result = joining.of_ints(result, loop.body == ETYPE_BOOL ? turn != 0 : turn);
         turns.next();

@@ -128,14 +128,15 @@ struct Bounds {
     LoopVariable variable(in, expr, bounds.lower);
     if (!variable.inserted()) return {false, false};
     Checked checked{true, false};
+    const Context inside = variable.inside(in);
     WorkTurns turns(turn_count(bounds.lower, bounds.upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = bounds.lower; value <= bounds.upper; ++value) {
         variable.set(static_cast<int>(value));
         if (is_typed)
-            checked.ok = check_again(in, body);
+            checked.ok = check_again(inside, body);
         else
-            checked = check_expr(in, body);
+            checked = check_expr(inside, body);
         if (!checked.ok) break;
         if (body->type != type) {
             fault(in, expr, ERR_RANGE_TYPE, expr_type_to_string(body));

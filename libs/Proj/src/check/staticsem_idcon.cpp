@@ -15,6 +15,14 @@ namespace norvane::check {
 
 namespace {
 
+// The record of a name, in the innermost environment alone if the lookup is scoped.
+NameData* find_name(const Context& in, char* name, int scoped) {
+    if (!scoped) return check::find_name(in, name);
+    NameData* namedata = nullptr;
+    return symtbl_lookup(in.symboltable, name, scoped, &namedata) == STATUS_SUCCESS ? namedata
+                                                                                   : nullptr;
+}
+
 // The type of an expression that has this type constructor, its name resolved.
 ExprType expr_type_of(const TypeCon* typecon) {
     switch (model::kind_of(typecon)) {
@@ -45,14 +53,13 @@ Checked check_variable(const Context& in, const IdCon* idcon, NameData* variable
 
 Checked check_simple(const Context& in, const IdCon* idcon, int scoped, ExprType* type) {
     char* name = idcon->args.id.idname;
-    NameData* namedata = nullptr;
-    const bool found = symtbl_lookup(in.symboltable, name, scoped, &namedata) == STATUS_SUCCESS;
+    NameData* namedata = find_name(in, name, scoped);
     // After a dot the two words of optionals are names of fields.
     if (!scoped && is_optional_word(name)) {
         *type = ETYPE_OPTIONAL;
-        return {true, found && namedata->ndtype <= ND_STRING};
+        return {true, namedata && namedata->ndtype <= ND_STRING};
     }
-    if (!found) return {fault_at(in, idcon->linenumber, ERR_ID_UNDECLARED, name), false};
+    if (!namedata) return {fault_at(in, idcon->linenumber, ERR_ID_UNDECLARED, name), false};
     switch (model::kind_of(namedata)) {
     case ND_BOOL: *type = ETYPE_BOOL; return {true, true};
     case ND_INT: *type = ETYPE_INT; return {true, true};
@@ -117,9 +124,8 @@ bool check_index(const Context& in, const IdCon* idcon, int n, Expr* index, Type
 // Checks an element of an array; `again` as check_again does.
 Checked check_array(const Context& in, const IdCon* idcon, int scoped, ExprType* type, bool again) {
     char* name = idcon->args.array.idname;
-    NameData* namedata = nullptr;
-    if (symtbl_lookup(in.symboltable, name, scoped, &namedata) != STATUS_SUCCESS ||
-        namedata->ndtype != ND_VARIABLE)
+    const NameData* namedata = find_name(in, name, scoped);
+    if (!namedata || namedata->ndtype != ND_VARIABLE)
         return {fault_at(in, idcon->linenumber, ERR_ILLEGAL_ARRAY_VAR, name), false};
     TypeCon* typecon = resolved(in, namedata->typecon, idcon->linenumber);
     if (!typecon) return {false, false};

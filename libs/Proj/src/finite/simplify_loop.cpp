@@ -187,7 +187,9 @@ using Turns = Array<Expr*>;
 bool simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopVariable* variable,
                     Turns* turns) {
     const bool outer_closed = in.is_closed;
+    LoopVariable* const outer_loop = in.loop;
     in.is_closed = true;
+    in.loop = variable;
     WorkTurns marked(check::turn_count(lower, upper));
     // Counted in 64 bits, since a loop may end at the largest integer.
     for (std::int64_t value = lower; value <= upper; ++value) {
@@ -197,6 +199,7 @@ bool simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopV
     }
     const bool all_closed = in.is_closed;
     in.is_closed = outer_closed && all_closed;
+    in.loop = outer_loop;
     return all_closed;
 }
 
