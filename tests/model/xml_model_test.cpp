@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <regex>
 
 #include "norvane/proj/xml_export.h"
 #include "norvane/proj/xml_import.h"
@@ -14,60 +15,35 @@
 namespace norvane::test {
 namespace {
 
-// The tree with the line of every record.
-
-template <typename T, typename Print>
-std::string tree_list(const PolyList* list, Print print) {
-    std::string text;
-    for (T* item : items<T>(list))
-        text += (text.empty() ? "" : ", ") + print(item);
-    return text;
-}
-
-std::string tree(const VarDecl* vardecl);
-
-std::string tree(const RuleDecl* rule) {
-    return "rule" + at(rule->linenumber) + ": " + shape(rule->rule);
-}
-
-std::string tree(TypeCon* type) {
-    const std::string node = tc_type_to_string(type) + at(type->linenumber);
-    const auto& values = type->values;
-    switch (type->contype) {
-    case TC_INT: return node + " " + shape(values.upper);
-    case TC_PROD:
-        return node + "{" +
-               tree_list<VarDecl>(values.prod.fields, [](const VarDecl* v) { return tree(v); }) +
-               " | " +
-               tree_list<RuleDecl>(values.prod.rules, [](const RuleDecl* r) { return tree(r); }) +
-               "}";
-    case TC_SUM:
-        return node + "[" +
-               tree_list<char>(values.labels, [](const char* l) { return std::string(l); }) + "]";
-    case TC_ARRAY:
-        return node + " " + shape(values.array.size) + " of " + tree(values.array.element);
-    case TC_NAMED: return node + " " + values.name;
-    case TC_OPTIONAL: return node + " " + tree(values.base);
-    default: return node;
+// The lines of all types below one, and of what they hold.
+std::string lines(TypeCon* type) {
+    std::string text = at(type->linenumber);
+    if (type->contype == TC_INT) text += nodes(type->values.upper);
+    if (type->contype == TC_ARRAY) text += nodes(type->values.array.size);
+    if (type->contype == TC_PROD) {
+        for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
+            text += " " + at(field->linenumber);
+        for (const RuleDecl* rule : items<RuleDecl>(type->values.prod.rules))
+            text += " rule" + at(rule->linenumber) + nodes(rule->rule);
     }
-}
-
-std::string tree(const VarDecl* vardecl) {
-    return std::string(vardecl->vartype == VARTYPE_PRIVATE ? "private " : "") + vardecl->name +
-           at(vardecl->linenumber) + ": " + tree(vardecl->typecon);
-}
-
-std::string tree(const Project* project) {
-    std::string text;
-    for (const auto* c : items<ConstantDecl>(project->constantdecllist))
-        text += "constant " + (c->name + at(c->linenumber)) + ": " + shape(c->value) + "; ";
-    for (const auto* t : items<TypeDecl>(project->typedecllist))
-        text += "type " + (t->name + at(t->linenumber)) + ": " + tree(t->typecon) + "; ";
-    for (const auto* v : items<VarDecl>(project->vardecllist))
-        text += tree(v) + "; ";
-    for (const auto* r : items<RuleDecl>(project->ruledecllist))
-        text += tree(r) + "; ";
+    model::for_each_child(
+        type, [&](TypeCon* inner) { text += " " + lines(inner); }, "type %d");
     return text;
+}
+
+// The source, and the lines of all records.
+std::string tree(Project* project) {
+    const std::string source = print(project);
+    std::string text = source.substr(source.find("*/") + 2) + "|";
+    for (const auto* c : items<ConstantDecl>(project->constantdecllist))
+        text += " " + (c->name + at(c->linenumber)) + nodes(c->value);
+    for (const auto* t : items<TypeDecl>(project->typedecllist))
+        text += " " + (t->name + at(t->linenumber)) + " " + lines(t->typecon);
+    for (const auto* v : items<VarDecl>(project->vardecllist))
+        text += " " + (v->name + at(v->linenumber)) + " " + lines(v->typecon);
+    for (const auto* r : items<RuleDecl>(project->ruledecllist))
+        text += " rule" + at(r->linenumber) + nodes(r->rule);
+    return std::regex_replace(text, std::regex("\\s+"), " ");
 }
 
 // A folder with one file, written and read.
