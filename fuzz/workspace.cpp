@@ -3,7 +3,7 @@
 #include "harness.h"
 #include "norvane/base/items.hpp"
 
-using namespace norvane;
+using norvane::items;
 using namespace norvane::fuzz;
 
 namespace {

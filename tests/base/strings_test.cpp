@@ -22,12 +22,8 @@ namespace {
 using norvane::test::repeated;
 using norvane::test::TemporaryFolder;
 
-struct Freed {
-    void operator()(void* p) const { free(p); }
-    void operator()(UtilString* u) const { ustr_delete(u); }
-};
-using Text = std::unique_ptr<char, Freed>;
-using Growing = std::unique_ptr<UtilString, Freed>;
+using Text = norvane::test::Owned<char, free>;
+using Growing = norvane::test::Owned<UtilString, ustr_delete>;
 
 Growing growing(const std::string& text = "") {
     Growing u(ustr_new());

@@ -24,10 +24,7 @@ using norvane::test::with_small_stack;
 using NorvaneCpp::String;
 using NorvaneCpp::UTF8;
 
-struct DocumentDeleter {
-    void operator()(XmlDocument* document) const { xml_delete(document); }
-};
-using Document = std::unique_ptr<XmlDocument, DocumentDeleter>;
+using Document = norvane::test::Owned<XmlDocument, xml_delete>;
 
 int every_tag(const char*) {
     return 1;

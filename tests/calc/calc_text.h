@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "norvane/base/items.hpp"
+#include "norvane/proj.hpp"
 #include "support.h"
 
 namespace norvane::test {
@@ -38,12 +38,9 @@ inline std::string found(PolyHash* calc,
 // the way.
 inline std::string functions(const PolyHash* calc) {
     std::string result;
-    PolyHashIter iter;
-    phash_iter_init(&iter, calc);
-    for (void* value; phash_iter_next(&iter, nullptr, &value);) {
-        const auto* ns = static_cast<CNameSpace*>(value);
+    for (const auto& [name, ns] : pairs<char, CNameSpace>(calc)) {
         EXPECT_EQ(phash_size(ns->functions), plist_length(ns->func_list));
-        result += (result.empty() ? "" : "; ") + std::string(ns->name) + ":";
+        result += (result.empty() ? "" : "; ") + std::string(name) + ":";
         for (CFunc* func : items<CFunc>(ns->func_list)) {
             EXPECT_EQ(calc_get_function(ns, func->name), func);
             result += std::string(" ") + func->name;

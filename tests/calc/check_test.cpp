@@ -11,13 +11,6 @@
 namespace norvane::test {
 namespace {
 
-// The text with every `from` replaced.
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 CalcPtr calculation(const std::string& source) {
     return CalcPtr(calc_import_from_string(source.c_str()));
 }

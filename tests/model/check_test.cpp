@@ -14,12 +14,6 @@
 namespace norvane::test {
 namespace {
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 // "NAME: title | NAME: title", with "@LINE" for a position; the sources have three lines at most.
 std::string brief(const Reports& reports) {
     std::string text;

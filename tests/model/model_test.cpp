@@ -11,16 +11,13 @@
 #include "rows.h"
 #include "support.h"
 
-using namespace norvane;
+using norvane::items;
 using namespace norvane::test;
 using namespace std::string_literals;
 
 namespace {
 
-struct IdConDeleter {
-    void operator()(IdCon* idcon) const { expr_delete_idcon(idcon); }
-};
-using IdConPtr = std::unique_ptr<IdCon, IdConDeleter>;
+using IdConPtr = Owned<IdCon, expr_delete_idcon>;
 
 IdConPtr identifier(const std::string& path) {
     return IdConPtr(expr_copy_idcon(expression(path)->args.idcon));

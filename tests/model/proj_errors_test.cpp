@@ -14,10 +14,7 @@
 namespace norvane::test {
 namespace {
 
-struct ErrorDeleter {
-    void operator()(ErrorInfo* e) const { err_delete(e); }
-};
-using ErrorPtr = std::unique_ptr<ErrorInfo, ErrorDeleter>;
+using ErrorPtr = Owned<ErrorInfo, err_delete>;
 
 // "<1>" for a text and 1 for an int.
 struct Numbered {

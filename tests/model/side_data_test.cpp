@@ -4,9 +4,7 @@
 
 #include <algorithm>
 
-#include "norvane/base/items.hpp"
-#include "norvane/proj/presentation.h"
-#include "norvane/proj/varorder.h"
+#include "norvane/proj.hpp"
 #include "support.h"
 #include "xml_files.h"
 
@@ -15,10 +13,7 @@ namespace {
 
 using NorvaneCpp::String;
 
-struct PresentationDeleter {
-    void operator()(PolyHash* p) const { pres_delete(p); }
-};
-using PresentationPtr = std::unique_ptr<PolyHash, PresentationDeleter>;
+using PresentationPtr = Owned<PolyHash, pres_delete>;
 
 struct Entry {
     const char *layer, *key, *value;
@@ -37,12 +32,8 @@ std::string text(PolyHash* presentation) {
     const ListPtr layers(pres_get_layers(presentation));
     for (const char* layer : items<char>(layers.get())) {
         result += (result.empty() ? "" : " ") + std::string(layer) + "{";
-        PolyHashIter iter;
-        void *key, *value;
-        phash_iter_init(&iter, pres_get_layer(presentation, layer));
-        for (const char* blank = ""; phash_iter_next(&iter, &key, &value); blank = " ")
-            result +=
-                blank + (static_cast<char*>(key) + std::string("=")) + static_cast<char*>(value);
+        for (const auto& [key, value] : pairs<char, char>(pres_get_layer(presentation, layer)))
+            result += (result.back() == '{' ? "" : " ") + std::string(key) + "=" + value;
         result += "}";
     }
     return result;

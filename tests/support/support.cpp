@@ -207,6 +207,12 @@ std::string repeated(const std::string& text, std::size_t times) {
     return result;
 }
 
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
 std::string read_file(const std::string& path) {
     std::ifstream stream(path, std::ios::binary);
     std::ostringstream text;

@@ -46,30 +46,22 @@ std::string thrown(const std::function<void()>& body);
 // Runs the body; the text of the C++ exception that left it, or "" if it returned.
 std::string unwound(const std::function<void()>& body);
 
-struct ProjectDeleter {
-    void operator()(Project* p) const { proj_delete(p); }
+// Deletes by the function of the library.
+template <auto delete_function>
+struct Deleter {
+    template <typename T>
+    void operator()(T* p) const {
+        delete_function(p);
+    }
 };
-struct TableDeleter {
-    void operator()(SymbolTable* t) const { symtbl_delete_symbol_table(t); }
-};
-struct ExprDeleter {
-    void operator()(Expr* e) const { expr_delete(e); }
-};
-struct TypeDeleter {
-    void operator()(TypeCon* t) const { tc_delete_typecon(t); }
-};
-struct ListDeleter {
-    void operator()(PolyList* l) const { plist_delete(l); }
-};
-struct CalcDeleter {
-    void operator()(PolyHash* c) const { calc_delete(c); }
-};
-using ProjectPtr = std::unique_ptr<Project, ProjectDeleter>;
-using TablePtr = std::unique_ptr<SymbolTable, TableDeleter>;
-using ExprPtr = std::unique_ptr<Expr, ExprDeleter>;
-using TypePtr = std::unique_ptr<TypeCon, TypeDeleter>;
-using ListPtr = std::unique_ptr<PolyList, ListDeleter>;
-using CalcPtr = std::unique_ptr<PolyHash, CalcDeleter>;
+template <typename T, auto delete_function>
+using Owned = std::unique_ptr<T, Deleter<delete_function>>;
+using ProjectPtr = Owned<Project, proj_delete>;
+using TablePtr = Owned<SymbolTable, symtbl_delete_symbol_table>;
+using ExprPtr = Owned<Expr, expr_delete>;
+using TypePtr = Owned<TypeCon, tc_delete_typecon>;
+using ListPtr = Owned<PolyList, plist_delete>;
+using CalcPtr = Owned<PolyHash, calc_delete>;
 
 // Parses preprocessed source under the file name "model.pm"; null after reports.
 ProjectPtr parse(const std::string& source);
@@ -120,6 +112,9 @@ class TemporaryFolder {
 
 // The text, so many times in a row.
 std::string repeated(const std::string& text, std::size_t times);
+
+// The text with every `from` replaced.
+std::string replaced(std::string text, const std::string& from, const std::string& to);
 
 std::string read_file(const std::string& path);
 
