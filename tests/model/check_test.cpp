@@ -274,34 +274,12 @@ TEST(CheckProject, the_table_holds_every_declared_name) {
     EXPECT_EQ(entry("o.SOME").is_public, 1);
 }
 
-// A left-deep chain of `count` operators.
-ExprPtr chain(OprTypes opr, int count, Expr* (*leaf)()) {
-    Expr* expr = leaf();
-    for (int i = 0; i < count; ++i)
-        expr = binary(opr, expr, leaf());
-    return ExprPtr(expr);
-}
-
-// What is done once a node takes moments here; what walks the chain again at each node would not
-// end within the time of a test.
-TEST(CheckDeep, ChainsAndNestsOfAnyLengthPassOnASmallStack) {
+// What is done once a node takes moments; what walks the nest again at each node would not end
+// within the time of a test.
+TEST(CheckDeep, NestedConditionsTakeLinearTimeOnASmallStack) {
     with_small_stack([] {
         const Model model = check(declarations);
         const auto half = [] { return expr_new_floatconst(0.5, UNDEF_LINENO); };
-        const auto variable = [] { return simple("p"); };
-        const ExprPtr sum = chain(OPR_PLUS, 1'000'000, half);
-        EXPECT_EQ(check_expr(model, sum.get()), STATUS_SUCCESS);
-        EXPECT_EQ(sum->type, ETYPE_ENUM_FLOAT);
-        const ExprPtr conjunction = chain(OPR_AND, 1'000'000, variable);
-        const RuleDecl rule{0, nullptr, nullptr, conjunction.get()};
-        EXPECT_TRUE(check::check_rule({model.project.get(), model.table.get()}, &rule));
-
-        Expr* negations = simple("p");
-        for (int i = 0; i < 190'000; ++i)
-            negations = expr_new_unary(OPR_NOT, negations, UNDEF_LINENO);
-        EXPECT_EQ(check_expr(model, negations), STATUS_SUCCESS);
-        expr_delete(negations);
-
         // Each condition compares floats: it asks whether the conditional in it is static.
         Expr* nested = half();
         for (int i = 0; i < 60'000; ++i)

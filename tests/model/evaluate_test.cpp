@@ -70,18 +70,6 @@ TEST_F(EvaluateInModel, WhatHasNoValueStops) {
     }
 }
 
-TEST_F(EvaluateInModel, ChainsOfAnyDepthPassOnASmallStack) {
-    with_small_stack([&] {
-        Expr* sum = number(0);
-        for (int i = 0; i < 1'000'000; ++i) {
-            sum = expr_new_binary(OPR_PLUS, sum, number(2), 1);
-            sum->type = ETYPE_INT;
-        }
-        EXPECT_EQ(ssem_is_static_expr(model.project.get(), model.table.get(), sum), 1);
-        EXPECT_EQ(value(ETYPE_INT, sum), 2'000'000);
-    });
-}
-
 TEST_F(EvaluateInModel, LoopsNestedInLowerBoundsAreTestedInLinearTime) {
     std::string nest = "1";
     for (int depth = 0; depth < 100; ++depth)

@@ -209,21 +209,6 @@ TEST(Scanner, AnOpenDirectiveIsEchoedAndGoesOnInTheNextLoad) {
     EXPECT_EQ(places("line 8 \"b\"\nvariable x : boolean;"), "b | x@0:8");
 }
 
-TEST(Limits, DeepNestingIsParsedOrReportedInASmallStack) {
-    with_small_stack([] {
-        const char* overflow = "ERR_PARSER: model.pm (0): parser stack overflow\n";
-        EXPECT_EQ(outcome("rule " + repeated("(", 250000) + "a"), overflow);
-        EXPECT_EQ(outcome("rule " + repeated("a[", 250000) + "a"), overflow);
-        EXPECT_EQ(outcome("type T : " + repeated("{ a : ", 250000) + "boolean"), overflow);
-        EXPECT_EQ(outcome("rule " + repeated("if a then \"x\" = ", 190000 / 5) + ";"),
-                  "ERR_PARSER: model.pm (0): parse error, unexpected \";\"\n"
-                  "ERR_GRAM_RULEDEFL: model.pm (0): Illegal rule declaration.\n");
-        EXPECT_NE(parse("rule " + repeated("not ", 190000) + "a;"), nullptr);
-        EXPECT_NE(parse("rule a" + repeated(" and a", 1000000) + ";"), nullptr);
-        EXPECT_NE(parse("variable x, y : " + repeated("optional ", 190000) + "boolean;"), nullptr);
-    });
-}
-
 TEST(Limits, LongTokensTakeLinearTime) {
     constexpr std::size_t size = 20'000'000;
     const std::string x(size, 'x');
