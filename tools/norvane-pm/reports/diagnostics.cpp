@@ -11,6 +11,7 @@
 
 #include "as_json.h"
 #include "as_text.h"
+#include "plain_words.h"
 #include "text.h"
 
 namespace norvane::pm {
@@ -81,14 +82,16 @@ Diagnostics::~Diagnostics() {
 
 void Diagnostics::close(bool succeeded) {
     clear_progress();
+    show_pending();
     if (!succeeded && !has_reported_)
         say("cannot make a temporary file (see TMPDIR in the environment)");
-    if (!last_name_.empty() && format_ == Format::text)
-        write("For more: norvane-pm explain " + last_name_ + "\n");
+    if (!explained_.empty() && format_ == Format::text)
+        write("For more: norvane-pm explain " + explained_ + "\n");
     if (format_ == Format::sarif) write(sarif_end(true));
 }
 
 void Diagnostics::close_after_failure() {
+    show_pending();
     clear_progress();
     shows_progress_ = false;
     if (format_ == Format::sarif) write(sarif_end(false));
@@ -100,10 +103,29 @@ void Diagnostics::begin(std::string_view doing, std::string_view file) {
 }
 
 void Diagnostics::report(const Finding& finding) {
+    if (pending_ && join_syntax_error(*pending_, finding)) return;
+    show_pending();
+    if (is_first_step(finding))
+        pending_ = finding;
+    else
+        show(finding);
+}
+
+void Diagnostics::show_pending() {
+    if (!pending_) return;
+    const Finding finding = std::move(*pending_);
+    pending_.reset();
+    show(finding);
+}
+
+void Diagnostics::show(const Finding& finding) {
     clear_progress();
     write(rendered(finding));
     has_reported_ = true;
-    if (!finding.name.empty()) last_name_ = finding.name;
+    const bool has_explanation = finding.name.starts_with("ERR_");
+    if (!has_explanation || finding.severity <= explained_severity_) return;
+    explained_ = finding.name;
+    explained_severity_ = finding.severity;
 }
 
 std::string Diagnostics::rendered(const Finding& finding) {
@@ -121,7 +143,7 @@ void Diagnostics::report(const Report& report) {
     if (!preprocessor_has_failed_ || report.name != "ERR_CPP") this->report(finding_of(report));
 }
 
-Finding Diagnostics::finding_of(const Report& report) const {
+Finding Diagnostics::finding_of(const Report& report, std::string_view word) const {
     Finding finding;
     finding.severity = report.is_error() ? Severity::error : Severity::warning;
     finding.name = report.name;
@@ -130,6 +152,7 @@ Finding Diagnostics::finding_of(const Report& report) const {
     finding.place = is_placed ? place_of(report.file, report.line) : place_of(file_, 0);
     finding.message = is_placed ? report.message : report.title;
     if (!is_placed) split_line(finding);
+    if (finding.name == "ERR_PARSER") finding.message = in_plain_words(finding.message, word);
     return finding;
 }
 

@@ -2,6 +2,7 @@
 #ifndef NORVANE_PM_DIAGNOSTICS_H
 #define NORVANE_PM_DIAGNOSTICS_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -32,14 +33,15 @@ class Diagnostics {
     // What is under way: "loading", "model.pm". Reports that name no place are about this file.
     void begin(std::string_view doing, std::string_view file);
 
-    // All that the program says goes through this.
+    // All that the program says goes through this. The steps of a syntax error become one finding.
     void report(const Finding& finding);
     void report(const Report& report);
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});
 
-    // A report of the library as a finding, with the place that it names.
-    Finding finding_of(const Report& report) const;
+    // A report of the library as a finding, with the place that it names, in plain words. `word` is
+    // what stands in the source where the parser met what it did not expect, if that is known.
+    Finding finding_of(const Report& report, std::string_view word = {}) const;
 
     // Replaces the line of progress, on a terminal.
     void show_progress(std::string_view text);
@@ -51,6 +53,8 @@ class Diagnostics {
     static void progress(const MsgProgress* event, void* user);
     static void preprocessor(const OsPreprocessorMessage* message, void* user);
     void report(const OsPreprocessorMessage& message);
+    void show(const Finding& finding);
+    void show_pending();
     std::string rendered(const Finding& finding);
     void clear_progress();
 
@@ -58,8 +62,10 @@ class Diagnostics {
     bool is_colored_;
     bool shows_progress_;
     bool progress_shown_ = false;
-    std::string file_;      // that is being worked on
-    std::string last_name_; // of the report that came last
+    std::string file_;               // that is being worked on
+    std::optional<Finding> pending_; // a syntax error that more may be reported of
+    std::string explained_;          // the first error that has an explanation
+    Severity explained_severity_ = Severity::note;
     bool has_reported_ = false;
     bool preprocessor_has_failed_ = false; // and has told why
     SourceLines sources_;

@@ -16,16 +16,21 @@ unsigned most_slips(std::size_t letters) {
     return letters < 2 ? slip_of_case : slip * static_cast<unsigned>((letters + 2) / 3);
 }
 
+bool is_same_letter(char a, char b) {
+    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
+    return lower(a) == lower(b);
+}
+
 unsigned cost_of_replacing(char a, char b) {
     if (a == b) return 0;
-    const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
-    return lower(a) == lower(b) ? slip_of_case : slip;
+    return is_same_letter(a, b) ? slip_of_case : slip;
 }
 
 // The edit distance with swaps of neighbours, or more than `limit` as soon as it exceeds that.
 unsigned distance(std::string_view a, std::string_view b, unsigned limit) {
     const std::size_t difference = std::max(a.size(), b.size()) - std::min(a.size(), b.size());
     if (difference * slip > limit) return limit + 1;
+    if (std::ranges::equal(a, b, is_same_letter)) return slip_of_case;
     std::vector<unsigned> before(b.size() + 1);
     std::vector<unsigned> last(b.size() + 1);
     std::vector<unsigned> row(b.size() + 1);
