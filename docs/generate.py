@@ -8,6 +8,7 @@ With --check it changes no page, and fails if one is out of date."""
 import glob
 import json
 import os
+import re
 import subprocess
 import sys
 
@@ -21,19 +22,27 @@ def output(*command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
 
+# A section as the driver names it, which may be broken into lines: "Types" (docs/pm-grammar.md).
+SECTION = re.compile(r'"([^"]+)"\s\(docs/([\w-]+\.md)\)')
+
+
+def link(found):
+    anchor = '-'.join(found.group(1).lower().split())
+    return '[%s](%s#%s)' % (found.group(1), found.group(2), anchor)
+
+
 def diagnostics(driver):
     names = [line.split()[0] for line in output(driver, 'explain', '--list').splitlines()]
     page = ['# Diagnostics', '',
             'Every fault that a modeller can cause has a name, a title and an explanation, which',
             '`norvane-pm explain NAME` shows. Dots stand for what a report fills in.', '',
-            'A reference such as "Types (developer)" is to a section of the [PM grammar](pm-grammar.md), of',
-            '[the language PM](pm-language.md) or of the [file formats](file-formats.md).', '']
+            'An example is the shortest input that shows the fault, and the same corrected.', '']
     for name in names:
         title, _, text = output(driver, 'explain', name).partition('\n')
         page += ['## ' + name, '', title.partition(': ')[2], '']
         # The driver indents code, and so does Markdown.
         page += text.strip('\n').splitlines() + ['']
-    return '\n'.join(page)
+    return re.sub(SECTION, link, '\n'.join(page))
 
 
 def builtins(driver):

@@ -4,6 +4,7 @@
 // the title would quote.
 #include "explain.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,6 +15,7 @@
 
 #include "norvane/proj.hpp"
 
+#include "examples.h"
 #include "similar.h"
 
 namespace norvane::pm {
@@ -90,20 +92,84 @@ void list_errors() {
     }
 }
 
+// The library's texts refer to sections of a manual that is not there. What they are about is in
+// these sections of our pages.
+struct Section {
+    std::string_view anchor;
+    const char* title;
+    const char* page;
+};
+constexpr const char* language = "docs/pm-language.md";
+constexpr const char* grammar = "docs/pm-grammar.md";
+constexpr const char* formats = "docs/file-formats.md";
+constexpr Section sections[] = {
+    {"Arrays", "\"Arrays\"", language},
+    {"BooleanOperators", "\"Rules and operators\"", language},
+    {"ConstandDeclarationGrammar", "\"Constant Declarations\"", grammar},
+    {"Constants", "\"Constants\"", language},
+    {"Enumerations", "\"Enumerations\"", language},
+    {"ExpressionGrammar", "\"Expressions\"", grammar},
+    {"Identifiers", "\"Names\"", language},
+    {"Optionals", "\"Optionals\"", language},
+    {"PMGrammar", "\"PM grammar\"", grammar},
+    {"PresentationLayers", "\"Presentations and variable orders\"", formats},
+    {"ProductModelsGrammar", "\"Product Models\"", grammar},
+    {"Records", "\"Records\"", language},
+    {"RuleDeclarationGrammar", "\"Rule Declarations\"", grammar},
+    {"RuleOverview", "\"Rules and operators\"", language},
+    {"RulesAndOperators", "\"Rules and operators\"", language},
+    {"TypeDeclarationGrammar", "\"Type Declarations\"", grammar},
+    {"TypesGrammar", "\"Types\"", grammar},
+    {"VariableDeclarationGrammar", "\"Variable Declarations\"", grammar},
+    {"VariableOrderingDTD", "\"Presentations and variable orders\"", formats},
+    {"VariablesAndTypes", "\"Variables and types\"", language}};
+
+void replace(char*& text, const char* other) {
+    if (text) str_delete(text);
+    text = str_copy(other);
+}
+
+// Runs in a frame.
+void lead_to_our_pages(ErrorDescRun* run) {
+    if (run->kind == ERROR_RUN_MANREF) {
+        run->kind = ERROR_RUN_SECREF;
+        replace(run->anchor, "PMGrammar");
+    }
+    if (run->kind != ERROR_RUN_SECREF) return;
+    const auto* section =
+        std::ranges::find(sections, std::string_view(run->anchor), &Section::anchor);
+    if (section == std::end(sections)) return;
+    replace(run->text, section->title);
+    replace(run->document, section->page);
+}
+
+// Runs in a frame.
+void lead_to_our_pages(const ErrorInfo* error) {
+    for (const auto* paragraph : items<ErrorDescParagraph>(error->paragraphs))
+        for (auto* run : items<ErrorDescRun>(paragraph->runs))
+            lead_to_our_pages(run);
+}
+
+void explain(const Row& row) {
+    const Error error(call(row.build));
+    std::printf("%s: %s\n", row.name, title_of(error.get()).c_str());
+    if (!plist_isempty(error->paragraphs)) {
+        std::putchar('\n');
+        call([&error] {
+            lead_to_our_pages(error.get());
+            err_print_description(stdout, error.get());
+        });
+    }
+    std::printf("\n%s", example_text(row.name).c_str());
+}
+
 } // namespace
 
 void explain(Session& session) {
     const std::string& name = session.options.error_name;
     if (name.empty()) return list_errors();
     for (const Row& row : table) {
-        if (name != row.name) continue;
-        const Error error(call(row.build));
-        std::printf("%s: %s\n", row.name, title_of(error.get()).c_str());
-        if (!plist_isempty(error->paragraphs)) {
-            std::putchar('\n');
-            call([&error] { err_print_description(stdout, error.get()); });
-        }
-        return;
+        if (name == row.name) return explain(row);
     }
     std::vector<std::string_view> names;
     for (const Row& row : table)

@@ -98,8 +98,7 @@ bool check_index_expr(const Context& in, const IdCon* idcon, int n, Expr* index)
     const Checked checked = check_expr(in, index);
     if (!checked.ok) return false;
     if (index->type != ETYPE_INT) return fault(in, index, ERR_INDEX_NOT_INT, n);
-    return checked.is_static ||
-           fault(in, index, ERR_INDEX_NOT_STATIC, idcon->args.array.idname);
+    return checked.is_static || fault(in, index, ERR_INDEX_NOT_STATIC, idcon->args.array.idname);
 }
 
 // It was static where it was declared, but a field may hide the constant that it names. Asking

@@ -3,8 +3,8 @@
  *
  * A throw is a longjmp to the innermost frame. It runs no destructors: memory owned by the
  * functions between the throw and the frame is leaked, and objects whose destructors matter must
- * not live there. All of this serves one thread at a time; where a host lets two in, a throw goes to
- * a frame of its own thread, or aborts the process. */
+ * not live there. All of this serves one thread at a time; where a host lets two in, a throw goes
+ * to a frame of its own thread, or aborts the process. */
 #ifndef NORVANE_BASE_EXCEPT_H
 #define NORVANE_BASE_EXCEPT_H
 
