@@ -139,7 +139,8 @@ std::string Diagnostics::rendered(const Finding& finding) {
 }
 
 void Diagnostics::report(const Report& report) {
-    // The library's report that it failed adds nothing to why it did.
+    // The library's report that it failed adds nothing to why it did, which was told under its
+    // name.
     if (!preprocessor_has_failed_ || report.name != "ERR_CPP") this->report(finding_of(report));
 }
 
@@ -166,6 +167,7 @@ void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user)
 void Diagnostics::report(const OsPreprocessorMessage& message) {
     Finding finding;
     finding.severity = severity_of(message);
+    if (message.is_error) finding.name = "ERR_CPP";
     const char* file = message.place.file;
     finding.place = place_of(file ? file : std::string_view(file_), message.place.line);
     finding.message = message.text;
