@@ -1,20 +1,7 @@
 // Lists, chunks, sets and hash tables, held against those of the C++ library: order, ownership, and
 // time that grows with the number of elements only.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <random>
-#include <string>
-#include <vector>
-
 #include "hash_core.h"
-#include "norvane/base.h"
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include "test.h"
 
 // One case exhausts the memory.
 extern "C" __attribute__((visibility("default"))) const char* __asan_default_options() {

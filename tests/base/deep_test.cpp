@@ -1,17 +1,10 @@
 // Recursion that is deeper than the stack, and throws out of it.
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <functional>
-#include <vector>
-
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <ucontext.h>
 
-#include "norvane/base.h"
 #include "norvane/base/deep.hpp"
-#include "support.h"
+#include "test.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define NORVANE_ASAN 1

@@ -1,10 +1,5 @@
 // Reports: their records, how they are printed, and the sinks; and progress.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "norvane/base.h"
-#include "support.h"
+#include "test.h"
 
 namespace {
 
@@ -109,41 +104,6 @@ TEST(ProgressTest, JobsAreCountedFromOneAndTellWhatTheyDo) {
     msg_set_progress_sink(nullptr, nullptr);
     EXPECT_GE(outer, 1);
     EXPECT_EQ(events, "1 0 0 0 Checking 'bike'\n1 1 1 0 Checking rules\n0 1 0 -1 \n0 0 0 0 \n");
-}
-
-// What a host reads after a throw, and how it stops a run.
-TEST(WorkTest, AWatchStopsALoopAndTheMarkTellsTheInnermostDeclaration) {
-    static const int rule = 0;
-    const auto unfold = [](void*) {
-        const norvane::WorkingOn outer(WORK_TYPE, nullptr);
-        const norvane::WorkingOn inner(WORK_RULE, &rule);
-        norvane::WorkTurns turns(1'000'000);
-        for (int i = 0; i < 1'000'000; ++i) {
-            norvane::WorkTurns nested(2);
-            nested.next();
-            turns.next();
-        }
-    };
-    work_begin();
-    unfold(nullptr);
-    EXPECT_EQ(work_mark.kind, WORK_NOTHING);
-    EXPECT_EQ(work_mark.turns, 0U);
-    EXPECT_EQ(work_mark.units, 2'000'000U);
-
-    work_set_watch(
-        [](const WorkMark* mark, void*) {
-            if (mark->turn > 500'000) except_throw(EXCEPT_STOPPED, __LINE__, __FILE__);
-        },
-        nullptr);
-    work_begin();
-    static ExceptionState thrown;
-    EXPECT_EQ(except_catch(unfold, nullptr, &thrown), 1);
-    work_set_watch(nullptr, nullptr);
-    EXPECT_EQ(thrown.kind, EXCEPT_STOPPED);
-    EXPECT_EQ(work_mark.subject, &rule);
-    EXPECT_EQ(work_mark.turns, 1'000'000U);
-    EXPECT_LT(work_mark.turn, 510'000U);
-    work_begin();
 }
 
 } // namespace

@@ -1,23 +1,13 @@
 // Packages, and what the base library knows about files and tools.
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <functional>
-#include <string>
-#include <vector>
-
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <zip.h>
 
 #include "libzip.h"
-#include "norvane/base/os.h"
 #include "norvane/base/packages.hpp"
-#include "norvane/base/settings.h"
-#include "support.h"
+#include "test.h"
 
 namespace {
 

@@ -1,15 +1,7 @@
 // The stack machine over XML, on a small format of its own: what handlers are given, what counts as
 // text, what is passed over, and how it ends; all of it in blocks of any size.
 #include "norvane/base/sax_include.hpp"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-
-#include "norvane/base/except.h"
-#include "norvane/base/strings.h"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 namespace {

@@ -1,21 +1,11 @@
 // Strings on the heap, UtilString, numbers as text, and file names.
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <charconv>
 #include <clocale>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <limits>
-#include <memory>
-#include <random>
-#include <string>
 
-#include "norvane/base.h"
-#include "support.h"
+#include "test.h"
 
 namespace {
 

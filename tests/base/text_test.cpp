@@ -1,20 +1,8 @@
 // String, the conversions between code page 1252 and UTF-8, and numbers from text.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
 #include <map>
-#include <random>
-#include <sstream>
-#include <string>
-#include <utility>
 
-#include "norvane/base/strings.h"
 #include "norvane/base/text.hpp"
-#include "support.h"
+#include "test.h"
 
 namespace {
 

@@ -1,18 +1,8 @@
 // XML: what is written, what is read back, and what files may hold.
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <memory>
-#include <random>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "norvane/base/text.hpp"
-#include "norvane/base/xml.h"
-#include "support.h"
+#include "test.h"
 
 namespace {
 

@@ -1,11 +1,5 @@
 // The calculation tree: who owns what, the sets of functions, copies, and the names that statements
 // use.
-#include "norvane/proj/calc.h"
-
-#include <gtest/gtest.h>
-
-#include <utility>
-
 #include "calc_text.h"
 
 namespace norvane::test {

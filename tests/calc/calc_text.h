@@ -3,12 +3,9 @@
 #define NORVANE_TESTS_CALC_TEXT_H
 
 #include <regex>
-#include <string>
-
-#include <gtest/gtest.h>
 
 #include "norvane/proj.hpp"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 

@@ -1,18 +1,12 @@
 // Calculations as XML: what is written, whole and valid by its document type; what is read, with
 // its lines and its refusals, in blocks of any size; packages; round trips; and documents that are
 // hostile by their shape.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <malloc.h>
 #include <unistd.h>
 
 #include "calc_import_internal.h"
 #include "calc_text.h"
-#include "norvane/base/work.h"
 #include "xml_files.h"
 
 namespace norvane::test {

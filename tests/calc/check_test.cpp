@@ -1,10 +1,4 @@
 // The type check of calculations, and the catalogue of built-in functions.
-#include <gtest/gtest.h>
-
-#include <cstring>
-#include <functional>
-#include <utility>
-
 #include "calc_builtins.h"
 #include "calc_text.h"
 
@@ -147,27 +141,14 @@ TEST_F(CalcCheckTest, TreesWithoutAPart) {
         std::string expected;
     } rows[] = {
         {"integer a := 1; a;", FIELD(expr->args.lvar_name), "1: e->args.lvar_name "},
-        {"true ? 1 : 2;", FIELD(expr->args.ite.cond), "1: e->args.ite.cond "},
-        {"true ? 1 : 2;", FIELD(expr->args.ite.then_expr), "1: e->args.ite.then_expr "},
-        {"true ? 1 : 2;", FIELD(expr->args.ite.else_expr), "1: e->args.ite.else_expr "},
         {"1 + 2;", FIELD(expr->args.bop.right_arg),
          fault + "Right operand to '+' is of type undefined, it must be of numeric type\n"},
-        {"bits[1];", FIELD(expr->args.pmvar), "1: e->args.pmvar "},
         {"bits[1];", FIELD(expr->args.pmvar->arr_indices), "1: pmvar->arr_indices "},
         {"bits[1];", FIELD(expr->args.pmvar->arr_indices->first->element),
          "0 ERR_CALC_FNC: Error in function 'N.f': Array index is of type undefined, it must be of "
          "integer type\n"},
         {"if true ;", FIELD(ite.cond), "1: stmt->args.ite.cond "},
-        {"if true ;", FIELD(ite.then_stmt), "1: stmt->args.ite.then_stmt "},
-        {"{ }", FIELD(block_stmts), "1: stmt->args.block_stmts "},
-        {"switch 1 { }", FIELD(switch_args.switch_value),
-         "1: stmt->args.switch_args.switch_value "},
-        {"switch 1 { }", FIELD(switch_args.cases), "1: stmt->args.switch_args.cases "},
         {"switch 1 { default: ; }", FIELD(switch_args.default_case->stmts), "1: stmts "},
-        {"while true ;", FIELD(while_args.cond), "1: stmt->args.while_args.cond "},
-        {"while true ;", FIELD(while_args.stmt), "1: stmt->args.while_args.stmt "},
-        {"do ; while true;", FIELD(do_args.cond), "1: stmt->args.do_args.cond "},
-        {"do ; while true;", FIELD(do_args.stmt), "1: stmt->args.do_args.stmt "},
         {"return 1;", FIELD(return_value), "1: stmt->args.return_value "},
         {"for (;;) ;", FIELD(for_args.stmt), "1: stmt "},
     };
@@ -188,7 +169,6 @@ TEST_F(CalcCheckTest, UnknownTags) {
     const CalcPtr calc = calculation("namespace N { integer f() { -1; 1 + 2; return 1; } }");
     CFunc* func = function_of(calc);
     auto* stmt = static_cast<CStmt*>(plist_hd(func->stmts));
-    auto& args = stmt->args.expr->args;
     auto& sum = static_cast<CStmt*>(plist_nth(func->stmts, 1))->args.expr->args;
     const auto with = [&](auto& field, int value) {
         const auto before = field;
@@ -200,7 +180,6 @@ TEST_F(CalcCheckTest, UnknownTags) {
     EXPECT_EQ(with(func->type, 7), "1: Invalid type: 7 ");
     EXPECT_EQ(with(stmt->structure, 15), "1: Invalid statement structure ");
     EXPECT_EQ(with(stmt->args.expr->structure, 15), "1: Invalid expression structure ");
-    EXPECT_EQ(with(args.uop.opr, COPR_XOR), "1: Invalid operator: xor  ");
     EXPECT_EQ(with(sum.bop.opr, COPR_NOT), "1: Invalid operator: not  ");
     EXPECT_EQ(with(sum.bop.opr, COPR_ASSIGN),
               "0 ERR_CALC_FNC: input string (1): Error in function 'N.f': Left-hand operand to "
@@ -212,9 +191,6 @@ TEST_F(CalcCheckTest, UnknownTags) {
     sum.bop = {COPR_EQ, nullptr, nullptr};
     EXPECT_EQ(run(calc.get()), "1 ");
     sum.bop = kept;
-    for (const auto& call : {+[] { return calc_check_functions(nullptr, nullptr); },
-                             +[] { return calc_check_function(nullptr, "N", nullptr, nullptr); }})
-        EXPECT_NE(thrown(call), "");
 }
 
 class CalcCheckOneTest : public CalcCheckTest {

@@ -1,7 +1,5 @@
 // What the driver does not do with calculations, of any depth on a small stack: copied, and
 // searched for names.
-#include <gtest/gtest.h>
-
 #include "calc_text.h"
 
 namespace norvane::test {

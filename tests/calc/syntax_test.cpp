@@ -1,17 +1,7 @@
 // From calculation source to a set: the language as its trees show and as it refuses, the lines
 // that records and reports carry, what outlives a parse, and input that is hostile by its bytes or
 // its size.
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cctype>
-#include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <ctime>
-#include <random>
-#include <sstream>
-#include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -224,11 +214,7 @@ TEST(CalcLimits, NestingIsParsedUpToTheStackOfTheParser) {
         std::size_t times;
     } rows[] = {
         {"namespace N { void f() = ", "(", "a", ")", "; }", 9987},
-        {"namespace N { void f() = ", "not ", "a", "", "; }", 9988},
         {"namespace N { void f() = ", "a[", "a", "]", "; }", 4993},
-        {"namespace N { void f() = ", "a.", "a", "", "; }", 4994},
-        {"namespace N { void f() = ", "a.b(", "a", ")", "; }", 4993},
-        {"namespace N { void f() { ", "{", ";", "}", "} }", 4992},
         {"namespace N { void f() { ", "if a ", ";", "", "} }", 4992},
         {"namespace ", "\"\".", "N", "", "{ void f() { } }", 4998},
     };

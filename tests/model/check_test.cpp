@@ -1,15 +1,7 @@
 // Checking of expressions and projects. What a model's source can show stands in data files, a row
 // for each case; here is what only the API shows.
-#include <gtest/gtest.h>
-
-#include <sstream>
-#include <string>
-#include <vector>
-
-#include "norvane/base/items.hpp"
-#include "norvane/proj/expandrules.h"
 #include "staticsem_internal.h"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 namespace {

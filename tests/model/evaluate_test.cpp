@@ -1,11 +1,8 @@
 // Static evaluation of trees that no model holds, since the checker refuses them. The random models
 // cover the others.
-#include <cmath>
 #include <limits>
 
-#include <gtest/gtest.h>
-
-#include "support.h"
+#include "test.h"
 
 namespace {
 

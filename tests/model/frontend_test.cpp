@@ -1,16 +1,6 @@
 // From PM source to a project: the language as it prints back and as it refuses, the places that
 // records and reports carry, what outlives a load, and input that is hostile by its size.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <ctime>
-#include <string>
-#include <vector>
-
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 namespace {

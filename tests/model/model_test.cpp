@@ -1,15 +1,8 @@
 // The model tree: constructors, copies, the order of expressions, rewrites, unbounded types and
 // their labels, places in the source, and trees of great depth.
-#include <climits>
-#include <cstdint>
-#include <cstring>
-
-#include <gtest/gtest.h>
-
-#include "norvane/base/items.hpp"
 #include "poly_adaptors.h"
 #include "rows.h"
-#include "support.h"
+#include "test.h"
 
 using norvane::items;
 using namespace norvane::test;

@@ -1,9 +1,7 @@
 // The printed form of models, as source and in messages: identifiers, expressions with their depth
 // and their line breaks, types, declarations, whole projects, and that all of it reads back.
-#include <gtest/gtest.h>
-
 #include "rows.h"
-#include "support.h"
+#include "test.h"
 
 using namespace norvane::test;
 using namespace std::string_literals;

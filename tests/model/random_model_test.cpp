@@ -1,12 +1,7 @@
 // Properties of random models: the flat rules mean what the source means, and all written forms of
 // a model read back as the same one. NORVANE_SEED and NORVANE_MODELS run others, and more of them.
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-
-#include "norvane/proj/xml_export.h"
-#include "norvane/proj/xml_import.h"
 #include "reference.h"
+#include "test.h"
 
 namespace norvane::test {
 namespace {

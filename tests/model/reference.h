@@ -3,18 +3,11 @@
 #ifndef NORVANE_TESTS_MODEL_REFERENCE_H
 #define NORVANE_TESTS_MODEL_REFERENCE_H
 
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <functional>
 #include <map>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
-#include "norvane/base/items.hpp"
 #include "random_model.h"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 

@@ -2,10 +2,7 @@
 #ifndef NORVANE_TESTS_MODEL_SHAPE_H
 #define NORVANE_TESTS_MODEL_SHAPE_H
 
-#include <string>
-
-#include "norvane/base/items.hpp"
-#include "support.h"
+#include "test.h"
 #include "walk.h"
 
 namespace norvane::test {

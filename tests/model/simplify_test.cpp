@@ -1,15 +1,7 @@
 // Simplification and rule expansion. What printed results show stands in data files, a row for each
 // model; here is what only the API shows: types and lines of nodes, labels, owners, and trees that
 // are deep.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
-#include "norvane/base/items.hpp"
 #include "shape.h"
-#include "support.h"
 
 namespace norvane::test {
 namespace {

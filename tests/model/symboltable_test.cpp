@@ -1,8 +1,6 @@
 // The symbol table: where paths lead, and guards of its stack.
-#include <gtest/gtest.h>
-
 #include "context.h"
-#include "support.h"
+#include "test.h"
 
 namespace {
 

@@ -1,16 +1,6 @@
 // What the mark of the library's work tells a host after a stop, and that its watch can end a run
 // that would take hours.
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "norvane/base/except.h"
-#include "norvane/base/items.hpp"
-#include "norvane/base/work.h"
-#include "norvane/proj/expandrules.h"
-#include "norvane/proj/simplify.h"
-#include "norvane/proj/staticsem.h"
-#include "support.h"
+#include "test.h"
 
 namespace norvane::test {
 namespace {

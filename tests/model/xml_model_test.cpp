@@ -1,15 +1,8 @@
 // Models as XML: what is written, whole and valid by its document type; what is read, with its
 // leniencies, its lines and its refusals; round trips; and files that are hostile by their shape.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <regex>
 
-#include "norvane/proj/xml_export.h"
-#include "norvane/proj/xml_import.h"
 #include "shape.h"
-#include "support.h"
 #include "xml_files.h"
 
 namespace norvane::test {
