@@ -108,27 +108,6 @@ TEST_F(CalcCheckTest, LongNames) {
     EXPECT_LT(output.size(), 2100u);
 }
 
-// A sink of the host that throws: the set, the table and the frames stay in order.
-TEST_F(CalcCheckTest, ExceptionsOfASinkPass) {
-    const CalcPtr calc = calculation("namespace N { integer f() { return true; } }");
-    const TemporaryFolder folder;
-    const std::string malformed = folder.write("a.clx", "<calculation><namespace/></calculation>");
-    const auto expect_exception = [&](auto call) {
-        const auto sink = [](ErrorType, ErrorInfo* error, void*) {
-            err_delete(error);
-            throw 1;
-        };
-        msg_set_error_sink(sink, nullptr);
-        EXPECT_THROW(call(), int);
-        msg_set_error_sink(nullptr, nullptr);
-        EXPECT_EQ(__exception_last, nullptr);
-    };
-    expect_exception([&] { calc_check_functions(calc.get(), model_.table.get()); });
-    expect_exception([&] { calc_import_from_xmlfile(malformed.c_str()); });
-    EXPECT_EQ(functions(calc.get()), "N: f");
-    EXPECT_EQ(plist_length(model_.table->local_table), 1u);
-}
-
 // The field at this place of the first statement.
 #define FIELD(field) [](CStmt* s) -> void* { return &s->args.field; }
 

@@ -32,22 +32,6 @@ TEST(Grammar, SyntaxErrorsNameTheTokenAndTheOpenConstruct) {
     expect_rows("model/data/frontend_errors.txt");
 }
 
-TEST(Grammar, OperatorsBindAndAssociate) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"a / b * c / d", "(((a / b) * c) / d)"},
-        {"- a * b", "( - (a * b))"},
-        {"a - - b", "(a - ( - b))"},
-        {"- 5 < - 2.5", "(-5 < -2.5)"},
-        {"a and if b then c <-> d", "(a and (if b then (c <-> d) else true))"},
-        {"if a then if b then c else d", "(if a then (if b then c else d) else true)"},
-    };
-    for (const auto& [source, expected] : rows) {
-        const Reports reports;
-        const ExprPtr tree = expression(source);
-        EXPECT_EQ(tree ? print(tree.get()) : reports.text(), expected) << source;
-    }
-}
-
 TEST(Scanner, NumbersAreExactUpToTheirLimits) {
     Reports reports;
     EXPECT_EQ(expression("2147483647")->args.intconst.value, 2147483647);
@@ -219,62 +203,6 @@ TEST(Limits, LongTokensTakeLinearTime) {
         // A rescan of the whole token at every read would take minutes.
         EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 10) << what;
     }
-}
-
-class Import : public testing::Test {
-  protected:
-    Import() { setenv("TMPDIR", temporary_.path().c_str(), 1); }
-    ~Import() override {
-        plist_delete(arguments_);
-        unsetenv("TMPDIR");
-    }
-    ProjectPtr import(std::string path) {
-        return ProjectPtr(proj_import_from_pmfile(path.data(), arguments_));
-    }
-    void argument(std::string text) { plist_append(arguments_, text.data()); }
-
-    TemporaryFolder temporary_;
-    TemporaryFolder sources_;
-    PolyList* arguments_ = plist_new(nullptr, poly_copy_string, poly_delete_string);
-    Reports reports_;
-};
-
-TEST_F(Import, RunsThePreprocessorAndNamesTheFilesOfTheSource) {
-    sources_.write("inc/sub.pm", "variable y : [0..MAX];\n");
-    const std::string path = sources_.write("main.pm", "#define WORD \"it's\"\n"
-                                                       "/* /* nested */ */\n"
-                                                       "#include \"sub.pm\"\n"
-                                                       "rule WORD = y;\n"
-                                                       "rule (y;\n");
-    argument("-I" + sources_.path() + "/inc");
-    argument("-DMAX=12");
-    EXPECT_EQ(import(path), nullptr);
-    EXPECT_EQ(reports_.text(), "ERR_PARSER: " + path + " (5): parse error, unexpected \";\"\n" +
-                                   "ERR_GRAM_RULEDEFL: " + path +
-                                   " (5): Illegal rule declaration.\n");
-    EXPECT_TRUE(temporary_.names().empty());
-
-    sources_.write("main.pm", "#include \"sub.pm\"\n");
-    const ProjectPtr project = import(path);
-    ASSERT_TRUE(project);
-    EXPECT_EQ(project->name, path);
-    EXPECT_EQ(project->filename, path);
-    EXPECT_EQ(project->description, nullptr);
-    EXPECT_NE(print(project.get()).find("public  y : [0..12];"), std::string::npos);
-    char position[MESSAGE_BUFFER_SIZE];
-    const auto* variable = static_cast<VarDecl*>(plist_hd(project->vardecllist));
-    proj_line_information(project->line_info, variable->linenumber, position);
-    EXPECT_EQ(std::string(position), sources_.path() + "/inc/sub.pm (1): ");
-    EXPECT_TRUE(temporary_.names().empty());
-}
-
-TEST_F(Import, AFailedPreprocessorIsReportedAndItsOutputStays) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(import(sources_.write("main.pm", "rule a;\n#error no such luck\n")), nullptr);
-    EXPECT_EQ(import(sources_.path()), nullptr);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("no such luck"), std::string::npos);
-    EXPECT_EQ(reports_.names(), "ERR_CPP ERR_CPP");
-    EXPECT_EQ(temporary_.names().size(), 2u);
 }
 
 } // namespace

@@ -258,10 +258,6 @@ Expr* one_and(Expr* left) {
     return expr_new_binary(OPR_AND, left, expr_new_intconst(OPR_BOOLCONST, 1, 1), 1);
 }
 
-Expr* one_not(Expr* arg) {
-    return expr_new_unary(OPR_NOT, arg, 1);
-}
-
 Expr* one_index(Expr* arg) {
     PolyList* indices =
         plist_new(nullptr, nullptr, [](void* e) { expr_delete(static_cast<Expr*>(e)); });
@@ -293,7 +289,6 @@ void exercise(Expr* (*level)(Expr*), int depth, std::size_t width) {
 TEST(DeepTrees, OfExpressionsPassEveryOperation) {
     with_small_stack([] {
         exercise(one_and, 1'000'000, 11);
-        exercise(one_not, 190'000, 6);
         exercise(one_index, 60'000, 3);
     });
 }
