@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Holds the documentation against what is there: generated pages are up to date, models and
 calculations that are shown pass their check, links lead to files and headings, the README leads to every
-page, and the pages for developers name files that exist and every directory of sources and tests."""
+page, and the pages for developers name files that exist, every directory of sources and tests, and the modules of
+the project library."""
 import fnmatch
 import glob
 import os
@@ -65,6 +66,19 @@ def unnamed_directories(architecture, contributing, paths):
             [path for path in parts if not {path, path[:-1]} & named(contributing)])
 
 
+def wrong_modules(architecture, paths):
+    """Modules in a room that its row does not name, and what a row names that is none."""
+    for room, row in re.findall(r'^\| `(\w+)` \|[^|]*\|([^|]*)\|[^|]*\|$', architecture, re.M):
+        files = fnmatch.filter(paths, 'libs/Proj/src/%s/*.*' % room)
+        modules = {os.path.splitext(os.path.basename(path))[0] for path in files}
+        for pattern in named(row):
+            matching = fnmatch.filter(modules, pattern)
+            if not matching:
+                yield room + '/' + pattern
+            modules.difference_update(matching)
+        yield from (room + '/' + module for module in modules)
+
+
 def main():
     arguments = options(__doc__, 'driver', 'source')
     docs = os.path.join(arguments.source, 'docs')
@@ -100,6 +114,8 @@ def main():
         failures += ['%s: there is no %s' % (page, path) for path in unknown_paths(pages[page], paths)]
     failures += ['not in the tables of directories: ' + path
                  for path in unnamed_directories(pages['docs/architecture.md'], pages['CONTRIBUTING.md'], paths)]
+    failures += ['docs/architecture.md, modules of the rooms: ' + module
+                 for module in wrong_modules(pages['docs/architecture.md'], paths)]
     if not shown:
         failures.append('the documentation shows neither models nor calculations')
     finish(failures)
