@@ -6,6 +6,7 @@
 #define NORVANE_PROJ_CONTEXT_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "norvane/proj/expr.h"
 #include "norvane/proj/project.h"
@@ -50,6 +51,17 @@ inline IdCon spelled_name(const Expr* literal) {
     idcon.linenumber = literal->linenumber;
     idcon.args.id.idname = literal->args.str;
     return idcon;
+}
+
+// "SOME" and "NONE". Every name is compared with them, so most are told apart by their first byte.
+inline bool is_word_some(const char* name) {
+    return name[0] == 'S' && std::strcmp(name, "SOME") == 0;
+}
+inline bool is_word_none(const char* name) {
+    return name[0] == 'N' && std::strcmp(name, "NONE") == 0;
+}
+inline bool is_optional_word(const char* name) {
+    return is_word_some(name) || is_word_none(name);
 }
 
 // A node that is on the stack for the length of a call, and borrows what it holds.

@@ -1,8 +1,6 @@
 // Checking of identifiers: what a name, an element of an array or a path stands for, and its type.
 // A loop checks its body once for every value of its variable, so a simple name costs one lookup
 // here and no copy.
-#include <cstring>
-
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
@@ -167,10 +165,6 @@ Checked check_path(const Context& in, IdCon* idcon, int scoped, ExprType* type) 
 }
 
 } // namespace
-
-bool is_optional_word(const char* name) {
-    return std::strcmp(name, "SOME") == 0 || std::strcmp(name, "NONE") == 0;
-}
 
 Checked check_idcon(const Context& in, IdCon* idcon, int scoped, ExprType* type) {
     if (stack_is_low()) return on_fresh_stack([&] { return check_idcon(in, idcon, scoped, type); });

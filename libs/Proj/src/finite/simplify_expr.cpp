@@ -7,7 +7,6 @@
 #include "norvane/proj/simplify.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "norvane/base/call_guard.hpp"
 #include "norvane/base/deep.hpp"
@@ -72,8 +71,8 @@ IdCon* simplify_idcon(const Simplification& in, const IdCon* idcon) {
 // A simple name: a constant or a label becomes its value, a variable stays.
 Expr* simplify_name(Simplification& in, const IdCon* idcon, unsigned char type) {
     char* name = idcon->args.id.idname;
-    if (std::strcmp(name, "NONE") == 0) return new_int(0);
-    if (std::strcmp(name, "SOME") == 0) return new_int(1);
+    if (check::is_word_none(name)) return new_int(0);
+    if (check::is_word_some(name)) return new_int(1);
     const NameData* namedata = check::find_name(in, name);
     NORVANE_ASSERT_TEXT(namedata,
                         "symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS");

@@ -13,7 +13,7 @@ namespace {
 constexpr std::uintptr_t cache_line = 64;
 
 // A symbol table of up to this many names stays in the cache without prefetching.
-constexpr unsigned small_table = 4096;
+constexpr unsigned small_table = 8192;
 
 // Upper limit of the bytes that are prefetched for one rule.
 constexpr std::uintptr_t largest_rule = 8192;

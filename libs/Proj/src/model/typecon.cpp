@@ -2,9 +2,14 @@
 // an unbounded type.
 #include "norvane/proj/typecon.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <iterator>
 #include <new>
+#include <string_view>
 
 #include "norvane/base/chunk.h"
 #include "norvane/base/deep.hpp"
@@ -124,13 +129,36 @@ TypeCon* copy_array(const TypeCon* typecon) {
     return tc_new_array_tc(size, element, typecon->linenumber);
 }
 
-[[gnu::format(printf, 2, 3)]] void append_label(PolyList* labels, const char* format, ...) {
-    char text[MESSAGE_BUFFER_SIZE];
-    va_list args;
-    va_start(args, format);
-    str_vsnprintf(text, sizeof text, format, args);
-    va_end(args);
-    plist_append(labels, str_copy(text));
+// The text of a label. Texts of floats may be long; what exceeds the size of a label is cut off.
+class LabelText {
+  public:
+    void add(std::string_view part) {
+        const std::size_t length = std::min(part.size(), sizeof text_ - 1 - length_);
+        std::memcpy(text_ + length_, part.data(), length);
+        length_ += length;
+    }
+    void add(long long number) {
+        char digits[24];
+        add({digits, std::to_chars(digits, std::end(digits), number).ptr});
+    }
+    char* copy() const {
+        auto* result = static_cast<char*>(util_malloc_throw(length_ + 1));
+        std::memcpy(result, text_, length_);
+        result[length_] = '\0';
+        return result;
+    }
+
+  private:
+    char text_[MESSAGE_BUFFER_SIZE];
+    std::size_t length_ = 0;
+};
+
+// Each part is a text or a long long.
+template <typename... Parts>
+void append_label(PolyList* labels, Parts... parts) {
+    LabelText label;
+    (label.add(parts), ...);
+    plist_append(labels, label.copy());
 }
 
 // One label per value and per class of integers between two values, in ascending order. Adjacent
@@ -138,36 +166,36 @@ TypeCon* copy_array(const TypeCon* typecon) {
 // beyond the smallest and the largest value.
 void append_integer_labels(const IntChunk* values, IntHash* value_index, PolyList* labels) {
     long long previous = values->elements[0];
-    append_label(labels, "]-inf;%lld]", previous - 1);
+    append_label(labels, "]-inf;", previous - 1, "]");
     for (int i = 0; i < values->count; ++i) {
         const long long value = values->elements[i];
         const long long gap = value - previous;
-        if (gap == 2) append_label(labels, "%lld", previous + 1);
-        if (gap > 2) append_label(labels, "[%lld;%lld]", previous + 1, value - 1);
+        if (gap == 2) append_label(labels, previous + 1);
+        if (gap > 2) append_label(labels, "[", previous + 1, ";", value - 1, "]");
         ihash_insert(value_index, reinterpret_cast<void*>(static_cast<std::intptr_t>(value)),
                      static_cast<int>(labels->len));
-        append_label(labels, "%lld", value);
+        append_label(labels, value);
         previous = value;
     }
-    append_label(labels, "[%lld;inf[", previous + 1);
+    append_label(labels, "[", previous + 1, ";inf[");
 }
 
 // The same for floats, where a class lies between any two values.
 void append_float_labels(const PolyChunk* values, IntHash* value_index, PolyList* labels) {
     const auto number = [&](int i) { return static_cast<PolyValue*>(values->elements[i])->number; };
     char* text = str_copy(util_double_to_str(number(0)));
-    append_label(labels, "]-inf;%s[", text);
+    append_label(labels, "]-inf;", text, "[");
     for (int i = 0; i < values->count; ++i) {
         ihash_insert(value_index, poly_copy_poly_value(values->elements[i]),
                      static_cast<int>(labels->len));
-        append_label(labels, "%s", text);
+        append_label(labels, text);
         if (i + 1 == values->count) break;
         char* next = str_copy(util_double_to_str(number(i + 1)));
-        append_label(labels, "]%s;%s[", text, next);
+        append_label(labels, "]", text, ";", next, "[");
         str_delete(text);
         text = next;
     }
-    append_label(labels, "]%s;inf[", text);
+    append_label(labels, "]", text, ";inf[");
     str_delete(text);
 }
 
