@@ -30,17 +30,10 @@ NameData* find_name(const Context& in, char* name);
 
 // The type itself, or the one that its name stands for; null after reporting an unknown name.
 inline TypeCon* resolved(const Context& in, TypeCon* typecon, unsigned linenumber) {
+    if (typecon && typecon->contype != TC_NAMED) return typecon;
     TypeCon* result = nullptr;
     symtbl_lookup_typecon(in.project->line_info, in.symboltable, typecon, &result, linenumber);
     return result;
-}
-
-// The type of a variable or a label, names resolved, or null.
-inline TypeCon* type_of_idcon(const Context& in, IdCon* idcon, unsigned linenumber) {
-    TypeCon* result = nullptr;
-    const int status = symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, idcon, 0,
-                                                &result, linenumber);
-    return status == STATUS_SUCCESS ? result : nullptr;
 }
 
 // The name that a string literal spells, as an identifier that borrows the literal's text: a label
@@ -157,6 +150,21 @@ inline NameData* find_name(const Context& in, char* name) {
         return in.loop->find(in.symboltable, name);
     NameData* namedata = nullptr;
     return symtbl_lookup(in.symboltable, name, 0, &namedata) == STATUS_SUCCESS ? namedata : nullptr;
+}
+
+// The type of a variable or a label, names resolved, or null. The longer way is for paths and
+// elements of arrays, and for what else a name may stand for.
+inline TypeCon* type_of_idcon(const Context& in, IdCon* idcon, unsigned linenumber) {
+    if (idcon->contype == IDCON_SIMPLE) {
+        const NameData* namedata = find_name(in, idcon->args.id.idname);
+        if (!namedata) return nullptr;
+        if (namedata->ndtype == ND_VARIABLE || namedata->ndtype == ND_LABEL)
+            return resolved(in, namedata->typecon, linenumber);
+    }
+    TypeCon* result = nullptr;
+    const int status = symtbl_typecon_for_idcon(in.project->line_info, in.symboltable, idcon, 0,
+                                                &result, linenumber);
+    return status == STATUS_SUCCESS ? result : nullptr;
 }
 
 // The number of turns of a loop.

@@ -18,7 +18,7 @@ NameData* find_name(const Context& in, char* name, int scoped) {
     if (!scoped) return check::find_name(in, name);
     NameData* namedata = nullptr;
     return symtbl_lookup(in.symboltable, name, scoped, &namedata) == STATUS_SUCCESS ? namedata
-                                                                                   : nullptr;
+                                                                                    : nullptr;
 }
 
 // The type of an expression that has this type constructor, its name resolved.

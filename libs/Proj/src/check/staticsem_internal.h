@@ -50,7 +50,6 @@ bool check_rule(const Context& in, const RuleDecl* rule);
 // Declares a name, and takes over `namedata`. (staticsem_typecon.cpp)
 bool declare(const Context& in, char* name, NameData* namedata, unsigned linenumber);
 
-
 // The upper levels of an expression in print, for a report. (staticsem_expr.cpp)
 struct Excerpt {
     char text[8192];

@@ -11,7 +11,7 @@ namespace norvane::finite {
 
 // One step of a path: a name and its indices, which are consecutive in Prefix::indices.
 struct PrefixPart {
-    char* name; // borrowed from the project
+    char* name;         // borrowed from the project
     std::size_t length; // of the name
     std::size_t first_index;
     std::size_t index_count;

@@ -6,10 +6,10 @@
 #include <cstring>
 #include <new>
 
+#include "allocation.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
-#include "allocation.h"
 #include "poly_adaptors.h"
 #include "tags.h"
 
