@@ -202,6 +202,8 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     folder.write("m.pm", "#\n");
     const std::pair<std::string, std::string> failures[] = {
         {"exit 3", "the C preprocessor ended with status 3"},
+        {"printf '\\ncc1: no memory\\nat all\\n' >&2; exit 1",
+         "the C preprocessor ended with status 1: cc1: no memory"},
         {"echo x; kill -9 $$", "the C preprocessor was ended by signal 9"},
         {"echo 'cpp: fatal error: no input' >&2; echo 'm.pm:3: note: a b' >&2; exit 1",
          "no input\nnote m.pm:3 a b"},

@@ -192,6 +192,17 @@ bool read_streams(Run* run) {
     return true;
 }
 
+// The first line that the preprocessor wrote, for the failures that it tells in another form than
+// that of messages.
+void append_first_line(UtilString* text, const UtilString* messages) {
+    constexpr std::size_t most = 200;
+    const char* line = messages->text + std::strspn(messages->text, "\n");
+    const std::size_t size = std::min(std::strcspn(line, "\n"), most);
+    if (size == 0) return;
+    ustr_append_string(text, ": ");
+    ustr_append_chars(text, line, size);
+}
+
 // How the process ended, if that is a failure.
 void tell_status(Run* run, int status) {
     if (status == -1)
@@ -201,6 +212,7 @@ void tell_status(Run* run, int status) {
     else if (WEXITSTATUS(status) != 0)
         ustr_printf(run->failure, "the C preprocessor ended with status %d", WEXITSTATUS(status));
     run->has_refused = status != -1 && WIFEXITED(status) && WEXITSTATUS(status) != 0;
+    if (run->has_refused) append_first_line(run->failure, run->messages);
 }
 
 void run_cpp(Run* run, char** arguments) {
