@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <sstream>
@@ -153,12 +154,21 @@ void add_model_form(CLI::App& command, const char* name, const char* help, Model
                           {{"pm", ModelForm::source}, {"xml", ModelForm::xml}});
 }
 
+// The library would take "-1" and what is too large for the largest number.
+std::string why_no_number(const std::string& text) {
+    unsigned long long number = 0;
+    const char* end = text.data() + text.size();
+    const auto [after, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && after == end ? "" : "'" + text + "' is no number of nodes";
+}
+
 void add_max_nodes(CLI::App& command, Options& options) {
     options.max_nodes = default_max_nodes;
     command
         .add_option("--max-nodes", options.max_nodes,
                     "Stop a step that unfolds loops and arrays into more than N nodes (" +
                         std::to_string(default_max_nodes) + "); 0: no limit")
+        ->check(why_no_number)
         ->type_name("N");
 }
 

@@ -10,6 +10,7 @@
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
+#include "norvane/base/work.h"
 #include "poly_adaptors.h"
 #include "tags.h"
 
@@ -127,6 +128,7 @@ void rewrite_case(Rewrite& in, Expr* expr) {
 // The variable of a loop is in no environment here, so a rule with a loop must be simplified first.
 void rewrite(Rewrite& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { rewrite(in, expr); });
+    work_units(1);
     switch (model::structure_of(expr)) {
     case EXPR_BINARY:
         rewrite(in, expr->args.binargs.leftarg);

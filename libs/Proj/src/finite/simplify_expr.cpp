@@ -14,6 +14,7 @@
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
+#include "norvane/base/work.h"
 #include "poly_adaptors.h"
 #include "simplify_internal.h"
 #include "tags.h"
@@ -288,6 +289,7 @@ Expr* simplify_case(Simplification& in, const Expr* expr) {
 
 Expr* simplify(Simplification& in, Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return simplify(in, expr); });
+    work_units(1);
     NORVANE_ASSERT(expr);
     switch (model::structure_of(expr)) {
     case EXPR_BINARY: return simplify_binary(in, expr);
