@@ -170,6 +170,11 @@ TEST(PolyHash, IteratesInOrderOfInsertionThroughAnyHistory) {
     for (const unsigned keys : {5u, 12u, 60u, 400u}) {
         PolyHash* hash = phash_new(10, poly_compare_string, copy_counted, copy_counted,
                                    poly_hash_string, delete_counted, delete_counted);
+        PolyHash* empty =
+            phash_new(1, poly_compare_string, nullptr, nullptr, poly_hash_string, nullptr, nullptr);
+        PolyList* tables = plist_new(nullptr, nullptr, nullptr);
+        plist_append(tables, empty);
+        plist_append(tables, hash);
         Pairs model;
         std::mt19937 random(keys);
         for (unsigned step = 0; step < 40 * keys + 2000; ++step) {
@@ -183,6 +188,8 @@ TEST(PolyHash, IteratesInOrderOfInsertionThroughAnyHistory) {
             const void* likely = phash_prefetch_key(phash_prefetch_entry(hash, key_hash));
             void* value = nullptr;
             ASSERT_EQ(present ? 0 : -1, phash_peek_hashed(hash, key.c_str(), key_hash, &value));
+            ASSERT_TRUE(!present || place->second == static_cast<char*>(value));
+            ASSERT_EQ(present ? 0 : -1, phash_peek_first(empty, tables, key.c_str(), &value));
             ASSERT_TRUE(!present || place->second == static_cast<char*>(value));
             // These few keys have hashes of their own.
             ASSERT_TRUE(likely == value || (!likely && phash_size(hash) <= 8));
@@ -209,6 +216,8 @@ TEST(PolyHash, IteratesInOrderOfInsertionThroughAnyHistory) {
         EXPECT_EQ(-1, phash_peek(hash, "key1", nullptr));
         phash_insert(hash, text("key1"), text("2"));
         EXPECT_EQ((Pairs{{"key1", "2"}}), pairs_of(hash));
+        plist_delete(tables);
+        phash_delete(empty);
         phash_delete(hash);
         EXPECT_EQ(0, owned);
     }

@@ -200,3 +200,19 @@ TEST(PrintedProjects, HaveTheirSectionsInOrderAndReadBack) {
     const ProjectPtr empty(proj_new_project(str_copy("p"), str_copy("d %s"), nullptr));
     EXPECT_EQ(print(empty.get()), "/* Project     : p\n   Description : d %s\n*/\n\n");
 }
+
+// Short texts go straight into the stream's buffer if it has room for them.
+TEST(PrintedProjects, AreTheSameWhateverTheBufferOfTheStream) {
+    const ProjectPtr model = whole_model();
+    for (const auto& [mode, size] :
+         {std::pair{_IONBF, 0u}, {_IOLBF, 64u}, {_IOFBF, 1u}, {_IOFBF, 7u}, {_IOFBF, 40u}}) {
+        std::vector<char> buffer(size + 1), printed(printed_model.size() + 9);
+        FILE* file = std::tmpfile();
+        std::setvbuf(file, buffer.data(), mode, size);
+        ppm_print_project(file, model.get());
+        std::rewind(file);
+        const std::size_t length = std::fread(printed.data(), 1, printed.size(), file);
+        EXPECT_EQ(std::string(printed.data(), length), printed_model) << mode << ' ' << size;
+        std::fclose(file);
+    }
+}
