@@ -109,6 +109,18 @@ char* strdup(const char* text) {
     return strndup(text, strlen(text));
 }
 
+/* What the driver's own operators new call. */
+void* mi_malloc(size_t size);
+void* mi_malloc_aligned(size_t size, size_t alignment);
+
+void* mi_malloc(size_t size) {
+    return malloc(size);
+}
+
+void* mi_malloc_aligned(size_t size, size_t alignment) {
+    return aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
+}
+
 /* C++'s operators new, by their names in the binary: an allocator that takes the place of the C
  * library's brings its own ones, which never call malloc. */
 _Noreturn void throw_bad_alloc(void) __asm__("_ZSt17__throw_bad_allocv");

@@ -45,5 +45,6 @@ int main(int argc, char** argv) {
     } catch (const std::exception& e) {
         std::fprintf(stderr, "norvane-pm: internal failure: %s\n", e.what());
     }
+    remove_temporaries(); // an exception may have kept their owner from it
     return leave(status);
 }
