@@ -1,6 +1,7 @@
 // Lists, chunks, sets and hash tables, held against those of the C++ library: order, ownership, and
 // time that grows with the number of elements only.
 #include "hash_core.h"
+#include "norvane/proj.hpp"
 #include "test.h"
 
 // One case exhausts the memory.
@@ -160,12 +161,8 @@ TEST(Sorts, LeaveTheListWholeWhenTheComparisonThrows) {
 TEST(PolyHash, IteratesInOrderOfInsertionThroughAnyHistory) {
     using Pairs = std::vector<std::pair<std::string, std::string>>;
     const auto pairs_of = [](const PolyHash* hash) {
-        Pairs pairs;
-        PolyHashIter iter;
-        phash_iter_init(&iter, hash);
-        for (void *key, *value; phash_iter_next(&iter, &key, &value);)
-            pairs.emplace_back(static_cast<char*>(key), static_cast<char*>(value));
-        return pairs;
+        const auto all = norvane::pairs<char, char>(hash);
+        return Pairs(all.begin(), all.end());
     };
     for (const unsigned keys : {5u, 12u, 60u, 400u}) {
         PolyHash* hash = phash_new(10, poly_compare_string, copy_counted, copy_counted,

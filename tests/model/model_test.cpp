@@ -193,11 +193,9 @@ TEST(MergedTypes, HaveOneRootAndStraightPathsToIt) {
     const TypePtr a(tc_new_integer_tc(1)), b(tc_new_integer_tc(1));
     tc_union(a.get(), b.get());
     EXPECT_EQ(a->p, b.get()) << "of equals the second stays on top";
-    EXPECT_EQ(b->rank, 1u);
     const unsigned rank = root->rank;
     tc_union(types[7].get(), a.get());
     EXPECT_EQ(b->p, root) << "the higher rank stays on top";
-    tc_union(b.get(), types[3].get());
     EXPECT_EQ(root->rank, rank);
 }
 

@@ -231,23 +231,6 @@ TEST(ZebFile, WhatCannotBeReadOrWrittenIsTold) {
               "1: Could not close file '/dev/full'");
 }
 
-TEST(ZebFile, LargeOnesComeBackWhole) {
-    const WorkspacePtr w(zeb_workspace_new());
-    ZEBProject* p = zeb_workspace_new_project(w.get(), "p");
-    ZEBTarget* t = zeb_project_get_target(p, std::string(10000, '"').c_str());
-    for (int i = 0; i < 50000; ++i) {
-        const std::string name = std::to_string(i);
-        zeb_project_add_define(p, name.c_str(), name.c_str());
-        zeb_target_add_option(t, name.c_str(), name.c_str());
-        zeb_target_add_option(t, "-many", name.c_str());
-        plist_append(w->projects, zeb_project_new("p"));
-    }
-    const std::string written = saved(w.get());
-    const WorkspacePtr back = loaded(written);
-    ASSERT_NE(back, nullptr);
-    EXPECT_TRUE(saved(back.get()) == written);
-}
-
 // Commands. --------------------------------------------------------------------------------------
 
 // A command a line, its arguments divided by "|"; temporary names become "TEMP1" and so on.
