@@ -63,6 +63,11 @@ case a.b of 1 then x | 2 then y | default z esac => case a.b of^1 then x^| 2 the
         ASSERT_TRUE(expr) << row[0];
         EXPECT_EQ(print(expr.get()), row[1]);
     }
+    testing::internal::CaptureStderr();
+    const ExprPtr expr = expression("a.b[1]");
+    ppm_print_expr_stderr(expr.get());
+    ppm_print_idcon_stderr(expr->args.idcon);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a.b[1]\na.b[1]\n");
 }
 
 TEST(PrintedExpressions, ThatNoSourceHasPrintOrStop) {
