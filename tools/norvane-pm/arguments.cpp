@@ -172,6 +172,15 @@ void add_max_nodes(CLI::App& command, Options& options) {
         ->type_name("N");
 }
 
+void add_max_errors(CLI::App& command, Options& options) {
+    command.add_flag("--first", options.first, "Report the first error of a model, and not all");
+    command
+        .add_option("--max-errors", options.max_errors,
+                    "Show at most N errors of a model (" + std::to_string(options.max_errors) +
+                        "); 0: no limit")
+        ->type_name("N");
+}
+
 void add_model(CLI::App& command, Options& options, const Formats& formats,
                const char* argument = "FILE") {
     add_report_options(command, options, formats);
@@ -179,6 +188,7 @@ void add_model(CLI::App& command, Options& options, const Formats& formats,
     add_preprocessor_options(command, options);
     add_model_form(command, "--from", "The format of the model, whatever its extension says",
                    options.from);
+    add_max_errors(command, options);
     add_max_nodes(command, options);
 }
 
@@ -229,6 +239,7 @@ void describe_calc_check(CLI::App& command, Options& options) {
         ->required()
         ->type_name("MODEL");
     add_preprocessor_options(command, options);
+    add_max_errors(command, options);
     add_max_nodes(command, options);
 }
 

@@ -8,7 +8,7 @@
 #include "calculations.h"
 #include "output.h"
 #include "pipe_to_file.h"
-#include "standard_input.h"
+#include "refused_model.h"
 #include "temporaries.h"
 
 namespace norvane::pm {
@@ -24,7 +24,33 @@ void check_model_usage(const Session& session) {
 
 CheckedModel& check_model(Session& session, Model& model) {
     session.begin(Step::check, session.subject);
-    return session.take(CheckedModel::check(std::move(model), session.on_report));
+    HeldReports held(session);
+    auto result = CheckedModel::check(std::move(model), held.sink());
+    if (!result) held.show();
+    return session.take(std::move(result));
+}
+
+Result<Model> read_from_standard_input(Session& session, const std::string& name,
+                                       const OnReport& on_report) {
+    session.standard_input = StandardInput::read(name);
+    if (session.standard_input)
+        return session.standard_input->load(session.options.cpp_args, on_report);
+    session.report([&name] { return ERR_FILE_OPEN(name.c_str()); });
+    throw InputAtFault();
+}
+
+Result<Model> read_model(Session& session, const std::string& name, const OnReport& on_report) {
+    const Options& options = session.options;
+    if (model_form(options.from, options.file) == ModelForm::xml)
+        return Model::from_xml(name, on_report);
+    const DroppedOutput no_results_yet;
+    const TemporaryDirectory of_the_preprocessor;
+    Result<Model> source = options.file == "-"
+                               ? read_from_standard_input(session, name, on_report)
+                               : Model::from_source(name, options.cpp_args, on_report);
+    const std::string& failure = of_the_preprocessor.failure();
+    if (!source && source.reports().empty() && !failure.empty()) session.diagnostics.say(failure);
+    return source;
 }
 
 void print_model(Session& session, const Model& model, const std::string& subject) {
@@ -113,24 +139,12 @@ void check_standard_input(const Session& session) {
 }
 
 Model& load_model(Session& session) {
-    const Options& options = session.options;
     check_model_usage(session);
-    const std::string name = input_name(options.file);
+    const std::string name = input_name(session.options.file);
     session.begin_load(name);
-    Result<Model> result = [&] {
-        if (model_form(options.from, options.file) == ModelForm::xml)
-            return Model::from_xml(name, session.on_report);
-        const DroppedOutput no_results_yet;
-        const TemporaryDirectory of_the_preprocessor;
-        Result<Model> source =
-            options.file == "-"
-                ? load_source_from_standard_input(name, options.cpp_args, session.on_report)
-                : Model::from_source(name, options.cpp_args, session.on_report);
-        const std::string& failure = of_the_preprocessor.failure();
-        if (!source && source.reports().empty() && !failure.empty())
-            session.diagnostics.say(failure);
-        return source;
-    }();
+    HeldReports held(session);
+    Result<Model> result = read_model(session, name, held.sink());
+    if (!result) held.show();
     Model& model = session.take(std::move(result));
     session.project = model.get();
     return model;

@@ -23,6 +23,8 @@ struct Options {
     std::string file; // the model, the presentation, the workspace or the package
     ModelForm from = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
+    bool first = false;                // report no more than the library
+    unsigned max_errors = 50;          // 0: no limit
     unsigned long long max_nodes = 0;  // 0: no limit
     std::string output = "-";
     ModelForm to = ModelForm::unknown;

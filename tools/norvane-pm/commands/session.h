@@ -6,6 +6,7 @@
 #define NORVANE_PM_SESSION_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "diagnostics.h"
 #include "options.h"
 #include "result_file.h"
+#include "standard_input.h"
 
 namespace norvane::pm {
 
@@ -84,6 +86,7 @@ class Session {
     Diagnostics diagnostics;
     const OnReport on_report = [this](const Report& report) { diagnostics.report(report); };
     ResultFile output;
+    std::optional<StandardInput> standard_input; // once it was read for a model
     Step step = Step::load;
     std::string subject; // the file that the step works on
     // What the step works on, borrowed: a failure is told by its declarations.

@@ -1,6 +1,7 @@
 #include "standard_input.h"
 
 #include <cstdio>
+#include <utility>
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -8,20 +9,25 @@
 namespace norvane::pm {
 namespace {
 
-// All of standard input, in memory; -1 if it cannot be read. The preprocessor opens it by its
-// descriptor, hence no close-on-exec.
-int copy_of_standard_input(const std::string& name) {
+bool read_all(std::string& text) {
+    char buffer[1 << 14];
+    std::size_t size;
+    while ((size = std::fread(buffer, 1, sizeof buffer, stdin)) > 0)
+        text.append(buffer, size);
+    return std::ferror(stdin) == 0;
+}
+
+// A file in memory; -1 if it cannot be made. The preprocessor opens it by its descriptor, hence no
+// close-on-exec.
+int copy_of(const std::string& name, const std::string& text) {
     const int copy = memfd_create("standard input", 0);
     std::FILE* stream = copy < 0 ? nullptr : fdopen(dup(copy), "w");
     if (!stream) return -1;
     // Reports of the load name what the user gave, and not the copy.
     std::fprintf(stream, "#line 1 \"%s\"\n", name.c_str());
-    char buffer[1 << 14];
-    std::size_t size;
-    while ((size = std::fread(buffer, 1, sizeof buffer, stdin)) > 0)
-        std::fwrite(buffer, 1, size, stream);
+    std::fwrite(text.data(), 1, text.size(), stream);
     const bool written = std::ferror(stream) == 0;
-    return std::fclose(stream) == 0 && written && std::ferror(stdin) == 0 ? copy : -1;
+    return std::fclose(stream) == 0 && written ? copy : -1;
 }
 
 // Runs in a frame.
@@ -45,24 +51,41 @@ void rename_source(Project* project, const char* from, const char* to) {
 
 } // namespace
 
-// The preprocessor's own input is closed, so it gets a copy of ours. Included files are looked for
-// in the current directory first, as if the model were a file there.
-Result<Model> load_source_from_standard_input(const std::string& name,
-                                              std::vector<std::string> cpp_args,
-                                              const OnReport& on_report) {
-    const int copy = copy_of_standard_input(name);
-    if (copy < 0) {
-        auto reported =
-            gather([&name] { msg_report_error(ERROR_TYPE_ERROR, ERR_FILE_OPEN(name.c_str())); },
-                   on_report);
-        return {std::nullopt, std::move(reported.reports)};
-    }
+std::optional<StandardInput> StandardInput::read(const std::string& name) {
+    StandardInput input;
+    input.name_ = name;
+    if (!read_all(input.text_)) return {};
+    input.copy_ = copy_of(name, input.text_);
+    if (input.copy_ < 0) return {};
+    return input;
+}
+
+StandardInput::StandardInput(StandardInput&& other) noexcept
+    : name_(std::move(other.name_)), text_(std::move(other.text_)),
+      copy_(std::exchange(other.copy_, -1)) {}
+
+StandardInput& StandardInput::operator=(StandardInput&& other) noexcept {
+    std::swap(name_, other.name_);
+    std::swap(text_, other.text_);
+    std::swap(copy_, other.copy_);
+    return *this;
+}
+
+StandardInput::~StandardInput() {
+    if (copy_ >= 0) close(copy_);
+}
+
+std::string StandardInput::begin(std::vector<std::string>& cpp_args) const {
     cpp_args.insert(cpp_args.begin(), "-I.");
-    const std::string copy_name = "/dev/fd/" + std::to_string(copy);
-    Result<Model> model = Model::from_source(copy_name, cpp_args, on_report);
-    close(copy);
+    return "/dev/fd/" + std::to_string(copy_);
+}
+
+Result<Model> StandardInput::load(std::vector<std::string> cpp_args,
+                                  const OnReport& on_report) const {
+    const std::string file = begin(cpp_args);
+    Result<Model> model = Model::from_source(file, cpp_args, on_report);
     if (model) {
-        call([project = model->get(), from = copy_name.c_str(), to = name.c_str()] {
+        call([project = model->get(), from = file.c_str(), to = name_.c_str()] {
             rename_source(project, from, to);
         });
     }

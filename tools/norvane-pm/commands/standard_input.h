@@ -1,7 +1,8 @@
-// A model that comes from standard input.
+// Models that come by standard input.
 #ifndef NORVANE_PM_STANDARD_INPUT_H
 #define NORVANE_PM_STANDARD_INPUT_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,10 +10,30 @@
 
 namespace norvane::pm {
 
-// Loads source from standard input; reports, and the model, call it `name`.
-Result<Model> load_source_from_standard_input(const std::string& name,
-                                              std::vector<std::string> cpp_args,
-                                              const OnReport& on_report);
+// All of standard input, in memory: the preprocessor's own input is closed, and reports show its
+// lines. Included files are looked for in the current directory first, as if the model were a file
+// there.
+class StandardInput {
+  public:
+    // Nothing if it cannot be read. Reports name it as `name`.
+    static std::optional<StandardInput> read(const std::string& name);
+    StandardInput(StandardInput&& other) noexcept;
+    StandardInput& operator=(StandardInput&& other) noexcept;
+    ~StandardInput();
+
+    // The file to read it from, as often as needed, with the further arguments that this takes.
+    std::string begin(std::vector<std::string>& cpp_args) const;
+    const std::string& text() const { return text_; }
+
+    Result<Model> load(std::vector<std::string> cpp_args, const OnReport& on_report) const;
+
+  private:
+    StandardInput() = default;
+
+    std::string name_;
+    std::string text_;
+    int copy_ = -1;
+};
 
 } // namespace norvane::pm
 

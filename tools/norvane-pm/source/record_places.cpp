@@ -239,8 +239,7 @@ class ExpressionWalk {
     TokenRange conditional(const Expr* expr) {
         const std::size_t first = before(operand_in_parentheses(expr->args.ite.logictest).first);
         std::size_t last = operand_in_parentheses(expr->args.ite.trueexpr).last;
-        const bool has_else =
-            last + 1 < tokens_.size() && tokens_[last + 1].word.substr(0, 4) == "else";
+        const bool has_else = last + 1 < tokens_.size() && tokens_[last + 1].word == "else";
         if (has_else) last = operand_in_parentheses(expr->args.ite.falseexpr).last;
         return {first, last};
     }
@@ -275,7 +274,7 @@ class ExpressionWalk {
     }
     static bool is_operand(const ParsedToken& token) {
         if (token.kind == TokenKind::number || token.kind == TokenKind::string) return true;
-        if (token.kind != TokenKind::word || token.word.substr(0, 5) == "else ") return false;
+        if (token.kind != TokenKind::word) return false;
         return token.word == "true" || token.word == "false" || !is_reserved(token.word);
     }
 

@@ -39,6 +39,9 @@ class SourceText {
     bool ends_in_comment() const { return scan_.comment_depth > 0; }
     bool ends_in_string() const;
 
+    // Whether a macro has put the token there: what stands at its place is something else.
+    bool is_from_macro(std::size_t token) const { return !origin(token).macro.empty(); }
+
     // Whether the token is the first one on its line of the preprocessor's text.
     bool begins_line(std::size_t token) const;
 

@@ -1,0 +1,86 @@
+#include "refused_model.h"
+
+#include <algorithm>
+#include <array>
+
+#include "faults.h"
+#include "models.h"
+#include "preprocessed.h"
+#include "temporaries.h"
+
+namespace norvane::pm {
+namespace {
+
+bool is_about_syntax(const Report& report) {
+    const std::string_view name = report.name;
+    return name == "ERR_PARSER" || name.starts_with("ERR_GRAM_") ||
+           name.starts_with("ERR_INVALID_");
+}
+
+// What a check says of the model as a whole, and no declaration has.
+bool is_about_model(const Report& report) {
+    return report.name == "ERR_NO_VARS" || report.name == "ERR_NO_PUBLIC_VARS";
+}
+
+// The source as the preprocessor writes it once more; null if it does not.
+std::unique_ptr<SourceText> read_source(const Session& session) {
+    const Options& options = session.options;
+    const TemporaryDirectory of_the_preprocessor;
+    std::vector<std::string> cpp_args = options.cpp_args;
+    SourceFiles files;
+    std::string file = options.file;
+    if (session.standard_input) {
+        file = session.standard_input->begin(cpp_args);
+        files.set(input_name(options.file), session.standard_input->text());
+    }
+    auto text = preprocessed_text(file, cpp_args);
+    if (!text) return nullptr;
+    return std::make_unique<SourceText>(*std::move(text), input_name(options.file),
+                                        std::move(files));
+}
+
+} // namespace
+
+OnReport HeldReports::sink() {
+    return [this](const Report& report) {
+        if (report.is_error())
+            reports_.push_back(report);
+        else
+            session_.diagnostics.report(report);
+    };
+}
+
+std::vector<Finding> HeldReports::of_library() const {
+    std::vector<Finding> findings;
+    for (const Report& report : reports_)
+        findings.push_back(session_.diagnostics.finding_of(report));
+    return findings;
+}
+
+std::vector<Finding> HeldReports::findings() const {
+    const Options& options = session_.options;
+    const bool is_source = model_form(options.from, options.file) != ModelForm::xml;
+    const bool has_faults =
+        session_.step == Step::check || std::ranges::any_of(reports_, is_about_syntax);
+    if (options.first || !is_source || !has_faults) return of_library();
+    const std::unique_ptr<SourceText> source = read_source(session_);
+    if (!source) return of_library();
+    std::vector<Finding> findings = find_faults(*source);
+    if (findings.empty()) return of_library();
+    for (const Report& report : reports_)
+        if (is_about_model(report)) findings.push_back(session_.diagnostics.finding_of(report));
+    return findings;
+}
+
+void HeldReports::show() const {
+    const std::vector<Finding> all = findings();
+    const std::size_t most = session_.options.max_errors;
+    const std::size_t shown = most == 0 ? all.size() : std::min(most, all.size());
+    for (std::size_t i = 0; i < shown; ++i)
+        session_.diagnostics.report(all[i]);
+    if (shown < all.size())
+        session_.diagnostics.say(std::to_string(all.size() - shown) +
+                                 " more errors: --max-errors=0 shows all of them");
+}
+
+} // namespace norvane::pm

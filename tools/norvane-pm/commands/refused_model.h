@@ -1,0 +1,38 @@
+// What is wrong with a model that the library has refused.
+#ifndef NORVANE_PM_REFUSED_MODEL_H
+#define NORVANE_PM_REFUSED_MODEL_H
+
+#include <vector>
+
+#include "session.h"
+
+namespace norvane::pm {
+
+// Gathers the errors of a load or a check of the session's model, and shows its warnings at once.
+// An error ends it, so there are few.
+class HeldReports {
+  public:
+    explicit HeldReports(Session& session) : session_(session) {}
+    HeldReports(const HeldReports&) = delete;
+    HeldReports& operator=(const HeldReports&) = delete;
+
+    // Takes a report; for the length of this object's life.
+    OnReport sink();
+
+    // All faults of the model, in the place of the first, which is all that the library tells; the
+    // library's reports where the model is no source, and where --first asks for them.
+    std::vector<Finding> findings() const;
+
+    // Shows them.
+    void show() const;
+
+  private:
+    std::vector<Finding> of_library() const;
+
+    Session& session_;
+    std::vector<Report> reports_;
+};
+
+} // namespace norvane::pm
+
+#endif

@@ -1,0 +1,28 @@
+// Which part of an expression a report of the library is about.
+#ifndef NORVANE_PM_FAULT_PLACE_H
+#define NORVANE_PM_FAULT_PLACE_H
+
+#include <string_view>
+#include <vector>
+
+#include "norvane/proj.hpp"
+
+namespace norvane::pm {
+
+// The parts that the report may be about: an Expr, or an IdCon and the path that it is in.
+struct Subject {
+    const Expr* expr = nullptr;
+    IdCon* idcon = nullptr;
+    IdCon* path = nullptr;
+    const void* part() const { return expr ? static_cast<const void*>(expr) : idcon; }
+};
+
+// The part of a checked expression at which the check has ended; empty where several are possible.
+Subject subject_of(const Report& report, const Expr* root);
+
+// The first text of a message in single quotes.
+std::string_view quoted_name(std::string_view message);
+
+} // namespace norvane::pm
+
+#endif

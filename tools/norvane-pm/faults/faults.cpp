@@ -1,0 +1,28 @@
+#include "faults.h"
+
+#include <algorithm>
+
+#include "model_faults.h"
+#include "syntax_faults.h"
+
+namespace norvane::pm {
+
+std::vector<Finding> find_faults(const SourceText& text) {
+    EditedSource source(text);
+    SyntaxFaults syntax = find_syntax_faults(source);
+    const ProjectOwner project = source.load();
+    std::vector<PlacedFinding> all = std::move(syntax.findings);
+    if (project) {
+        const std::vector<ParsedToken> tokens = source.parsed();
+        RecordPlaces places(project.get(), tokens);
+        std::ranges::move(find_model_faults(project.get(), places, text, syntax),
+                          std::back_inserter(all));
+    }
+    std::ranges::stable_sort(all, {}, &PlacedFinding::token);
+    std::vector<Finding> findings;
+    for (PlacedFinding& found : all)
+        findings.push_back(std::move(found.finding));
+    return findings;
+}
+
+} // namespace norvane::pm

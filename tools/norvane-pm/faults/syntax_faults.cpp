@@ -1,0 +1,287 @@
+// The parser ends at the first error, so it is started again after each statement that does not
+// parse, in the section and the records that the next one is in: the text is parsed once, however
+// many errors it has.
+#include "syntax_faults.h"
+
+#include <algorithm>
+
+#include "usual_mistakes.h"
+
+namespace norvane::pm {
+namespace {
+
+// "parse error, unexpected "Identifier", expecting ":"", in the words of the source.
+std::string expected_words(std::string_view message) {
+    constexpr std::string_view before = ", expecting ";
+    const std::size_t begin = message.find(before);
+    if (begin == std::string_view::npos) return "";
+    std::string text;
+    std::string_view rest = message.substr(begin + before.size());
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(" or "), rest.size());
+        std::string_view word = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 4, rest.size()));
+        if (word == "error" || word == "_ERROR") continue;
+        if (word.size() > 1 && word[0] == '"') word = word.substr(1, word.size() - 2);
+        text += text.empty() ? "; expected " : " or ";
+        if (word == "$")
+            text += "the end of the file";
+        else if (word == "Identifier")
+            text += "a name";
+        else if (word == "Integer constant")
+            text += "an integer";
+        else if (word == "Float constant")
+            text += "a number";
+        else if (word == "String constant")
+            text += "a text";
+        else
+            text += "'" + std::string(word) + "'";
+    }
+    return text;
+}
+
+// Corrections of one statement, and errors for which they are looked for: a source with more is not
+// one that a few slips are in.
+constexpr unsigned most_corrections = 8;
+constexpr unsigned most_searches = 500;
+
+bool is_named(const TokenReport& error, std::string_view name) {
+    return error.report.name == name;
+}
+
+// The report that says most. The others name the construct, or repeat it.
+const TokenReport& main_report(const std::vector<TokenReport>& errors) {
+    for (const char* name : {"ERR_INVALID_TOKEN", "ERR_INVALID_INT", "ERR_GRAM_INT_ZERO"})
+        for (const TokenReport& error : errors)
+            if (is_named(error, name)) return error;
+    return errors.front();
+}
+
+class Finder {
+  public:
+    explicit Finder(EditedSource& source) : source_(source), text_(source.source()) {}
+
+    SyntaxFaults run() {
+        find_section_words();
+        source_.begin_parsing();
+        statements_ = statements_of(text_, sections_);
+        while (next_ < statements_.size())
+            parse_from(statements_[next_]);
+        return std::move(faults_);
+    }
+
+  private:
+    void find_section_words() {
+        for (std::size_t i = 0; i < text_.size(); ++i) {
+            const std::string_view section = misspelt_section(text_, i);
+            if (section.empty()) continue;
+            sections_[i] = section;
+            source_.edit(i, {"", std::string(section), ""});
+            const std::string word(text_.word(i));
+            PlacedFinding found =
+                error_at(text_, {i, i}, "ERR_PARSER", "unexpected '" + word + "'");
+            found.finding.hint = "did you mean '" + std::string(section) + "'?";
+            replace(text_, found, {i, i}, std::string(section), true);
+            faults_.findings.push_back(std::move(found));
+        }
+    }
+
+    // Parses up to the next error, corrects the statement or takes it out, and leaves in `next_`
+    // the statement from which to go on.
+    void parse_from(Statement statement) {
+        std::size_t edited_end = statement.first;
+        for (unsigned corrections = 0;; ++corrections) {
+            const auto errors = source_.parse(statement.first, edited_end, statement.head());
+            if (errors.empty()) {
+                next_ = statements_.size();
+                return;
+            }
+            const TokenReport& error = main_report(errors);
+            const Statement culprit = culprit_of(statement, error.token);
+            if (culprit.first != statement.first) corrections = 0;
+            statement = culprit;
+            edited_end = statement.end;
+            if (ends_section_early(statement, error)) return;
+            if (corrections < most_corrections && correct(statement, error)) {
+                if (statement.first >= edited_end) return skip_to(statement.first);
+                continue;
+            }
+            faults_.findings.push_back(uncorrected_);
+            return give_up(statement);
+        }
+    }
+
+    // The statement that a token is in, or, where it is the first one of a statement, the one
+    // before if that lacks its end. Not one before `current`, of which a part may be parsed
+    // already.
+    Statement culprit_of(const Statement& current, std::size_t token) {
+        const auto after = std::upper_bound(
+            statements_.begin(), statements_.end(), token,
+            [](std::size_t at, const Statement& statement) { return at < statement.first; });
+        auto index = static_cast<std::size_t>(after - statements_.begin());
+        if (index > 0) --index;
+        const bool is_first = statements_[index].first == token;
+        if (is_first && index > 0 && lacks_end(statements_[index - 1]) &&
+            statements_[index - 1].end == token)
+            --index;
+        next_ = index + 1;
+        return statements_[index].end <= current.end ? current : statements_[index];
+    }
+    bool lacks_end(const Statement& statement) const {
+        return !statement.opens_record && text_.word(statement.end - 1) != ";";
+    }
+
+    // A section word where a record is still open, or after its rules.
+    bool ends_section_early(const Statement& statement, const TokenReport& error) {
+        const std::size_t token = error.token;
+        const bool is_section = token >= text_.size() || is_section_word(text_.word(token)) ||
+                                sections_.contains(token);
+        if (!is_section || lacks_end(statement)) return false;
+        if (is_unclosed_record(token)) return true;
+        if (token >= text_.size()) return false;
+        faults_.findings.push_back(as_finding(error, nullptr));
+        source_.drop(token, token + 1);
+        skip_to(token);
+        return true;
+    }
+
+    bool is_unclosed_record(std::size_t token) {
+        std::size_t outer = statements_.size();
+        std::size_t inner = outer;
+        std::string closing;
+        for (std::size_t i = next_; i-- > 0;) {
+            const Statement& record = statements_[i];
+            if (record.opens_record && !record.is_closed && record.whole_end == token) {
+                outer = i;
+                if (inner == statements_.size()) inner = i;
+                closing += "};";
+            }
+            if (record.depth == 0) break;
+        }
+        if (inner == statements_.size()) return false;
+        const std::size_t brace = statements_[inner].end - 1;
+        PlacedFinding found =
+            error_at(text_, {brace, brace}, "ERR_PARSER", "the record that begins here has no end");
+        found.finding.hint = "a record ends with '};'";
+        faults_.findings.push_back(std::move(found));
+        const Statement& whole = statements_[outer];
+        Edits edits;
+        edits[token - 1].after = closing;
+        if (source_.parse_part(whole.first, token, whole.head(), "", edits).empty()) {
+            source_.add(edits);
+            faults_.guessed.push_back({whole.first, token});
+            skip_to(token);
+        } else {
+            give_up(whole);
+        }
+        return true;
+    }
+
+    // True if the statement is likely to parse further now.
+    bool correct(Statement& statement, const TokenReport& error) {
+        uncorrected_ = as_finding(error, nullptr);
+        if (searches_++ >= most_searches) return false;
+        const SyntaxError place{text_, statement, error.token};
+        bool is_explained = false;
+        for (const Mistake& mistake : possible_mistakes(place)) {
+            if (mistake.edits.empty()) {
+                if (!is_explained) uncorrected_ = as_finding(error, &mistake);
+                is_explained = true;
+                continue;
+            }
+            if (is_explained && mistake.is_guess) continue;
+            if (!helps(statement, error.token, mistake)) continue;
+            faults_.findings.push_back(as_finding(error, &mistake));
+            source_.add(mistake.edits);
+            if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
+            if (mistake.ends_statement) statement.first = error.token;
+            return true;
+        }
+        return false;
+    }
+
+    // Goes on with the first statement that begins at a token or after it.
+    void skip_to(std::size_t token) {
+        while (next_ < statements_.size() && statements_[next_].first < token)
+            ++next_;
+    }
+
+    bool helps(const Statement& statement, std::size_t token, const Mistake& mistake) const {
+        const std::size_t end = mistake.ends_statement ? token : statement.end;
+        std::string tail;
+        const bool is_ended = text_.word(end - 1) == ";" || mistake.ends_statement;
+        if (statement.opens_record && !mistake.ends_statement) tail = "}";
+        if (!is_ended) tail += ";";
+        for (unsigned i = 0; i < statement.depth; ++i)
+            tail += "};";
+        const auto errors =
+            source_.parse_part(statement.first, end, statement.head(), tail, mistake.edits);
+        if (errors.empty()) return true;
+        return !mistake.ends_statement && !mistake.has_to_parse && errors.front().token > token;
+    }
+
+    PlacedFinding as_finding(const TokenReport& error, const Mistake* mistake) const {
+        if (text_.size() == 0) return {0, {}};
+        const std::size_t token = std::min(error.token, text_.size() - 1);
+        const bool is_told = mistake && !mistake->message.empty();
+        PlacedFinding found =
+            error_at(text_, mistake ? mistake->range : TokenRange{token, token}, error.report.name,
+                     is_told ? mistake->message : message_of(error));
+        const bool is_after_the_end = !mistake && error.token >= text_.size();
+        if (is_after_the_end) found.finding.place = text_.place_after(token);
+        if (is_after_the_end && text_.ends_in_comment())
+            found.finding.hint = "a comment after this place has no end";
+        if (!mistake) return found;
+        found.finding.hint = mistake->hint;
+        if (mistake->ends_statement) found.finding.place = text_.place_after(mistake->range.last);
+        if (mistake->instead)
+            replace(text_, found, mistake->range, *mistake->instead, mistake->is_certain);
+        else
+            for (const auto& [at, edit] : mistake->edits)
+                add_replacement(found, at, edit, mistake->is_certain);
+        return found;
+    }
+
+    void add_replacement(PlacedFinding& found, std::size_t at, const Edit& edit,
+                         bool is_certain) const {
+        if (!edit.before.empty()) insert_before(text_, found, at, edit.before, is_certain);
+        if (edit.instead) replace(text_, found, {at, at}, *edit.instead, is_certain);
+        if (!edit.after.empty()) insert_after(text_, found, at, edit.after, is_certain);
+    }
+
+    std::string message_of(const TokenReport& error) const {
+        if (!is_named(error, "ERR_PARSER")) return error.report.message;
+        const std::string what = error.token < text_.size()
+                                     ? "'" + std::string(text_.word(error.token)) + "'"
+                                     : "end of the file";
+        return "unexpected " + what + expected_words(error.report.message);
+    }
+
+    // Takes the statement out; the whole declaration, where it opens a record.
+    void give_up(const Statement& statement) {
+        const std::size_t end = statement.opens_record ? statement.whole_end : statement.end;
+        source_.drop(statement.first, std::max(end, statement.first));
+        if (!statement.is_rule())
+            for (std::size_t i = statement.first; i < std::min(end, text_.size()); ++i)
+                if (text_.tokens()[i].kind == TokenKind::word && !is_reserved(text_.word(i)))
+                    faults_.lost_names.emplace(text_.word(i));
+        skip_to(end);
+    }
+
+    EditedSource& source_;
+    const SourceText& text_;
+    SectionWords sections_;
+    std::vector<Statement> statements_;
+    std::size_t next_ = 0; // the first statement that is not parsed yet
+    unsigned searches_ = 0;
+    PlacedFinding uncorrected_;
+    SyntaxFaults faults_;
+};
+
+} // namespace
+
+SyntaxFaults find_syntax_faults(EditedSource& source) {
+    return Finder(source).run();
+}
+
+} // namespace norvane::pm

@@ -1,0 +1,357 @@
+#include "usual_mistakes.h"
+
+#include <algorithm>
+#include <array>
+
+#include "similar.h"
+
+namespace norvane::pm {
+namespace {
+
+using Words = std::span<const std::string_view>;
+
+// Words and operators of other languages.
+struct Foreign {
+    std::string_view word;
+    std::string_view instead; // empty: it depends
+    std::string_view hint;
+    bool is_certain = true;
+};
+constexpr auto foreign_words = std::to_array<Foreign>({
+    {"==", "=", ""},
+    {"!=", "<>", ""},
+    {"&&", "and", ""},
+    {"||", "or", ""},
+    {"!", "not", ""},
+    {"=<", "<=", ""},
+    {"<=>", "<->", ""},
+    {"=>", "->", "write '->' for an implication, or '>=' for a comparison", false},
+    {"&", "and", "", false},
+    {"~", "not", "", false},
+    {":=", ":", "", false},
+    {"%", "", "there is no remainder of a division"},
+    {"**", "", "there are no powers"},
+    {"elseif", "else if", ""},
+    {"elsif", "else if", ""},
+    {"elif", "else if", ""},
+    {"implies", "->", ""},
+    {"iff", "<->", ""},
+    {"exists", "exist", ""},
+    {"mod", "", "there is no remainder of a division"},
+    {"div", "", "integers have no division"},
+    {"'", "", "texts and labels are in double quotes"},
+});
+
+constexpr auto keywords = std::to_array<std::string_view>(
+    {"and",    "array",    "boolean", "case",   "constant", "default",  "else",    "esac",
+     "exist",  "false",    "float",   "forall", "if",       "in",       "integer", "not",
+     "of",     "optional", "or",      "order",  "private",  "product",  "public",  "rule",
+     "string", "sum",      "then",    "true",   "type",     "variable", "xor"});
+constexpr auto section_words =
+    std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
+// Words that may come after a name.
+constexpr auto infix_words = std::to_array<std::string_view>(
+    {"and", "or", "xor", "in", "of", "then", "else", "esac", "default"});
+constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
+
+bool is_one_of(std::string_view word, Words words) {
+    return std::ranges::find(words, word) != words.end();
+}
+
+std::string quoted(std::string_view word) {
+    return "'" + std::string(word) + "'";
+}
+
+Edit instead(std::string_view text) {
+    return {"", std::string(text), ""};
+}
+
+Mistake mistake_at(std::size_t token) {
+    Mistake mistake;
+    mistake.range = {token, token};
+    return mistake;
+}
+
+class Search {
+  public:
+    explicit Search(const SyntaxError& error) : error_(error), source_(error.source) {}
+
+    std::vector<Mistake> run() {
+        open_string();
+        for (const std::size_t token : {error_.token, error_.token - 1})
+            if (token < source_.size()) replaced_word(token);
+        declared_with_equals();
+        range_from_one();
+        loop_body();
+        words_as_label();
+        missing_semicolon();
+        surplus_semicolon();
+        chained_comparison();
+        list_of_values();
+        reserved_name();
+        missing_mark();
+        return std::move(found_);
+    }
+
+  private:
+    void add(Mistake mistake) { found_.push_back(std::move(mistake)); }
+    std::size_t token() const { return error_.token; }
+    bool is_at_end() const { return token() >= source_.size(); }
+
+    void open_string() {
+        if (is_at_end()) return;
+        const std::string_view word = error_.word();
+        const bool is_open = word[0] == '"' && source_.tokens()[token()].kind == TokenKind::unknown;
+        if (is_open) {
+            Mistake mistake = mistake_at(token());
+            mistake.message = "text without an end";
+            mistake.hint = "a text ends with '\"'";
+            add(std::move(mistake));
+        }
+    }
+
+    // A word or an operator that another one stands for.
+    void replaced_word(std::size_t at) {
+        const std::string_view word = source_.word(at);
+        if (word == "//") return comment(at);
+        for (const Foreign& foreign : foreign_words)
+            if (foreign.word == word) return add_foreign(at, foreign);
+        if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word)) return;
+        const auto same = std::ranges::find_if(keywords, [word](std::string_view keyword) {
+            return std::ranges::equal(word, keyword, {}, lower);
+        });
+        const std::string_view keyword =
+            same != keywords.end() ? *same : most_similar(word, keywords);
+        if (keyword.empty()) return;
+        Mistake mistake = mistake_at(at);
+        mistake.message = "unexpected " + quoted(word);
+        mistake.hint = "did you mean " + quoted(keyword) + "?";
+        mistake.edits[at] = instead(keyword);
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    static char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+    void add_foreign(std::size_t at, const Foreign& foreign) {
+        Mistake mistake = mistake_at(at);
+        mistake.message = "unexpected " + quoted(foreign.word);
+        mistake.hint = foreign.hint;
+        if (mistake.hint.empty()) mistake.hint = "write " + quoted(foreign.instead);
+        mistake.is_certain = foreign.is_certain;
+        mistake.is_guess = !foreign.is_certain;
+        if (!foreign.instead.empty()) mistake.edits[at] = instead(foreign.instead);
+        add(std::move(mistake));
+    }
+
+    void comment(std::size_t at) {
+        Mistake mistake = mistake_at(at);
+        mistake.message = "unexpected '//'";
+        mistake.hint = "comments go from '/*' to '*/'";
+        for (std::size_t i = at; i < source_.size() && (i == at || !source_.begins_line(i)); ++i) {
+            mistake.edits[i] = instead("");
+            mistake.range.last = i;
+        }
+        add(std::move(mistake));
+    }
+
+    // constant N = 3;
+    void declared_with_equals() {
+        if (error_.statement.is_rule() || error_.word() != "=") return;
+        Mistake mistake = mistake_at(token());
+        mistake.message = "unexpected '='";
+        mistake.hint = "a declaration has ':' after the name";
+        mistake.edits[token()] = instead(":");
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    // [1..5]: the parser has read the whole range.
+    void range_from_one() {
+        if (error_.word() != "]") return;
+        std::size_t open = token();
+        unsigned depth = 0;
+        while (open > error_.statement.first) {
+            if (source_.word(open) == "]") ++depth;
+            if (source_.word(open) == "[" && --depth == 0) break;
+            --open;
+        }
+        if (source_.word(open) != "[" || open + 2 >= token()) return;
+        const bool is_range = source_.tokens()[open + 1].kind == TokenKind::number &&
+                              source_.word(open + 1) != "0" && source_.word(open + 2) == "..";
+        if (!is_range) return;
+        Mistake mistake = mistake_at(open + 1);
+        mistake.message = "a range begins at 0, and not at " + std::string(source_.word(open + 1));
+        mistake.hint = "write [0.." + std::string(source_.word(open + 3)) +
+                       "], and keep lower values out by a rule";
+        mistake.edits[open + 1] = instead("0");
+        add(std::move(mistake));
+    }
+
+    // forall i in [0..3] : a[i] > 0;
+    void loop_body() {
+        const std::size_t last = error_.statement.end - 1;
+        if (is_at_end() || source_.word(last) != ";") return;
+        if (error_.word(-1) == ":" && error_.word(-2) == "]") {
+            Mistake mistake = mistake_at(token());
+            mistake.range.last = last - 1;
+            mistake.message = "the body of a loop is not in parentheses";
+            mistake.hint = "write '(' before it and ')' after it";
+            mistake.edits[token()].before = "(";
+            mistake.edits[last - 1].after = ")";
+            mistake.has_to_parse = true;
+            if (token() != last - 1) add(std::move(mistake));
+        }
+        if (error_.word() == "(" && error_.word(-1) == "]") {
+            Mistake mistake = mistake_at(token() - 1);
+            mistake.message = "no ':' before the body of a loop";
+            mistake.hint = "write ':' before '('";
+            mistake.edits[token() - 1].after = ":";
+            mistake.is_certain = true;
+            add(std::move(mistake));
+        }
+    }
+
+    // [dark grey, red]
+    void words_as_label() {
+        if (error_.statement.is_rule() || is_at_end()) return;
+        const auto is_separator = [this](std::size_t at) {
+            const std::string_view word = source_.word(at);
+            return word == "," || word == "|" || word == "[" || word == "]" || word == ";";
+        };
+        std::size_t first = token();
+        std::size_t last = token();
+        while (first > error_.statement.first && !is_separator(first - 1))
+            --first;
+        while (last + 1 < error_.statement.end && !is_separator(last + 1))
+            ++last;
+        const bool is_in_list =
+            first > error_.statement.first &&
+            (source_.word(first - 1) == "[" || source_.word(first - 1) == ",") &&
+            last + 1 < source_.size();
+        if (!is_in_list || is_separator(token())) return;
+        std::string label;
+        for (std::size_t i = first; i <= last; ++i) {
+            const TokenKind kind = source_.tokens()[i].kind;
+            const bool is_touching =
+                i > first && source_.tokens()[i].offset ==
+                                 source_.tokens()[i - 1].offset + source_.tokens()[i - 1].length;
+            if (kind == TokenKind::string || source_.word(i) == ":" || source_.word(i) == "..")
+                return;
+            if (i > first && !is_touching) label += ' ';
+            label += source_.word(i);
+        }
+        Mistake mistake;
+        mistake.range = {first, last};
+        mistake.message = "a label that is not a plain name needs quotes";
+        mistake.hint = "write \"" + label + "\"";
+        for (std::size_t i = first; i <= last; ++i)
+            mistake.edits[i] = instead("");
+        mistake.edits[first] = instead("\"" + label + "\"");
+        mistake.instead = "\"" + label + "\"";
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    void missing_semicolon() {
+        if (token() == 0 || token() <= error_.statement.first) return;
+        const bool may_begin = is_at_end() || token() >= error_.statement.end ||
+                               source_.begins_line(token()) || error_.word() == "}";
+        if (!may_begin) return;
+        Mistake mistake = mistake_at(token() - 1);
+        mistake.message = "no ';' after " + quoted(source_.word(token() - 1));
+        mistake.hint = "write ';' here";
+        mistake.edits[token() - 1].after = ";";
+        mistake.is_certain = true;
+        mistake.ends_statement = true;
+        add(std::move(mistake));
+    }
+
+    void surplus_semicolon() {
+        if (error_.word() != ";" || token() != error_.statement.first) return;
+        Mistake mistake = mistake_at(token());
+        mistake.message = "unexpected ';'";
+        mistake.hint = "take it out";
+        mistake.edits[token()] = instead("");
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    void chained_comparison() {
+        if (!is_one_of(error_.word(), comparisons) || token() == 0) return;
+        for (std::size_t i = token() - 1; i > error_.statement.first; --i) {
+            const std::string_view word = source_.word(i);
+            if (is_one_of(word, infix_words) || word == "(" || word == "->" || word == "<->")
+                return;
+            if (!is_one_of(word, comparisons)) continue;
+            Mistake mistake = mistake_at(token());
+            mistake.message = "comparisons cannot be chained";
+            mistake.hint = "write two comparisons, joined by 'and'";
+            return add(std::move(mistake));
+        }
+    }
+
+    // x in [a, b]
+    void list_of_values() {
+        if (error_.word() != "in") return;
+        Mistake mistake = mistake_at(token());
+        mistake.message = "unexpected 'in', which only loops have";
+        mistake.hint = "write one comparison for each value, joined by 'or'";
+        add(std::move(mistake));
+    }
+
+    void reserved_name() {
+        const bool is_word = !is_at_end() && is_reserved(error_.word());
+        if (!is_word || error_.statement.is_rule() || is_section_word(error_.word())) return;
+        const std::string_view next = error_.word(1);
+        if (next != ":" && next != ",") return;
+        Mistake mistake = mistake_at(token());
+        mistake.message = quoted(error_.word()) + " is a reserved word, and cannot be a name";
+        mistake.hint = "choose another name";
+        add(std::move(mistake));
+    }
+
+    // One mark or word that is missing before the token.
+    void missing_mark() {
+        if (token() == 0) return;
+        for (const std::string_view mark : {")", "]", ",", ":", "then", "of"}) {
+            Mistake mistake = mistake_at(token() - 1);
+            mistake.message = "no " + quoted(mark) + " after " + quoted(source_.word(token() - 1));
+            mistake.hint = "a " + quoted(mark) + " may be missing here";
+            mistake.edits[token() - 1].after = mark;
+            mistake.is_guess = true;
+            mistake.has_to_parse = true;
+            add(std::move(mistake));
+        }
+    }
+
+    const SyntaxError& error_;
+    const SourceText& source_;
+    std::vector<Mistake> found_;
+};
+
+} // namespace
+
+std::string_view SyntaxError::word(int offset) const {
+    const std::size_t at = token + static_cast<std::size_t>(offset);
+    return at < source.size() ? source.word(at) : "";
+}
+
+std::vector<Mistake> possible_mistakes(const SyntaxError& error) {
+    return Search(error).run();
+}
+
+// No statement has a name and then another word that can begin one.
+std::string_view misspelt_section(const SourceText& source, std::size_t token) {
+    if (token + 1 >= source.size() || source.tokens()[token].kind != TokenKind::word ||
+        source.tokens()[token + 1].kind != TokenKind::word)
+        return {};
+    const std::string_view word = source.word(token);
+    const std::string_view next = source.word(token + 1);
+    const std::string_view before = token > 0 ? source.word(token - 1) : ";";
+    const bool begins = before == ";" || is_section_word(before);
+    if (!begins || is_reserved(word) || is_one_of(next, infix_words)) return {};
+    return most_similar(word, section_words);
+}
+
+} // namespace norvane::pm

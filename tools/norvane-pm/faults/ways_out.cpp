@@ -1,0 +1,252 @@
+#include "ways_out.h"
+
+#include <algorithm>
+#include <array>
+
+#include "similar.h"
+
+namespace norvane::pm {
+namespace {
+
+// Comparisons of names in all: thousands of faults in a model of many names are not typing errors.
+constexpr std::size_t most_comparisons = 4'000'000;
+
+struct Synonym {
+    std::string_view word;
+    std::string_view instead;
+};
+constexpr auto types_of_other_languages = std::to_array<Synonym>({
+    {"bool", "boolean"},
+    {"Boolean", "boolean"},
+    {"int", "integer"},
+    {"Integer", "integer"},
+    {"real", "float"},
+    {"double", "float"},
+    {"decimal", "float"},
+    {"text", "string"},
+    {"String", "string"},
+    {"str", "string"},
+    {"Float", "float"},
+    {"number", "integer"},
+});
+constexpr auto values_of_other_languages = std::to_array<Synonym>({
+    {"TRUE", "true"},
+    {"True", "true"},
+    {"FALSE", "false"},
+    {"False", "false"},
+});
+
+std::string quoted(std::string_view word) {
+    return "'" + std::string(word) + "'";
+}
+
+template <typename Table>
+std::string_view instead_of(const Table& table, std::string_view word) {
+    const auto found = std::ranges::find(table, word, &Synonym::word);
+    return found == table.end() ? std::string_view() : found->instead;
+}
+
+void say(PlacedFinding& found, std::string hint) {
+    if (found.finding.hint.empty()) found.finding.hint = std::move(hint);
+}
+
+bool is_comparison(const Expr* expr) {
+    return expr->opr >= OPR_LT && expr->opr <= OPR_NEQ;
+}
+bool is_arithmetic(const Expr* expr) {
+    return expr->opr >= OPR_PLUS && expr->opr <= OPR_DIV;
+}
+
+bool is_unbounded_name(const Expr* expr) {
+    return expr->structure == EXPR_IDCONSTRUCTOR &&
+           (expr->type == ETYPE_ENUM_INTEGER || expr->type == ETYPE_ENUM_FLOAT ||
+            expr->type == ETYPE_STRING);
+}
+
+const char* simple_name(const Expr* expr) {
+    const bool is_simple =
+        expr->structure == EXPR_IDCONSTRUCTOR && expr->args.idcon->contype == IDCON_SIMPLE;
+    return is_simple ? expr->args.idcon->args.id.idname : nullptr;
+}
+
+} // namespace
+
+WaysOut::WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
+                 const SourceText& text)
+    : table_(table), places_(places), text_(text) {
+    for (const ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist))
+        declared_.emplace(constant->name, Later{constant, ND_INT});
+    for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))
+        declared_.emplace(type->name, Later{type, ND_TYPE});
+    for (const VarDecl* variable : items<VarDecl>(project->vardecllist))
+        declared_.emplace(variable->name, Later{variable, ND_VARIABLE});
+}
+
+void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* root,
+                      const Subject& subject, TokenRange range) {
+    if (report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR")
+        return undeclared(found, quoted_name(report.message), subject, range);
+    const Expr* expr = subject.expr;
+    if (expr && expr->structure == EXPR_BINARY) return operands(found, root, expr);
+    if (report.name == "ERR_TYPE_AS_VAR_NAME" || report.name == "ERR_TYPE_AS_VAR")
+        say(found, "a rule is about variables: name one of this type");
+    if (report.name == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
+        say(found, "compare it with SOME or NONE");
+    if (report.name == "ERR_DOMAIN_NOT_STATIC" || report.name == "ERR_ARRAY_NOT_STATIC" ||
+        report.name == "ERR_EXPR_NOT_STATIC" || report.name == "ERR_INDEX_NOT_STATIC")
+        say(found, "only constants and numbers are known when the model is checked");
+}
+
+void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
+                         TokenRange range) {
+    if (!subject.idcon) return;
+    const std::string_view instead = instead_of(values_of_other_languages, name);
+    if (!instead.empty()) {
+        say(found, "write " + quoted(instead));
+        return replace(text_, found, range, std::string(instead), true);
+    }
+    const bool is_field =
+        subject.idcon != subject.path && subject.idcon != subject.path->args.compositid.hier;
+    if (is_field) {
+        const PolyHash* environment = environment_of(subject.path, subject.idcon);
+        std::vector<std::string_view> names;
+        if (environment) add_names(environment, names, false);
+        suggest(found, name, range, names);
+        return;
+    }
+    const auto later = declared_.find(name);
+    if (later != declared_.end()) {
+        const Declared* declared = places_.find(later->second.declaration);
+        if (declared) found.finding.notes.push_back({text_.place(declared->name), "declared here"});
+        const bool is_variable = later->second.kind == ND_VARIABLE;
+        return say(found, is_variable ? "it is not visible here: move the rule out of the record, "
+                                        "or the declaration before it"
+                                      : "declare it before its use");
+    }
+    suggest(found, name, range, visible_names(false));
+}
+
+void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRange range) {
+    const std::string_view instead = instead_of(types_of_other_languages, name);
+    const auto later = declared_.find(name);
+    if (!instead.empty() && later == declared_.end()) {
+        say(found, "write " + quoted(instead));
+        return replace(text_, found, range, std::string(instead), true);
+    }
+    if (later != declared_.end()) {
+        const Declared* declared = places_.find(later->second.declaration);
+        if (declared) found.finding.notes.push_back({text_.place(declared->name), "declared here"});
+        if (later->second.kind == ND_TYPE) say(found, "declare it before its use");
+        return;
+    }
+    suggest(found, name, range, visible_names(true));
+}
+
+bool WaysOut::suggest(PlacedFinding& found, std::string_view name, TokenRange range,
+                      const std::vector<std::string_view>& names) {
+    if (comparisons_ + names.size() > most_comparisons) return false;
+    comparisons_ += names.size();
+    const std::string_view similar = most_similar(name, names);
+    if (similar.empty()) return false;
+    say(found, "did you mean " + quoted(similar) + "?");
+    replace(text_, found, {range.first, range.first}, std::string(similar), false);
+    return true;
+}
+
+void WaysOut::add_names(const PolyHash* table, std::vector<std::string_view>& names,
+                        bool types) const {
+    for (const auto& [name, namedata] : pairs<char, NameData>(table))
+        if ((namedata->ndtype == ND_TYPE) == types) names.push_back(name);
+}
+
+// The innermost first, since the first of equally similar names is suggested.
+std::vector<std::string_view> WaysOut::visible_names(bool types) const {
+    std::vector<std::string_view> names;
+    if (!types)
+        for (const PolyHash* environment : items<PolyHash>(table_->local_table))
+            add_names(environment, names, false);
+    add_names(table_->global_table, names, types);
+    if (types) names.insert(names.end(), {"boolean", "integer", "float", "string"});
+    return names;
+}
+
+// The fields of the record that a step of a path is looked up in; null where it is not known.
+const PolyHash* WaysOut::environment_of(IdCon* path, const IdCon* step) try {
+    PolyHash* environment = nullptr;
+    unsigned pushed = 0;
+    bool is_known = true;
+    for (; path != step && path->contype == IDCON_COMPOSIT && is_known;
+         path = path->args.compositid.nested) {
+        char* name = path->args.compositid.hier->args.id.idname;
+        const auto found = gather([&, scoped = static_cast<int>(pushed)] {
+            return symtbl_lookup_env(nullptr, table_, name, scoped, &environment, UNDEF_LINENO);
+        });
+        is_known = found.value == 0 && environment;
+        if (!is_known) break;
+        call([=, this] { symtbl_push_env(table_, environment); });
+        ++pushed;
+    }
+    for (; pushed > 0; --pushed)
+        call([this] { symtbl_pop_env(table_); });
+    return is_known ? environment : nullptr;
+} catch (const InternalFailure&) {
+    return nullptr;
+}
+
+void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binary) {
+    const Expr* left = binary->args.binargs.leftarg;
+    const Expr* right = binary->args.binargs.rightarg;
+    if (optional_operand(found, root, left, right) || optional_operand(found, root, right, left))
+        return;
+    if (binary->opr == OPR_DIV && left->type == ETYPE_INT)
+        return say(found, "integers have no division: multiply the other side instead");
+    if (left->type == ETYPE_SUM && right->type == ETYPE_SUM) {
+        if (!is_comparison(binary) || binary->opr == OPR_EQ || binary->opr == OPR_NEQ) {
+            labels(found, right);
+            return labels(found, left);
+        }
+        return say(found, "labels have an order by 'order(label)'");
+    }
+    if (is_comparison(binary) && left->type == ETYPE_BOOL && right->type == ETYPE_INT)
+        return say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
+    if (is_unbounded_name(left) && is_unbounded_name(right) && is_comparison(binary))
+        return say(found, binary->opr == OPR_EQ
+                              ? "two unbounded variables can only be equal in a rule of its own, "
+                                "or joined to another one by 'and'"
+                              : "an unbounded variable can only be compared with a constant value: "
+                                "give it a range, such as [0..100]");
+    if (is_arithmetic(binary) && (is_unbounded_name(left) || is_unbounded_name(right)))
+        say(found, "there is no arithmetic with an unbounded variable: give it a range, such as "
+                   "[0..100]");
+}
+
+// `ram > 8` where ram is optional.
+bool WaysOut::optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
+                               const Expr* other) {
+    const char* name = simple_name(operand);
+    const bool is_word =
+        name && (std::string_view(name) == "SOME" || std::string_view(name) == "NONE");
+    if (operand->type != ETYPE_OPTIONAL || is_word || other->type == ETYPE_OPTIONAL ||
+        operand->structure != EXPR_IDCONSTRUCTOR)
+        return false;
+    const auto range = places_.find_part(root, operand);
+    if (!range) return false;
+    say(found, "write '.SOME' after the name of an optional for its value");
+    insert_after(text_, found, range->last, ".SOME", false);
+    return true;
+}
+
+void WaysOut::labels(PlacedFinding& found, const Expr* label) {
+    const char* name = simple_name(label);
+    NameData* namedata = nullptr;
+    if (!name) return;
+    const int status =
+        call([&] { return symtbl_lookup(table_, const_cast<char*>(name), 0, &namedata); });
+    if (status != 0 || namedata->ndtype != ND_LABEL) return;
+    const auto range = places_.find_type(namedata->typecon);
+    if (range)
+        found.finding.notes.push_back(
+            {text_.place(*range), quoted(name) + " is a label of this enumeration"});
+}
+
+} // namespace norvane::pm

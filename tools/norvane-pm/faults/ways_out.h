@@ -1,0 +1,54 @@
+// What may help with a fault: the name that was meant, where something is declared, what to write.
+#ifndef NORVANE_PM_WAYS_OUT_H
+#define NORVANE_PM_WAYS_OUT_H
+
+#include <string>
+#include <unordered_map>
+
+#include "norvane/proj.hpp"
+
+#include "fault_place.h"
+#include "placed_finding.h"
+#include "record_places.h"
+
+namespace norvane::pm {
+
+class WaysOut {
+  public:
+    WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
+            const SourceText& text);
+
+    // Adds to a fault of an expression, while the names that it sees are in the table.
+    void explain(PlacedFinding& found, const Report& report, const Expr* root,
+                 const Subject& subject, TokenRange range);
+    // Adds to a name that is no type.
+    void explain_type(PlacedFinding& found, std::string_view name, TokenRange range);
+
+  private:
+    struct Later {
+        const void* declaration;
+        NameDataType kind; // ND_INT for a constant
+    };
+
+    void undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
+                    TokenRange range);
+    void operands(PlacedFinding& found, const Expr* root, const Expr* binary);
+    bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
+                          const Expr* other);
+    void labels(PlacedFinding& found, const Expr* label);
+    bool suggest(PlacedFinding& found, std::string_view name, TokenRange range,
+                 const std::vector<std::string_view>& names);
+    void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types) const;
+    std::vector<std::string_view> visible_names(bool types) const;
+    const PolyHash* environment_of(IdCon* path, const IdCon* step);
+
+    SymbolTable* table_;
+    RecordPlaces& places_;
+    const SourceText& text_;
+    std::unordered_map<std::string_view, Later> declared_; // all that the sections declare
+    std::size_t comparisons_ = 0;                          // of names, so far
+};
+
+} // namespace norvane::pm
+
+#endif
