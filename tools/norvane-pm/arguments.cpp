@@ -196,6 +196,10 @@ void add_model(CLI::App& command, Options& options, const Formats& formats,
 
 void describe_check(CLI::App& command, Options& options) {
     add_model(command, options, report_formats());
+    command.add_flag(
+        "--fix", options.fix,
+        "Correct in the model's files what is certain, and print the differences; then "
+        "check");
 }
 
 // For a command that prints what it makes of a model.

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "calculations.h"
+#include "fixes.h"
 #include "output.h"
 #include "pipe_to_file.h"
 #include "refused_model.h"
@@ -51,6 +52,23 @@ Result<Model> read_model(Session& session, const std::string& name, const OnRepo
     const std::string& failure = of_the_preprocessor.failure();
     if (!source && source.reports().empty() && !failure.empty()) session.diagnostics.say(failure);
     return source;
+}
+
+// Corrects what is certain; what remains is found by the check that follows.
+void fix(Session& session) {
+    const Options& options = session.options;
+    check_model_usage(session);
+    if (options.file == "-") throw WrongUsage{"--fix changes a file, and not standard input: -"};
+    session.begin(Step::load, options.file);
+    HeldReports held(session, HeldReports::Warnings::dropped);
+    Result<Model> model = read_model(session, options.file, held.sink());
+    if (model) {
+        session.begin(Step::check, options.file);
+        if (CheckedModel::check(*std::move(model), held.sink())) return;
+    }
+    if (held.are_faults()) return apply_fixes(session, held.findings());
+    held.show();
+    throw InputAtFault();
 }
 
 void print_model(Session& session, const Model& model, const std::string& subject) {
@@ -155,6 +173,7 @@ CheckedModel& load_and_check_model(Session& session) {
 }
 
 void check(Session& session) {
+    if (session.options.fix) fix(session);
     load_and_check_model(session);
 }
 

@@ -24,6 +24,7 @@ struct Options {
     ModelForm from = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
     bool first = false;                // report no more than the library
+    bool fix = false;                  // write what is certain into the model's files
     unsigned max_errors = 50;          // 0: no limit
     unsigned long long max_nodes = 0;  // 0: no limit
     std::string output = "-";

@@ -45,7 +45,7 @@ OnReport HeldReports::sink() {
     return [this](const Report& report) {
         if (report.is_error())
             reports_.push_back(report);
-        else
+        else if (warnings_ == Warnings::shown)
             session_.diagnostics.report(report);
     };
 }
@@ -57,12 +57,14 @@ std::vector<Finding> HeldReports::of_library() const {
     return findings;
 }
 
+bool HeldReports::are_faults() const {
+    return session_.step == Step::check || std::ranges::any_of(reports_, is_about_syntax);
+}
+
 std::vector<Finding> HeldReports::findings() const {
     const Options& options = session_.options;
     const bool is_source = model_form(options.from, options.file) != ModelForm::xml;
-    const bool has_faults =
-        session_.step == Step::check || std::ranges::any_of(reports_, is_about_syntax);
-    if (options.first || !is_source || !has_faults) return of_library();
+    if (options.first || !is_source || !are_faults()) return of_library();
     const std::unique_ptr<SourceText> source = read_source(session_);
     if (!source) return of_library();
     std::vector<Finding> findings = find_faults(*source);

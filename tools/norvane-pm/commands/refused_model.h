@@ -12,12 +12,17 @@ namespace norvane::pm {
 // An error ends it, so there are few.
 class HeldReports {
   public:
-    explicit HeldReports(Session& session) : session_(session) {}
+    enum class Warnings { shown, dropped };
+    explicit HeldReports(Session& session, Warnings warnings = Warnings::shown)
+        : session_(session), warnings_(warnings) {}
     HeldReports(const HeldReports&) = delete;
     HeldReports& operator=(const HeldReports&) = delete;
 
     // Takes a report; for the length of this object's life.
     OnReport sink();
+
+    // Whether the model is at fault, and not the way to it, such as a file that cannot be opened.
+    bool are_faults() const;
 
     // All faults of the model, in the place of the first, which is all that the library tells; the
     // library's reports where the model is no source, and where --first asks for them.
@@ -30,6 +35,7 @@ class HeldReports {
     std::vector<Finding> of_library() const;
 
     Session& session_;
+    Warnings warnings_;
     std::vector<Report> reports_;
 };
 

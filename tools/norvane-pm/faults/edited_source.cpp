@@ -109,6 +109,7 @@ void EditedSource::append_line(std::string& text, std::string_view word) {
     const bool is_open =
         !word.empty() && word[0] == '"' && (word.size() == 1 || word.back() != '"');
     if (is_open) word = "?";
+    if (!word.empty() && word[0] == '#') text += ' '; // or else it would begin a directive
     const bool has_lines = word.find('\n') != std::string_view::npos;
     if (has_lines)
         std::ranges::copy_if(word, std::back_inserter(text), [](char c) { return c != '\n'; });

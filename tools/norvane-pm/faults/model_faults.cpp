@@ -159,7 +159,10 @@ class Checker {
         const Declared* declared = places_.find(declaration);
         if (!declared || !is_judged(declared->range)) return;
         const std::string name(quoted_name(report.message));
-        if (report.name == "ERR_ID_UNDECLARED" && lost_.contains(name)) return;
+        const bool is_undeclared =
+            report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR";
+        if (is_undeclared && lost_.contains(name)) return;
+        if (report.name == "ERR_TYPE_UNDEF") return; // known where the type is named
         const Subject subject = subject_of(report, root);
         const void* part = subject.part();
         auto range = part ? places_.find_part(root, part) : std::nullopt;

@@ -44,6 +44,7 @@ std::string expected_words(std::string_view message) {
 // one that a few slips are in.
 constexpr unsigned most_corrections = 8;
 constexpr unsigned most_searches = 500;
+constexpr std::size_t longest_statement = 2000; // in tokens
 
 bool is_named(const TokenReport& error, std::string_view name) {
     return error.report.name == name;
@@ -180,7 +181,8 @@ class Finder {
     // True if the statement is likely to parse further now.
     bool correct(Statement& statement, const TokenReport& error) {
         uncorrected_ = as_finding(error, nullptr);
-        if (searches_++ >= most_searches) return false;
+        const bool is_short = statement.end - statement.first <= longest_statement;
+        if (!is_short || searches_++ >= most_searches) return false;
         const SyntaxError place{text_, statement, error.token};
         bool is_explained = false;
         for (const Mistake& mistake : possible_mistakes(place)) {
@@ -250,7 +252,8 @@ class Finder {
     }
 
     std::string message_of(const TokenReport& error) const {
-        if (!is_named(error, "ERR_PARSER")) return error.report.message;
+        if (error.report.message.find("unexpected") == std::string::npos)
+            return error.report.message;
         const std::string what = error.token < text_.size()
                                      ? "'" + std::string(text_.word(error.token)) + "'"
                                      : "end of the file";

@@ -285,6 +285,7 @@ class Search {
                 return;
             if (!is_one_of(word, comparisons)) continue;
             Mistake mistake = mistake_at(token());
+            mistake.range.first = i;
             mistake.message = "comparisons cannot be chained";
             mistake.hint = "write two comparisons, joined by 'and'";
             return add(std::move(mistake));

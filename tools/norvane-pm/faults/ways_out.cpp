@@ -9,7 +9,7 @@ namespace norvane::pm {
 namespace {
 
 // Comparisons of names in all: thousands of faults in a model of many names are not typing errors.
-constexpr std::size_t most_comparisons = 4'000'000;
+constexpr std::size_t most_comparisons = 1'000'000;
 
 struct Synonym {
     std::string_view word;
@@ -119,9 +119,8 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
         const Declared* declared = places_.find(later->second.declaration);
         if (declared) found.finding.notes.push_back({text_.place(declared->name), "declared here"});
         const bool is_variable = later->second.kind == ND_VARIABLE;
-        return say(found, is_variable ? "it is not visible here: move the rule out of the record, "
-                                        "or the declaration before it"
-                                      : "declare it before its use");
+        return say(found,
+                   is_variable ? "the variable is not visible here" : "declare it before its use");
     }
     suggest(found, name, range, visible_names(false));
 }
@@ -209,7 +208,9 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
     }
     if (is_comparison(binary) && left->type == ETYPE_BOOL && right->type == ETYPE_INT)
         return say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
-    if (is_unbounded_name(left) && is_unbounded_name(right) && is_comparison(binary))
+    const bool are_strings = left->type == ETYPE_STRING && binary->opr != OPR_EQ;
+    if (is_unbounded_name(left) && is_unbounded_name(right) && is_comparison(binary) &&
+        !are_strings)
         return say(found, binary->opr == OPR_EQ
                               ? "two unbounded variables can only be equal in a rule of its own, "
                                 "or joined to another one by 'and'"
