@@ -9,18 +9,20 @@ _norvane_pm() {
         [workspace]='show commands package'
         [package]='list make'
     )
-    local model='--format --color --include-dir --define --undefine --from --max-nodes'
+    local model='--format --color --include-dir --define --undefine --from --first
+        --max-errors --max-nodes'
     local calculation='--format --color --from --of'
     local package='--format --color --debug --type'
     local -A options=(
         [-]='--version'
         [info]=$model
-        [check]=$model
+        [check]="$model --fix"
         [print]=$model
         [simplify]=$model
         [rules]="$model --no-simplify --origin"
         [convert]="$model --to"
-        [calc check]="$calculation --model --include-dir --define --undefine --max-nodes"
+        [calc check]="$calculation --model --include-dir --define --undefine --first
+            --max-errors --max-nodes"
         [calc print]=$calculation
         [calc convert]="$calculation --to --no-lines"
         [calc builtins]='--format --color'
@@ -37,7 +39,8 @@ _norvane_pm() {
         [explain]='--list'
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
-        --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-nodes '
+        --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
+        --max-nodes '
 
     # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word

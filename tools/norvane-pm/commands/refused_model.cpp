@@ -50,13 +50,6 @@ OnReport HeldReports::sink() {
     };
 }
 
-std::vector<Finding> HeldReports::of_library() const {
-    std::vector<Finding> findings;
-    for (const Report& report : reports_)
-        findings.push_back(session_.diagnostics.finding_of(report));
-    return findings;
-}
-
 bool HeldReports::are_faults() const {
     return session_.step == Step::check || std::ranges::any_of(reports_, is_about_syntax);
 }
@@ -64,11 +57,11 @@ bool HeldReports::are_faults() const {
 std::vector<Finding> HeldReports::findings() const {
     const Options& options = session_.options;
     const bool is_source = model_form(options.from, options.file) != ModelForm::xml;
-    if (options.first || !is_source || !are_faults()) return of_library();
+    if (options.first || !is_source || !are_faults()) return {};
     const std::unique_ptr<SourceText> source = read_source(session_);
-    if (!source) return of_library();
+    if (!source) return {};
     std::vector<Finding> findings = find_faults(*source);
-    if (findings.empty()) return of_library();
+    if (findings.empty()) return {};
     for (const Report& report : reports_)
         if (is_about_model(report)) findings.push_back(session_.diagnostics.finding_of(report));
     return findings;
@@ -76,6 +69,9 @@ std::vector<Finding> HeldReports::findings() const {
 
 void HeldReports::show() const {
     const std::vector<Finding> all = findings();
+    if (all.empty())
+        for (const Report& report : reports_)
+            session_.diagnostics.report(report);
     const std::size_t most = session_.options.max_errors;
     const std::size_t shown = most == 0 ? all.size() : std::min(most, all.size());
     for (std::size_t i = 0; i < shown; ++i)

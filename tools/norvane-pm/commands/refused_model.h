@@ -24,16 +24,14 @@ class HeldReports {
     // Whether the model is at fault, and not the way to it, such as a file that cannot be opened.
     bool are_faults() const;
 
-    // All faults of the model, in the place of the first, which is all that the library tells; the
-    // library's reports where the model is no source, and where --first asks for them.
+    // All faults of the model, where the library tells the first alone. None where the model is no
+    // source, and where --first asks for the library's reports.
     std::vector<Finding> findings() const;
 
-    // Shows them.
+    // Shows them, or else the library's reports.
     void show() const;
 
   private:
-    std::vector<Finding> of_library() const;
-
     Session& session_;
     Warnings warnings_;
     std::vector<Report> reports_;

@@ -193,14 +193,21 @@ class Checker {
             declared_at_[namedata] = token;
             return;
         }
+        NameData* before = nullptr;
+        const bool is_known = call([&] { return symtbl_lookup(table_, name, 0, &before); }) == 0;
+        if (!is_known || !are_alike(before, namedata)) doubtful_.insert(name);
         call([=] { symtbl_delete_namedata(namedata); });
         if (result.reports.empty()) return;
         PlacedFinding* found = add({token, token}, result.reports.front());
-        doubtful_.insert(name);
-        NameData* before = nullptr;
-        if (!found || call([&] { return symtbl_lookup(table_, name, 0, &before); }) != 0) return;
+        if (!found || !is_known) return;
         if (const auto place = declared_at_.find(before); place != declared_at_.end())
             found->finding.notes.push_back({text_.place(place->second), "declared here"});
+    }
+
+    // Whether a rule about one may be judged by the other.
+    static bool are_alike(const NameData* one, const NameData* other) {
+        return one->ndtype == ND_VARIABLE && other->ndtype == ND_VARIABLE &&
+               one->typecon->contype == other->typecon->contype && one->typecon->contype < TC_PROD;
     }
 
     void check_constant(ConstantDecl* constant) {

@@ -9,6 +9,12 @@ PlacedFinding error_at(const SourceText& source, TokenRange range, std::string n
     found.finding.message = std::move(message);
     found.finding.place = source.place(range);
     found.finding.notes = source.notes(range.first);
+    // A line directive may give what a rule comes from, after "#", in the place of a file.
+    Place& place = found.finding.place;
+    if (place.file.starts_with('#')) {
+        found.finding.message = place.file.substr(1) + " " + found.finding.message;
+        place = {source.file(), 0, 0, 0, 0};
+    }
     return found;
 }
 

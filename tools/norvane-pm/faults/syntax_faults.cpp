@@ -5,40 +5,11 @@
 
 #include <algorithm>
 
+#include "plain_words.h"
 #include "usual_mistakes.h"
 
 namespace norvane::pm {
 namespace {
-
-// "parse error, unexpected "Identifier", expecting ":"", in the words of the source.
-std::string expected_words(std::string_view message) {
-    constexpr std::string_view before = ", expecting ";
-    const std::size_t begin = message.find(before);
-    if (begin == std::string_view::npos) return "";
-    std::string text;
-    std::string_view rest = message.substr(begin + before.size());
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find(" or "), rest.size());
-        std::string_view word = rest.substr(0, end);
-        rest.remove_prefix(std::min(end + 4, rest.size()));
-        if (word == "error" || word == "_ERROR") continue;
-        if (word.size() > 1 && word[0] == '"') word = word.substr(1, word.size() - 2);
-        text += text.empty() ? "; expected " : " or ";
-        if (word == "$")
-            text += "the end of the file";
-        else if (word == "Identifier")
-            text += "a name";
-        else if (word == "Integer constant")
-            text += "an integer";
-        else if (word == "Float constant")
-            text += "a number";
-        else if (word == "String constant")
-            text += "a text";
-        else
-            text += "'" + std::string(word) + "'";
-    }
-    return text;
-}
 
 // Corrections of one statement, and errors for which they are looked for: a source with more is not
 // one that a few slips are in.
@@ -252,12 +223,8 @@ class Finder {
     }
 
     std::string message_of(const TokenReport& error) const {
-        if (error.report.message.find("unexpected") == std::string::npos)
-            return error.report.message;
-        const std::string what = error.token < text_.size()
-                                     ? "'" + std::string(text_.word(error.token)) + "'"
-                                     : "end of the file";
-        return "unexpected " + what + expected_words(error.report.message);
+        const std::string_view word = error.token < text_.size() ? text_.word(error.token) : "";
+        return in_plain_words(error.report.message, word);
     }
 
     // Takes the statement out; the whole declaration, where it opens a record.

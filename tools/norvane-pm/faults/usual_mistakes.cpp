@@ -279,9 +279,15 @@ class Search {
 
     void chained_comparison() {
         if (!is_one_of(error_.word(), comparisons) || token() == 0) return;
+        unsigned depth = 0;
         for (std::size_t i = token() - 1; i > error_.statement.first; --i) {
             const std::string_view word = source_.word(i);
-            if (is_one_of(word, infix_words) || word == "(" || word == "->" || word == "<->")
+            if (word == ")") ++depth;
+            if (word == "(" && depth > 0)
+                --depth;
+            else if (depth > 0)
+                continue;
+            else if (is_one_of(word, infix_words) || word == "(" || word == "->" || word == "<->")
                 return;
             if (!is_one_of(word, comparisons)) continue;
             Mistake mistake = mistake_at(token());

@@ -73,7 +73,7 @@ const char* simple_name(const Expr* expr) {
 
 WaysOut::WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
                  const SourceText& text)
-    : table_(table), places_(places), text_(text) {
+    : line_info_(project->line_info), table_(table), places_(places), text_(text) {
     for (const ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist))
         declared_.emplace(constant->name, Later{constant, ND_INT});
     for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))
@@ -86,6 +86,8 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
                       const Subject& subject, TokenRange range) {
     if (report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR")
         return undeclared(found, quoted_name(report.message), subject, range);
+    if (report.name == "ERR_NOT_RECORD" && is_array(std::string(quoted_name(report.message))))
+        say(found, "it is an array: its elements are records, such as [0]");
     const Expr* expr = subject.expr;
     if (expr && expr->structure == EXPR_BINARY) return operands(found, root, expr);
     if (report.name == "ERR_TYPE_AS_VAR_NAME" || report.name == "ERR_TYPE_AS_VAR")
@@ -95,6 +97,12 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
     if (report.name == "ERR_DOMAIN_NOT_STATIC" || report.name == "ERR_ARRAY_NOT_STATIC" ||
         report.name == "ERR_EXPR_NOT_STATIC" || report.name == "ERR_INDEX_NOT_STATIC")
         say(found, "only constants and numbers are known when the model is checked");
+}
+
+bool WaysOut::is_array(std::string name) {
+    NameData* namedata = nullptr;
+    const int status = call([&] { return symtbl_lookup(table_, name.data(), 0, &namedata); });
+    return status == 0 && namedata->ndtype == ND_VARIABLE && namedata->typecon->contype == TC_ARRAY;
 }
 
 void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
@@ -178,7 +186,7 @@ const PolyHash* WaysOut::environment_of(IdCon* path, const IdCon* step) try {
          path = path->args.compositid.nested) {
         char* name = path->args.compositid.hier->args.id.idname;
         const auto found = gather([&, scoped = static_cast<int>(pushed)] {
-            return symtbl_lookup_env(nullptr, table_, name, scoped, &environment, UNDEF_LINENO);
+            return symtbl_lookup_env(line_info_, table_, name, scoped, &environment, UNDEF_LINENO);
         });
         is_known = found.value == 0 && environment;
         if (!is_known) break;

@@ -36,12 +36,14 @@ class WaysOut {
     bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
                           const Expr* other);
     void labels(PlacedFinding& found, const Expr* label);
+    bool is_array(std::string name);
     bool suggest(PlacedFinding& found, std::string_view name, TokenRange range,
                  const std::vector<std::string_view>& names);
     void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types) const;
     std::vector<std::string_view> visible_names(bool types) const;
     const PolyHash* environment_of(IdCon* path, const IdCon* step);
 
+    LineInfo* line_info_;
     SymbolTable* table_;
     RecordPlaces& places_;
     const SourceText& text_;

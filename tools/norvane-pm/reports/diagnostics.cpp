@@ -103,6 +103,15 @@ void Diagnostics::begin(std::string_view doing, std::string_view file) {
 }
 
 void Diagnostics::report(const Finding& finding) {
+    show_pending();
+    show(finding);
+}
+
+void Diagnostics::report(const Report& report) {
+    // The library's report that it failed adds nothing to why it did, which was told under its
+    // name.
+    if (preprocessor_has_failed_ && report.name == "ERR_CPP") return;
+    const Finding finding = finding_of(report);
     if (pending_ && join_syntax_error(*pending_, finding)) return;
     show_pending();
     if (is_first_step(finding))
@@ -136,12 +145,6 @@ std::string Diagnostics::rendered(const Finding& finding) {
     case Format::sarif: return (has_reported_ ? "," : "") + as_sarif(finding, sources_);
     }
     return "";
-}
-
-void Diagnostics::report(const Report& report) {
-    // The library's report that it failed adds nothing to why it did, which was told under its
-    // name.
-    if (!preprocessor_has_failed_ || report.name != "ERR_CPP") this->report(finding_of(report));
 }
 
 Finding Diagnostics::finding_of(const Report& report, std::string_view word) const {

@@ -33,8 +33,9 @@ class Diagnostics {
     // What is under way: "loading", "model.pm". Reports that name no place are about this file.
     void begin(std::string_view doing, std::string_view file);
 
-    // All that the program says goes through this. The steps of a syntax error become one finding.
+    // All that the program says goes through this.
     void report(const Finding& finding);
+    // Of the steps in which the library tells a syntax error, one finding is made.
     void report(const Report& report);
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});

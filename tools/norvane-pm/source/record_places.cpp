@@ -205,8 +205,8 @@ class ExpressionWalk {
             return {before(arg.first), arg.last};
         }
         case EXPR_IDCONSTRUCTOR: return identifier(args.idcon);
-        case EXPR_INT_CONST:
-        case EXPR_FLOAT_CONST: return operand();
+        case EXPR_INT_CONST: return number(args.intconst.value < 0);
+        case EXPR_FLOAT_CONST: return number(args.floatconst.value < 0.0);
         case EXPR_STRING_CONST: {
             TokenRange range = operand();
             while (at_ < tokens_.size() && tokens_[at_].kind == TokenKind::string)
@@ -261,6 +261,13 @@ class ExpressionWalk {
             break;
         }
         parts_[idcon] = range;
+        return range;
+    }
+
+    // The sign of a number is a part of it.
+    TokenRange number(bool is_negative) {
+        TokenRange range = operand();
+        if (is_negative && range.first > 0 && tokens_[range.first - 1].word == "-") --range.first;
         return range;
     }
 

@@ -204,7 +204,7 @@ void SourceText::add_segment(std::size_t offset, std::string file, unsigned line
         const Segment& before = segments_.back();
         const auto rows = static_cast<unsigned>(row_of(offset) - before.row);
         const unsigned last = before.line + rows - std::min(rows, 2u);
-        if (line == 1 && is_include(first_line(files_.rest(before.file, last)))) {
+        if (line == 1 && rows >= 2 && is_include(first_line(files_.rest(before.file, last)))) {
             includer = segments_.size() - 1;
             includer_line = last;
         } else {
@@ -218,11 +218,6 @@ void SourceText::add_segment(std::size_t offset, std::string file, unsigned line
         }
     }
     segments_.push_back({offset, row_of(offset), std::move(file), line, includer, includer_line});
-}
-
-bool SourceText::ends_in_string() const {
-    return !scan_.tokens.empty() && scan_.tokens.back().kind == TokenKind::unknown &&
-           text_[scan_.tokens.back().offset] == '"';
 }
 
 std::size_t SourceText::row_of(std::size_t offset) const {

@@ -29,15 +29,15 @@ class SourceText {
     SourceText(const SourceText&) = delete;
     SourceText& operator=(const SourceText&) = delete;
 
+    const std::string& file() const { return file_; }
     const std::vector<Token>& tokens() const { return scan_.tokens; }
     std::size_t size() const { return scan_.tokens.size(); }
     std::string_view word(std::size_t token) const {
         return std::string_view(text_).substr(scan_.tokens[token].offset,
                                               scan_.tokens[token].length);
     }
-    // Whether a comment or a string is open at the end.
+    // Whether a comment is open at the end.
     bool ends_in_comment() const { return scan_.comment_depth > 0; }
-    bool ends_in_string() const;
 
     // Whether a macro has put the token there: what stands at its place is something else.
     bool is_from_macro(std::size_t token) const { return !origin(token).macro.empty(); }

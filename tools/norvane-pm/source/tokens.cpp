@@ -31,9 +31,13 @@ bool is_blank(char c) {
 
 class Scanner {
   public:
-    Scanner(std::string_view text, unsigned comment_depth) : text_(text) {
+    Scanner(std::string_view text, unsigned comment_depth, bool ends_strings)
+        : ends_strings_(ends_strings), text_(text) {
         result_.comment_depth = comment_depth;
     }
+
+    // Whether a string has no end.
+    bool has_open_string() const { return has_open_string_; }
 
     Scan run() {
         if (result_.comment_depth > 0) comment();
@@ -109,11 +113,15 @@ class Scanner {
     void string() {
         for (std::size_t end = at_ + 1; end < text_.size(); ++end) {
             if (text_[end] == '"') return add(TokenKind::string, end + 1);
+            if (text_[end] == '\n' && ends_strings_) return add(TokenKind::unknown, end);
             if (text_[end] == '\\') ++end;
         }
-        add(TokenKind::unknown, text_.size());
+        has_open_string_ = true;
+        add(TokenKind::unknown, std::min(text_.find('\n', at_), text_.size()));
     }
 
+    bool ends_strings_; // at the end of their line
+    bool has_open_string_ = false;
     std::string_view text_;
     std::size_t at_ = 0;
     Scan result_;
@@ -121,8 +129,12 @@ class Scanner {
 
 } // namespace
 
+// A string may run over lines; but where a quote is missing, the text between two strings would be
+// taken for one, and the last quote opens one that has no end.
 Scan scan(std::string_view text, unsigned comment_depth) {
-    return Scanner(text, comment_depth).run();
+    Scanner scanner(text, comment_depth, false);
+    Scan result = scanner.run();
+    return scanner.has_open_string() ? Scanner(text, comment_depth, true).run() : result;
 }
 
 bool is_reserved(std::string_view word) {

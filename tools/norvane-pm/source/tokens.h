@@ -16,7 +16,7 @@ enum class TokenKind : unsigned char {
     number,
     string,
     mark,    // an operator or a bracket; also one of another language, such as "=="
-    unknown, // a byte that begins no token, or a string that is not closed
+    unknown, // a byte that begins no token, or a string that has no end
 };
 
 struct Token {
