@@ -167,7 +167,10 @@ class Finder {
             faults_.findings.push_back(as_finding(error, &mistake));
             source_.add(mistake.edits);
             if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
-            if (mistake.ends_statement) statement.first = error.token;
+            if (mistake.ends_statement) {
+                statement.first = error.token;
+                statement.closes_record = false;
+            }
             return true;
         }
         return false;
