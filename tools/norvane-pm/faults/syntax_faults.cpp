@@ -29,6 +29,13 @@ const TokenReport& main_report(const std::vector<TokenReport>& errors) {
     return errors.front();
 }
 
+// What the parser says, by the name of the rule of the grammar that was open, which explains more.
+TokenReport named_by_grammar(const std::vector<TokenReport>& errors) {
+    TokenReport error = main_report(errors);
+    if (is_named(error, "ERR_PARSER")) error.report.name = errors.back().report.name;
+    return error;
+}
+
 class Finder {
   public:
     explicit Finder(EditedSource& source) : source_(source), text_(source.source()) {}
@@ -68,7 +75,7 @@ class Finder {
                 next_ = statements_.size();
                 return;
             }
-            const TokenReport& error = main_report(errors);
+            const TokenReport error = named_by_grammar(errors);
             const Statement culprit = culprit_of(statement, error.token);
             if (culprit.first != statement.first) corrections = 0;
             statement = culprit;
