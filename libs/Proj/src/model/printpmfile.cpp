@@ -198,7 +198,7 @@ unsigned print_int_const(FILE* stream, const Expr* expr) {
     if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
     if (expr->type != ETYPE_INT)
         NORVANE_FAIL("Constant expression is not of boolean or integer type");
-    if (value >= 0 && value < 10) return put(stream, {"0123456789" + value, 1});
+    if (value >= 0 && value < 10) return put(stream, {&"0123456789"[value], 1});
     char digits[16];
     const char* end = std::to_chars(digits, std::end(digits), value).ptr;
     return put(stream, {digits, end});
