@@ -496,6 +496,10 @@ void explain_misuse(Options& options, const CLI::App& app, const CLI::ParseError
     options.way_out = did_you_mean(word, std::vector<std::string_view>(known.begin(), known.end()));
 }
 
+void print_help(Session& session) {
+    std::fputs(session.options.help.c_str(), stdout);
+}
+
 // The command of a command line that is none.
 void refuse(Session& session) {
     const Options& options = session.options;
@@ -526,8 +530,8 @@ Invocation parse_arguments(int argc, char** argv) {
         std::ostringstream out;
         out.exceptions(std::ios::badbit); // streams are silent about lack of memory
         app.exit(asked, out, out);
-        std::fputs(out.str().c_str(), stdout);
-        invocation.command = nullptr;
+        invocation.options.help = out.str();
+        invocation.command = print_help;
     } catch (const CLI::ParseError& e) {
         explain_misuse(invocation.options, app, e, argc, argv);
         invocation.command = refuse;

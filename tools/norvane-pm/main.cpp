@@ -14,7 +14,6 @@ namespace {
 
 int run(int argc, char** argv) {
     const Invocation invocation = parse_arguments(argc, argv);
-    if (!invocation.command) return STATUS_OK;
     return run_command(invocation.options, invocation.command);
 }
 

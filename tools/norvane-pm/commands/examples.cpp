@@ -85,8 +85,7 @@ std::string example_text(std::string_view error_name) {
     text += has_own_command ? "It is reported for"
                             : "`" + std::string(example.command) + "` reports it for";
     text += "\n" + indented(example.wrong) + "\nand not for\n" + indented(example.right);
-    if (!example.files.empty())
-        text += "\nwith these files beside it:\n" + indented(example.files);
+    if (!example.files.empty()) text += "\nwith these files beside it:\n" + indented(example.files);
     return text;
 }
 

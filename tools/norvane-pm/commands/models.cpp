@@ -4,12 +4,14 @@
 #include <cstdio>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "calculations.h"
 #include "fixes.h"
 #include "output.h"
 #include "pipe_to_file.h"
 #include "refused_model.h"
+#include "source_hints.h"
 #include "temporaries.h"
 
 namespace norvane::pm {
@@ -109,14 +111,14 @@ void print_rules(const CheckedModel& model, const FlatRules& rules, UtilString* 
     }
 }
 
-// Each file counts once, however often the preprocessor came back to it. A model in XML is one
-// file, and lists none.
-std::size_t count_files(const Project* project) {
-    std::unordered_set<std::string_view> names;
-    for (const char* name : items<char>(project->line_info->files)) {
-        if (*name != '#') names.insert(name);
-    }
-    return names.empty() ? 1 : names.size();
+// Each file once, however often the preprocessor came back to it. A model in XML is one file, and
+// lists none.
+std::vector<std::string> source_files(const Project* project) {
+    std::vector<std::string> names;
+    std::unordered_set<std::string_view> known;
+    for (const char* name : items<char>(project->line_info->files))
+        if (*name != '#' && known.insert(name).second) names.emplace_back(name);
+    return names;
 }
 
 void print_info(const Project* project) {
@@ -124,7 +126,7 @@ void print_info(const Project* project) {
     for (const VarDecl* variable : items<VarDecl>(project->vardecllist))
         is_public += variable->vartype == VARTYPE_PUBLIC;
     std::printf("%s\n", project->filename);
-    std::printf("  files       %zu\n", count_files(project));
+    std::printf("  files       %zu\n", std::max<std::size_t>(source_files(project).size(), 1));
     std::printf("  constants   %u\n", project->constantdecllist->len);
     std::printf("  types       %u\n", project->typedecllist->len);
     std::printf("  variables   %u (%zu public)\n", project->vardecllist->len, is_public);
@@ -165,6 +167,8 @@ Model& load_model(Session& session) {
     if (!result) held.show();
     Model& model = session.take(std::move(result));
     session.project = model.get();
+    for (const std::string& file : source_files(model.get()))
+        if (const auto warning = warn_of_utf8(file)) session.diagnostics.report(*warning);
     return model;
 }
 

@@ -54,6 +54,7 @@ struct Options {
     bool statistics = false;
     bool debug = false;
 
+    std::string help;        // that is asked for
     std::string wrong_usage; // what is wrong with the command line,
     std::string way_out;     // and the way out, where it is known
 

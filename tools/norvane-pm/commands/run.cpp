@@ -1,16 +1,29 @@
 #include "run.h"
 
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <new>
 
 #include "failure.h"
+#include "models.h"
 #include "output.h"
 #include "session.h"
+#include "source_hints.h"
 #include "status.h"
 #include "watch.h"
 
 namespace norvane::pm {
 namespace {
+
+// Where the fault may be that the file is only a part of a model, it says of what.
+void point_to_whole(Session& session) {
+    const Options& options = session.options;
+    const bool is_of_source = model_form(options.from, options.file) != ModelForm::xml &&
+                              (session.step == Step::load || session.step == Step::check);
+    if (!is_of_source || session.subject != options.file) return;
+    if (const auto note = note_of_includer(options.file)) session.diagnostics.report(*note);
+}
 
 int status_of(Session& session, void (*command)(Session&)) {
     try {
@@ -18,6 +31,7 @@ int status_of(Session& session, void (*command)(Session&)) {
         command(session);
         return STATUS_OK;
     } catch (const InputAtFault&) {
+        point_to_whole(session);
         return STATUS_INPUT_AT_FAULT;
     } catch (const WrongUsage& wrong) {
         session.diagnostics.say(wrong.text, wrong.hint);
@@ -29,6 +43,15 @@ int status_of(Session& session, void (*command)(Session&)) {
     }
 }
 
+// Lost results are a fault, unless the reader has seen enough.
+int status_with_results(Session& session, int status) {
+    const int lost = finish_results();
+    if (lost == 0) return status;
+    if (lost != EPIPE)
+        session.diagnostics.say(std::string("cannot write the results: ") + std::strerror(lost));
+    return status == STATUS_OK ? STATUS_INPUT_AT_FAULT : status;
+}
+
 } // namespace
 
 int run_command(const Options& options, void (*command)(Session&)) {
@@ -36,13 +59,14 @@ int run_command(const Options& options, void (*command)(Session&)) {
     auto session = std::make_unique<Session>(options);
     const int status = status_of(*session, command);
     session->output.discard();
+    const int status_at_end = status_with_results(*session, status);
     if (status == STATUS_OK || status == STATUS_INPUT_AT_FAULT)
         session->diagnostics.close(status == STATUS_OK);
     else
         session->diagnostics.close_after_failure();
     // Millions of nodes need not be released one by one.
     if (!orderly_exit) static_cast<void>(session.release());
-    return status;
+    return status_at_end;
 }
 
 } // namespace norvane::pm

@@ -60,16 +60,16 @@ bool results_refused() {
     return true;
 }
 
-int leave(int status) {
+int finish_results() {
     errno = 0;
     std::fflush(stdout);
-    if (results_refused()) {
-        if (write_error != EPIPE) {
-            std::fprintf(stderr, "norvane-pm: cannot write the results: %s\n",
-                         std::strerror(write_error));
-        }
-        if (status == STATUS_OK) status = STATUS_INPUT_AT_FAULT;
-    }
+    const int error = results_refused() ? write_error : 0;
+    std::clearerr(stdout);
+    write_error = 0;
+    return error;
+}
+
+int leave(int status) {
     // What a throw of the library has lost is no leak to look for.
     if (!orderly_exit || status == STATUS_INTERNAL_FAILURE) std::_Exit(status);
     return status;

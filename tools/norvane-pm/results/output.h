@@ -18,9 +18,11 @@ constexpr bool orderly_exit = NORVANE_ORDERLY_EXIT;
 // is known. The rest need not be written then.
 bool results_refused();
 
-// Writes out what is buffered and ends with `status`, or with STATUS_INPUT_AT_FAULT in place of
-// STATUS_OK, and a message, if standard output did not take all of the results. Returns, with the
-// status, only where orderly_exit is set.
+// Writes out what is buffered. Returns why standard output did not take all of the results, as a
+// number of an error; 0 if it took them. Told once.
+int finish_results();
+
+// Ends with `status`. Returns, with the status, only where orderly_exit is set.
 int leave(int status);
 
 // While this lives, what is written to stdout is dropped: the scanners of the library copy some

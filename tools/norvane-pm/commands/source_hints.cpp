@@ -1,0 +1,105 @@
+#include "source_hints.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include "text.h"
+
+namespace norvane::pm {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Other files are no sources, and a directory of that many is no model's.
+constexpr std::uintmax_t largest_source = std::uintmax_t{16} << 20;
+constexpr unsigned most_files = 1000;
+
+// Empty for what is no regular file, or cannot be read.
+std::string text_of(const fs::path& file) {
+    std::error_code error;
+    if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > largest_source) return "";
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Place place_of(const std::string& file, std::string_view text, std::size_t offset) {
+    const std::string_view before = text.substr(0, offset);
+    Place place;
+    place.file = file;
+    place.line = static_cast<unsigned>(std::ranges::count(before, '\n')) + 1;
+    place.column = static_cast<unsigned>(offset - (before.rfind('\n') + 1)) + 1;
+    return place;
+}
+
+// The name in `#include "name"`; empty for another line.
+std::string_view included_by(std::string_view line) {
+    const auto skip_blanks = [&line] {
+        line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    };
+    const auto skip = [&](std::string_view word) {
+        skip_blanks();
+        const bool is_there = line.starts_with(word);
+        if (is_there) line.remove_prefix(word.size());
+        return is_there;
+    };
+    if (!skip("#") || !skip("include") || !skip("\"")) return "";
+    return line.substr(0, line.find('"'));
+}
+
+// The line in `includer` that includes the file; 0 if there is none.
+unsigned line_of_include(const fs::path& includer, const fs::path& file) {
+    const std::string text = text_of(includer);
+    unsigned line = 0;
+    for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
+        ++line;
+        const std::string_view rest = std::string_view(text).substr(start);
+        const std::string_view name = included_by(rest.substr(0, rest.find('\n')));
+        if (!name.empty() && fs::path(name).lexically_normal() == file.filename()) return line;
+        if (rest.find('\n') == rest.npos) break;
+    }
+    return 0;
+}
+
+} // namespace
+
+std::optional<Finding> warn_of_utf8(const std::string& file) {
+    const std::string text = text_of(file);
+    const auto first =
+        std::ranges::find_if(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    if (first == text.end() || !is_utf8(text)) return std::nullopt;
+    Finding finding;
+    finding.severity = Severity::warning;
+    finding.name = "utf8-source";
+    finding.message = "the file is in UTF-8, but models are read in code page 1252";
+    finding.place = place_of(file, text, static_cast<std::size_t>(first - text.begin()));
+    finding.hint = "convert it: iconv -f UTF-8 -t CP1252 " + file;
+    return finding;
+}
+
+std::optional<Finding> note_of_includer(const std::string& file) {
+    const fs::path path(file);
+    const fs::path directory = path.has_parent_path() ? path.parent_path() : ".";
+    std::error_code error;
+    unsigned count = 0;
+    std::vector<fs::path> others;
+    for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
+        if (++count <= most_files && at->path().filename() != path.filename())
+            others.push_back(path.has_parent_path() ? at->path() : at->path().filename());
+    std::ranges::sort(others); // so that the same files give the same report
+    for (const fs::path& other : others) {
+        const unsigned line = line_of_include(other, path);
+        if (line == 0) continue;
+        Finding finding;
+        finding.severity = Severity::note;
+        finding.message = "'" + file + "' is a part of this model: check the whole instead";
+        finding.place.file = other;
+        finding.place.line = line;
+        return finding;
+    }
+    return std::nullopt;
+}
+
+} // namespace norvane::pm

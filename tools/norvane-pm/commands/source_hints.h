@@ -1,0 +1,21 @@
+// What a modeller should know of a source file as a whole.
+#ifndef NORVANE_PM_SOURCE_HINTS_H
+#define NORVANE_PM_SOURCE_HINTS_H
+
+#include <optional>
+#include <string>
+
+#include "finding.h"
+
+namespace norvane::pm {
+
+// A warning, if the file is in UTF-8: models are in code page 1252, so its texts come out wrong.
+std::optional<Finding> warn_of_utf8(const std::string& file);
+
+// A note, if a file in the same directory includes this one: a part of a model may have faults only
+// because it was taken for the whole.
+std::optional<Finding> note_of_includer(const std::string& file);
+
+} // namespace norvane::pm
+
+#endif
