@@ -45,6 +45,22 @@ def diagnostics(driver):
     return re.sub(SECTION, link, '\n'.join(page))
 
 
+def warnings(driver):
+    page = ['# Warnings', '',
+            'What `norvane-pm check`, `simplify` and `rules` warn about. `-WNAME` turns a warning on and',
+            '`-Wno-NAME` off; `-Wall` turns all on. `-Werror` makes errors of those that are shown, `-Werror=NAME`',
+            'of one. Where the finite form would mean something else than the model, `simplify` and `rules` report',
+            'an error and print nothing; `-Wno-error=NAME` leaves a warning and prints it.', '',
+            '| warning | on | |', '|---|---|---|']
+    texts = []
+    for line in output(driver, 'explain', '--warnings').splitlines():
+        name, level, title = re.split('  +', line)
+        page.append('| [`%s`](#%s) | %s | %s |' % (name, name, level, title))
+        text = output(driver, 'explain', name).split('\n\n')[1]
+        texts += ['', '## ' + name, '', re.sub(r'\n(    .*)', r'\n\n\1', text)]
+    return '\n'.join(page + texts) + '\n'
+
+
 def builtins(driver):
     page = ['# Built-in functions of calculations', '',
             'The functions that the evaluator of calculations provides. A call must name the namespace:',
@@ -73,7 +89,8 @@ def main():
     check = '--check' in sys.argv
     driver = sys.argv[-1]
     stale = 0
-    for name, make in (('diagnostics.md', diagnostics), ('builtins.md', builtins),
+    for name, make in (('diagnostics.md', diagnostics), ('warnings.md', warnings),
+                       ('builtins.md', builtins),
                        page_of('pm-grammar.md', 'pmgrammar.y'),
                        page_of('calculation-grammar.md', 'calcgrammar.y')):
         path = os.path.join(HERE, name)

@@ -192,6 +192,21 @@ void add_model(CLI::App& command, Options& options, const Formats& formats,
     add_max_nodes(command, options);
 }
 
+void add_warnings(CLI::App& command, Options& options) {
+    command
+        .add_option_function<std::string>(
+            "-W,--warning",
+            [&options](const std::string& word) {
+                if (!options.warnings.take(word))
+                    throw CLI::ValidationError("-W" + word, "there is no such warning: see "
+                                                            "norvane-pm explain --warnings");
+            },
+            "Show warnings: -Wall, -WNAME, -Wno-NAME; make them errors: -Werror, -Werror=NAME, "
+            "-Wno-error=NAME")
+        ->type_name("WORD")
+        ->trigger_on_parse();
+}
+
 // Commands on models. ----------------------------------------------------------------------------
 
 void describe_check(CLI::App& command, Options& options) {
@@ -200,6 +215,7 @@ void describe_check(CLI::App& command, Options& options) {
         "--fix", options.fix,
         "Correct in the model's files what is certain, and print the differences; then "
         "check");
+    add_warnings(command, options);
 }
 
 // For a command that prints what it makes of a model.
@@ -207,8 +223,14 @@ void describe_model(CLI::App& command, Options& options) {
     add_model(command, options, text_formats());
 }
 
-void describe_rules(CLI::App& command, Options& options) {
+// For one that prints what it makes of a model that was checked.
+void describe_checked_model(CLI::App& command, Options& options) {
     add_model(command, options, text_formats());
+    add_warnings(command, options);
+}
+
+void describe_rules(CLI::App& command, Options& options) {
+    describe_checked_model(command, options);
     command.add_flag("--no-simplify", options.as_written,
                      "Print the rules as they are written, loops, cases and names included");
     command.add_flag("--origin", options.with_origin,
@@ -348,9 +370,10 @@ void describe_package_make(CLI::App& command, Options& options) {
 void describe_explain(CLI::App& command, Options& options) {
     auto* name = command
                      .add_option("ERR_NAME", options.error_name,
-                                 "The name of the error, as it stands after a report")
+                                 "The name of the error or warning, as it stands after a report")
                      ->type_name("");
     command.add_flag("--list", options.list, "List all errors, as without a name")->excludes(name);
+    command.add_flag("--warnings", options.list_warnings, "List all warnings")->excludes(name);
 }
 
 // All commands. ----------------------------------------------------------------------------------
@@ -368,7 +391,7 @@ constexpr Row commands[] = {
     {"", "check", "Check a model", describe_check, check},
     {"", "print", "Load a model and print it as one source, includes and macros resolved",
      describe_model, print},
-    {"", "simplify", "Check a model and print its finite form", describe_model, simplify},
+    {"", "simplify", "Check a model and print its finite form", describe_checked_model, simplify},
     {"", "rules", "Check a model and print its flat rules, one a line", describe_rules, rules},
     {"", "convert",
      "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
@@ -404,7 +427,8 @@ constexpr Row commands[] = {
      list_package},
     {"package", "make", "Make the package of a model from what is in a build directory",
      describe_package_make, make_package},
-    {"", "explain", "Explain an error that was reported, by its name", describe_explain, explain},
+    {"", "explain", "Explain an error or warning that was reported, by its name", describe_explain,
+     explain},
 };
 
 constexpr std::pair<const char*, const char*> groups[] = {

@@ -16,10 +16,10 @@ _norvane_pm() {
     local -A options=(
         [-]='--version'
         [info]=$model
-        [check]="$model --fix"
+        [check]="$model --fix --warning"
         [print]=$model
-        [simplify]=$model
-        [rules]="$model --no-simplify --origin"
+        [simplify]="$model --warning"
+        [rules]="$model --warning --no-simplify --origin"
         [convert]="$model --to"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
@@ -36,11 +36,11 @@ _norvane_pm() {
         [workspace package]=$package
         [package list]='--format --color'
         [package make]="$package --build-dir --output-dir"
-        [explain]='--list'
+        [explain]='--list --warnings'
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
-        --max-nodes '
+        --max-nodes -W --warning '
 
     # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word
@@ -70,6 +70,10 @@ _norvane_pm() {
         calc\ builtins | workspace* | package*) words='text json' ;;
         *) words='text gcc' ;;
         esac
+        ;;
+    -W | --warning)
+        words="all error $("${COMP_WORDS[0]}" explain --warnings 2> /dev/null | cut -d ' ' -f 1)"
+        words+=" ${words// / no-}"
         ;;
     --color) words='auto always never' ;;
     --from) if [[ $command == calc* ]]; then words='cl clx mub'; else words='pm xml'; fi ;;

@@ -16,7 +16,9 @@
 #include "norvane/proj.hpp"
 
 #include "examples.h"
+#include "explain_warnings.h"
 #include "similar.h"
+#include "warning_table.h"
 
 namespace norvane::pm {
 namespace {
@@ -167,15 +169,19 @@ void explain(const Row& row) {
 
 void explain(Session& session) {
     const std::string& name = session.options.error_name;
+    if (session.options.list_warnings) return list_warnings();
     if (name.empty()) return list_errors();
+    if (explain_warning(name)) return;
     for (const Row& row : table) {
         if (name == row.name) return explain(row);
     }
     std::vector<std::string_view> names;
     for (const Row& row : table)
         names.emplace_back(row.name);
+    for (const WarningRow& row : warning_rows())
+        names.emplace_back(row.name);
     const std::string meant = did_you_mean(name, names);
-    throw WrongUsage{"there is no error '" + name + "'",
+    throw WrongUsage{"there is no error or warning '" + name + "'",
                      meant.empty() ? "norvane-pm explain --list lists them" : meant};
 }
 

@@ -13,6 +13,7 @@
 #include "refused_model.h"
 #include "source_hints.h"
 #include "temporaries.h"
+#include "warned_model.h"
 
 namespace norvane::pm {
 namespace {
@@ -72,6 +73,21 @@ void fix(Session& session) {
     held.show();
     throw InputAtFault();
 }
+
+// Reports that the library makes on its way to a stop, which is told afterwards, are dropped.
+class DroppedReports {
+  public:
+    DroppedReports() : before_(msg_get_error_sink(&user_before_)) {
+        msg_set_error_sink([](ErrorType, ErrorInfo* error, void*) { err_delete(error); }, nullptr);
+    }
+    ~DroppedReports() { msg_set_error_sink(before_, user_before_); }
+    DroppedReports(const DroppedReports&) = delete;
+    DroppedReports& operator=(const DroppedReports&) = delete;
+
+  private:
+    void* user_before_ = nullptr;
+    MsgErrorSink before_;
+};
 
 void print_model(Session& session, const Model& model, const std::string& subject) {
     session.begin(Step::print, subject);
@@ -178,7 +194,7 @@ CheckedModel& load_and_check_model(Session& session) {
 
 void check(Session& session) {
     if (session.options.fix) fix(session);
-    load_and_check_model(session);
+    show_warnings(session, load_and_check_model(session), Made::nothing);
 }
 
 void print(Session& session) {
@@ -187,14 +203,21 @@ void print(Session& session) {
 
 void simplify(Session& session) {
     const CheckedModel& model = load_and_check_model(session);
+    show_warnings(session, model, Made::finite_form);
     session.begin(Step::simplify, session.subject);
-    print_model(session, session.keep(model.simplify()), session.subject);
+    const Model& finite = [&]() -> const Model& {
+        const DroppedReports dropped;
+        return session.keep(model.simplify());
+    }();
+    print_model(session, finite, session.subject);
 }
 
 void rules(Session& session) {
     const Options& options = session.options;
     const CheckedModel& model = load_and_check_model(session);
+    show_warnings(session, model, options.as_written ? Made::nothing : Made::rules);
     session.begin(Step::expand, session.subject);
+    const DroppedReports dropped;
     const FlatRules& flat =
         session.keep(model.rules(options.as_written ? RuleForm::as_written : RuleForm::simplified,
                                  options.with_origin ? RuleOrigins::kept : RuleOrigins::dropped));

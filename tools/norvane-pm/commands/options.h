@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "format.h"
+#include "selection.h"
 
 namespace norvane::pm {
 
@@ -27,6 +28,7 @@ struct Options {
     bool fix = false;                  // write what is certain into the model's files
     unsigned max_errors = 50;          // 0: no limit
     unsigned long long max_nodes = 0;  // 0: no limit
+    Selection warnings;
     std::string output = "-";
     ModelForm to = ModelForm::unknown;
     bool as_written = false;
@@ -60,6 +62,7 @@ struct Options {
 
     std::string error_name;
     bool list = false;
+    bool list_warnings = false;
 };
 
 } // namespace norvane::pm

@@ -22,9 +22,11 @@ bool is_about_model(const Report& report) {
     return report.name == "ERR_NO_VARS" || report.name == "ERR_NO_PUBLIC_VARS";
 }
 
-// The source as the preprocessor writes it once more; null if it does not.
+} // namespace
+
 std::unique_ptr<SourceText> read_source(const Session& session) {
     const Options& options = session.options;
+    if (model_form(options.from, options.file) == ModelForm::xml) return nullptr;
     const TemporaryDirectory of_the_preprocessor;
     std::vector<std::string> cpp_args = options.cpp_args;
     SourceFiles files;
@@ -38,8 +40,6 @@ std::unique_ptr<SourceText> read_source(const Session& session) {
     return std::make_unique<SourceText>(*std::move(text), input_name(options.file),
                                         std::move(files));
 }
-
-} // namespace
 
 OnReport HeldReports::sink() {
     return [this](const Report& report) {
@@ -56,8 +56,7 @@ bool HeldReports::are_faults() const {
 
 std::vector<Finding> HeldReports::findings() const {
     const Options& options = session_.options;
-    const bool is_source = model_form(options.from, options.file) != ModelForm::xml;
-    if (options.first || !is_source || !are_faults()) return {};
+    if (options.first || !are_faults()) return {};
     const std::unique_ptr<SourceText> source = read_source(session_);
     if (!source) return {};
     std::vector<Finding> findings = find_faults(*source);

@@ -2,11 +2,17 @@
 #ifndef NORVANE_PM_REFUSED_MODEL_H
 #define NORVANE_PM_REFUSED_MODEL_H
 
+#include <memory>
 #include <vector>
 
 #include "session.h"
+#include "source_text.h"
 
 namespace norvane::pm {
+
+// The source of the session's model as the preprocessor writes it once more; null if it does not,
+// or if the model is no source.
+std::unique_ptr<SourceText> read_source(const Session& session);
 
 // Gathers the errors of a load or a check of the session's model, and shows its warnings at once.
 // An error ends it, so there are few.

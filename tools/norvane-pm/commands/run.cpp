@@ -11,6 +11,7 @@
 #include "session.h"
 #include "source_hints.h"
 #include "status.h"
+#include "warned_model.h"
 #include "watch.h"
 
 namespace norvane::pm {
@@ -37,6 +38,7 @@ int status_of(Session& session, void (*command)(Session&)) {
         session.diagnostics.say(wrong.text, wrong.hint);
         return STATUS_WRONG_USAGE;
     } catch (const InternalFailure& failure) {
+        if (report_stop(session, failure)) return STATUS_INPUT_AT_FAULT;
         return report_failure(session, failure);
     } catch (const std::bad_alloc&) {
         return report_out_of_memory(session);

@@ -131,7 +131,7 @@ void Diagnostics::show(const Finding& finding) {
     clear_progress();
     write(rendered(finding));
     has_reported_ = true;
-    const bool has_explanation = finding.name.starts_with("ERR_");
+    const bool has_explanation = !finding.name.empty();
     if (!has_explanation || finding.severity <= explained_severity_) return;
     explained_ = finding.name;
     explained_severity_ = finding.severity;

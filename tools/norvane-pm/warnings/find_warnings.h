@@ -1,0 +1,30 @@
+// The warnings about a checked model.
+#ifndef NORVANE_PM_FIND_WARNINGS_H
+#define NORVANE_PM_FIND_WARNINGS_H
+
+#include <vector>
+
+#include "norvane/proj.hpp"
+
+#include "finding.h"
+#include "node.h"
+#include "selection.h"
+
+namespace norvane::pm {
+
+// A warning about a model, and which results it is about.
+struct Warned {
+    Warning warning;
+    Node node; // that it is about
+    Finding finding;
+    bool on_rules;    // concerns the flat rules
+    bool on_simplify; // concerns the finite form
+};
+
+// Finds what `selection` turns on, in the order of the source. The places are lines, as the model
+// keeps them (node.h finds columns). The model stays as it is, and nothing is printed.
+std::vector<Warned> find_warnings(const CheckedModel& model, const Selection& selection);
+
+} // namespace norvane::pm
+
+#endif
