@@ -17,6 +17,11 @@ bool is_about_syntax(const Report& report) {
            name.starts_with("ERR_INVALID_");
 }
 
+// Nesting that the parser has no room for: no correction helps, and to look for more takes long.
+bool is_about_depth(const Report& report) {
+    return report.message.find("stack overflow") != std::string::npos;
+}
+
 // What a check says of the model as a whole, and no declaration has.
 bool is_about_model(const Report& report) {
     return report.name == "ERR_NO_VARS" || report.name == "ERR_NO_PUBLIC_VARS";
@@ -51,6 +56,7 @@ OnReport HeldReports::sink() {
 }
 
 bool HeldReports::are_faults() const {
+    if (std::ranges::any_of(reports_, is_about_depth)) return false;
     return session_.step == Step::check || std::ranges::any_of(reports_, is_about_syntax);
 }
 

@@ -24,8 +24,12 @@ class Trial {
   private:
     using Value = std::optional<double>;
 
+    // Optionals may be nested, so each is looked at only so far, and not judged beyond that.
+    static constexpr unsigned most_steps = 1 << 14;
+
     unsigned count_broken(TypeCon* content);
     void try_rules(TypeCon* typecon);
+    bool takes_too_long() { return ++steps_ > most_steps; }
     Value value(const Expr* expr);
     Value of_name(const IdCon* idcon);
     Value of_type(const TypeCon* typecon, bool highest);
@@ -39,12 +43,13 @@ class Trial {
     std::unordered_set<const VarDecl*> highest_;
     std::unordered_set<const TypeCon*> seen_; // as types that name each other have many parts
     unsigned broken_ = 0;
+    unsigned steps_ = 0;
 };
 
 void Trial::try_rules(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { try_rules(typecon); });
     typecon = names_.real(typecon);
-    if (!typecon) return;
+    if (!typecon || takes_too_long()) return;
     if (typecon->contype == TC_ARRAY) return try_rules(typecon->values.array.element);
     if (typecon->contype == TC_OPTIONAL) return try_rules(typecon->values.base);
     if (typecon->contype != TC_PROD || !seen_.insert(typecon).second) return;
@@ -72,7 +77,7 @@ bool Trial::finds_values(TypeCon* content) {
     constexpr std::size_t most_fields = 64; // as each takes a walk over the rules
     unsigned broken = count_broken(content);
     const std::vector<const VarDecl*> fields(fields_);
-    if (fields.size() > most_fields) return broken == 0;
+    if (fields.size() > most_fields) return true;
     for (const VarDecl* field : fields) {
         if (broken == 0) break;
         highest_.insert(field);
@@ -80,7 +85,7 @@ bool Trial::finds_values(TypeCon* content) {
         if (now >= broken) highest_.erase(field);
         broken = std::min(now, broken);
     }
-    return broken == 0;
+    return broken == 0 || takes_too_long();
 }
 
 Trial::Value Trial::of_type(const TypeCon* typecon, bool highest) {
@@ -146,6 +151,7 @@ Trial::Value Trial::of_conditional(const Expr* expr) {
 }
 
 Trial::Value Trial::value(const Expr* expr) {
+    if (takes_too_long()) return {};
     if (stack_is_low()) return on_fresh_stack([&] { return value(expr); });
     switch (expr->structure) {
     case EXPR_INT_CONST: return expr->args.intconst.value;
@@ -174,6 +180,8 @@ Trial::Value Trial::value(const Expr* expr) {
 } // namespace
 
 bool holds_while_absent(Names& names, TypeCon* content) {
+    const TypeCon* real = names.real(content);
+    if (real && real->contype == TC_OPTIONAL) return true; // which is judged itself
     return Trial(names).finds_values(content);
 }
 

@@ -220,6 +220,7 @@ void Walk::walk_bound(const Expr* expr, bool on_rules) {
 
 // In the finite form a dimension sees the fields of the array's elements.
 void Walk::walk_dimension(const TypeCon* array) {
+    if (array->values.array.size->structure == EXPR_INT_CONST) return;
     TypeCon* element = names_.real(array->values.array.element);
     while (element && element->contype == TC_ARRAY)
         element = names_.real(element->values.array.element);
