@@ -5,8 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "norvane/base/frames.hpp"
 #include "norvane/base/export.h"
+#include "norvane/base/frames.hpp"
 #include "report.h"
 
 namespace norvane::sidedata {
