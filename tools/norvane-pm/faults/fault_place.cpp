@@ -184,8 +184,8 @@ class Search {
     // "Index in dimension 2 of array variable ..."
     const Expr* index_of(const IdCon* idcon) const {
         const std::size_t digit = message_.find_first_of("123456789");
-        unsigned dimension = digit == std::string_view::npos ? 0 : message_[digit] - '0';
-        if (idcon->contype != IDCON_ARRAY) return nullptr;
+        if (digit == std::string_view::npos || idcon->contype != IDCON_ARRAY) return nullptr;
+        int dimension = message_[digit] - '0';
         for (const Expr* index : items<Expr>(idcon->args.array.exprlist))
             if (--dimension == 0) return index;
         return nullptr;

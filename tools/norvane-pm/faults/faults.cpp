@@ -20,6 +20,7 @@ std::vector<Finding> find_faults(const SourceText& text) {
     }
     std::ranges::stable_sort(all, {}, &PlacedFinding::token);
     std::vector<Finding> findings;
+    findings.reserve(all.size());
     for (PlacedFinding& found : all)
         findings.push_back(std::move(found.finding));
     return findings;

@@ -171,16 +171,18 @@ class Finder {
             }
             if (is_explained && mistake.is_guess) continue;
             if (!helps(statement, error.token, mistake)) continue;
-            faults_.findings.push_back(as_finding(error, &mistake));
-            source_.add(mistake.edits);
-            if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
-            if (mistake.ends_statement) {
-                statement.first = error.token;
-                statement.closes_record = false;
-            }
+            apply(mistake, statement, error);
             return true;
         }
         return false;
+    }
+    void apply(const Mistake& mistake, Statement& statement, const TokenReport& error) {
+        faults_.findings.push_back(as_finding(error, &mistake));
+        source_.add(mistake.edits);
+        if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
+        if (!mistake.ends_statement) return;
+        statement.first = error.token;
+        statement.closes_record = false;
     }
 
     // Goes on with the first statement that begins at a token or after it.

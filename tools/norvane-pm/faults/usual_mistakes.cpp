@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "similar.h"
 
@@ -212,43 +213,54 @@ class Search {
         }
     }
 
+    bool is_separator(std::size_t at) const {
+        const std::string_view word = source_.word(at);
+        return word == "," || word == "|" || word == "[" || word == "]" || word == ";";
+    }
+    // The tokens around the error, up to the separators of a list of labels; nothing elsewhere.
+    std::optional<TokenRange> entry_of_list() const {
+        TokenRange entry{token(), token()};
+        while (entry.first > error_.statement.first && !is_separator(entry.first - 1))
+            --entry.first;
+        while (entry.last + 1 < error_.statement.end && !is_separator(entry.last + 1))
+            ++entry.last;
+        if (entry.first == error_.statement.first || entry.last + 1 >= source_.size()) return {};
+        const std::string_view before = source_.word(entry.first - 1);
+        if (before != "[" && before != ",") return {};
+        return entry;
+    }
+    bool is_touching_the_one_before(std::size_t at) const {
+        const Token& before = source_.tokens()[at - 1];
+        return source_.tokens()[at].offset == before.offset + before.length;
+    }
+    // The text of tokens that could be one label; nothing for those that could not.
+    std::optional<std::string> label_of(TokenRange range) const {
+        std::string label;
+        for (std::size_t i = range.first; i <= range.last; ++i) {
+            const std::string_view word = source_.word(i);
+            if (source_.tokens()[i].kind == TokenKind::string || word == ":" || word == "..")
+                return {};
+            if (i > range.first && !is_touching_the_one_before(i)) label += ' ';
+            label += word;
+        }
+        return label;
+    }
+
     // [dark grey, red]
     void words_as_label() {
-        if (error_.statement.is_rule() || is_at_end()) return;
-        const auto is_separator = [this](std::size_t at) {
-            const std::string_view word = source_.word(at);
-            return word == "," || word == "|" || word == "[" || word == "]" || word == ";";
-        };
-        std::size_t first = token();
-        std::size_t last = token();
-        while (first > error_.statement.first && !is_separator(first - 1))
-            --first;
-        while (last + 1 < error_.statement.end && !is_separator(last + 1))
-            ++last;
-        const bool is_in_list =
-            first > error_.statement.first &&
-            (source_.word(first - 1) == "[" || source_.word(first - 1) == ",") &&
-            last + 1 < source_.size();
-        if (!is_in_list || is_separator(token())) return;
-        std::string label;
-        for (std::size_t i = first; i <= last; ++i) {
-            const TokenKind kind = source_.tokens()[i].kind;
-            const bool is_touching =
-                i > first && source_.tokens()[i].offset ==
-                                 source_.tokens()[i - 1].offset + source_.tokens()[i - 1].length;
-            if (kind == TokenKind::string || source_.word(i) == ":" || source_.word(i) == "..")
-                return;
-            if (i > first && !is_touching) label += ' ';
-            label += source_.word(i);
-        }
+        if (error_.statement.is_rule() || is_at_end() || is_separator(token())) return;
+        const auto range = entry_of_list();
+        const auto label = range ? label_of(*range) : std::nullopt;
+        if (!label) return;
+        const std::string quoted_label = "\"" + *label + "\"";
         Mistake mistake;
-        mistake.range = {first, last};
+        mistake.range = *range;
         mistake.message = "a label that is not a plain name needs quotes";
-        mistake.hint = "write \"" + label + "\"";
-        for (std::size_t i = first; i <= last; ++i)
+        mistake.hint = "write " + quoted_label;
+        for (std::size_t i = range->first; i <= range->last; ++i)
             mistake.edits[i] = instead("");
-        mistake.edits[first] = instead("\"" + label + "\"");
-        mistake.instead = "\"" + label + "\"";
+        mistake.edits[range->first] = instead(quoted_label);
+        mistake.instead = quoted_label;
         mistake.is_certain = true;
         add(std::move(mistake));
     }

@@ -216,6 +216,12 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
     }
     if (is_comparison(binary) && left->type == ETYPE_BOOL && right->type == ETYPE_INT)
         return say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
+    unbounded_operands(found, binary);
+}
+
+void WaysOut::unbounded_operands(PlacedFinding& found, const Expr* binary) {
+    const Expr* left = binary->args.binargs.leftarg;
+    const Expr* right = binary->args.binargs.rightarg;
     const bool are_strings = left->type == ETYPE_STRING && binary->opr != OPR_EQ;
     if (is_unbounded_name(left) && is_unbounded_name(right) && is_comparison(binary) &&
         !are_strings)

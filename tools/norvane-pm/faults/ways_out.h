@@ -33,6 +33,7 @@ class WaysOut {
     void undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
                     TokenRange range);
     void operands(PlacedFinding& found, const Expr* root, const Expr* binary);
+    void unbounded_operands(PlacedFinding& found, const Expr* binary);
     bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
                           const Expr* other);
     void labels(PlacedFinding& found, const Expr* label);
