@@ -231,6 +231,7 @@ struct Gathered {
     Value value;
     std::vector<Report> reports;
 };
+// The same of a body that returns nothing.
 template <>
 struct Gathered<void> {
     std::vector<Report> reports;
