@@ -38,6 +38,7 @@ int status_of(Session& session, void (*command)(Session&)) {
         session.diagnostics.say(wrong.text, wrong.hint);
         return STATUS_WRONG_USAGE;
     } catch (const InternalFailure& failure) {
+        note_throw();
         if (report_stop(session, failure)) return STATUS_INPUT_AT_FAULT;
         return report_failure(session, failure);
     } catch (const std::bad_alloc&) {

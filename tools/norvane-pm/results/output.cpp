@@ -28,6 +28,7 @@ void hold_standard_streams() {
 }
 
 int write_error = 0; // what kept results from being written
+bool has_thrown = false;
 
 // A stream that takes everything. The scanners remember the stream of their first load: so there is
 // one for all loads, and it is never closed.
@@ -69,9 +70,12 @@ int finish_results() {
     return error;
 }
 
+void note_throw() {
+    has_thrown = true;
+}
+
 int leave(int status) {
-    // What a throw of the library has lost is no leak to look for.
-    if (!orderly_exit || status == STATUS_INTERNAL_FAILURE) std::_Exit(status);
+    if (!orderly_exit || has_thrown || status == STATUS_INTERNAL_FAILURE) std::_Exit(status);
     return status;
 }
 

@@ -22,6 +22,9 @@ bool results_refused();
 // number of an error; 0 if it took them. Told once.
 int finish_results();
 
+// Notes that the library has thrown: what it has lost is no leak to look for at the end.
+void note_throw();
+
 // Ends with `status`. Returns, with the status, only where orderly_exit is set.
 int leave(int status);
 
