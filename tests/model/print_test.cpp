@@ -208,13 +208,13 @@ TEST(PrintedProjects, HaveTheirSectionsInOrderAndReadBack) {
 
 // Short texts go straight into the stream's buffer if it has room for them.
 TEST(PrintedProjects, AreTheSameWhateverTheBufferOfTheStream) {
-    const ProjectPtr model = whole_model();
+    const ProjectPtr project = whole_model();
     for (const auto& [mode, size] :
          {std::pair{_IONBF, 0u}, {_IOLBF, 64u}, {_IOFBF, 1u}, {_IOFBF, 7u}, {_IOFBF, 40u}}) {
         std::vector<char> buffer(size + 1), printed(printed_model.size() + 9);
         FILE* file = std::tmpfile();
         std::setvbuf(file, buffer.data(), mode, size);
-        ppm_print_project(file, model.get());
+        ppm_print_project(file, project.get());
         std::rewind(file);
         const std::size_t length = std::fread(printed.data(), 1, printed.size(), file);
         EXPECT_EQ(std::string(printed.data(), length), printed_model) << mode << ' ' << size;
