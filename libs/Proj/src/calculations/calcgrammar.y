@@ -15,6 +15,14 @@
  * "if". */
 %expect 4
 
+/* The prefix leaves these types of the generated parser alone, and a program that contains both
+ * parsers may define each of them once. */
+%code top {
+#define yysymbol_kind_t clsymbol_kind_t
+#define yypcontext_t clpcontext_t
+#define yyalloc clalloc
+}
+
 %code requires {
 #include "norvane/proj/calc.h"
 

@@ -14,6 +14,14 @@
  * These are the five conflicts, one for each such list; shifting assigns the error to the list. */
 %expect 5
 
+/* The prefix leaves these types of the generated parser alone, and a program that contains both
+ * parsers may define each of them once. */
+%code top {
+#define yysymbol_kind_t pmsymbol_kind_t
+#define yypcontext_t pmpcontext_t
+#define yyalloc pmalloc
+}
+
 %code requires {
 #include "norvane/proj/project.h"
 
