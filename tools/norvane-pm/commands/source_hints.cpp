@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
+#include "file_text.h"
 #include "text.h"
 
 namespace norvane::pm {
@@ -21,8 +20,7 @@ constexpr unsigned most_files = 1000;
 std::string text_of(const fs::path& file) {
     std::error_code error;
     if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > largest_source) return "";
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return text_of_file(file).value_or("");
 }
 
 Place place_of(const std::string& file, std::string_view text, std::size_t offset) {

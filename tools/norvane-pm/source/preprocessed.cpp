@@ -1,13 +1,12 @@
 #include "preprocessed.h"
 
-#include <fstream>
-#include <iterator>
-
 #include <unistd.h>
 
 #include "norvane/base/os.h"
 #include "norvane/base/util.h"
 #include "norvane/proj.hpp"
+
+#include "file_text.h"
 
 namespace norvane::pm {
 
@@ -22,10 +21,7 @@ std::optional<std::string> preprocessed_text(const std::string& file,
         return os_pre_process_file(to, from, list);
     });
     std::optional<std::string> text;
-    if (status == 0) {
-        std::ifstream stream(output, std::ios::binary);
-        text.emplace(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    }
+    if (status == 0) text = text_of_file(output);
     unlink(output.c_str());
     return text;
 }

@@ -1,22 +1,11 @@
 #include "source_files.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
-#include <sys/stat.h>
+#include "file_text.h"
 
 namespace norvane::pm {
 namespace {
-
-// False for what cannot be read twice, such as a pipe.
-bool read_file(const std::string& name, std::string& text) {
-    struct stat info = {};
-    if (stat(name.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
-    std::ifstream stream(name, std::ios::binary);
-    text.assign(std::istreambuf_iterator<char>(stream), {});
-    return stream.good() || stream.eof();
-}
 
 std::size_t skip_blanks(std::string_view line, std::size_t at) {
     return std::min(line.find_first_not_of(" \t", at), line.size());
@@ -66,7 +55,11 @@ const Macro* SourceFiles::macro(std::string_view name) const {
 
 SourceFiles::File& SourceFiles::open(const std::string& file) {
     const auto [place, is_new] = files_.try_emplace(file);
-    if (is_new && read_file(file, place->second.text)) add(file, place->second);
+    if (!is_new) return place->second;
+    if (std::optional<std::string> text = text_of_file(file)) {
+        place->second.text = std::move(*text);
+        add(file, place->second);
+    }
     return place->second;
 }
 
