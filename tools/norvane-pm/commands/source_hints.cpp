@@ -1,6 +1,8 @@
 #include "source_hints.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <string_view>
 
@@ -21,6 +23,20 @@ std::string text_of(const fs::path& file) {
     std::error_code error;
     if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > largest_source) return "";
     return text_of_file(file).value_or("");
+}
+
+// How much of the text comes before the first byte that is not ASCII. Nearly every source is ASCII, so
+// eight bytes are looked at in one step.
+std::size_t ascii_length(std::string_view text) {
+    constexpr std::uint64_t high_bits = 0x8080808080808080;
+    std::size_t length = 0;
+    for (std::uint64_t eight; length + sizeof eight <= text.size(); length += sizeof eight) {
+        std::memcpy(&eight, text.data() + length, sizeof eight);
+        if (eight & high_bits) break;
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80)
+        ++length;
+    return length;
 }
 
 Place place_of(const std::string& file, std::string_view text, std::size_t offset) {
@@ -65,14 +81,13 @@ unsigned line_of_include(const fs::path& includer, const fs::path& file) {
 
 std::optional<Finding> warn_of_utf8(const std::string& file) {
     const std::string text = text_of(file);
-    const auto first =
-        std::ranges::find_if(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-    if (first == text.end() || !is_utf8(text)) return std::nullopt;
+    const std::size_t first = ascii_length(text);
+    if (first == text.size() || !is_utf8(text)) return std::nullopt;
     Finding finding;
     finding.severity = Severity::warning;
     finding.name = "utf8-source";
     finding.message = "the file is in UTF-8, but models are read in code page 1252";
-    finding.place = place_of(file, text, static_cast<std::size_t>(first - text.begin()));
+    finding.place = place_of(file, text, first);
     finding.hint = "convert it: iconv -f UTF-8 -t CP1252 " + file;
     return finding;
 }

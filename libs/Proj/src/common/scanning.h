@@ -33,6 +33,13 @@ inline char* copy_text(const char* text, std::size_t length, std::size_t room) {
     return copy;
 }
 
+// The length of a name that blanks may follow.
+inline std::size_t without_blanks(const char* name, std::size_t length) {
+    while (name[length - 1] <= ' ')
+        --length;
+    return length;
+}
+
 // The number of line feeds in `length` bytes.
 int count_newlines(const char* text, std::size_t length);
 
