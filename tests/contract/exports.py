@@ -14,9 +14,9 @@ OWN = {'libnorvane_base.so.1', 'libexpat.so.1'}
 
 
 def exported(library, kinds=''):
-    """All names, or those of the kinds that nm has such letters for."""
+    """All names but those of versions, or those of the kinds that nm has such letters for."""
     rows = [line.split() for line in output('nm', '-D', '--defined-only', library).splitlines()]
-    return {row[2].partition('@')[0] for row in rows if len(row) == 3 and (not kinds or row[1] in kinds)}
+    return {row[2].partition('@')[0] for row in rows if len(row) == 3 and row[1] != 'A' and (not kinds or row[1] in kinds)}
 
 
 def in_map(path, declared):
