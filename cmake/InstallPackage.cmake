@@ -4,7 +4,8 @@ include(CMakePackageConfigHelpers)
 function(norvane_install_library target)
   install(TARGETS ${target} EXPORT norvane_proj-targets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+          FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+          INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}) # for CMake before 3.23, which has no sets of files
 endfunction()
 
 function(norvane_install_package)

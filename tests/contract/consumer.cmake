@@ -24,7 +24,7 @@ set(ENV{LD_LIBRARY_PATH} ${library_directory})
 run(flags pkg-config --cflags --libs norvane_proj)
 separate_arguments(flags UNIX_COMMAND "${flags}")
 function(build_c program source)
-  run(ignored ${C_COMPILER} -std=c11 -Wall -Wextra -pedantic -Werror ${FLAGS} -o ${program} ${source}
+  run(ignored ${C_COMPILER} -std=c99 -Wall -Wextra -pedantic -Werror ${FLAGS} -o ${program} ${source}
       ${flags})
 endfunction()
 

@@ -26,16 +26,16 @@ typedef enum NameDataType {
     ND_VARIABLE = 6
 } NameDataType;
 
-/* The record of a name. */
+/* The record of a name. C99 has unions without a name as an extension only. */
 typedef struct NameData {
     unsigned char ndtype; /* NameDataType; names the live members of the unions */
-    union {
+    __extension__ union {
         int int_value;      /* ND_BOOL, ND_INT */
         double float_value; /* ND_FLOAT */
         char* string_value; /* ND_STRING; owned */
         TypeCon* typecon;   /* ND_LABEL, ND_TYPE, ND_VARIABLE; borrowed from the project */
     };
-    union {
+    __extension__ union {
         int label_index;       /* ND_LABEL: position in its enumeration, from 0 */
         PolyHash* environment; /* ND_TYPE, ND_VARIABLE: the record's fields; owned; may be null */
     };
