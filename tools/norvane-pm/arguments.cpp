@@ -15,6 +15,7 @@
 #include "explain.h"
 #include "models.h"
 #include "packages.h"
+#include "serve.h"
 #include "session.h"
 #include "side_data.h"
 #include "similar.h"
@@ -376,6 +377,11 @@ void describe_explain(CLI::App& command, Options& options) {
     command.add_flag("--warnings", options.list_warnings, "List all warnings")->excludes(name);
 }
 
+void describe_lsp(CLI::App& command, Options&) {
+    command.add_flag("--stdio")->description(
+        "Use standard input and output, as it does anyway: some editors say so");
+}
+
 // All commands. ----------------------------------------------------------------------------------
 
 struct Row {
@@ -429,6 +435,8 @@ constexpr Row commands[] = {
      describe_package_make, make_package},
     {"", "explain", "Explain an error or warning that was reported, by its name", describe_explain,
      explain},
+    {"", "lsp", "Serve an editor: the Language Server Protocol on standard input and output",
+     describe_lsp, serve_editor},
 };
 
 constexpr std::pair<const char*, const char*> groups[] = {

@@ -37,6 +37,7 @@ _norvane_pm() {
         [package list]='--format --color'
         [package make]="$package --build-dir --output-dir"
         [explain]='--list --warnings'
+        [lsp]='--stdio'
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
@@ -90,7 +91,7 @@ _norvane_pm() {
             words="${options[${command:--}]:-} --help"
         elif [[ -z $command ]]; then
             words='info check print simplify rules convert calc presentation var-order workspace
-                package explain'
+                package explain lsp'
         elif [[ -n ${subcommands[$command]:-} ]]; then
             words=${subcommands[$command]}
         elif [[ $command == 'workspace commands' && $arguments == 2 ]]; then

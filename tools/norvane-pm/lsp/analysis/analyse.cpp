@@ -1,0 +1,109 @@
+#include "analyse.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include "calculations.h"
+#include "json.h"
+#include "models.h"
+#include "text.h"
+#include "warned_model.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+std::string number_text(double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+std::string value_text(const NameData& constant) {
+    switch (static_cast<NameDataType>(constant.ndtype)) {
+    case ND_BOOL: return constant.int_value ? "true" : "false";
+    case ND_INT: return std::to_string(constant.int_value);
+    case ND_FLOAT: return number_text(constant.float_value);
+    case ND_STRING: return "\"" + to_utf8(constant.string_value) + "\"";
+    default: return "";
+    }
+}
+
+// The values that rules compare a variable with, smallest first: they cut its values into classes.
+std::vector<std::string> cuts_of(TypeCon* typecon) {
+    std::vector<std::string> texts;
+    switch (static_cast<ConType>(typecon->contype)) {
+    case TC_UBOUND_INTEGER: {
+        std::vector<int> values;
+        IntSetIter at;
+        int value = 0;
+        iset_iter_init(&at, typecon->values.enum_int.int_set);
+        while (iset_iter_next(&at, &value))
+            values.push_back(value);
+        std::ranges::sort(values);
+        for (const int each : values)
+            texts.push_back(std::to_string(each));
+        break;
+    }
+    case TC_UBOUND_FLOAT: {
+        std::vector<double> values;
+        PolySetIter at;
+        void* value = nullptr;
+        pset_iter_init(&at, typecon->values.enum_float.float_set);
+        while (pset_iter_next(&at, &value))
+            values.push_back(static_cast<PolyValue*>(value)->number);
+        std::ranges::sort(values);
+        for (const double each : values)
+            texts.push_back(number_text(each));
+        break;
+    }
+    case TC_STRING: {
+        PolySetIter at;
+        void* value = nullptr;
+        pset_iter_init(&at, typecon->values.enum_string.string_set);
+        while (pset_iter_next(&at, &value))
+            texts.push_back("\"" + to_utf8(static_cast<char*>(value)) + "\"");
+        break;
+    }
+    default: break;
+    }
+    return texts;
+}
+
+void write_facts(const CheckedModel& model) {
+    Json constants = Json::object();
+    for (const ConstantDecl* constant : model.model().constants()) {
+        NameData* data = nullptr;
+        const bool is_known = call([table = model.table(), name = constant->name, out = &data] {
+                                  return symtbl_lookup(table, name, 0, out);
+                              }) == 0;
+        if (is_known) constants[to_utf8(constant->name)] = value_text(*data);
+    }
+    Json classes = Json::object();
+    for (const VarDecl* variable : model.model().variables()) {
+        TypeCon* type = call([typecon = variable->typecon] { return tc_find_set(typecon); });
+        const std::vector<std::string> cuts = cuts_of(type);
+        if (!cuts.empty()) classes[to_utf8(variable->name)] = cuts;
+    }
+    const Json line = {{"facts", {{"constants", constants}, {"classes", classes}}}};
+    const std::string text = line.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+} // namespace
+
+void analyse_model(Session& session) {
+    const CheckedModel& model = load_and_check_model(session);
+    write_facts(model);
+    show_warnings(session, model, Made::nothing);
+}
+
+void analyse_calculation(Session& session) {
+    check_calculation(session);
+}
+
+void parse_calculation(Session& session) {
+    info_calculation(session);
+}
+
+} // namespace norvane::pm::lsp

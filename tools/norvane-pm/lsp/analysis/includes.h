@@ -1,0 +1,30 @@
+// Which files a model consists of.
+#ifndef NORVANE_PM_LSP_INCLUDES_H
+#define NORVANE_PM_LSP_INCLUDES_H
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "documents.h"
+
+namespace norvane::pm::lsp {
+
+// The names that a source includes, in quotes or in angle brackets.
+std::vector<std::string> included_names(std::string_view source);
+
+// The bytes of each file, by path, as the client has it or as it is on disk.
+using SourceSet = std::map<std::string, std::string>;
+
+// The file and all that it includes, whether a condition leaves it out or not. Each name is looked
+// up as the preprocessor does it: beside the file that includes it, then in `directories`.
+SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
+                     const Documents& documents);
+
+// A file in the same directory, or an open document, that includes the file; empty for none.
+std::string includer_of(const std::string& file, const Documents& documents);
+
+} // namespace norvane::pm::lsp
+
+#endif

@@ -1,0 +1,67 @@
+#include "overlay.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace norvane::pm::lsp {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+void write(const fs::path& file, const std::string& bytes) {
+    std::ofstream stream(file, std::ios::binary);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (!stream) fail("cannot write " + file.string());
+}
+
+} // namespace
+
+PrivateDirectory::PrivateDirectory() {
+    const char* place = std::getenv("TMPDIR");
+    path_ = std::string(place && *place ? place : "/tmp") + "/norvane-XXXXXX";
+    if (!mkdtemp(path_.data())) fail("cannot make a directory for temporary files");
+}
+
+PrivateDirectory::~PrivateDirectory() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+Overlay::~Overlay() {
+    std::error_code ignored;
+    fs::remove_all(root_, ignored);
+}
+
+void Overlay::add(const SourceSet& sources, const Documents& documents) {
+    for (const auto& [file, bytes] : sources) {
+        const fs::path here = path(file);
+        fs::create_directories(here.parent_path());
+        if (fs::is_symlink(here) || fs::exists(here)) continue;
+        if (documents.find(file))
+            write(here, bytes);
+        else
+            fs::create_symlink(file, here);
+    }
+}
+
+std::vector<std::string>
+Overlay::include_options(const std::vector<std::string>& directories) const {
+    std::vector<std::string> options;
+    std::error_code error;
+    for (const std::string& directory : directories)
+        for (const std::string& place : {path(directory), directory})
+            if (fs::is_directory(place, error)) options.push_back("-I" + place);
+    return options;
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,49 @@
+// The sources of a model as the client has them, as files that the library can read.
+//
+// They are put below a directory of our own under their whole paths. Files that are not open are
+// links to those on disk, so that each file that is included is found beside the one that includes
+// it, as on disk.
+#ifndef NORVANE_PM_LSP_OVERLAY_H
+#define NORVANE_PM_LSP_OVERLAY_H
+
+#include <string>
+#include <vector>
+
+#include "includes.h"
+
+namespace norvane::pm::lsp {
+
+// A directory for temporary files, which is removed at the end with all that is in it.
+class PrivateDirectory {
+  public:
+    PrivateDirectory(); // throws std::system_error
+    ~PrivateDirectory();
+    PrivateDirectory(const PrivateDirectory&) = delete;
+    PrivateDirectory& operator=(const PrivateDirectory&) = delete;
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+class Overlay {
+  public:
+    explicit Overlay(std::string root) : root_(std::move(root)) {}
+    ~Overlay();
+    Overlay(const Overlay&) = delete;
+    Overlay& operator=(const Overlay&) = delete;
+
+    const std::string& root() const { return root_; }
+    // Throws std::system_error where a file cannot be written.
+    void add(const SourceSet& sources, const Documents& documents);
+    std::string path(const std::string& file) const { return root_ + file; }
+    // -I for the directories, each after what is above it here.
+    std::vector<std::string> include_options(const std::vector<std::string>& directories) const;
+
+  private:
+    std::string root_;
+};
+
+} // namespace norvane::pm::lsp
+
+#endif

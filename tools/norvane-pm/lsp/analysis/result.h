@@ -1,0 +1,33 @@
+// What a run has found.
+#ifndef NORVANE_PM_LSP_RESULT_H
+#define NORVANE_PM_LSP_RESULT_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "finding.h"
+#include "worker.h"
+
+namespace norvane::pm::lsp {
+
+// What the check of a model finds out.
+struct Facts {
+    std::map<std::string, std::string> constants;            // their values
+    std::map<std::string, std::vector<std::string>> classes; // what cuts an unbounded variable's
+};
+
+struct Result {
+    std::vector<Finding> findings;
+    Facts facts;
+    std::string text; // of the model after the preprocessor
+    bool has_text = false;
+};
+
+// Takes the output of a run apart. Names of files below `overlay_root` become those of the user's,
+// and what names no file is about `file`.
+Result result_of(Output output, const std::string& overlay_root, const std::string& file);
+
+} // namespace norvane::pm::lsp
+
+#endif

@@ -1,0 +1,120 @@
+#include "unit.h"
+
+#include "analyse.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+// What an editor shows of one file; more make it slow.
+constexpr unsigned most_errors = 500;
+
+constexpr unsigned long long most_nodes = 200'000'000;
+
+// A source that no modeller writes; its check would take minutes.
+constexpr std::size_t largest_model = std::size_t{16} << 20;
+
+Finding finding_about(const std::string& file, Severity severity, std::string message,
+                      std::string hint = {}) {
+    Finding finding;
+    finding.severity = severity;
+    finding.message = std::move(message);
+    finding.place.file = file;
+    finding.hint = std::move(hint);
+    return finding;
+}
+
+} // namespace
+
+void Unit::mark_changed() {
+    is_changed_ = true;
+    worker_.reset();
+    overlay_.reset();
+}
+
+bool Unit::is_too_large() const {
+    std::size_t size = 0;
+    for (const auto& [path, bytes] : sources_)
+        size += bytes.size();
+    return size > largest_model;
+}
+
+Job Unit::job(const Documents&) const {
+    Job job;
+    Options& options = job.options;
+    options.format = Format::json;
+    options.color = Color::never;
+    options.max_errors = most_errors;
+    options.max_nodes = most_nodes;
+    for (const std::string& word : settings_.warnings)
+        options.warnings.take(word);
+    if (settings_.model.empty()) {
+        options.file = overlay_->path(calculation_);
+        job.command = parse_calculation;
+        return job;
+    }
+    options.file = overlay_->path(settings_.model);
+    options.from = ModelForm::source;
+    options.cpp_args = overlay_->include_options(settings_.directories);
+    options.cpp_args.insert(options.cpp_args.end(), settings_.macros.begin(),
+                            settings_.macros.end());
+    job.preprocess = options.file;
+    job.command = is_calculation() ? analyse_calculation : analyse_model;
+    if (!is_calculation()) return job;
+    options.calculation = overlay_->path(calculation_);
+    options.calc_from = CalcForm::source;
+    return job;
+}
+
+void Unit::start(const Documents& documents, const std::string& directory) {
+    sources_.clear();
+    if (!settings_.model.empty())
+        sources_ = sources_of(settings_.model, settings_.directories, documents);
+    if (is_calculation())
+        if (auto bytes = documents.bytes(calculation_)) sources_[calculation_] = *std::move(bytes);
+    is_changed_ = false;
+    if (is_too_large()) {
+        Result none;
+        none.findings = {finding_about(file(), Severity::note,
+                                       "the model is too large to be checked while it is edited",
+                                       "norvane-pm check " + file())};
+        return finish(std::move(none));
+    }
+    static unsigned count = 0;
+    overlay_ = std::make_unique<Overlay>(directory + "/run" + std::to_string(++count));
+    overlay_->add(sources_, documents);
+    Job what = job(documents);
+    what.directory = overlay_->root();
+    worker_ = std::make_unique<Worker>(what);
+}
+
+bool Unit::read_worker() {
+    if (!worker_->read()) return false;
+    Result result = result_of(worker_->output(), overlay_->root(), file());
+    worker_.reset();
+    overlay_.reset();
+    finish(std::move(result));
+    return true;
+}
+
+void Unit::give_up() {
+    worker_.reset();
+    overlay_.reset();
+    Result none;
+    none.findings = {finding_about(file(), Severity::warning, "the check takes too long")};
+    finish(std::move(none));
+}
+
+void Unit::finish(Result result) {
+    result_ = std::move(result);
+    ++generation_;
+    if (!settings_.fault.empty())
+        result_.findings.push_back(
+            finding_about(settings_.faulty_file, Severity::warning, settings_.fault));
+    if (is_calculation() && settings_.model.empty())
+        result_.findings.push_back(finding_about(
+            calculation_, Severity::note,
+            "the model of this calculation is not known, so only its syntax is checked",
+            "name it in a workspace or in .norvane.json"));
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,70 @@
+// What is checked in one run: a model with all its files, or a calculation with its model.
+#ifndef NORVANE_PM_LSP_UNIT_H
+#define NORVANE_PM_LSP_UNIT_H
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "includes.h"
+#include "overlay.h"
+#include "result.h"
+#include "settings.h"
+#include "worker.h"
+
+namespace norvane::pm::lsp {
+
+class Unit {
+  public:
+    // Of a calculation if there is one, else of the model of the settings.
+    Unit(Settings settings, std::string calculation)
+        : settings_(std::move(settings)), calculation_(std::move(calculation)) {}
+
+    const Settings& settings() const { return settings_; }
+    bool is_calculation() const { return !calculation_.empty(); }
+    // The file that reports without a place are about.
+    const std::string& file() const { return is_calculation() ? calculation_ : settings_.model; }
+    bool is_same(const Settings& settings, const std::string& calculation) const {
+        return settings_ == settings && calculation_ == calculation;
+    }
+
+    // Whether a change of the file may change what is found: as far as the last run knows.
+    bool reads(const std::string& path) const {
+        return path == file() || path == settings_.model || sources_.contains(path);
+    }
+    // A run that is going on is out of date: it is stopped, and its results are never shown.
+    void mark_changed();
+    bool needs_run() const { return is_changed_ && !worker_; }
+    bool is_up_to_date() const { return !is_changed_; }
+
+    // Starts a run on the documents as they are.
+    void start(const Documents& documents, const std::string& directory);
+    // What the run found, when it has ended; to be called when descriptor() is readable.
+    Worker* worker() const { return worker_.get(); }
+    bool read_worker();
+    void give_up();
+
+    const Result& result() const { return result_; }
+    // The files of the model, and the calculation, as the run has read them.
+    const SourceSet& sources() const { return sources_; }
+    // Counts the runs that have ended.
+    unsigned generation() const { return generation_; }
+
+  private:
+    Job job(const Documents& documents) const;
+    bool is_too_large() const;
+    void finish(Result result);
+
+    Settings settings_;
+    std::string calculation_;
+    bool is_changed_ = true;
+    SourceSet sources_;
+    Result result_;
+    unsigned generation_ = 0;
+    std::unique_ptr<Overlay> overlay_;
+    std::unique_ptr<Worker> worker_;
+};
+
+} // namespace norvane::pm::lsp
+
+#endif

@@ -1,0 +1,110 @@
+#include "documents.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "uri.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+constexpr std::uintmax_t largest_source = std::uintmax_t{64} << 20;
+
+bool is_calculation(const Json& item, const std::string& path) {
+    const std::string language = text_of(member(item, "languageId"));
+    if (language == "norvane-cl") return true;
+    return language != "norvane-pm" && path.ends_with(".cl");
+}
+
+// How the client will save a text is told by the file that it comes from. A new file, and one
+// without letters beyond ASCII, is taken to be in the library's own code.
+Coding coding_of(const std::string& path) {
+    const auto bytes = read_source_file(path);
+    return bytes ? Lines::of_bytes(*bytes).coding() : Coding::codepage;
+}
+
+} // namespace
+
+std::optional<std::string> read_source_file(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error) ||
+        std::filesystem::file_size(path, error) > largest_source)
+        return {};
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream) return {};
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+Document* Documents::open(const Json& item) {
+    const std::string uri = text_of(member(item, "uri"));
+    if (uri.empty() || !member(item, "text").is_string()) return nullptr;
+    Document document;
+    document.uri = uri;
+    document.path = path_of(uri);
+    const Json& version = member(item, "version");
+    if (version.is_number_integer()) document.version = version.get<long long>();
+    document.is_calculation = is_calculation(item, document.path);
+    document.lines = Lines(member(item, "text").get<std::string>(), coding_of(document.path));
+    return &(open_[document.path] = std::move(document));
+}
+
+Document* Documents::change(const Json& params) {
+    const auto found = open_.find(path_of(text_of(member(params, "textDocument", "uri"))));
+    if (found == open_.end()) return nullptr;
+    Document& document = found->second;
+    const Json& version = member(params, "textDocument", "version");
+    if (version.is_number_integer()) document.version = version.get<long long>();
+    const Json& changes = member(params, "contentChanges");
+    if (!changes.is_array()) return &document;
+    for (const Json& change : changes) {
+        if (!member(change, "text").is_string()) continue;
+        const std::string& text = member(change, "text").get_ref<const std::string&>();
+        if (member(change, "range").is_object())
+            document.lines.replace(range_of(member(change, "range")), text);
+        else
+            document.lines = Lines(text, document.lines.coding());
+    }
+    return &document;
+}
+
+std::optional<Document> Documents::close(const std::string& path) {
+    auto node = open_.extract(path);
+    if (node.empty()) return {};
+    files_.erase(path);
+    return std::move(node.mapped());
+}
+
+void Documents::saved(const std::string& path) {
+    const auto found = open_.find(path);
+    if (found == open_.end()) return;
+    Document& document = found->second;
+    document.lines = Lines(document.lines.text(), coding_of(path));
+}
+
+const Document* Documents::find(const std::string& path) const {
+    const auto found = open_.find(path);
+    return found == open_.end() ? nullptr : &found->second;
+}
+
+const Lines* Documents::lines(const std::string& path) const {
+    if (const Document* document = find(path)) return &document->lines;
+    const auto [place, is_new] = files_.try_emplace(path);
+    if (is_new) {
+        if (auto bytes = read_source_file(path))
+            place->second = std::make_unique<Lines>(Lines::of_bytes(*std::move(bytes)));
+    }
+    return place->second.get();
+}
+
+std::optional<std::string> Documents::bytes(const std::string& path) const {
+    if (const Document* document = find(path)) return document->lines.bytes();
+    return read_source_file(path);
+}
+
+std::string Documents::uri(const std::string& path) const {
+    const Document* document = find(path);
+    return document ? document->uri : uri_of(path);
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,54 @@
+// What the client has open, and the files that it has not.
+#ifndef NORVANE_PM_LSP_DOCUMENTS_H
+#define NORVANE_PM_LSP_DOCUMENTS_H
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "json.h"
+#include "lines.h"
+
+namespace norvane::pm::lsp {
+
+struct Document {
+    std::string uri; // as the client spells it
+    std::string path;
+    long long version = 0;
+    bool is_calculation = false;
+    Lines lines;
+};
+
+// The bytes of a regular file; nothing for others, and for what is too large for a source.
+std::optional<std::string> read_source_file(const std::string& path);
+
+class Documents {
+  public:
+    // Take the parameters of the client's notifications. Null where the document is not open.
+    Document* open(const Json& item);
+    Document* change(const Json& params);
+    std::optional<Document> close(const std::string& path);
+    void saved(const std::string& path);
+
+    const Document* find(const std::string& path) const;
+    const std::map<std::string, Document>& all() const { return open_; }
+
+    // The lines of a document, or of a file that is not open; null where it cannot be read. Files
+    // are kept until forget_files().
+    const Lines* lines(const std::string& path) const;
+    // The bytes that a file would have if it were saved.
+    std::optional<std::string> bytes(const std::string& path) const;
+    void forget_files() { files_.clear(); }
+
+    // As the client spells it, if it is open.
+    std::string uri(const std::string& path) const;
+
+  private:
+    std::map<std::string, Document> open_; // by path
+    mutable std::map<std::string, std::unique_ptr<Lines>> files_;
+};
+
+} // namespace norvane::pm::lsp
+
+#endif

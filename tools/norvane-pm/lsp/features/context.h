@@ -1,0 +1,36 @@
+// What a request is answered from.
+#ifndef NORVANE_PM_LSP_CONTEXT_H
+#define NORVANE_PM_LSP_CONTEXT_H
+
+#include <vector>
+
+#include "documents.h"
+#include "json.h"
+#include "result.h"
+
+namespace norvane::pm::lsp {
+
+class Unit;
+
+struct Context {
+    const Documents& documents;
+    const Document& document;
+    const Unit& unit; // up to date
+    const Json& params;
+};
+
+// A request about a document.
+struct Feature {
+    const char* method;
+    Json (*answer)(const Context&);
+};
+
+// Null for a method that is none.
+const Feature* find_feature(const std::string& method);
+
+// What the server tells the client that it does.
+Json capabilities();
+
+} // namespace norvane::pm::lsp
+
+#endif

@@ -1,0 +1,229 @@
+#include "server.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+
+#include "uri.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+bool is_id(const Json& id) {
+    return id.is_string() || id.is_number_integer();
+}
+
+} // namespace
+
+const Server::Handler Server::handlers[] = {
+    {"initialized", &Server::initialized},
+    {"textDocument/didOpen", &Server::opened},
+    {"textDocument/didChange", &Server::changed},
+    {"textDocument/didSave", &Server::saved},
+    {"textDocument/didClose", &Server::closed},
+    {"workspace/didChangeWatchedFiles", &Server::files_changed},
+};
+
+// Messages in. -----------------------------------------------------------------------------------
+
+void Server::refuse_frame(const char* fault) {
+    client_.refuse(nullptr, ErrorCode::parse_error, fault);
+}
+
+void Server::take(const std::string& body) {
+    Json message = Json::parse(body, nullptr, false);
+    if (message.is_discarded()) return refuse_frame("the message is no JSON");
+    if (!message.is_object())
+        return client_.refuse(nullptr, ErrorCode::invalid_request, "the message is no object");
+    if (member(message, "method") == "$/cancelRequest")
+        return cancel(member(message, "params", "id"));
+    messages_.push_back(std::move(message));
+}
+
+// A request that is being answered, or was, is no longer known.
+void Server::cancel(const Json& id) {
+    if (!is_id(id)) return;
+    const auto refuse = [this, &id](auto& requests, auto id_of) {
+        const auto found = std::ranges::find(requests, id, id_of);
+        if (found == requests.end()) return;
+        requests.erase(found);
+        client_.refuse(id, ErrorCode::request_cancelled, "the request was cancelled");
+    };
+    refuse(messages_, [](const Json& message) {
+        return member(message, "method").is_string() ? member(message, "id") : Json();
+    });
+    refuse(waiting_, [](const Waiting& request) { return request.id; });
+}
+
+bool Server::handle_next() {
+    if (messages_.empty() || has_ended()) return false;
+    const Json message = std::move(messages_.front());
+    messages_.pop_front();
+    handle(message);
+    return true;
+}
+
+// Whatever happens in a message ends with it.
+void Server::handle(const Json& message) {
+    const Json& id = member(message, "id");
+    const Json& method = member(message, "method");
+    if (!method.is_string()) {
+        if (member(message, "result").is_null() && member(message, "error").is_null() &&
+            !id.is_null())
+            client_.refuse(is_id(id) ? id : Json(), ErrorCode::invalid_request,
+                           "the request has no method");
+        return; // the answer to a request of ours
+    }
+    const Json& params = member(message, "params");
+    if (message.contains("id")) {
+        if (!is_id(id))
+            return client_.refuse(nullptr, ErrorCode::invalid_request, "the id is none");
+        try {
+            return handle_request(id, method, params);
+        } catch (const RequestError& error) {
+            return client_.refuse(id, error.code, error.message);
+        } catch (const std::bad_alloc&) {
+            return client_.refuse(id, ErrorCode::internal_error, "out of memory");
+        } catch (const std::exception& error) {
+            return client_.refuse(id, ErrorCode::internal_error, error.what());
+        }
+    }
+    if (method == "exit") {
+        has_exited_ = true;
+        return;
+    }
+    if (state_ != State::running) return;
+    const auto* row =
+        std::ranges::find(handlers, method.get_ref<const std::string&>(), &Handler::method);
+    if (row == std::end(handlers)) return;
+    try {
+        (this->*row->handle)(params);
+    } catch (const std::exception& error) {
+        client_.notify("window/logMessage",
+                       {{"type", 1}, {"message", std::string(row->method) + ": " + error.what()}});
+    }
+}
+
+// Requests. --------------------------------------------------------------------------------------
+
+void Server::handle_request(const Json& id, const std::string& method, const Json& params) {
+    if (state_ == State::started && method != "initialize")
+        throw RequestError{ErrorCode::not_initialized, "the server is not initialized"};
+    if (state_ == State::shut_down)
+        throw RequestError{ErrorCode::invalid_request, "the server was shut down"};
+    if (method == "initialize") return client_.answer(id, initialize(params));
+    if (method == "shutdown") {
+        state_ = State::shut_down;
+        return client_.answer(id, nullptr);
+    }
+    const Feature* feature = find_feature(method);
+    if (!feature) throw RequestError{ErrorCode::method_not_found, "there is no " + method};
+    Waiting request{id, feature, params, path_of(text_of(member(params, "textDocument", "uri")))};
+    const Unit* unit = units_.of(request.path);
+    if (unit && !unit->is_up_to_date())
+        waiting_.push_back(std::move(request));
+    else
+        answer(request);
+}
+
+// Answers about a text are right only after the run on it.
+void Server::answer_waiting() {
+    std::vector<Waiting> still;
+    for (Waiting& request : std::exchange(waiting_, {})) {
+        const Unit* unit = units_.of(request.path);
+        if (unit && !unit->is_up_to_date())
+            still.push_back(std::move(request));
+        else
+            answer(request);
+    }
+    waiting_ = std::move(still);
+}
+
+void Server::answer(const Waiting& request) try {
+    const Document* document = documents_.find(request.path);
+    const Unit* unit = units_.of(request.path);
+    if (!document || !unit)
+        return client_.refuse(request.id, ErrorCode::invalid_params, "the document is not open");
+    client_.answer(request.id,
+                   request.feature->answer({documents_, *document, *unit, request.params}));
+} catch (const RequestError& error) {
+    client_.refuse(request.id, error.code, error.message);
+} catch (const std::bad_alloc&) {
+    client_.refuse(request.id, ErrorCode::internal_error, "out of memory");
+} catch (const std::exception& error) {
+    client_.refuse(request.id, ErrorCode::internal_error, error.what());
+}
+
+Json Server::initialize(const Json& params) {
+    if (state_ != State::started)
+        throw RequestError{ErrorCode::invalid_request, "the server is initialized already"};
+    state_ = State::running;
+    const Json& process = member(params, "processId");
+    if (process.is_number_integer()) client_process_ = process.get<int>();
+    watches_files_ = member(params, "capabilities", "workspace", "didChangeWatchedFiles",
+                            "dynamicRegistration") == true;
+    return {{"capabilities", capabilities()}, {"serverInfo", {{"name", "norvane-pm"}}}};
+}
+
+// Notifications. ---------------------------------------------------------------------------------
+
+void Server::initialized(const Json&) {
+    if (!watches_files_) return;
+    Json watchers = Json::array();
+    for (const char* pattern : {"**/*.pm", "**/*.cl", "**/*.h", "**/*.zeb", "**/.norvane.json"})
+        watchers.push_back({{"globPattern", pattern}});
+    client_.request("client/registerCapability",
+                    {{"registrations",
+                      {{{"id", "files"},
+                        {"method", "workspace/didChangeWatchedFiles"},
+                        {"registerOptions", {{"watchers", watchers}}}}}}});
+}
+
+void Server::opened(const Json& params) {
+    const Document* document = documents_.open(member(params, "textDocument"));
+    if (!document) return;
+    units_.changed(document->path);
+    units_.assign_all(); // the document may include others
+}
+
+void Server::changed(const Json& params) {
+    if (const Document* document = documents_.change(params)) units_.changed(document->path);
+}
+
+// What a file includes may have changed with it.
+void Server::saved(const Json& params) {
+    const std::string path = path_of(text_of(member(params, "textDocument", "uri")));
+    documents_.saved(path);
+    units_.changed(path);
+    units_.assign_all();
+}
+
+void Server::closed(const Json& params) {
+    const std::string path = path_of(text_of(member(params, "textDocument", "uri")));
+    if (!documents_.close(path)) return;
+    units_.changed(path);
+    units_.release(path);
+    units_.assign_all();
+}
+
+void Server::files_changed(const Json& params) {
+    const Json& changes = member(params, "changes");
+    if (!changes.is_array()) return;
+    for (const Json& change : changes)
+        units_.changed(path_of(text_of(member(change, "uri"))));
+    units_.assign_all();
+}
+
+// Runs. ------------------------------------------------------------------------------------------
+
+void Server::serve_run() {
+    if (units_.read()) answer_waiting();
+}
+
+void Server::when_idle() {
+    if (units_.stop_late()) answer_waiting();
+    units_.run_next();
+    if (!waiting_.empty()) answer_waiting();
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,137 @@
+#include "units.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "shown_findings.h"
+
+namespace norvane::pm::lsp {
+
+std::shared_ptr<Unit> Units::unit_for(const Document& document) {
+    Settings settings = settings_of(document, documents_);
+    const std::string calculation = document.is_calculation ? document.path : "";
+    for (const auto& unit : units_)
+        if (unit->is_same(settings, calculation)) return unit;
+    units_.insert(units_.begin(), std::make_shared<Unit>(std::move(settings), calculation));
+    return units_.front();
+}
+
+void Units::assign(const Document& document) {
+    of_[document.path] = unit_for(document);
+    forget_unused();
+}
+
+void Units::assign_all() {
+    for (const auto& [path, document] : documents_.all())
+        of_[path] = unit_for(document);
+    forget_unused();
+}
+
+void Units::release(const std::string& path) {
+    of_.erase(path);
+    forget_unused();
+    publish(path);
+}
+
+void Units::forget_unused() {
+    std::vector<std::string> stale;
+    for (const auto& unit : units_) {
+        const bool is_used =
+            std::ranges::any_of(of_, [&unit](const auto& entry) { return entry.second == unit; });
+        if (is_used) continue;
+        if (running_ == unit.get()) running_ = nullptr;
+        for (auto& [path, found] : shown_)
+            if (found.erase(unit.get()) > 0) stale.push_back(path);
+    }
+    std::erase_if(units_, [this](const auto& unit) {
+        return std::ranges::none_of(of_,
+                                    [&unit](const auto& entry) { return entry.second == unit; });
+    });
+    for (const std::string& path : stale)
+        publish(path);
+}
+
+void Units::changed(const std::string& path) {
+    documents_.forget_files();
+    std::ranges::stable_partition(units_, [&path](const auto& unit) { return unit->reads(path); });
+    for (const auto& unit : units_) {
+        if (!unit->reads(path)) break;
+        unit->mark_changed();
+        if (running_ == unit.get()) running_ = nullptr;
+    }
+}
+
+void Units::run_next() {
+    if (running_) return;
+    for (const auto& unit : units_) {
+        if (!unit->needs_run()) continue;
+        try {
+            unit->start(documents_, directory_.path());
+        } catch (const std::system_error&) {
+            unit->give_up();
+        }
+        if (unit->worker()) {
+            running_ = unit.get();
+            return;
+        }
+        show(*unit);
+    }
+}
+
+bool Units::read() {
+    Unit* unit = running_;
+    if (!unit->read_worker()) return false;
+    running_ = nullptr;
+    show(*unit);
+    return true;
+}
+
+bool Units::stop_late() {
+    if (!running_ || !running_->worker()->is_late()) return false;
+    Unit* unit = running_;
+    running_ = nullptr;
+    unit->give_up();
+    show(*unit);
+    return true;
+}
+
+Unit* Units::of(const std::string& path) {
+    const auto found = of_.find(path);
+    return found == of_.end() ? nullptr : found->second.get();
+}
+
+std::vector<const Unit*> Units::all() const {
+    std::vector<const Unit*> all;
+    for (const auto& unit : units_)
+        all.push_back(unit.get());
+    return all;
+}
+
+void Units::show(const Unit& unit) {
+    std::set<std::string> paths;
+    for (auto& [path, found] : shown_)
+        if (found.erase(&unit) > 0) paths.insert(path);
+    for (const Finding& finding : unit.result().findings) {
+        Json& list = shown_[finding.place.file][&unit];
+        list.push_back(to_diagnostic(finding, documents_));
+        paths.insert(finding.place.file);
+    }
+    for (const auto& [path, of_document] : of_)
+        if (of_document.get() == &unit) paths.insert(path);
+    for (const std::string& path : paths)
+        publish(path);
+}
+
+// A file may be part of several models, which find the same in it.
+void Units::publish(const std::string& path) {
+    Json all = Json::array();
+    for (const auto& [unit, list] : shown_[path])
+        for (const Json& diagnostic : list)
+            if (std::ranges::find(all, diagnostic) == all.end()) all.push_back(diagnostic);
+    Json params = {{"uri", documents_.uri(path)}, {"diagnostics", all}};
+    if (const Document* document = documents_.find(path)) params["version"] = document->version;
+    if (all.empty()) shown_.erase(path);
+    client_.notify("textDocument/publishDiagnostics", std::move(params));
+}
+
+} // namespace norvane::pm::lsp

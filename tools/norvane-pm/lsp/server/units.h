@@ -1,0 +1,58 @@
+// The units of the open documents: which of them is checked next, and what is shown of each.
+#ifndef NORVANE_PM_LSP_UNITS_H
+#define NORVANE_PM_LSP_UNITS_H
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "connection.h"
+#include "unit.h"
+
+namespace norvane::pm::lsp {
+
+class Units {
+  public:
+    Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {}
+
+    // A document was opened, its settings may have changed, or it is closed.
+    void assign(const Document& document);
+    void release(const std::string& path);
+    // Looks up the settings of all documents once more.
+    void assign_all();
+
+    void changed(const std::string& path);
+
+    // Starts the next run that is needed, if none is going on.
+    void run_next();
+    // Of the run that is going on; -1 where there is none.
+    int descriptor() const { return running_ ? running_->worker()->descriptor() : -1; }
+    // Reads from the run; true if a unit is up to date now.
+    bool read();
+    // Ends a run that takes too long.
+    bool stop_late();
+
+    Unit* of(const std::string& path);
+    std::vector<const Unit*> all() const;
+
+  private:
+    std::shared_ptr<Unit> unit_for(const Document& document);
+    void forget_unused();
+    void show(const Unit& unit);
+    void publish(const std::string& path);
+
+    Documents& documents_;
+    Connection& client_;
+    PrivateDirectory directory_;
+    std::vector<std::shared_ptr<Unit>> units_; // the one that was changed last comes first
+    std::map<std::string, std::shared_ptr<Unit>> of_;
+    Unit* running_ = nullptr;
+    // By path, and by the unit whose run has found them.
+    std::map<std::string, std::map<const Unit*, Json>> shown_;
+};
+
+} // namespace norvane::pm::lsp
+
+#endif

@@ -1,0 +1,105 @@
+#include "message_reader.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+
+namespace norvane::pm::lsp {
+namespace {
+
+constexpr std::string_view length_name = "content-length:";
+constexpr std::string_view header_end = "\r\n\r\n";
+constexpr std::size_t longest_header = 4096;
+
+char lower(char c) {
+    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
+// Where the name of the length begins, from `from` on, in any case of letters.
+std::size_t find_length(std::string_view text, std::size_t from) {
+    from = std::min(from, text.size());
+    const auto found = std::search(
+        text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), length_name.begin(),
+        length_name.end(), [](char in_text, char in_name) { return lower(in_text) == in_name; });
+    return found == text.end() ? std::string_view::npos
+                               : static_cast<std::size_t>(found - text.begin());
+}
+
+// The number in a header; nothing where it is none, or where other bytes are before its name.
+std::optional<std::size_t> length_in(std::string_view header) {
+    const std::size_t name = find_length(header, 0);
+    if (name == std::string_view::npos) return {};
+    if (name > 0 && header[name - 1] != '\n') return {};
+    std::string_view number = header.substr(name + length_name.size());
+    number = number.substr(0, number.find('\r'));
+    number.remove_prefix(std::min(number.find_first_not_of(" \t"), number.size()));
+    while (!number.empty() && (number.back() == ' ' || number.back() == '\t'))
+        number.remove_suffix(1);
+    std::size_t length = 0;
+    const auto [after, error] =
+        std::from_chars(number.data(), number.data() + number.size(), length);
+    if (error != std::errc() || after != number.data() + number.size()) return {};
+    return length;
+}
+
+} // namespace
+
+void MessageReader::add(std::string_view bytes) {
+    const std::size_t skipped = std::min(skip_, bytes.size());
+    skip_ -= skipped;
+    bytes.remove_prefix(skipped);
+    if (at_ > buffer_.size() / 2) {
+        buffer_.erase(0, at_);
+        at_ = 0;
+    }
+    buffer_ += bytes;
+}
+
+std::optional<Frame> MessageReader::next() {
+    if (!body_) {
+        if (auto fault = read_header()) return fault;
+        if (!body_) return {};
+    }
+    if (rest().size() < *body_) {
+        buffer_.reserve(at_ + *body_);
+        return {};
+    }
+    Frame frame{std::string(rest().substr(0, *body_))};
+    at_ += *body_;
+    body_.reset();
+    return frame;
+}
+
+std::optional<Frame> MessageReader::read_header() {
+    const std::size_t end = rest().find(header_end);
+    if (end == std::string_view::npos) {
+        if (rest().size() <= longest_header) return {};
+        return resume_at_header("a header without an end");
+    }
+    const auto length = length_in(rest().substr(0, end));
+    if (!length) return resume_at_header("a header without a length");
+    is_lost_ = false;
+    at_ += end + header_end.size();
+    if (*length <= largest_body) {
+        body_ = *length;
+        return {};
+    }
+    const std::size_t there = std::min(*length, rest().size());
+    at_ += there;
+    skip_ = *length - there;
+    return Frame{{}, "a message that is too large"};
+}
+
+// Drops what is before the next name of a length, or all but what may be its beginning. The reason
+// is told once for all that is dropped in a row.
+std::optional<Frame> MessageReader::resume_at_header(const char* fault) {
+    const std::string_view text = rest();
+    const std::size_t next = find_length(text, 1);
+    const std::size_t kept = std::min(text.size() - 1, length_name.size());
+    at_ += next == std::string_view::npos ? text.size() - kept : next;
+    if (is_lost_) return next == std::string_view::npos ? std::nullopt : read_header();
+    is_lost_ = true;
+    return Frame{{}, fault};
+}
+
+} // namespace norvane::pm::lsp
