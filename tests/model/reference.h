@@ -182,37 +182,36 @@ class Reference {
 
     Products products(Random& random) {
         Products products;
-        walk(model_.project.get(), [&](const std::string& path, TypeCon* type) {
-            const auto& values = type->values;
-            double last = 1;
-            const PolyList* labels = nullptr;
-            switch (type->contype) {
-            case TC_PROD:
-            case TC_ARRAY: return;
-            case TC_STRING:
-                tc_create_string_hash(type);
-                labels = values.enum_string.labellist;
-                break;
-            case TC_UBOUND_INTEGER:
-                tc_create_integer_intervals(type);
-                labels = values.enum_int.labellist;
-                break;
-            case TC_UBOUND_FLOAT:
-                tc_create_float_intervals(type);
-                labels = values.enum_float.labellist;
-                break;
-            case TC_INT: last = evaluator_.value(values.upper).number; break;
-            case TC_SUM: last = plist_length(values.labels) - 1; break;
-            default: break;
-            }
-            if (labels) last = plist_length(labels) - 1;
-            const int number = random.between(0, static_cast<int>(last));
-            Value& finite = products.finite[path] = {static_cast<double>(number)};
-            const auto nth = static_cast<unsigned>(number);
-            products.source[path] =
-                labels ? one_of(type, static_cast<char*>(plist_nth(labels, nth))) : finite;
-        });
+        for (const Choice& choice : choices()) {
+            const int number = random.between(0, static_cast<int>(choice.values.size()) - 1);
+            products.finite[choice.path] = {static_cast<double>(number)};
+            products.source[choice.path] = choice.values[static_cast<std::size_t>(number)];
+        }
         return products;
+    }
+
+    // Calls visit with one product for each finite one, unless there are more than `most`; returns
+    // how many there are.
+    double for_each_product(double most, const std::function<void(const Product&)>& visit) {
+        const std::vector<Choice> all = choices();
+        double count = 1;
+        Product product;
+        for (const Choice& choice : all) {
+            count *= static_cast<double>(choice.values.size());
+            product[choice.path] = choice.values[0];
+        }
+        if (count > most) return count;
+        std::vector<std::size_t> chosen(all.size());
+        for (std::size_t at = 0; at < all.size();) {
+            visit(product);
+            for (at = 0; at < all.size(); ++at) {
+                const bool is_last = ++chosen[at] == all[at].values.size();
+                if (is_last) chosen[at] = 0;
+                product[all[at].path] = all[at].values[chosen[at]];
+                if (!is_last) break;
+            }
+        }
+        return count;
     }
 
     // The values of all rules on a product, those of a record once for each instance, in the order
@@ -240,6 +239,48 @@ class Reference {
 
   private:
     using Visit = std::function<void(const std::string& path, TypeCon* type)>;
+
+    // The values of a variable by their numbers, one for each class of an unbounded type.
+    struct Choice {
+        std::string path;
+        std::vector<Value> values;
+    };
+
+    std::vector<Choice> choices() {
+        std::vector<Choice> all;
+        walk(model_.project.get(), [&](const std::string& path, TypeCon* type) {
+            const auto& values = type->values;
+            int last = 1;
+            const PolyList* labels = nullptr;
+            switch (type->contype) {
+            case TC_PROD:
+            case TC_ARRAY: return;
+            case TC_STRING:
+                tc_create_string_hash(type);
+                labels = values.enum_string.labellist;
+                break;
+            case TC_UBOUND_INTEGER:
+                tc_create_integer_intervals(type);
+                labels = values.enum_int.labellist;
+                break;
+            case TC_UBOUND_FLOAT:
+                tc_create_float_intervals(type);
+                labels = values.enum_float.labellist;
+                break;
+            case TC_INT: last = static_cast<int>(evaluator_.value(values.upper).number); break;
+            case TC_SUM: last = static_cast<int>(plist_length(values.labels)) - 1; break;
+            default: break;
+            }
+            Choice& choice = all.emplace_back(Choice{path, {}});
+            if (labels)
+                for (const char* label : items<char>(labels))
+                    choice.values.push_back(one_of(type, label));
+            else
+                for (int number = 0; number <= last; ++number)
+                    choice.values.push_back({static_cast<double>(number)});
+        });
+        return all;
+    }
 
     void walk(const Project* project, const Visit& visit) {
         for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))

@@ -13,6 +13,8 @@
 
 #include "calculations.h"
 #include "explain.h"
+#include "flat_rules.h"
+#include "languages.h"
 #include "models.h"
 #include "packages.h"
 #include "serve.h"
@@ -87,6 +89,13 @@ Formats text_formats() {
 Formats result_formats() {
     return {{{"text", Format::text}, {"json", Format::json}},
             "The form of results and reports: text (the default), or json, one value a line"};
+}
+
+// For one whose results have both forms, and whose reports come in lines, too.
+Formats all_formats() {
+    return {{{"text", Format::text}, {"gcc", Format::gcc}, {"json", Format::json}},
+            "The form of results and reports: text (the default); json, one value a line; or gcc, "
+            "reports of one line each"};
 }
 
 void add_format(CLI::App& command, Options& options, const Formats& formats) {
@@ -230,12 +239,30 @@ void describe_checked_model(CLI::App& command, Options& options) {
     add_warnings(command, options);
 }
 
+void describe_variables(CLI::App& command, Options& options) {
+    add_model(command, options, result_formats());
+    add_warnings(command, options);
+}
+
 void describe_rules(CLI::App& command, Options& options) {
-    describe_checked_model(command, options);
+    add_model(command, options, all_formats());
+    add_warnings(command, options);
     command.add_flag("--no-simplify", options.as_written,
                      "Print the rules as they are written, loops, cases and names included");
     command.add_flag("--origin", options.with_origin,
                      "Print before each rule the file and line that it comes from");
+    command.add_flag("--labels", options.by_name,
+                     "Print values by name where a rule compares a variable with one");
+    add_choice<Language>(command, "--to", "LANGUAGE",
+                         "Write the variables and the rules in a language that solvers read, or "
+                         "as a model of plain variables",
+                         options.language,
+                         {{"smt2", Language::smtlib},
+                          {"mzn", Language::minizinc},
+                          {"lp", Language::asp},
+                          {"dimacs", Language::dimacs},
+                          {"opb", Language::opb},
+                          {"pm", Language::pm}});
 }
 
 void describe_convert(CLI::App& command, Options& options) {
@@ -398,6 +425,9 @@ constexpr Row commands[] = {
     {"", "print", "Load a model and print it as one source, includes and macros resolved",
      describe_model, print},
     {"", "simplify", "Check a model and print its finite form", describe_checked_model, simplify},
+    {"", "variables",
+     "Check a model and list the variables of its flat rules, with what their values stand for",
+     describe_variables, variables},
     {"", "rules", "Check a model and print its flat rules, one a line", describe_rules, rules},
     {"", "convert",
      "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "

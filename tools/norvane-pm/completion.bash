@@ -19,7 +19,8 @@ _norvane_pm() {
         [check]="$model --fix --warning"
         [print]=$model
         [simplify]="$model --warning"
-        [rules]="$model --warning --no-simplify --origin"
+        [variables]="$model --warning"
+        [rules]="$model --warning --no-simplify --origin --labels --to"
         [convert]="$model --to"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
@@ -68,7 +69,8 @@ _norvane_pm() {
         check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check)
             words='text gcc json sarif'
             ;;
-        calc\ builtins | workspace* | package*) words='text json' ;;
+        calc\ builtins | workspace* | package* | variables) words='text json' ;;
+        rules) words='text gcc json' ;;
         *) words='text gcc' ;;
         esac
         ;;
@@ -78,7 +80,13 @@ _norvane_pm() {
         ;;
     --color) words='auto always never' ;;
     --from) if [[ $command == calc* ]]; then words='cl clx mub'; else words='pm xml'; fi ;;
-    --to) if [[ $command == calc* ]]; then words='cl clx'; else words='pm xml'; fi ;;
+    --to)
+        case $command in
+        calc*) words='cl clx' ;;
+        rules) words='smt2 mzn lp dimacs opb pm' ;;
+        *) words='pm xml' ;;
+        esac
+        ;;
     --type) words='StandardMu' ;;
     -I | --include-dir | --bin-dir | --build-dir | --output-dir)
         compopt -o filenames 2> /dev/null
@@ -90,7 +98,7 @@ _norvane_pm() {
         if [[ $current == -* ]]; then
             words="${options[${command:--}]:-} --help"
         elif [[ -z $command ]]; then
-            words='info check print simplify rules convert calc presentation var-order workspace
+            words='info check print simplify variables rules convert calc presentation var-order workspace
                 package explain lsp'
         elif [[ -n ${subcommands[$command]:-} ]]; then
             words=${subcommands[$command]}

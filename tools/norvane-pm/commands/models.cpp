@@ -8,6 +8,7 @@
 
 #include "calculations.h"
 #include "fixes.h"
+#include "flat_rules.h"
 #include "output.h"
 #include "pipe_to_file.h"
 #include "refused_model.h"
@@ -192,6 +193,13 @@ CheckedModel& load_and_check_model(Session& session) {
     return check_model(session, load_model(session));
 }
 
+const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleForm form,
+                              RuleOrigins origins) {
+    session.begin(Step::expand, session.subject);
+    const DroppedReports dropped;
+    return session.keep(model.rules(form, origins));
+}
+
 void check(Session& session) {
     if (session.options.fix) fix(session);
     show_warnings(session, load_and_check_model(session), Made::nothing);
@@ -214,13 +222,12 @@ void simplify(Session& session) {
 
 void rules(Session& session) {
     const Options& options = session.options;
+    if (wants_written_rules(options)) return write_flat_rules(session);
     const CheckedModel& model = load_and_check_model(session);
     show_warnings(session, model, options.as_written ? Made::nothing : Made::rules);
-    session.begin(Step::expand, session.subject);
-    const DroppedReports dropped;
-    const FlatRules& flat =
-        session.keep(model.rules(options.as_written ? RuleForm::as_written : RuleForm::simplified,
-                                 options.with_origin ? RuleOrigins::kept : RuleOrigins::dropped));
+    const FlatRules& flat = expand_rules(
+        session, model, options.as_written ? RuleForm::as_written : RuleForm::simplified,
+        options.with_origin ? RuleOrigins::kept : RuleOrigins::dropped);
     session.begin(Step::print, session.subject);
     std::unique_ptr<UtilString, DeleteText> text;
     if (options.as_written) text.reset(call([] { return ustr_new(); }));

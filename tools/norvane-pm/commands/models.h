@@ -19,6 +19,9 @@ ModelForm model_form(ModelForm said, const std::string& file);
 // The model that the options name.
 Model& load_model(Session& session);
 CheckedModel& load_and_check_model(Session& session);
+// Its flat rules.
+const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleForm form,
+                              RuleOrigins origins);
 
 // Refuses inputs of which more than one is standard input: it can be read only once.
 void check_standard_input(const Session& session);

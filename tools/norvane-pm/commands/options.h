@@ -10,6 +10,8 @@
 
 namespace norvane::pm {
 
+enum class Language; // languages.h
+
 // The form of a model's file.
 enum class ModelForm { unknown, source, xml };
 
@@ -33,6 +35,8 @@ struct Options {
     ModelForm to = ModelForm::unknown;
     bool as_written = false;
     bool with_origin = false;
+    Language language{};  // of the rules; the plain text is the first
+    bool by_name = false; // values of the rules
 
     std::string calculation;
     CalcForm calc_from = CalcForm::unknown;

@@ -1,0 +1,361 @@
+#include "flat_model.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "norvane/base/deep.hpp"
+
+namespace norvane::pm {
+namespace {
+
+constexpr std::size_t uncountable = std::numeric_limits<std::size_t>::max();
+// A record with fewer parts is searched faster than hashed.
+constexpr std::size_t few_parts = 8;
+
+std::size_t sum(std::size_t a, std::size_t b) {
+    return a > uncountable - b ? uncountable : a + b;
+}
+
+std::size_t product(std::size_t a, std::size_t b) {
+    return b != 0 && a > uncountable / b ? uncountable : a * b;
+}
+
+std::string spelled(const char* name) {
+    char* quoted = call([name] { return ppm_quoted_id(const_cast<char*>(name)); });
+    std::string text = quoted;
+    call([quoted] { str_delete(quoted); });
+    return text;
+}
+
+std::vector<const char*> texts_of(const PolyList* list) {
+    std::vector<const char*> texts;
+    texts.reserve(list->len);
+    for (const char* text : items<char>(list))
+        texts.push_back(text);
+    return texts;
+}
+
+Shape scalar(ScalarKind kind, unsigned upper) {
+    Shape shape;
+    shape.kind = kind;
+    shape.upper = upper;
+    return shape;
+}
+
+Shape of_labels(ScalarKind kind, const PolyList* labels) {
+    Shape shape = scalar(kind, labels->len > 0 ? labels->len - 1 : 0);
+    shape.labels = texts_of(labels);
+    return shape;
+}
+
+const Part* find_part(const Shape& record, std::string_view name) {
+    if (!record.by_name.empty()) {
+        const auto found = record.by_name.find(name);
+        return found == record.by_name.end() ? nullptr : &record.parts[found->second];
+    }
+    for (const Part& part : record.parts)
+        if (name == part.decl->name) return &part;
+    return nullptr;
+}
+
+void add_index(std::string& path, unsigned index) {
+    char text[16] = "[";
+    char* end = std::to_chars(text + 1, text + sizeof text - 1, index).ptr;
+    *end++ = ']';
+    path.append(text, end);
+}
+
+// The part of a record that holds its variable of this number.
+const Part& part_with(const Shape& record, std::size_t number) {
+    const auto after = std::ranges::upper_bound(record.parts, number, {}, &Part::first);
+    return *std::prev(after);
+}
+
+} // namespace
+
+const char* kind_text(ScalarKind kind) {
+    switch (kind) {
+    case ScalarKind::boolean: return "boolean";
+    case ScalarKind::range: return "range";
+    case ScalarKind::enumeration: return "enumeration";
+    case ScalarKind::integer: return "integer";
+    case ScalarKind::real: return "float";
+    case ScalarKind::text: return "string";
+    case ScalarKind::optional: return "optional";
+    }
+    return "";
+}
+
+FlatModel::FlatModel(const CheckedModel& model) : model_(model) {
+    root_.form = Shape::Form::record;
+    root_.size = 0;
+    for (const VarDecl* decl : model.model().variables())
+        add_part(root_, decl);
+    close_record(root_);
+}
+
+void FlatModel::add_part(Shape& record, const VarDecl* decl) {
+    const Shape* shape = shape_of(decl->typecon);
+    record.parts.push_back({spelled(decl->name), decl, shape, record.size});
+    record.size = sum(record.size, shape->size);
+}
+
+void FlatModel::close_record(Shape& record) {
+    if (record.parts.size() <= few_parts) return;
+    for (std::size_t i = 0; i < record.parts.size(); ++i)
+        record.by_name.emplace(record.parts[i].decl->name, i);
+}
+
+const Shape* FlatModel::shape_of(TypeCon* type) {
+    if (stack_is_low()) return on_fresh_stack([&] { return shape_of(type); });
+    TypeCon* real = call([this, type] {
+        TypeCon* resolved = nullptr;
+        symtbl_lookup_typecon(model_.get()->line_info, model_.table(), type, &resolved,
+                              UNDEF_LINENO);
+        return resolved;
+    });
+    const auto known = by_type_.find(real);
+    if (known != by_type_.end()) return known->second;
+    Shape shape = make_shape(real);
+    const Shape* kept = &shapes_.emplace_back(std::move(shape));
+    by_type_.emplace(real, kept);
+    return kept;
+}
+
+Shape FlatModel::make_shape(TypeCon* type) {
+    const auto root_of = [type] { return call([type] { return tc_find_set(type); }); };
+    Shape shape;
+    switch (type->contype) {
+    case TC_BOOL: return scalar(ScalarKind::boolean, 1);
+    case TC_INT: return scalar(ScalarKind::range, index_of(type->values.upper));
+    case TC_SUM: return of_labels(ScalarKind::enumeration, type->values.labels);
+    case TC_UBOUND_INTEGER: {
+        TypeCon* root = root_of();
+        call([root] { tc_create_integer_intervals(root); });
+        return of_labels(ScalarKind::integer, root->values.enum_int.labellist);
+    }
+    case TC_UBOUND_FLOAT: {
+        TypeCon* root = root_of();
+        call([root] { tc_create_float_intervals(root); });
+        return of_labels(ScalarKind::real, root->values.enum_float.labellist);
+    }
+    case TC_STRING: {
+        TypeCon* root = root_of();
+        call([root] { tc_create_string_hash(root); });
+        return of_labels(ScalarKind::text, root->values.enum_string.labellist);
+    }
+    case TC_PROD:
+        shape.form = Shape::Form::record;
+        shape.size = 0;
+        for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
+            add_part(shape, field);
+        close_record(shape);
+        return shape;
+    case TC_ARRAY:
+        shape.form = Shape::Form::array;
+        shape.count = index_of(type->values.array.size);
+        shape.element = shape_of(type->values.array.element);
+        shape.size = product(shape.count, shape.element->size);
+        return shape;
+    default: // an optional: the check has refused all others
+        shape.form = Shape::Form::optional;
+        shape.kind = ScalarKind::optional;
+        shape.element = shape_of(type->values.base);
+        shape.size = sum(1, shape.element->size);
+        return shape;
+    }
+}
+
+unsigned FlatModel::index_of(const Expr* index) const {
+    if (index->structure == EXPR_INT_CONST)
+        return static_cast<unsigned>(index->args.intconst.value);
+    return static_cast<unsigned>(call([this, index] {
+        return ssem_static_evaluate_intexpr(model_.get(), model_.table(), const_cast<Expr*>(index));
+    }));
+}
+
+FlatPlace FlatModel::find(const IdCon* idcon, std::string* path) const {
+    FlatPlace place{&root_, 0};
+    if (path) path->clear();
+    for (bool is_last = false; !is_last;) {
+        is_last = idcon->contype != IDCON_COMPOSIT;
+        const IdCon* step = is_last ? idcon : idcon->args.compositid.hier;
+        const char* name = step->args.id.idname;
+        if (place.shape->form == Shape::Form::optional && std::strcmp(name, "SOME") == 0) {
+            place = {place.shape->element, place.first + 1};
+            if (path) *path += ".SOME";
+        } else {
+            const Part* part = find_part(*place.shape, name);
+            if (!part) return {};
+            place = {part->shape, place.first + part->first};
+            if (path) (path->empty() ? * path : * path += '.') += part->name;
+        }
+        if (step->contype == IDCON_ARRAY) {
+            for (const Expr* index : items<Expr>(step->args.array.exprlist)) {
+                const unsigned at = index_of(index);
+                if (place.shape->form != Shape::Form::array || at >= place.shape->count) return {};
+                place = {place.shape->element, place.first + at * place.shape->element->size};
+                if (path) add_index(*path, at);
+            }
+        }
+        if (!is_last) idcon = idcon->args.compositid.nested;
+    }
+    return place;
+}
+
+void for_each_pair(const FlatPlace& a, const FlatPlace& b,
+                   const std::function<void(std::size_t, std::size_t, const Shape&)>& visit) {
+    if (stack_is_low()) return on_fresh_stack([&] { for_each_pair(a, b, visit); });
+    switch (a.shape->form) {
+    case Shape::Form::scalar:
+    case Shape::Form::optional: visit(a.first, b.first, *a.shape); return;
+    case Shape::Form::record:
+        for (const Part& part : a.shape->parts) {
+            const Part* other = find_part(*b.shape, part.decl->name);
+            for_each_pair({part.shape, a.first + part.first},
+                          {other->shape, b.first + other->first}, visit);
+        }
+        return;
+    case Shape::Form::array:
+        for (unsigned i = 0; i < a.shape->count; ++i) {
+            const Shape* left = a.shape->element;
+            const Shape* right = b.shape->element;
+            for_each_pair({left, a.first + i * left->size}, {right, b.first + i * right->size},
+                          visit);
+        }
+        return;
+    }
+}
+
+// A walk over variables. The path is that of the part that the walk is at.
+struct FlatModel::Walk {
+    const std::function<bool(const FlatVariable&)>& visit;
+    std::string path;
+    std::size_t number = 0;
+    bool has_ended = false;
+};
+
+void FlatModel::walk(Walk& at, const Shape& shape, bool is_public, const VarDecl* decl) const {
+    if (stack_is_low()) return on_fresh_stack([&] { walk(at, shape, is_public, decl); });
+    const auto inside = [&](const std::string& step, const Shape& inner, bool inner_public,
+                            const VarDecl* inner_decl) {
+        const std::size_t length = at.path.size();
+        at.path += step;
+        walk(at, inner, inner_public, inner_decl);
+        at.path.resize(length);
+        return !at.has_ended;
+    };
+    switch (shape.form) {
+    case Shape::Form::optional:
+    case Shape::Form::scalar:
+        at.has_ended = !at.visit({at.number++, at.path, shape, is_public, decl});
+        if (shape.form == Shape::Form::optional && !at.has_ended)
+            inside(".SOME", *shape.element, is_public, decl);
+        return;
+    case Shape::Form::record:
+        for (const Part& part : shape.parts) {
+            const bool part_public = is_public && part.decl->vartype == VARTYPE_PUBLIC;
+            const std::string step = (at.path.empty() ? "" : ".") + part.name;
+            if (!inside(step, *part.shape, part_public, part.decl)) return;
+        }
+        return;
+    case Shape::Form::array:
+        for (unsigned i = 0; i < shape.count; ++i)
+            if (!inside("[" + std::to_string(i) + "]", *shape.element, is_public, decl)) return;
+        return;
+    }
+}
+
+void FlatModel::for_each(const std::function<bool(const FlatVariable&)>& visit) const {
+    Walk at{.visit = visit, .path = {}};
+    walk(at, root_, true, nullptr);
+}
+
+void FlatModel::with(std::size_t number,
+                     const std::function<void(const FlatVariable&)>& visit) const {
+    std::string path;
+    const Shape* shape = &root_;
+    bool is_public = true;
+    const VarDecl* decl = nullptr;
+    for (std::size_t rest = number;;) {
+        switch (shape->form) {
+        case Shape::Form::record: {
+            const Part& part = part_with(*shape, rest);
+            path += (path.empty() ? "" : ".") + part.name;
+            is_public = is_public && part.decl->vartype == VARTYPE_PUBLIC;
+            decl = part.decl;
+            rest -= part.first;
+            shape = part.shape;
+            continue;
+        }
+        case Shape::Form::array:
+            path += "[" + std::to_string(rest / shape->element->size) + "]";
+            rest %= shape->element->size;
+            shape = shape->element;
+            continue;
+        case Shape::Form::optional:
+            if (rest == 0) break;
+            path += ".SOME";
+            --rest;
+            shape = shape->element;
+            continue;
+        case Shape::Form::scalar: break;
+        }
+        return visit({number, path, *shape, is_public, decl});
+    }
+}
+
+std::string value_text(const Shape& shape, unsigned value) {
+    if (value < shape.labels.size()) return shape.labels[value];
+    switch (shape.kind) {
+    case ScalarKind::boolean: return value == 0 ? "false" : "true";
+    case ScalarKind::optional: return value == 0 ? "NONE" : "SOME";
+    default: return std::to_string(value);
+    }
+}
+
+std::string value_in_source(const Shape& shape, unsigned value) {
+    if (shape.kind == ScalarKind::text) {
+        if (value == 0 || value >= shape.labels.size()) return {}; // any other text
+        std::string text = "\"";
+        for (const char* c = shape.labels[value]; *c != '\0'; ++c) {
+            if (*c == '\n' || *c == '\r' || *c == '\t') {
+                text += '\\';
+                text += *c == '\n' ? 'n' : *c == '\r' ? 'r' : 't';
+            } else {
+                if (*c == '"' || *c == '\\') text += '\\';
+                text += *c;
+            }
+        }
+        return text + '"';
+    }
+    if (shape.kind == ScalarKind::boolean || shape.kind == ScalarKind::optional ||
+        shape.kind == ScalarKind::range)
+        return value_text(shape, value);
+    if (value >= shape.labels.size()) return {};
+    if (shape.kind == ScalarKind::enumeration) return spelled(shape.labels[value]);
+    const char* label = shape.labels[value];
+    return *label == '[' || *label == ']' ? "" : label;
+}
+
+DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber) {
+    DeclaredAt declared;
+    std::string text = model.model().position(linenumber);
+    const std::size_t end = text.find_last_not_of(" :");
+    text.resize(end == std::string::npos ? 0 : end + 1);
+    declared.text = text;
+    const std::size_t open = text.rfind(" (");
+    if (open == std::string::npos || text.back() != ')') return declared;
+    const char* last = text.data() + text.size() - 1;
+    unsigned line = 0;
+    const auto [after, error] = std::from_chars(text.data() + open + 2, last, line);
+    if (error != std::errc() || after != last) return declared;
+    declared.file = text.substr(0, open);
+    declared.line = line;
+    return declared;
+}
+
+} // namespace norvane::pm

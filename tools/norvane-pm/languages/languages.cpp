@@ -1,0 +1,65 @@
+#include "languages.h"
+
+#include <memory>
+
+#include "rule_writers.h"
+
+namespace norvane::pm {
+namespace {
+
+// Rules of one record come in a row once for each instance, so their places are remembered.
+class Origins {
+  public:
+    explicit Origins(const CheckedModel& model) : model_(model) {}
+    const DeclaredAt& of(const RuleDecl* decl) {
+        const auto [at, is_new] = known_.try_emplace(decl);
+        if (is_new) at->second = where_declared(model_, decl->linenumber);
+        return at->second;
+    }
+
+  private:
+    const CheckedModel& model_;
+    std::unordered_map<const RuleDecl*, DeclaredAt> known_;
+};
+
+std::unique_ptr<RuleWriter> writer_of(const Terms& terms, const LanguageOptions& options,
+                                      Writer& out) {
+    switch (options.language) {
+    case Language::json: return json_writer(terms, options.by_name, out);
+    case Language::smtlib: return smtlib_writer(terms, out);
+    case Language::minizinc: return minizinc_writer(terms, out);
+    case Language::pm: return pm_writer(terms, out);
+    default: return text_writer(terms, options, out);
+    }
+}
+
+} // namespace
+
+void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOptions& options,
+                 std::FILE* stream) {
+    const Terms terms(flat);
+    Writer out(stream);
+    Origins origins(flat.model());
+    const auto pass = [&](RuleWriter& writer) {
+        std::size_t number = 0;
+        writer.begin();
+        for (const FlatRule rule : rules) {
+            const DeclaredAt& origin = origins.of(rule.origin);
+            try {
+                writer.rule({rule.expr, ++number, origin});
+            } catch (const Inexpressible& reason) {
+                throw Unwritten{origin.text + ": the rule cannot be written: " + reason.why};
+            }
+            if (out.refused()) return;
+        }
+        writer.end();
+    };
+    switch (options.language) {
+    case Language::asp:
+    case Language::dimacs:
+    case Language::opb: write_clauses(terms, options.language, out, pass); break;
+    default: pass(*writer_of(terms, options, out));
+    }
+}
+
+} // namespace norvane::pm

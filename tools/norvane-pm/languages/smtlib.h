@@ -1,0 +1,41 @@
+// Flat rules as terms of SMT-LIB over bit vectors, whose arithmetic is that of the rules.
+//
+// A variable has as many bits as its upper bound needs; a comparison is made in as many as hold
+// both sides, and so is the arithmetic below it, since sums, differences and products modulo a
+// power of two do not depend on the bits above.
+#ifndef NORVANE_PM_SMTLIB_H
+#define NORVANE_PM_SMTLIB_H
+
+#include "terms.h"
+#include "writer.h"
+
+namespace norvane::pm {
+
+class SmtlibTerms {
+  public:
+    SmtlibTerms(const Terms& terms, Writer& out) : terms_(terms), out_(out) {}
+
+    // The declarations of all variables, and their bounds.
+    void declarations();
+    void truth(const Expr* expr);
+
+    // A variable by its path, and "has this value".
+    static void name(Writer& out, const std::string& path);
+    static void has_value(Writer& out, const std::string& path, const Shape& shape, unsigned value);
+    static unsigned bits_of(const Shape& shape); // 0 for a boolean
+
+  private:
+    void number(const Expr* expr, unsigned bits);
+    void variable(const Expr* expr, unsigned bits);
+    void binary(const Expr* expr);
+    void compare(const Expr* expr);
+    void compare_wholes(const Expr* expr);
+
+    const Terms& terms_;
+    Writer& out_;
+    std::string path_;
+};
+
+} // namespace norvane::pm
+
+#endif

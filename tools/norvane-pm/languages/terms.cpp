@@ -1,0 +1,131 @@
+#include "terms.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+#include "norvane/base/deep.hpp"
+
+namespace norvane::pm {
+namespace {
+
+constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int64_t highest = std::numeric_limits<std::int32_t>::max();
+
+Range wrapped(Range range, const Range& left, const Range& right) {
+    range.wraps = left.wraps || right.wraps;
+    if (range.low < lowest || range.high > highest) return {lowest, highest, true};
+    return range;
+}
+
+Range product(const Range& left, const Range& right) {
+    const auto [low, high] = std::minmax({left.low * right.low, left.low * right.high,
+                                          left.high * right.low, left.high * right.high});
+    return wrapped({low, high}, left, right);
+}
+
+// Of an operation on each bit of two numbers.
+Range bitwise(const Range& left, const Range& right) {
+    const unsigned bits = std::max(signed_bits(left), signed_bits(right));
+    const std::int64_t end = std::int64_t{1} << (bits - 1);
+    const bool is_negative = left.low < 0 || right.low < 0;
+    return wrapped({is_negative ? -end : 0, end - 1}, left, right);
+}
+
+Range joined(const Range& left, const Range& right) {
+    return {std::min(left.low, right.low), std::max(left.high, right.high),
+            left.wraps || right.wraps};
+}
+
+} // namespace
+
+unsigned signed_bits(const Range& range) {
+    const auto magnitude = static_cast<std::uint64_t>(std::max(range.high, -(range.low + 1)));
+    return static_cast<unsigned>(std::bit_width(magnitude)) + 1;
+}
+
+bool is_equality(const Expr* expr) {
+    return expr->structure == EXPR_BINARY &&
+           (expr->opr == OPR_EQ || expr->opr == OPR_NEQ || expr->opr == OPR_UBOUND_EQ);
+}
+
+bool is_comparison(const Expr* expr) {
+    return is_equality(expr) ||
+           (expr->structure == EXPR_BINARY && expr->opr >= OPR_LT && expr->opr <= OPR_GE);
+}
+
+// The type is that of the check. A name that the flat rules take for another one (see the
+// language's page on names in nested records) is noticed where it is written.
+bool Terms::is_truth(const Expr* expr) const {
+    switch (expr->structure) {
+    case EXPR_INT_CONST: return expr->opr == OPR_BOOLCONST;
+    // Only truths are without a type: those that compare a string with an enumeration.
+    default: return expr->type == ETYPE_BOOL || expr->type == ETYPE_UNDEF;
+    }
+}
+
+Range Terms::range_of(const Expr* expr) const {
+    if (stack_is_low()) return on_fresh_stack([&] { return range_of(expr); });
+    const auto& args = expr->args;
+    switch (expr->structure) {
+    case EXPR_INT_CONST: return {args.intconst.value, args.intconst.value};
+    case EXPR_IDCONSTRUCTOR: return {0, number(expr).shape.upper};
+    case EXPR_ITE: return joined(range_of(args.ite.trueexpr), range_of(args.ite.falseexpr));
+    case EXPR_UNARY: {
+        const Range arg = range_of(args.arg);
+        return wrapped({-arg.high, -arg.low}, arg, arg);
+    }
+    case EXPR_BINARY: break;
+    default: throw Inexpressible{"it is not flat"};
+    }
+    const Range left = range_of(args.binargs.leftarg);
+    const Range right = range_of(args.binargs.rightarg);
+    switch (expr->opr) {
+    case OPR_PLUS: return wrapped({left.low + right.low, left.high + right.high}, left, right);
+    case OPR_MINUS: return wrapped({left.low - right.high, left.high - right.low}, left, right);
+    case OPR_TIMES: return product(left, right);
+    case OPR_AND:
+    case OPR_OR:
+    case OPR_XOR: return bitwise(left, right);
+    default: throw Inexpressible{"it is not flat"};
+    }
+}
+
+bool Terms::compares_wholes(const Expr* equality) const {
+    const Expr* left = equality->args.binargs.leftarg;
+    const Expr* right = equality->args.binargs.rightarg;
+    if (left->type != ETYPE_PROD && left->type != ETYPE_ARRAY) return false;
+    const auto is_whole = [](const FlatPlace& named) {
+        return named.shape->form == Shape::Form::record || named.shape->form == Shape::Form::array;
+    };
+    return is_whole(place(left)) && is_whole(place(right));
+}
+
+FlatPlace Terms::place(const Expr* named, std::string* path) const {
+    const FlatPlace place = flat_.find(named->args.idcon, path);
+    if (!place.shape) throw Inexpressible{"it names what the flat model does not have"};
+    return place;
+}
+
+Named Terms::scalar(const Expr* named, std::string* path) const {
+    const FlatPlace found = place(named, path);
+    if (found.shape->form != Shape::Form::scalar && found.shape->form != Shape::Form::optional)
+        throw Inexpressible{"it takes a record or an array for a value"};
+    return {found.first, *found.shape};
+}
+
+Named Terms::truth(const Expr* named, std::string* path) const {
+    const Named found = scalar(named, path);
+    if (found.shape.kind != ScalarKind::boolean)
+        throw Inexpressible{"it takes a number for a truth"};
+    return found;
+}
+
+Named Terms::number(const Expr* named, std::string* path) const {
+    const Named found = scalar(named, path);
+    if (found.shape.kind == ScalarKind::boolean)
+        throw Inexpressible{"it takes a truth for a number"};
+    return found;
+}
+
+} // namespace norvane::pm
