@@ -14,7 +14,8 @@ from common import finish, output
 # number.
 DEPENDS = {'libnorvane-base1': ('cpp', 'libzip', 'libexpat'), 'libnorvane-proj1': ('libnorvane-base1',),
            'libnorvane-dev': ('libnorvane-proj1', 'norvane-dtd'), 'norvane-dtd': ('xml-core',),
-           'norvane-pm': ('cpp', 'libzip', 'libexpat', 'libmimalloc'), 'norvane-doc': ()}
+           'norvane-pm': ('cpp', 'libzip', 'libexpat', 'libmimalloc'), 'norvane-doc': (),
+           'python3-norvane': ('libnorvane-proj1', 'python3')}
 FILES = ['bin/norvane-pm', 'include/norvane/proj.h', 'include/norvane/base.h',
          'share/man/man1/norvane-pm.1.gz', 'share/bash-completion/completions/norvane-pm',
          'share/norvane_proj/dtd/product_model.dtd', 'share/doc/norvane-doc/README.md',
@@ -60,6 +61,11 @@ def main():
         output('cc', '-o', 'first', os.path.join(examples, 'first.c'), *flags)
         if output('./first', model, LD_LIBRARY_PATH=libraries) != output(driver, 'rules', model):
             failures.append('the first program does not say what the driver says')
+        program = 'import norvane\nfor rule, _ in norvane.load(%r).flat(): print(rule)' % model
+        said = output('/usr/bin/python3', '-c', program, LD_LIBRARY_PATH=libraries,
+                      PYTHONPATH=os.path.join(usr, 'lib', 'python3', 'dist-packages'))
+        if said != output(driver, 'rules', model):
+            failures.append('the Python package does not say what the driver says')
     finish(['the packages: ' + failure for failure in failures])
 
 
