@@ -38,7 +38,7 @@ void PipeToFile::finish() {
 
 // Copies to the end of the pipe, or until the output refuses more.
 void PipeToFile::copy(ResultFile& output) const {
-    char buffer[1 << 16];
+    char buffer[1 << 14]; // the stack may be small: it is as large as the limit of the stack
     for (;;) {
         const ssize_t size = read(ends_[0], buffer, sizeof buffer);
         if (size < 0 && errno == EINTR) continue;

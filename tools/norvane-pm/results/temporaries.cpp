@@ -46,17 +46,33 @@ void end_by_signal(int signal) {
     std::raise(signal);
 }
 
+// Gives handlers a stack of their own, unless there is one: a recursion that has used up the stack
+// ends by a signal, too.
+void set_signal_stack() {
+    alignas(16) static char memory[1 << 16];
+    stack_t stack = {};
+    if (sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
+    stack = {};
+    stack.ss_sp = memory;
+    stack.ss_size = sizeof memory;
+    sigaltstack(&stack, nullptr);
+}
+
 // Installs the handler once, at the first temporary. A signal that the caller has set to be
 // ignored, as nohup does, stays ignored, and one that has a handler keeps it.
 void handle_signals() {
     static bool are_handled = false;
     if (are_handled) return;
     are_handled = true;
+    set_signal_stack();
+    struct sigaction removing = {};
+    removing.sa_handler = end_by_signal;
+    removing.sa_flags = SA_ONSTACK | SA_RESTART;
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         const bool is_harmless = std::ranges::count(harmless_signals, signal) > 0;
         struct sigaction now;
         if (is_harmless || sigaction(signal, nullptr, &now) != 0) continue;
-        if (now.sa_handler == SIG_DFL) std::signal(signal, end_by_signal);
+        if (now.sa_handler == SIG_DFL) sigaction(signal, &removing, nullptr);
     }
 }
 

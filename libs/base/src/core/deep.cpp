@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <new>
 
+#include <alloca.h>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "norvane/base/except.h"
@@ -138,6 +140,7 @@ struct Segment {
 // The stacks of a thread.
 struct Stacks {
     Bounds own;       // empty until needed
+    Bounds usable;    // the part of it that recursion may use
     Segment* first;   // of the chain; kept until the thread ends
     Segment* current; // null: the thread's own stack
 };
@@ -179,9 +182,42 @@ Bounds stack_of_this_thread() {
     return {begin + guard, begin + size};
 }
 
+NORVANE_UNCHECKED [[gnu::noinline]] void touch_stack(std::size_t depth) {
+    *static_cast<volatile char*>(alloca(depth)) = 0;
+}
+
+// True if so many more bytes of addresses can be had.
+bool has_room(std::size_t size) {
+    void* memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return memory != MAP_FAILED && munmap(memory, size) == 0;
+}
+
+// The system maps the stack of the main thread when it is used, and kills a process whose limit of
+// addresses is reached then. So under such a limit the stack gets a part of its size at once, and
+// recursion goes on in segments, which fail with a report.
+Bounds usable_part(const Bounds& stack) {
+    rlimit addresses;
+    const bool is_limited =
+        getrlimit(RLIMIT_AS, &addresses) == 0 && addresses.rlim_cur != RLIM_INFINITY;
+    if (!is_limited || gettid() != getpid()) return stack;
+    const auto top = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (top - stack.low < 2 * smallest_segment) return stack;
+    if (!has_room(smallest_segment)) return {top, stack.high};
+    touch_stack(smallest_segment);
+    return {top - smallest_segment, stack.high};
+}
+
 const Bounds& own_stack() {
-    if (stacks.own.high == 0) stacks.own = stack_of_this_thread();
+    if (stacks.own.high == 0) {
+        stacks.own = stack_of_this_thread();
+        stacks.usable = usable_part(stacks.own);
+    }
     return stacks.own;
+}
+
+const Bounds& usable_stack() {
+    own_stack();
+    return stacks.usable;
 }
 
 // A stack that is smaller than the reserve gets an empty window: recursion leaves it at once.
@@ -226,7 +262,7 @@ Segment* next_segment() {
 // unmaps those after it.
 void drop(Segment* segment) {
     stacks.current = segment->outer;
-    open_window(segment->outer ? segment->outer->stack : own_stack());
+    open_window(segment->outer ? segment->outer->stack : usable_stack());
     unmap_segments(segment->next);
     segment->next = nullptr;
 }
@@ -240,7 +276,7 @@ void settle(std::uintptr_t frame) {
     if (stacks.current)
         open_window(stacks.current->stack);
     else if (own_stack().hold(frame))
-        open_window(own_stack());
+        open_window(usable_stack());
     else
         thread_window = {0, 0}; // a stack that the host created
 }
