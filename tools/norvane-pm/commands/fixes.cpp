@@ -4,6 +4,7 @@
 #include <cstring>
 #include <map>
 
+#include "model_files.h"
 #include "output.h"
 #include "source_files.h"
 
@@ -87,9 +88,20 @@ void fix_file(Session& session, const std::string& file, const OfFile& lines) {
 
 } // namespace
 
+// Of files that a line directive names, no line is changed: the directive may name any file.
 void apply_fixes(Session& session, const std::vector<Finding>& findings) {
-    for (const auto& [file, lines] : certain_ones(findings))
-        fix_file(session, file, lines);
+    const auto fixes = certain_ones(findings);
+    if (fixes.empty()) return;
+    const ModelFiles own(session.options.file, session.options.cpp_args);
+    if (own.doubt()) {
+        Finding note;
+        note.severity = Severity::note;
+        note.message = "nothing is corrected, since this line may name files that are not read";
+        note.place = *own.doubt();
+        return session.diagnostics.report(note);
+    }
+    for (const auto& [file, lines] : fixes)
+        if (own.contain(file)) fix_file(session, file, lines);
     results_refused();
 }
 

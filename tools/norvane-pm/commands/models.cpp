@@ -65,10 +65,15 @@ void fix(Session& session) {
     if (options.file == "-") throw WrongUsage{"--fix changes a file, and not standard input: -"};
     session.begin(Step::load, options.file);
     HeldReports held(session, HeldReports::Warnings::dropped);
-    Result<Model> model = read_model(session, options.file, held.sink());
-    if (model) {
+    Result<Model> read = read_model(session, options.file, held.sink());
+    if (read) {
+        // Kept after a stop of the check, which is told by the model's declarations.
+        Model& model = session.keep(*std::move(read));
+        session.project = model.get();
         session.begin(Step::check, options.file);
-        if (CheckedModel::check(*std::move(model), held.sink())) return;
+        const bool is_good = bool(CheckedModel::check(std::move(model), held.sink()));
+        session.project = nullptr;
+        if (is_good) return;
     }
     if (held.are_faults()) return apply_fixes(session, held.findings());
     held.show();

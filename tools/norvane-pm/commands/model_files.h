@@ -1,0 +1,41 @@
+// The files that a model is written in.
+#ifndef NORVANE_PM_MODEL_FILES_H
+#define NORVANE_PM_MODEL_FILES_H
+
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+#include "finding.h"
+
+namespace norvane::pm {
+
+// The model's own file, and those that its directives include by a name. A place in a report need
+// not be in one of them, since a line directive gives lines the name of any file.
+class ModelFiles {
+  public:
+    ModelFiles(const std::string& file, const std::vector<std::string>& cpp_args);
+
+    bool contain(const std::string& file) const;
+    // A line that may give others the name of a file that they are not in.
+    const std::optional<Place>& doubt() const { return doubt_; }
+
+  private:
+    using Id = std::pair<dev_t, ino_t>;
+
+    void add(const std::string& file);
+    void add_directive(const std::string& file, std::string_view line, unsigned number);
+
+    std::vector<std::string> directories_; // of -I
+    std::set<Id> files_;
+    std::vector<std::string> unread_;
+    std::optional<Place> doubt_;
+};
+
+} // namespace norvane::pm
+
+#endif
