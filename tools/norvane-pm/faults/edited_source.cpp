@@ -89,6 +89,10 @@ std::optional<std::size_t> token_of(const Report& report) {
     return file * lines_per_file + report.line - 1;
 }
 
+std::size_t token_of_line(unsigned linenumber) {
+    return (linenumber >> 16) * lines_per_file + (linenumber & 0xFFFFu) - 1;
+}
+
 EditedSource::EditedSource(const SourceText& source) : source_(source) {
     end_open_token();
     dropped_.resize(source.size());

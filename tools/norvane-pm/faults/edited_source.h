@@ -31,6 +31,8 @@ struct TokenReport {
 
 // The token that a report about a project of EditedSource names; nothing where it names none.
 std::optional<std::size_t> token_of(const Report& report);
+// The same for a record, which has the number of a file and a line.
+std::size_t token_of_line(unsigned linenumber);
 
 // What stands in the place of a token: itself, with texts before or after it, another text, or
 // nothing.

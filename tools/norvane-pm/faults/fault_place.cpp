@@ -64,13 +64,6 @@ constexpr auto rows = std::to_array<Row>({
     {"ERR_NOT_RECORD", Kind::name},
 });
 
-std::size_t token_of_line(unsigned linenumber) {
-    Report report;
-    report.file = std::to_string(linenumber >> 16);
-    report.line = linenumber & 0xFFFFu;
-    return token_of(report).value_or(static_cast<std::size_t>(-1));
-}
-
 class Search {
   public:
     Search(const Report& report, Kind kind)

@@ -156,6 +156,11 @@ class Checker {
 
     // A fault in the expression `root`, of a declaration.
     void add_fault(const Report& report, const void* declaration, const Expr* root) {
+        add_fault(report, declaration, root, root);
+    }
+    // The same where it is known to be in a part of the expression.
+    void add_fault(const Report& report, const void* declaration, const Expr* root,
+                   const Expr* at_fault) {
         const Declared* declared = places_.find(declaration);
         if (!declared || !is_judged(declared->range)) return;
         const std::string name(quoted_name(report.message));
@@ -163,7 +168,7 @@ class Checker {
             report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR";
         if (is_undeclared && lost_.contains(name)) return;
         if (report.name == "ERR_TYPE_UNDEF") return; // known where the type is named
-        const Subject subject = subject_of(report, root);
+        const Subject subject = subject_of(report, at_fault);
         const void* part = subject.part();
         auto range = part ? places_.find_part(root, part) : std::nullopt;
         const bool is_element =
@@ -486,7 +491,7 @@ class Checker {
         bool is_found = false;
         for (Expr* operand : operands) {
             const auto part = check(operand);
-            if (part) add_fault(*part, decl, rule);
+            if (part) add_fault(*part, decl, rule, operand);
             is_found = is_found || part;
         }
         if (!is_found) add_fault(*fault, decl, rule);

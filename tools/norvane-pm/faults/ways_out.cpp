@@ -130,7 +130,7 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
         return say(found,
                    is_variable ? "the variable is not visible here" : "declare it before its use");
     }
-    suggest(found, name, range, visible_names(false));
+    suggest_visible(found, name, range, false);
 }
 
 void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRange range) {
@@ -146,7 +146,7 @@ void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRan
         if (later->second.kind == ND_TYPE) say(found, "declare it before its use");
         return;
     }
-    suggest(found, name, range, visible_names(true));
+    suggest_visible(found, name, range, true);
 }
 
 bool WaysOut::suggest(PlacedFinding& found, std::string_view name, TokenRange range,
@@ -158,6 +158,16 @@ bool WaysOut::suggest(PlacedFinding& found, std::string_view name, TokenRange ra
     say(found, "did you mean " + quoted(similar) + "?");
     replace(text_, found, {range.first, range.first}, std::string(similar), false);
     return true;
+}
+
+// Once the names are too many to be compared, they are not listed any more either.
+bool WaysOut::suggest_visible(PlacedFinding& found, std::string_view name, TokenRange range,
+                              bool types) {
+    bool& are_too_many = are_too_many_[types ? 1 : 0];
+    if (are_too_many) return false;
+    const std::vector<std::string_view> names = visible_names(types);
+    are_too_many = comparisons_ + names.size() > most_comparisons;
+    return suggest(found, name, range, names);
 }
 
 void WaysOut::add_names(const PolyHash* table, std::vector<std::string_view>& names,

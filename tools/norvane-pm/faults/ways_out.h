@@ -41,6 +41,7 @@ class WaysOut {
     bool suggest(PlacedFinding& found, std::string_view name, TokenRange range,
                  const std::vector<std::string_view>& names);
     void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types) const;
+    bool suggest_visible(PlacedFinding& found, std::string_view name, TokenRange range, bool types);
     std::vector<std::string_view> visible_names(bool types) const;
     const PolyHash* environment_of(IdCon* path, const IdCon* step);
 
@@ -50,6 +51,7 @@ class WaysOut {
     const SourceText& text_;
     std::unordered_map<std::string_view, Later> declared_; // all that the sections declare
     std::size_t comparisons_ = 0;                          // of names, so far
+    bool are_too_many_[2] = {};                            // the visible names; the types
 };
 
 } // namespace norvane::pm

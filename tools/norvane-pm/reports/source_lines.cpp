@@ -16,6 +16,7 @@ constexpr std::size_t longest_shown = 160;
 constexpr unsigned shown_from_start = 120;
 constexpr unsigned shown_before = 60;
 constexpr std::size_t longest_letter = 4; // in bytes of UTF-8
+constexpr std::size_t block_size = 1024;  // of a line, in bytes
 
 // Moves to the start of the next line; false at the end of the file.
 bool skip_line(std::FILE* file) {
@@ -28,6 +29,11 @@ bool skip_line(std::FILE* file) {
 
 bool is_within_letter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// How many bytes do not begin a letter.
+unsigned bytes_within_letters(std::string_view bytes) {
+    return static_cast<unsigned>(std::ranges::count_if(bytes, is_within_letter));
 }
 
 // How many bytes belong to the letter that another line would be cut in.
@@ -62,56 +68,95 @@ bool SourceLines::open(std::string_view file) {
     return file_ != nullptr;
 }
 
-bool SourceLines::go_to(std::string_view file, unsigned line) {
+// Looks through the file up to the start of a line; false if it has no such line.
+bool SourceLines::find(std::string_view file, unsigned line) {
     if (line == 0 || !open(file)) return false;
-    Starts& starts = starts_[name_];
-    if (starts.empty()) starts.push_back(0);
-    const bool is_known = line <= starts.size();
-    if (std::fseek(file_.get(), is_known ? starts[line - 1] : starts.back(), SEEK_SET) != 0)
-        return false;
-    while (starts.size() < line) {
-        if (!skip_line(file_.get())) return false;
-        starts.push_back(std::ftell(file_.get()));
+    Known& known = known_[name_];
+    if (line <= known.starts.size()) return true;
+    if (known.end >= 0 || std::fseek(file_.get(), known.starts.back(), SEEK_SET) != 0) return false;
+    while (known.starts.size() < line) {
+        const bool is_ended = !skip_line(file_.get());
+        const long at = std::ftell(file_.get());
+        if (is_ended) {
+            known.end = at;
+            return false;
+        }
+        known.starts.push_back(at);
     }
     return true;
 }
 
-// The line that the file is at, up to so many bytes, without its end.
-std::string SourceLines::read(std::size_t size) {
-    std::string bytes;
-    int c = 0;
-    while (bytes.size() < size && (c = getc_unlocked(file_.get())) != '\n' && c != EOF)
-        bytes += static_cast<char>(c);
+// The length of a line that was found, with its end.
+std::size_t SourceLines::length(unsigned line) {
+    const bool has_next = find(name_, line + 1);
+    const Known& known = known_[name_];
+    return static_cast<std::size_t>((has_next ? known.starts[line] : known.end) -
+                                    known.starts[line - 1]);
+}
+
+// A part of a line that was found, without the line's end.
+std::string SourceLines::read(unsigned line, std::size_t from, std::size_t size) {
+    const std::size_t rest = length(line) - from;
+    std::string bytes(std::min(size, rest), '\0');
+    const long start = known_[name_].starts[line - 1];
+    if (std::fseek(file_.get(), start + static_cast<long>(from), SEEK_SET) != 0) return "";
+    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file_.get()));
+    if (bytes.ends_with('\n')) bytes.pop_back();
     if (bytes.ends_with('\r')) bytes.pop_back();
     return bytes;
 }
 
 Excerpt SourceLines::excerpt(std::string_view file, unsigned line, unsigned column) {
     Excerpt part;
-    if (!go_to(file, line)) return part;
-    const std::string bytes = read(column + longest_shown + longest_letter);
+    if (!find(file, line)) return part;
+    const std::size_t whole = length(line);
     std::size_t first = 0;
-    if (bytes.size() > longest_shown && column > shown_from_start && column <= bytes.size()) {
+    if (whole > longest_shown && column > shown_from_start && column <= whole)
         first = column - shown_before;
-        first += rest_of_letter(std::string_view(bytes).substr(first));
+    std::string bytes = read(line, first, longest_shown + shown_before + 2 * longest_letter);
+    if (first > 0) {
+        const std::size_t cut = rest_of_letter(bytes);
+        first += cut;
+        bytes.erase(0, cut);
     }
-    const std::string_view rest = std::string_view(bytes).substr(first);
-    const std::size_t size = rest.size() <= longest_shown
-                                 ? rest.size()
-                                 : longest_shown + rest_of_letter(rest.substr(longest_shown));
-    part.bytes = rest.substr(0, size);
+    const std::size_t size =
+        bytes.size() <= longest_shown
+            ? bytes.size()
+            : longest_shown + rest_of_letter(std::string_view(bytes).substr(longest_shown));
+    part.bytes = bytes.substr(0, size);
     part.first_column = static_cast<unsigned>(first) + 1;
-    part.is_cut = size < rest.size();
+    part.is_cut = size < bytes.size();
     part.is_in_utf8 = is_utf8(part.bytes);
     part.text = part.shown(part.bytes);
     return part;
 }
 
+// Counts the letters of a long line once for all columns that are asked for.
+void SourceLines::count(std::string_view file, unsigned line) {
+    if (counted_.line == line && counted_.file == file) return;
+    counted_ = {std::string(file), line, read(line, 0, length(line)), 0, {}};
+    counted_.utf8_size = utf8_prefix(counted_.bytes);
+    unsigned inside = 0;
+    for (std::size_t i = 0; i <= counted_.bytes.size(); ++i) {
+        if (i % block_size == 0) counted_.inside.push_back(inside);
+        inside += i < counted_.bytes.size() && is_within_letter(counted_.bytes[i]);
+    }
+}
+
 unsigned SourceLines::letter(std::string_view file, unsigned line, unsigned column) {
-    if (!go_to(file, line)) return column;
-    const std::string before = read(column - 1);
-    if (!is_utf8(before)) return column;
-    return column - static_cast<unsigned>(std::ranges::count_if(before, is_within_letter));
+    if (column == 0 || !find(file, line)) return column;
+    if (length(line) <= block_size) {
+        const std::string before = read(line, 0, column - 1);
+        return is_utf8(before) ? column - bytes_within_letters(before) : column;
+    }
+    count(file, line);
+    const std::string_view bytes = counted_.bytes;
+    const std::size_t before = std::min<std::size_t>(column - 1, bytes.size());
+    const bool is_cut = before < bytes.size() && is_within_letter(bytes[before]);
+    if (before > counted_.utf8_size || is_cut) return column;
+    const std::size_t block = before / block_size;
+    const auto rest = bytes.substr(block * block_size, before - block * block_size);
+    return column - counted_.inside[block] - bytes_within_letters(rest);
 }
 
 } // namespace norvane::pm

@@ -40,15 +40,30 @@ class SourceLines {
     struct CloseFile {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
-    using Starts = std::vector<long>; // where the first lines of a file begin
+    // What has been looked through of a file.
+    struct Known {
+        std::vector<long> starts = {0}; // where its first lines begin
+        long end = -1;                  // of the file; -1: not reached yet
+    };
+    // The line that letters were counted in last.
+    struct Counted {
+        std::string file;
+        unsigned line = 0; // 0: none
+        std::string bytes;
+        std::size_t utf8_size = 0;    // up to the first byte that is not UTF-8
+        std::vector<unsigned> inside; // how many bytes before each block do not begin a letter
+    };
 
     bool open(std::string_view file);
-    bool go_to(std::string_view file, unsigned line);
-    std::string read(std::size_t size);
+    bool find(std::string_view file, unsigned line);
+    std::size_t length(unsigned line);
+    std::string read(unsigned line, std::size_t from, std::size_t size);
+    void count(std::string_view file, unsigned line);
 
-    std::map<std::string, Starts, std::less<>> starts_;
+    std::map<std::string, Known, std::less<>> known_;
     std::string name_; // of the file that is open
     std::unique_ptr<std::FILE, CloseFile> file_;
+    Counted counted_;
 };
 
 } // namespace norvane::pm

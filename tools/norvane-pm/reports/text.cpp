@@ -67,13 +67,18 @@ std::size_t width_of(std::string_view sequence) {
 
 } // namespace
 
-bool is_utf8(std::string_view text) {
-    while (!text.empty()) {
-        const std::size_t length = sequence_length(text);
-        if (length == 0) return false;
-        text.remove_prefix(length);
+std::size_t utf8_prefix(std::string_view text) {
+    std::size_t size = 0;
+    while (size < text.size()) {
+        const std::size_t length = sequence_length(text.substr(size));
+        if (length == 0) break;
+        size += length;
     }
-    return true;
+    return size;
+}
+
+bool is_utf8(std::string_view text) {
+    return utf8_prefix(text) == text.size();
 }
 
 std::string to_utf8(std::string_view bytes) {

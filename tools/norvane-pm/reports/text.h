@@ -14,6 +14,9 @@ std::string to_utf8(std::string_view bytes);
 
 bool is_utf8(std::string_view text);
 
+// The length of the part before the first byte that is not UTF-8.
+std::size_t utf8_prefix(std::string_view text);
+
 // Without control characters, which a terminal would obey; those in `kept` stay.
 std::string without_controls(std::string utf8, std::string_view kept = "");
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <span>
+#include <unordered_map>
 #include <utility>
 
 namespace norvane::pm {
@@ -127,21 +128,25 @@ class Alignment {
             end = written_.size();
         if (end == written_.size() && after < user_.size() && files_.macro(user_[after]))
             return false;
-        for (; at_ < end; ++at_)
-            matches_[at_] = {argument(written_[at_], after), from_};
+        const Arguments of_use = arguments(after);
+        for (; at_ < end; ++at_) {
+            const auto argument = of_use.find(written_[at_]);
+            const bool is_known = argument != of_use.end() && argument->second != none;
+            matches_[at_] = {is_known ? argument->second : from_, from_};
+        }
         from_ = after;
         return true;
     }
 
-    // The only token of the arguments that is the same; else the macro's name.
-    std::size_t argument(std::string_view word, std::size_t after) const {
-        std::size_t found = none;
+    // The tokens of the arguments of a use, by their words; none for a word that is there twice.
+    using Arguments = std::unordered_map<std::string_view, std::size_t>;
+    Arguments arguments(std::size_t after) const {
+        Arguments found;
         for (std::size_t i = from_ + 2; i + 1 < after; ++i) {
-            if (user_[i] != word) continue;
-            if (found != none) return from_;
-            found = i;
+            const auto [place, is_new] = found.try_emplace(user_[i], i);
+            if (!is_new) place->second = none;
         }
-        return found == none ? from_ : found;
+        return found;
     }
 
     Words written_;
@@ -152,26 +157,26 @@ class Alignment {
     std::size_t from_ = 0;
 };
 
-// Lines and columns of offsets that ascend.
-class Counter {
-  public:
-    Counter(std::string_view text, unsigned line) : text_(text), line_(line) {}
-    void go_to(std::size_t offset) {
-        for (; at_ < offset; ++at_) {
-            if (text_[at_] != '\n') continue;
-            ++line_;
-            begin_ = at_ + 1;
-        }
-    }
-    unsigned line() const { return line_; }
-    unsigned column() const { return static_cast<unsigned>(at_ - begin_ + 1); }
-
-  private:
-    std::string_view text_;
-    unsigned line_;
-    std::size_t at_ = 0;
-    std::size_t begin_ = 0;
+struct UserPlace {
+    unsigned line;
+    unsigned column;
 };
+
+// The lines and columns of the tokens of a text, whose first line has this number.
+std::vector<UserPlace> places_of(const Scan& scan, std::string_view text, unsigned number) {
+    std::vector<UserPlace> places;
+    places.reserve(scan.tokens.size());
+    std::size_t begin = 0;
+    std::size_t end = text.find('\n'); // of the line
+    for (const Token& token : scan.tokens) {
+        for (; end < token.offset; end = text.find('\n', begin)) {
+            begin = end + 1;
+            ++number;
+        }
+        places.push_back({number, static_cast<unsigned>(token.offset - begin + 1)});
+    }
+    return places;
+}
 
 } // namespace
 
@@ -262,29 +267,29 @@ SourceText::Row SourceText::align(std::size_t row) const {
     const Segment& segment = segment_of(rows_[row]);
     const unsigned number = segment.line + static_cast<unsigned>(row - segment.row);
     const std::string_view rest = files_.rest(segment.file, number);
+    const bool is_same = rest.data() && first_line(rest) == line;
     for (std::size_t i = 0; i < here.size(); ++i) {
         const std::size_t at = here[i].offset - rows_[row];
         result.origins[i].line = number;
-        if (!rest.data() || first_line(rest) != line) continue;
+        if (!is_same) continue;
         result.origins[i].column = static_cast<unsigned>(at + 1);
         result.origins[i].end_column =
             static_cast<unsigned>(std::min(at + here[i].length, line.size()) + 1);
     }
-    if (!rest.data() || first_line(rest) == line) return result;
+    if (!rest.data() || is_same) return result;
 
     const std::string_view user_text = first_lines(rest);
     const bool in_comment = std::ranges::binary_search(scan_.comment_lines, rows_[row]);
     const Scan user = scan(user_text, in_comment ? 1 : 0);
     const Alignment alignment({text_, here}, {user_text, user.tokens}, files_);
+    const std::vector<UserPlace> places = places_of(user, user_text, number);
     for (std::size_t i = 0; i < here.size(); ++i) {
         const auto [token, use] = alignment.matches()[i];
         if (token == none) continue;
-        Counter counter(user_text, number);
-        counter.go_to(user.tokens[token].offset);
-        result.origins[i].line = counter.line();
-        result.origins[i].column = counter.column();
-        result.origins[i].end_column =
-            counter.column() + static_cast<unsigned>(user.tokens[token].length);
+        const auto length = static_cast<unsigned>(user.tokens[token].length);
+        result.origins[i].line = places[token].line;
+        result.origins[i].column = places[token].column;
+        result.origins[i].end_column = places[token].column + length;
         if (use != none)
             result.origins[i].macro =
                 std::string(user_text.substr(user.tokens[use].offset, user.tokens[use].length));

@@ -19,8 +19,8 @@ constexpr std::size_t piece_size = 256;
 char buffer[1 + block_size];
 char* const block = buffer + 1;
 
-// True if one of the bytes is special. Without a branch, hence & and |, so that the compiler makes
-// it a few vector instructions.
+// True if one of the bytes is special. Without a branch, hence & and |, so that the compiler makes it
+// a few vector instructions.
 bool any_special(const unsigned char* text, std::size_t size) {
     unsigned char found = 0;
     for (std::size_t i = 0; i < size; ++i) {
