@@ -45,8 +45,29 @@ TEST(Reports, UnderlineTheRange) {
     EXPECT_EQ(snippet("\"gr\xFCn\" = x;", 10, 11), marked("\"gr\xC3\xBCn\" = x;", "         ^"));
     EXPECT_EQ(snippet("\"\xE4\xB8\xAD\" = x;", 9, 10), marked("\"\xE4\xB8\xAD\" = x;", "       ^"));
     EXPECT_EQ(snippet("a\x01 b\r", 4, 5), marked("a? b", "   ^"));
+    EXPECT_EQ(snippet("a\xC2\x9B\xE2\x80\xAE\xE2\x81\xA6\xE2\x82\xAC b", 14, 15),
+              marked("a???\xE2\x82\xAC b", "      ^"));
     EXPECT_EQ(snippet("rule x;", 6, 7, "y"), marked("rule x;", "     ^") + "       |      y\n");
     EXPECT_EQ(snippet("rule", 5, 5), marked("rule", "    ^")) << "at the end of the line";
+}
+
+TEST(Reports, CountLettersOfShortAndLongLines) {
+    const std::string e = "\xC3\xA9"; // one letter in two bytes
+    for (const std::size_t blanks : {0u, 1023u, 5000u}) {
+        const auto at = static_cast<unsigned>(blanks + 1);
+        const Source source(std::string(blanks, ' ') + e + "b" + e + "\xE9z");
+        SourceLines sources;
+        const auto letter = [&](unsigned column) {
+            const Place place = source.place(at + column, 0);
+            return sources.letter(place.file, place.line, place.column) - at;
+        };
+        EXPECT_EQ(letter(2), 1u) << "after the first letter";
+        EXPECT_EQ(letter(3), 2u);
+        EXPECT_EQ(letter(1), 1u) << "inside of a letter: its column";
+        EXPECT_EQ(letter(0), 0u) << "back again";
+        EXPECT_EQ(letter(5), 3u) << "before the byte that is no UTF-8";
+        EXPECT_EQ(letter(6), 6u) << "after it";
+    }
 }
 
 TEST(Reports, CutLongLinesAroundTheRange) {

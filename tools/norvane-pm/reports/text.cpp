@@ -101,10 +101,18 @@ std::string without_controls(std::string utf8, std::string_view kept) {
         const bool is_control = static_cast<unsigned char>(c) < ' ' || c == 0x7F;
         if (is_control && kept.find(c) == std::string_view::npos) c = '?';
     }
-    // The controls from U+0080 on, which terminals obey as well.
-    for (std::size_t i = utf8.find('\xC2'); i != std::string::npos; i = utf8.find('\xC2', i + 1)) {
-        if (i + 1 < utf8.size() && static_cast<unsigned char>(utf8[i + 1]) < 0xA0)
-            utf8.replace(i, 2, "?");
+    // The controls from U+0080 on, which terminals obey as well, and those that turn the direction
+    // of what follows: they would show a report as something else than it says.
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const std::size_t length = sequence_length(std::string_view(utf8).substr(i));
+        if (length < 2) continue;
+        const unsigned code = code_point(std::string_view(utf8).substr(i, length));
+        const bool is_control =
+            code < 0xA0 || (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+        if (is_control)
+            utf8.replace(i, length, "?");
+        else
+            i += length - 1;
     }
     return utf8;
 }
