@@ -238,11 +238,6 @@ void read_targets(ZEBProject* project, XmlNode* node) {
     }
 }
 
-void replace(char*& field, const char* text) {
-    str_null_delete(field);
-    field = str_copy(text);
-}
-
 void read_element(ZEBProject* project, const ProjectElement& element, XmlNode* node) {
     switch (element.content) {
     case Content::Uris: return read_uris(project->*element.list, node);

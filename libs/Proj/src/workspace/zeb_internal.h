@@ -5,6 +5,7 @@
 #include "norvane/base/callbacks.h"
 #include "norvane/base/items.hpp"
 #include "norvane/base/list.h"
+#include "norvane/base/strings.h"
 #include "norvane/base/text.hpp"
 #include "norvane/proj/zeb.h"
 
@@ -18,6 +19,14 @@ inline PolyList* new_text_list() {
 // Appends a copy of the text.
 inline void append(PolyList* list, const char* text) {
     plist_append(list, const_cast<char*>(text));
+}
+
+// Puts a copy of the text in the place of the field's own, which stays where there is no memory for
+// the copy: whoever frees the record frees it.
+inline void replace(char*& field, const char* text) {
+    char* copy = str_copy(text);
+    str_null_delete(field);
+    field = copy;
 }
 
 // The text of every empty String: one object, told from other empty texts by its address.

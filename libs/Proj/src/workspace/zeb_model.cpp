@@ -23,12 +23,6 @@ Record* new_record() {
     return static_cast<Record*>(util_calloc_throw(sizeof(Record)));
 }
 
-void replace(char*& field, const char* text) {
-    char* copy = str_copy(text);
-    std::free(field);
-    field = copy;
-}
-
 PolyList* find_or_make_option(ZEBTarget* target, const char* key) {
     PolyList* values = zeb_target_get_options(target, key);
     if (values) return values;
