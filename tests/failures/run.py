@@ -168,6 +168,9 @@ def faults(whole, actual, kind):
     # The sanitizer's runtime itself ends where it has no memory to start a thread.
     if b'AddressSanitizer: CHECK failed' in actual.stderr:
         return
+    # It ends the process with status 1, as a report of the driver does. A leak is none: a throw may lose memory.
+    if re.search(rb'ERROR: AddressSanitizer:|runtime error:', actual.stderr):
+        yield 'a sanitizer has found a fault'
     if actual.status == whole.status:
         if actual.status == 0 and actual.stdout != whole.stdout:
             yield 'success with other results'

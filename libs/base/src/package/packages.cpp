@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "libzip.h"
+#include "norvane/base/array.hpp"
 #include "norvane/base/items.hpp"
 #include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
@@ -64,12 +65,14 @@ struct Package : Allocated {
     bool is_new = false;
     bool has_failed = false;          // a member could not be added
     WrittenMember* written = nullptr; // a list of the members that are still being written
+    norvane::Array<char*> contents;   // owned; of the members of a new package, until it is saved
     String path;                      // as passed by the caller
 
     bool has_member(const String& name) const;
     // Finds a member for reading; stores its index if it is readable.
     EMemberState find_readable(const String& name, zip_uint64_t* index) const;
     bool add_member(const String& name, char* data, std::size_t size);
+    void free_contents();
 };
 
 namespace {
@@ -227,17 +230,17 @@ EMemberState Package::find_readable(const String& name, zip_uint64_t* index) con
     return state_of_content(archive, *index);
 }
 
-// Adds a member with the content `data`, which it takes over.
+// Adds a member with the content `data`, which it takes over. libzip reads it when the package is
+// saved. It does not own it, because after some of its failures it has freed what it owns, and
+// after others it has not.
 bool Package::add_member(const String& name, char* data, std::size_t size) {
-    if (size == 0) { // libzip would not free it
-        std::free(data);
-        data = nullptr;
-    }
-    zip_source_t* source = libzip.source_buffer(archive, data, size, 1);
-    if (!source) {
+    if (!contents.try_reserve(1)) {
         std::free(data);
         return false;
     }
+    contents.push(data);
+    zip_source_t* source = libzip.source_buffer(archive, data, size, 0);
+    if (!source) return false;
     const zip_int64_t added =
         libzip.file_add(archive, UTF8::ToUnicode(name).GetStr(), source, ZIP_FL_ENC_UTF_8);
     if (added < 0) {
@@ -247,6 +250,12 @@ bool Package::add_member(const String& name, char* data, std::size_t size) {
     const auto index = static_cast<zip_uint64_t>(added);
     return libzip.set_file_compression(archive, index, ZIP_CM_DEFLATE, deflate_level) == 0 &&
            libzip.file_set_dostime(archive, index, member_time, member_date, 0) == 0;
+}
+
+void Package::free_contents() {
+    for (char* data : contents)
+        std::free(data);
+    contents.release();
 }
 
 CFilePtr& CFilePtr::operator=(CFilePtr&& other) noexcept {
@@ -339,9 +348,10 @@ bool CFilePackage::closeAndSave() {
     const bool is_lost =
         package_->is_new && (package_->has_failed || libzip.get_num_entries(archive, 0) == 0);
     // libzip writes a temporary file in the same directory and renames it.
-    if (!is_lost && libzip.close(archive) == 0) return true;
-    libzip.discard(archive);
-    return false;
+    const bool is_saved = !is_lost && libzip.close(archive) == 0;
+    if (!is_saved) libzip.discard(archive);
+    package_->free_contents();
+    return is_saved;
 }
 
 std::size_t CFilePackage::memberCount() const {
