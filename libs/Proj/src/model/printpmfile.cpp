@@ -1,5 +1,5 @@
-// Prints a model as source: expressions, types, declarations, the whole project. Identifiers are in
-// printpmfile_id.cpp.
+// Prints a model as source: paths, expressions, types, declarations, the whole project. Identifiers
+// are in printpmfile_id.cpp.
 #include "norvane/proj/printpmfile.h"
 
 #include <charconv>
@@ -7,6 +7,7 @@
 
 #include "norvane/base/deep.hpp"
 #include "norvane/base/diagnostics.h"
+#include "norvane/base/items.hpp"
 #include "norvane/base/util.h"
 #include "poly_adaptors.h"
 #include "printpmfile_internal.h"
@@ -51,6 +52,50 @@ std::string_view operator_text(const Expr* expr) {
     case OPR_NONE: break; // no operators
     }
     NORVANE_FAIL("Invalid operator '%d'", expr->opr);
+}
+
+unsigned print_int_const(FILE* stream, const Expr* expr) {
+    const int value = expr->args.intconst.value;
+    if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
+    if (expr->type != ETYPE_INT)
+        NORVANE_FAIL("Constant expression is not of boolean or integer type");
+    if (value >= 0 && value < 10) return put(stream, {&"0123456789"[value], 1});
+    char digits[16];
+    const char* end = std::to_chars(digits, std::end(digits), value).ptr;
+    return put(stream, {digits, end});
+}
+
+// The widths that lines are broken by, whatever an index or a composite really takes. Existing
+// models were written with them, so their line breaks stay the same.
+constexpr unsigned index_width = 5;
+constexpr unsigned composite_width = 0;
+
+// Nearly every index of a flat rule is a number.
+void print_index(FILE* stream, Expr* index) {
+    if (index && index->structure == EXPR_INT_CONST)
+        print_int_const(stream, index);
+    else
+        ppm_print_expr(stream, index);
+}
+
+unsigned print_array_id(FILE* stream, const IdCon* idcon) {
+    unsigned width = ppm_print_id(stream, idcon->args.array.idname);
+    for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
+        put(stream, "[");
+        print_index(stream, index);
+        put(stream, "]");
+        width += index_width;
+    }
+    return width;
+}
+
+unsigned print_step(FILE* stream, const IdCon* idcon) {
+    switch (kind_of(idcon)) {
+    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
+    case IDCON_ARRAY: return print_array_id(stream, idcon);
+    case IDCON_COMPOSIT: break;
+    }
+    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
 }
 
 // What stays the same for all nodes of a printed expression.
@@ -193,21 +238,36 @@ void print_section(FILE* stream, const char* heading, const PolyList* decls, Pol
 
 } // namespace
 
-unsigned print_int_const(FILE* stream, const Expr* expr) {
-    const int value = expr->args.intconst.value;
-    if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
-    if (expr->type != ETYPE_INT)
-        NORVANE_FAIL("Constant expression is not of boolean or integer type");
-    if (value >= 0 && value < 10) return put(stream, {&"0123456789"[value], 1});
-    char digits[16];
-    const char* end = std::to_chars(digits, std::end(digits), value).ptr;
-    return put(stream, {digits, end});
-}
-
 } // namespace norvane::model
 
 using namespace norvane;
 using namespace norvane::model;
+
+unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
+    if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
+    NORVANE_ASSERT(stream);
+    NORVANE_ASSERT(idcon);
+    const bool is_path = idcon->contype == IDCON_COMPOSIT;
+    while (idcon->contype == IDCON_COMPOSIT) {
+        ppm_print_idcon(stream, idcon->args.compositid.hier);
+        put(stream, ".");
+        idcon = idcon->args.compositid.nested;
+        NORVANE_ASSERT(idcon);
+    }
+    const unsigned width = print_step(stream, idcon);
+    return is_path ? composite_width : width;
+}
+
+void ppm_print_idcon_stderr(IdCon* idcon) {
+    ppm_print_idcon(stderr, idcon);
+    put(stderr, "\n");
+}
+
+void ppm_print_idcon_str(IdCon* idcon, UtilString* string) {
+    NORVANE_ASSERT(idcon);
+    NORVANE_ASSERT(string);
+    print_into(string, [&](FILE* stream) { ppm_print_idcon(stream, idcon); });
+}
 
 unsigned ppm_printn_expr(FILE* stream, Expr* expr, int depth, unsigned column, int wrap) {
     NORVANE_ASSERT(stream);

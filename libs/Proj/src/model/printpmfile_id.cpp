@@ -1,11 +1,8 @@
-// Prints identifiers, plain, quoted or cleaned, and paths of them.
+// Prints identifiers: plain, quoted or cleaned.
 #include <array>
 
-#include "norvane/base/deep.hpp"
-#include "norvane/base/items.hpp"
 #include "norvane/proj/printpmfile.h"
 #include "printpmfile_internal.h"
-#include "tags.h"
 
 namespace norvane::model {
 namespace {
@@ -30,6 +27,7 @@ ByteClass class_of(char c) {
     return byte_classes[static_cast<unsigned char>(c)];
 }
 
+// Without "integer", whose label is printed without quotes: kept for compatibility.
 constexpr std::string_view reserved_words[] = {
     "and",      "array", "boolean", "case",    "constant", "default", "else", "esac",
     "exist",    "false", "float",   "forall",  "if",       "in",      "not",  "of",
@@ -105,39 +103,6 @@ char* take_text(UtilString* text) {
     return copy;
 }
 
-// The widths that lines are broken by, whatever an index or a composite really takes. Existing
-// models were written with them, so their line breaks stay the same.
-constexpr unsigned index_width = 5;
-constexpr unsigned composite_width = 0;
-
-// Nearly every index of a flat rule is a number.
-void print_index(FILE* stream, Expr* index) {
-    if (index && index->structure == EXPR_INT_CONST)
-        print_int_const(stream, index);
-    else
-        ppm_print_expr(stream, index);
-}
-
-unsigned print_array_id(FILE* stream, const IdCon* idcon) {
-    unsigned width = ppm_print_id(stream, idcon->args.array.idname);
-    for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
-        put(stream, "[");
-        print_index(stream, index);
-        put(stream, "]");
-        width += index_width;
-    }
-    return width;
-}
-
-unsigned print_step(FILE* stream, const IdCon* idcon) {
-    switch (kind_of(idcon)) {
-    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
-    case IDCON_ARRAY: return print_array_id(stream, idcon);
-    case IDCON_COMPOSIT: break;
-    }
-    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
-}
-
 unsigned print_and_delete(FILE* stream, UtilString* text) {
     const unsigned length = put(stream, {text->text, text->length});
     ustr_delete(text);
@@ -171,30 +136,4 @@ unsigned ppm_print_clean_id(FILE* stream, char* id) {
     NORVANE_ASSERT(stream);
     NORVANE_ASSERT(id);
     return print_and_delete(stream, new_clean(id));
-}
-
-unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
-    if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
-    NORVANE_ASSERT(stream);
-    NORVANE_ASSERT(idcon);
-    const bool is_path = idcon->contype == IDCON_COMPOSIT;
-    while (idcon->contype == IDCON_COMPOSIT) {
-        ppm_print_idcon(stream, idcon->args.compositid.hier);
-        put(stream, ".");
-        idcon = idcon->args.compositid.nested;
-        NORVANE_ASSERT(idcon);
-    }
-    const unsigned width = print_step(stream, idcon);
-    return is_path ? composite_width : width;
-}
-
-void ppm_print_idcon_stderr(IdCon* idcon) {
-    ppm_print_idcon(stderr, idcon);
-    put(stderr, "\n");
-}
-
-void ppm_print_idcon_str(IdCon* idcon, UtilString* string) {
-    NORVANE_ASSERT(idcon);
-    NORVANE_ASSERT(string);
-    print_into(string, [&](FILE* stream) { ppm_print_idcon(stream, idcon); });
 }

@@ -10,7 +10,6 @@
 
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
-#include "norvane/proj/expr.h"
 
 namespace norvane::model {
 
@@ -29,9 +28,6 @@ inline unsigned put(std::FILE* stream, std::string_view text) {
     fwrite_unlocked(text.data(), 1, text.size(), stream);
     return static_cast<unsigned>(text.size());
 }
-
-// Prints a constant of an integer or boolean type. (printpmfile.cpp)
-unsigned print_int_const(std::FILE* stream, const Expr* expr);
 
 // Replaces the string's text by what `print` writes. The texts of the failures speak of a pipe
 // because callers match them.
