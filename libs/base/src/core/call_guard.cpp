@@ -2,8 +2,8 @@
 #include "norvane/base/call_guard.hpp"
 
 #include <atomic>
+#include <cstdio>
 
-#include "norvane/base/strings.h"
 #include "throwing.h"
 
 namespace norvane {
@@ -15,7 +15,7 @@ constinit CallGuard* innermost = nullptr;
 
 [[noreturn, gnu::cold]] void refuse_thread(const char* function) {
     char text[MESSAGE_BUFFER_SIZE];
-    str_snprintf(text, sizeof text, "%s: another thread is using the library", function);
+    std::snprintf(text, sizeof text, "%s: another thread is using the library", function);
     core::throw_text(EXCEPT_ASSERTION, __LINE__, __FILE__, text);
 }
 

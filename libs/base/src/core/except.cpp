@@ -9,6 +9,7 @@
 
 #include "norvane/base/except.h"
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -35,6 +36,13 @@ constinit thread_local bool is_mixed = false;
 
 // The text for the next throw.
 char failure_text[MESSAGE_BUFFER_SIZE];
+
+// Not by str_vsnprintf, whose own assertions throw.
+void store_text(const char* format, va_list arguments) {
+    // After a failure the C library may leave the buffer without a terminator.
+    if (std::vsnprintf(failure_text, sizeof failure_text, format, arguments) < 0)
+        failure_text[0] = '\0';
+}
 
 // Truncates the text to fit. Source and target may overlap, because a state may be thrown on to a
 // frame with the same state.
@@ -154,7 +162,7 @@ void except_report_errormsg(const char* format, ...) {
     NORVANE_ASSERT(format);
     va_list arguments;
     va_start(arguments, format);
-    str_vsnprintf(failure_text, sizeof failure_text, format, arguments);
+    store_text(format, arguments);
     va_end(arguments);
 }
 
@@ -169,9 +177,10 @@ void except_assertion_failed(const char* expression, int line, const char* file)
 }
 
 void except_fail(int line, const char* file, const char* format, ...) {
+    NORVANE_ASSERT(format);
     va_list arguments;
     va_start(arguments, format);
-    str_vsnprintf(failure_text, sizeof failure_text, format, arguments);
+    store_text(format, arguments);
     va_end(arguments);
     except_throw(EXCEPT_ASSERTION, line, file);
 }
