@@ -10,9 +10,7 @@
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
 #include "norvane/base/items.hpp"
-#include "norvane/base/strings.h"
 #include "norvane/base/work.h"
-#include "norvane/proj/printpmfile.h"
 #include "norvane/proj/proj_errors.h"
 #include "operators.h"
 #include "staticsem_internal.h"
@@ -21,9 +19,6 @@
 namespace norvane::check {
 
 namespace {
-
-// Levels of an expression that an excerpt shows; those below print as "...".
-constexpr int shown_depth = 3;
 
 Checked typed(Expr* expr, ExprType type, bool is_static) {
     expr->type = static_cast<unsigned char>(type);
@@ -247,15 +242,6 @@ bool is_plain(const Expr* operand) {
 }
 
 } // namespace
-
-Excerpt excerpt_of(Expr* expr) {
-    Excerpt excerpt;
-    UtilString* text = ustr_new();
-    ppm_printn_expr_str(expr, text, shown_depth);
-    str_snprintf(excerpt.text, sizeof excerpt.text, "%s", text->text);
-    ustr_delete(text);
-    return excerpt;
-}
 
 // Sums and conjunctions are chains of any length, and each level of one costs this frame. So the
 // other structures, and what finishes a node, are out of line.

@@ -37,7 +37,7 @@ bool check_idcon_again(const Context& in, IdCon* idcon);
 bool type_binary(const Context& in, Expr* expr, bool left_static, bool right_static);
 
 // Whether the two types are the same; false also after reporting an unknown name.
-// (staticsem_typecon.cpp)
+// (same_type.cpp)
 bool is_same_type(const Context& in, TypeCon* typecon1, TypeCon* typecon2);
 
 // Checks one type. Delivers the environment of a record or an optional, which the caller then owns,
@@ -50,7 +50,7 @@ bool check_rule(const Context& in, const RuleDecl* rule);
 // Declares a name, and takes over `namedata`. (staticsem_typecon.cpp)
 bool declare(const Context& in, char* name, NameData* namedata, unsigned linenumber);
 
-// The upper levels of an expression in print, for a report. (staticsem_expr.cpp)
+// The upper levels of an expression in print, for a report. (excerpt.cpp)
 struct Excerpt {
     char text[8192];
 };

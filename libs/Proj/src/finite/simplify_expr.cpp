@@ -21,18 +21,6 @@
 
 namespace norvane::finite {
 
-Expr stack_idcon(IdCon* idcon, unsigned char type) {
-    Expr node = check::stack_node(EXPR_IDCONSTRUCTOR, OPR_NONE, type);
-    node.args.idcon = idcon;
-    return node;
-}
-
-Expr stack_equation(Expr* left, Expr* right, ExprType type) {
-    Expr node = check::stack_node(EXPR_BINARY, OPR_EQ, type);
-    node.args.binargs = {left, right};
-    return node;
-}
-
 namespace {
 
 Expr* typed(Expr* expr, unsigned char type) {

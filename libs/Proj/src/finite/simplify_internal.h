@@ -35,9 +35,21 @@ Expr* simplify(Simplification& in, Expr* expr);
 // Starts a simplification of its own. (simplify_expr.cpp)
 Expr* simplify(const Context& in, Expr* expr);
 
-// Nodes that are on the stack, like check::stack_node. (simplify_expr.cpp)
+// Nodes that are on the stack, like check::stack_node. (simplify_nodes.cpp)
 Expr stack_idcon(IdCon* idcon, unsigned char type);
 Expr stack_equation(Expr* left, Expr* right, ExprType type);
+
+// Turns a leaf into a constant, in place. (simplify_nodes.cpp)
+void become_int(Expr* expr, OprTypes opr, int value);
+
+// Two constants under an operator: the first one becomes the result, and the second one is deleted.
+// Null, with both left alone, where there are no two constants of one kind. (simplify_nodes.cpp)
+Expr* fold(const Simplification& in, unsigned char opr, Expr* left, Expr* right,
+           unsigned char type);
+
+// A binary node over two simplified operands, which it takes over, or the constant that they make.
+// (simplify_nodes.cpp)
+Expr* join(Simplification& in, unsigned char opr, Expr* left, Expr* right, unsigned char type);
 
 // A comparison of an unbounded variable becomes one of positions. Null for any other binary
 // expression. (simplify_compare.cpp)
@@ -45,10 +57,6 @@ Expr* simplify_comparison(Simplification& in, Expr* expr);
 
 // A loop becomes a chain of its turns. (simplify_loop.cpp)
 Expr* simplify_range(Simplification& in, Expr* expr);
-
-// A binary node over two simplified operands, which it takes over, or the constant that they make.
-// (simplify_loop.cpp)
-Expr* join(Simplification& in, unsigned char opr, Expr* left, Expr* right, unsigned char type);
 
 } // namespace norvane::finite
 

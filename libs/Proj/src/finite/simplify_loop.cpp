@@ -29,34 +29,6 @@ struct Closed {
 
 Closed close_expr(Simplification& in, Expr* expr);
 
-void become_int(Expr* expr, OprTypes opr, int value) {
-    expr->structure = EXPR_INT_CONST;
-    expr->opr = static_cast<unsigned char>(opr);
-    expr->type = opr == OPR_BOOLCONST ? ETYPE_BOOL : ETYPE_INT;
-    expr->linenumber = UNDEF_LINENO;
-    expr->args = {};
-    expr->args.intconst.value = value;
-}
-
-// Two constants under an operator: the first one takes the result, and the second one goes. Null,
-// with both left alone, where there are no two constants of one kind.
-Expr* fold(const Simplification& in, unsigned char opr, Expr* left, Expr* right,
-           unsigned char type) {
-    if (left->structure != right->structure) return nullptr;
-    if (left->structure != EXPR_INT_CONST && left->structure != EXPR_FLOAT_CONST) return nullptr;
-    Expr expr = check::stack_node(EXPR_BINARY, static_cast<OprTypes>(opr), type);
-    expr.args.binargs = {left, right};
-    if (left->structure == EXPR_INT_CONST || type == ETYPE_BOOL) {
-        become_int(left, type == ETYPE_INT ? OPR_INTCONST : OPR_BOOLCONST,
-                   check::evaluate_int(in, &expr));
-    } else {
-        NORVANE_ASSERT(type == ETYPE_ENUM_FLOAT);
-        left->args.floatconst.value = check::evaluate_float(in, &expr);
-    }
-    expr_delete(right);
-    return left;
-}
-
 // An index that was copied as it stood may name the variable of the loop.
 void close_index(const Simplification& in, PolyListNode* node) {
     auto* index = static_cast<Expr*>(node->element);
@@ -204,13 +176,6 @@ bool simplify_turns(Simplification& in, Expr* range, int lower, int upper, LoopV
 }
 
 } // namespace
-
-Expr* join(Simplification& in, unsigned char opr, Expr* left, Expr* right, unsigned char type) {
-    if (Expr* constant = fold(in, opr, left, right, type)) return constant;
-    Expr* result = expr_new_binary(static_cast<OprTypes>(opr), left, right, UNDEF_LINENO);
-    result->type = type;
-    return result;
-}
 
 // All turns are made before the first one is closed, and the chain is closed as it is built, from
 // the first turn on: that is the order of a pass over the finished chain, whose left operands come
