@@ -1,8 +1,6 @@
 // Type check of calculations: sets, functions, declarations and statements.
 #include "norvane/proj/calc_typecheck.h"
 
-#include <cstdarg>
-
 #include "calc_builtins.h"
 #include "calc_position.h"
 #include "calc_typecheck_internal.h"
@@ -346,29 +344,6 @@ void replace_function(PolyHash* calc, const char* ns_name, CFunc* func) {
 }
 
 } // namespace
-
-void type_error(const Check& check, int line, const char* format, ...) {
-    char message[MESSAGE_BUFFER_SIZE];
-    va_list arguments;
-    va_start(arguments, format);
-    str_vsnprintf(message, sizeof message, format, arguments);
-    va_end(arguments);
-    const Position position = position_of(check.func, line);
-    report_error(ERR_CALC_FNC(position.text, check.name_space->name, check.func->name, message));
-    except_throw(EXCEPT_CHECKER, __LINE__, __FILE__);
-}
-
-const char* type_word(CalcType type) {
-    switch (type) {
-    case CTYPE_UNDEF: return "undefined";
-    case CTYPE_BOOL: return "boolean";
-    case CTYPE_INT: return "integer";
-    case CTYPE_FLOAT: return "float";
-    case CTYPE_STRING: return "string";
-    case CTYPE_VOID: return "void";
-    }
-    NORVANE_FAIL("Invalid type: %d", static_cast<int>(type));
-}
 
 } // namespace norvane::calculations
 
