@@ -100,6 +100,8 @@ def main():
                          complete(*command, '--format', 'json', 'file', 'project', ''),
                          said.argument_words)
     expect_equal('completion of explain', complete('explain', ''), explained(arguments.driver))
+    answer = output('bash', arguments.completion, arguments.driver, 'rules', '--to=sm').split()
+    expect_equal('what other shells are told', answer, ['--to=smt2'])
 
     readers = {'man': ('--warnings', '-E', 'UTF-8', '-l'), 'groff': ('-man', '-ww', '-z')}
     reader = next(filter(shutil.which, readers), None)

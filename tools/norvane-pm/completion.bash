@@ -112,4 +112,25 @@ _norvane_pm() {
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }
 
-complete -o default -F _norvane_pm norvane-pm
+# Run as a program, it prints what fits the words that are its arguments: other shells ask it.
+_norvane_pm_answer() {
+    local word prefix='' COMP_WORDS=() COMP_CWORD=0 COMPREPLY=()
+    for word in "$@"; do
+        prefix=''
+        if [[ $word == --*=* ]]; then
+            prefix=${word%%=*}=
+            COMP_WORDS+=("${word%%=*}" = "${word#*=}")
+        else
+            COMP_WORDS+=("$word")
+        fi
+    done
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+    _norvane_pm
+    [[ ${#COMPREPLY[@]} == 0 ]] || printf -- "$prefix%s\n" "${COMPREPLY[@]}"
+}
+
+if [[ ${BASH_SOURCE[0]} == "$0" ]]; then
+    _norvane_pm_answer "$@"
+else
+    complete -o default -F _norvane_pm norvane-pm
+fi
