@@ -17,6 +17,7 @@ namespace fs = std::filesystem;
 // Other files are no sources, and a directory of that many is no model's.
 constexpr std::uintmax_t largest_source = std::uintmax_t{16} << 20;
 constexpr unsigned most_files = 1000;
+constexpr std::size_t most_bytes = std::size_t{64} << 20; // of all files together
 
 // Empty for what is no regular file, or cannot be read.
 std::string text_of(const fs::path& file) {
@@ -63,9 +64,8 @@ std::string_view included_by(std::string_view line) {
     return line.substr(0, line.find('"'));
 }
 
-// The line in `includer` that includes the file; 0 if there is none.
-unsigned line_of_include(const fs::path& includer, const fs::path& file) {
-    const std::string text = text_of(includer);
+// The line of a text that includes the file; 0 if there is none.
+unsigned line_of_include(const std::string& text, const fs::path& file) {
     unsigned line = 0;
     for (std::size_t start = 0; start < text.size(); start = text.find('\n', start) + 1) {
         ++line;
@@ -101,9 +101,17 @@ std::optional<Finding> note_of_includer(const std::string& file) {
     for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
         if (++count <= most_files && at->path().filename() != path.filename())
             others.push_back(path.has_parent_path() ? at->path() : at->path().filename());
-    std::ranges::sort(others); // so that the same files give the same report
+    // In one order, so that the same files give the same report; those like the file first, as the
+    // others may be too many.
+    std::ranges::sort(others, {}, [&path](const fs::path& other) {
+        return std::pair(other.extension() != path.extension(), other);
+    });
+    std::size_t bytes = 0;
     for (const fs::path& other : others) {
-        const unsigned line = line_of_include(other, path);
+        const std::string text = text_of(other);
+        bytes += text.size();
+        if (bytes > most_bytes) break;
+        const unsigned line = line_of_include(text, path);
         if (line == 0) continue;
         Finding finding;
         finding.severity = Severity::note;
