@@ -73,11 +73,11 @@ void Unit::start(const Documents& documents, const std::string& directory) {
         if (auto bytes = documents.bytes(calculation_)) sources_[calculation_] = *std::move(bytes);
     is_changed_ = false;
     if (is_too_large()) {
-        Result none;
-        none.findings = {finding_about(file(), Severity::note,
-                                       "the model is too large to be checked while it is edited",
-                                       "norvane-pm check " + file())};
-        return finish(std::move(none));
+        Result nothing;
+        nothing.findings = {finding_about(file(), Severity::note,
+                                          "the model is too large to be checked while it is edited",
+                                          "norvane-pm check " + file())};
+        return finish(std::move(nothing));
     }
     static unsigned count = 0;
     overlay_ = std::make_unique<Overlay>(directory + "/run" + std::to_string(++count));
@@ -99,14 +99,43 @@ bool Unit::read_worker() {
 void Unit::give_up() {
     worker_.reset();
     overlay_.reset();
-    Result none;
-    none.findings = {finding_about(file(), Severity::warning, "the check takes too long")};
-    finish(std::move(none));
+    Result nothing;
+    nothing.findings = {finding_about(file(), Severity::warning, "the check takes too long")};
+    finish(std::move(nothing));
+}
+
+const NameIndex& Unit::names() const {
+    if (names_) return *names_;
+    auto index = std::make_unique<NameIndex>();
+    if (const auto model = sources_.find(settings_.model); model != sources_.end()) {
+        // Where the preprocessor has failed, the main file alone is better than nothing.
+        SourceFiles files;
+        for (const auto& [path, bytes] : sources_)
+            files.set(path, bytes);
+        auto source = std::make_unique<SourceText>(result_.has_text ? result_.text : model->second,
+                                                   settings_.model, files);
+        auto words = std::make_unique<Words>(*source, files);
+        read_model_names(*index, *words);
+        index->hold(std::move(source));
+        index->hold(std::move(words));
+        for (const auto& [path, bytes] : sources_)
+            if (path != calculation_) read_macro_definitions(*index, path, bytes);
+        for (const auto& [path, bytes] : sources_)
+            if (path != calculation_) read_macro_uses(*index, path, bytes);
+    }
+    if (const auto own = sources_.find(calculation_); own != sources_.end()) {
+        auto words = std::make_unique<Words>(calculation_, own->second);
+        read_calculation_names(*index, *words);
+        index->hold(std::move(words));
+    }
+    index->sort();
+    names_ = std::move(index);
+    return *names_;
 }
 
 void Unit::finish(Result result) {
     result_ = std::move(result);
-    ++generation_;
+    names_.reset();
     if (!settings_.fault.empty())
         result_.findings.push_back(
             finding_about(settings_.faulty_file, Severity::warning, settings_.fault));

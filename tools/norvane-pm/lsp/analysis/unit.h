@@ -7,6 +7,7 @@
 #include <string>
 
 #include "includes.h"
+#include "name_index.h"
 #include "overlay.h"
 #include "result.h"
 #include "settings.h"
@@ -35,7 +36,7 @@ class Unit {
     // A run that is going on is out of date: it is stopped, and its results are never shown.
     void mark_changed();
     bool needs_run() const { return is_changed_ && !worker_; }
-    bool is_up_to_date() const { return !is_changed_; }
+    bool is_up_to_date() const { return !is_changed_ && !worker_; }
 
     // Starts a run on the documents as they are.
     void start(const Documents& documents, const std::string& directory);
@@ -47,8 +48,8 @@ class Unit {
     const Result& result() const { return result_; }
     // The files of the model, and the calculation, as the run has read them.
     const SourceSet& sources() const { return sources_; }
-    // Counts the runs that have ended.
-    unsigned generation() const { return generation_; }
+    // The names in them; made when they are first asked for after a run.
+    const NameIndex& names() const;
 
   private:
     Job job(const Documents& documents) const;
@@ -60,7 +61,7 @@ class Unit {
     bool is_changed_ = true;
     SourceSet sources_;
     Result result_;
-    unsigned generation_ = 0;
+    mutable std::unique_ptr<NameIndex> names_;
     std::unique_ptr<Overlay> overlay_;
     std::unique_ptr<Worker> worker_;
 };

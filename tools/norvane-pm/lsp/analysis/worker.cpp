@@ -55,7 +55,7 @@ void begin_process(const Job& job, int pipe, pid_t parent) {
     dup2(nothing, STDIN_FILENO);
     dup2(pipe, STDOUT_FILENO);
     dup2(pipe, STDERR_FILENO);
-    setenv("TMPDIR", job.directory.c_str(), 1);
+    if (!job.directory.empty()) setenv("TMPDIR", job.directory.c_str(), 1);
     limit_memory();
 }
 

@@ -23,7 +23,7 @@ struct Job {
     Options options;
     void (*command)(Session&) = nullptr;
     std::string preprocess; // a file whose text after the preprocessor is to be sent; may be empty
-    std::string directory;  // for temporary files
+    std::string directory;  // for temporary files; may be empty where there are none
 };
 
 // What a process has sent.

@@ -28,6 +28,10 @@ struct Feature {
 // Null for a method that is none.
 const Feature* find_feature(const std::string& method);
 
+// Names of all units that hold the text of the query.
+Json workspace_symbols(const std::vector<const Unit*>& units, const Documents& documents,
+                       const std::string& query);
+
 // What the server tells the client that it does.
 Json capabilities();
 

@@ -116,6 +116,9 @@ void Server::handle_request(const Json& id, const std::string& method, const Jso
         state_ = State::shut_down;
         return client_.answer(id, nullptr);
     }
+    if (method == "workspace/symbol")
+        return client_.answer(
+            id, workspace_symbols(units_.all(), documents_, text_of(member(params, "query"))));
     const Feature* feature = find_feature(method);
     if (!feature) throw RequestError{ErrorCode::method_not_found, "there is no " + method};
     Waiting request{id, feature, params, path_of(text_of(member(params, "textDocument", "uri")))};

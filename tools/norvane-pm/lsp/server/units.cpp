@@ -53,7 +53,8 @@ void Units::forget_unused() {
 
 void Units::changed(const std::string& path) {
     documents_.forget_files();
-    std::ranges::stable_partition(units_, [&path](const auto& unit) { return unit->reads(path); });
+    std::stable_partition(units_.begin(), units_.end(),
+                          [&path](const auto& unit) { return unit->reads(path); });
     for (const auto& unit : units_) {
         if (!unit->reads(path)) break;
         unit->mark_changed();

@@ -1,0 +1,238 @@
+#!/usr/bin/env python3
+"""What the editor asks for: tables of places in small models, and what is answered there. A place is marked
+in the text by «». Each rename is also applied, and the result checked."""
+import os
+import re
+import sys
+import tempfile
+
+from session import Session, uri_of
+
+MODEL = '''#define BOTH(a, b) (a and b)
+#include "part.pm"
+/* How many. */
+constant N : 2 + 1;
+type
+  Box : { public size : [0..N]; public lid : optional Colour; rule size > 1; };
+variable
+  public box : array N of Box;  public kg : integer;
+  public size, wide : boolean;
+rule
+  /* loops hide names */
+  forall kg in [0..N - 1] : (box[kg].size > 0 or box[kg].lid = NONE);
+  box[0].lid = SOME -> box[0].lid.SOME = "dark red";
+  BOTH(size, wide) or kg > 10;
+  case box[1].lid.SOME of green then size | default wide esac;
+'''
+PART = 'type Colour : [green, "dark red", blue];\n'
+CALC = '''namespace Shop {
+  // The sum.
+  float total(float rate, integer count) { integer n := count; return System.Round(rate * n); }
+  float twice() = Shop.total(2.0, 3) + kg;
+}
+'''
+FILES = {'m.pm': MODEL, 'part.pm': PART, 'm.cl': CALC}
+
+# file, the text with «» around or before the place, and the declaration that is found: file and line; and
+# how often the name stands in the model or the calculation.
+DEFINITIONS = [
+    ('m.pm', '[0..«N»]; public lid', 'm.pm', 3, 4),
+    ('m.pm', 'optional «Colour»', 'part.pm', 0, 2),
+    ('m.pm', 'rule «size» > 1', 'm.pm', 5, 3),
+    ('m.pm', 'box[kg].«size»', 'm.pm', 5, 3),
+    ('m.pm', 'or box[«kg»].lid', 'm.pm', 11, 3),
+    ('m.pm', 'or «kg» > 10', 'm.pm', 7, 2),
+    ('m.pm', 'BOTH(«size»', 'm.pm', 8, 3),
+    ('m.pm', '«BOTH»(size', 'm.pm', 0, 2),
+    ('m.pm', '= «"dark red"»', 'part.pm', 0, 2),
+    ('m.pm', 'of «green»', 'part.pm', 0, 2),
+    ('m.pm', '#include "p«»art.pm"', 'part.pm', 0, 0),
+    ('m.pm', 'loops «hide»', None, None, 0),
+    ('m.cl', '«count»; return', 'm.cl', 2, 2),
+    ('m.cl', 'Shop.«total»(2.0', 'm.cl', 2, 2),
+    ('m.cl', '+ «kg»', 'm.pm', 7, 3),
+]
+# What a hover holds.
+HOVERS = [
+    ('m.pm', '«N» - 1', ['constant **N**', 'N : 2 + 1;', 'How many.', 'value: `3`']),
+    ('m.pm', 'or «kg»', ['public kg : integer', '- 0: up to 9', '- 1: 10', '- 2: from 11']),
+    ('m.pm', '«"dark red"»', ['number 1 of its enumeration']),
+    ('m.cl', 'Shop.«total»', ['float Shop.total(float rate, integer count)', 'The sum.']),
+]
+# A text in the place of a marked one, what is offered there, and what is not.
+COMPLETIONS = [
+    ('m.pm', '«kg > 10»', 'box[0].', {'size', 'lid'}, {'N', 'Box'}),
+    ('m.pm', '«kg > 10»', 'box[0].lid.', {'SOME'}, {'size'}),
+    ('m.pm', '«kg > 10»', 'box[0].lid.SOME = ', {'green', 'dark red', 'box'}, set()),
+    ('m.pm', '«kg > 10»', 'k', {'kg', 'wide', 'N', 'forall', 'BOTH'}, {'Box', 'lid'}),
+    ('m.pm', '«integer»', '', {'Box', 'Colour', 'boolean', 'optional', 'record'}, {'kg', 'and'}),
+    ('m.pm', '«integer;»', 'integer; ', {'public', 'private', 'rule'}, {'kg', 'N'}),
+    ('m.pm', 'rule «size» > 1', 's', {'size', 'lid', 'N'}, set()),
+    ('m.pm', '/* How «»', 'k', set(), {'kg'}),
+    ('m.cl', '«kg»', 'System.', {'Round', 'Max'}, {'total', 'kg'}),
+    ('m.cl', '«kg»', 'Shop.', {'total', 'twice'}, {'Round'}),
+    ('m.cl', 'rate * «n»', '', {'n', 'count', 'kg', 'System', 'Shop'}, {'N'}),
+]
+# A place, a new name, and a part of why it is refused; None where it is not.
+RENAMES = [
+    ('m.pm', 'constant «N»', 'COUNT', None),
+    ('m.pm', 'or «kg»', 'mass', None),
+    ('m.pm', 'rule «size»', 'height', None),
+    ('m.pm', 'BOTH(«size»', 'narrow', None),
+    ('m.pm', 'of «green»', 'light green', None),
+    ('m.pm', 'optional «Colour»', 'Color', None),
+    ('m.cl', '«count»; return', 'number', None),
+    ('m.cl', 'Shop.«total»', 'all', None),
+    ('m.pm', 'or «kg»', 'wide', 'stands at'),
+    ('m.pm', 'or «kg»', 'rule', 'cannot be a name'),
+    ('m.pm', '«BOTH»', 'X', 'macros'),
+    ('m.cl', '+ «kg»', 'mass', 'rename it there'),
+    ('m.pm', 'loops «»', 'x', 'no name'),
+]
+# A change, where actions are asked for, and a title with the model that it makes.
+ACTIONS = [
+    ('or «kg»', 'wid', '«»wid > 10', "did you mean 'wide'?", 'or wide > 10'),
+    ('or «kg > 10»', 'heavy', '«»heavy;', "declare 'heavy' as a boolean variable",
+     'wide : boolean;\n  public heavy : boolean;'),
+    ('or «kg > 10»', 'kg == 10', '«»rule', 'correct all that is certain', 'kg = 10'),
+    ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then true |'),
+]
+
+
+def place(text, marked):
+    """The range of what is marked, as the protocol has it."""
+    plain = marked.replace('«', '').replace('»', '')
+    start = text.index(plain) + marked.index('«')
+    end = text.index(plain) + marked.replace('«', '').index('»')
+
+    def position(offset):
+        return {'line': text.count('\n', 0, offset), 'character': offset - text.rfind('\n', 0, offset) - 1}
+    return start, end, position(start), position(end)
+
+
+def apply(text, edits):
+    lines = text.split('\n')
+    for edit in sorted(edits, key=lambda each: str(each['range']['start']['line']).zfill(6) +
+                       str(each['range']['start']['character']).zfill(6), reverse=True):
+        start, end = edit['range']['start'], edit['range']['end']
+        assert start['line'] == end['line']
+        line = lines[start['line']]
+        lines[start['line']] = line[:start['character']] + edit['newText'] + line[end['character']:]
+    return '\n'.join(lines)
+
+
+class Test:
+    def __init__(self, driver, directory):
+        self.directory = directory
+        for file, text in FILES.items():
+            with open(self.path(file), 'w') as stream:
+                stream.write(text)
+        self.session = Session(driver)
+        for file in FILES:
+            self.session.open(self.path(file))
+            assert not self.session.diagnostics(self.path(file)), self.session.shown
+        self.failures = []
+
+    def path(self, file):
+        return os.path.join(self.directory, file)
+
+    def ask(self, method, file, position, **more):
+        return self.session.ask('textDocument/' + method, {
+            'textDocument': {'uri': uri_of(self.path(file))}, 'position': position, **more})
+
+    def expect(self, condition, *what):
+        if not condition:
+            self.failures.append(' '.join(map(str, what)))
+
+    def definitions(self):
+        for file, marked, in_file, line, count in DEFINITIONS:
+            _, _, at, _ = place(FILES[file], marked)
+            found = self.ask('definition', file, at)
+            expected = in_file and (uri_of(self.path(in_file)), line)
+            self.expect((found and (found['uri'], found['range']['start']['line'])) == expected, marked, found)
+            uses = self.ask('references', file, at, context={'includeDeclaration': True})
+            self.expect(len(uses) == count, marked, 'stands', len(uses), 'times')
+            own = [use for use in uses if use['uri'] == uri_of(self.path(file))]
+            self.expect(len(self.ask('documentHighlight', file, at)) == len(own), marked, 'is highlighted')
+
+    def hovers(self):
+        for file, marked, texts in HOVERS:
+            said = self.ask('hover', file, place(FILES[file], marked)[2])['contents']['value']
+            self.expect(all(text in said for text in texts), marked, said)
+
+    def completions(self):
+        for file, marked, text, offered, others in COMPLETIONS:
+            start, end, _, _ = place(FILES[file], marked)
+            changed = FILES[file][:start] + text + FILES[file][end:]
+            self.session.change(self.path(file), changed)
+            at = place(changed, changed[:start + len(text)] + '«»')[2]
+            names = {item['label'] for item in self.ask('completion', file, at)}
+            self.expect(offered <= names and not others & names, marked, text, offered - names, others & names)
+            self.session.change(self.path(file), FILES[file])
+
+    def renames(self):
+        for file, marked, name, refused in RENAMES:
+            at = place(FILES[file], marked)[2]
+            answer = self.ask('rename', file, at, newName=name)
+            if refused:
+                self.expect(refused in answer.get('message', ''), marked, name, answer)
+                continue
+            changed = {path: apply(FILES[path], answer['changes'].get(uri_of(self.path(path)), []))
+                       for path in FILES}
+            self.expect(changed != FILES, marked, 'is not renamed')
+            for path, text in changed.items():
+                if path != 'm.cl' or file == 'm.cl':
+                    self.session.change(self.path(path), text)
+            for path in ('m.pm', file):
+                self.expect(not self.session.diagnostics(self.path(path)), marked, changed[path])
+            for path in FILES:
+                self.session.change(self.path(path), FILES[path])
+
+    def actions(self):
+        for marked, text, at, title, result in ACTIONS:
+            start, end, _, _ = place(MODEL, marked)
+            changed = MODEL[:start] + text + MODEL[end:]
+            self.session.change(self.path('m.pm'), changed)
+            where = place(changed, at)[2]
+            found = [action for action in self.ask('codeAction', 'm.pm', where, range={'start': where, 'end': where},
+                                                   context={'diagnostics': []}) if action['title'] == title]
+            self.expect(found, title, 'is not offered')
+            if found:
+                made = apply(changed, found[0]['edit']['changes'][uri_of(self.path('m.pm'))])
+                self.expect(result in made, title, made)
+        self.session.change(self.path('m.pm'), MODEL)
+
+    def outlines(self):
+        start = {'line': 0, 'character': 0}
+        names = [symbol['name'] for symbol in self.ask('documentSymbol', 'm.pm', start)]
+        self.expect(names == ['N', 'Box', 'box', 'kg', 'size', 'wide'], names)
+        folds = [(fold['startLine'], fold['endLine']) for fold in self.ask('foldingRange', 'm.cl', start)]
+        self.expect((0, 3) in folds, folds)
+        hints = [hint['label'] for hint in self.ask('inlayHint', 'm.pm', start, range={
+            'start': start, 'end': {'line': 99, 'character': 0}})]
+        self.expect(hints == ['3 classes'], hints)
+        found = {symbol['name'] for symbol in self.session.ask('workspace/symbol', {'query': 'Col'})}
+        self.expect(found == {'Colour'}, found)
+        data = self.ask('semanticTokens/full', 'm.pm', start)['data']
+        words = []
+        line = character = 0
+        for delta, column, length, _, _ in zip(*[iter(data)] * 5):
+            line, character = line + delta, column + (0 if delta else character)
+            words.append(MODEL.split('\n')[line][character:character + length])
+        self.expect(all(re.fullmatch(r'\w+|".*"', word) for word in words) and len(words) > 30, words)
+        position = place(CALC, 'total(2.0, «»3')[2]
+        help_ = self.ask('signatureHelp', 'm.cl', position)
+        self.expect(help_['activeParameter'] == 1 and 'integer count' in str(help_), help_)
+
+
+def main(driver):
+    with tempfile.TemporaryDirectory() as directory:
+        test = Test(driver, directory)
+        for part in (test.definitions, test.hovers, test.completions, test.renames, test.actions, test.outlines):
+            part()
+        test.expect(test.session.end() == 0, 'the end')
+    print('\n'.join(test.failures))
+    sys.exit(bool(test.failures))
+
+
+main(sys.argv[1])

@@ -1,0 +1,174 @@
+// Changes that the client may offer: what reports say to write instead, a declaration for a name
+// that has none, and the arms that a case lacks.
+#include <set>
+
+#include "places.h"
+#include "requests.h"
+#include "shown_findings.h"
+#include "text.h"
+#include "tokens.h"
+#include "unit.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+bool overlap(const Range& a, const Range& b) {
+    return a.start <= b.end && b.start <= a.end;
+}
+
+class Actions {
+  public:
+    explicit Actions(const Context& context)
+        : context_(context), wanted_(range_of(member(context.params, "range"))) {}
+
+    Json find() {
+        Json all_certain = Json::object();
+        for (const Finding& finding : context_.unit.result().findings) {
+            if (finding.place.file != context_.document.path) continue;
+            const bool is_certain =
+                !finding.replacements.empty() && finding.replacements[0].is_certain;
+            if (is_certain) add_edits(all_certain, finding);
+            if (!overlap(range_of(finding.place, context_.documents), wanted_)) continue;
+            if (!finding.replacements.empty()) fix(finding, is_certain);
+            if (finding.name == "ERR_ID_UNDECLARED") declare(finding);
+        }
+        if (!all_certain.empty())
+            add("correct all that is certain", "source.fixAll", all_certain, nullptr);
+        if (!context_.document.is_calculation) missing_arms();
+        return std::move(actions_);
+    }
+
+  private:
+    void add(const std::string& title, const char* kind, const Json& changes,
+             const Finding* finding, bool is_preferred = false) {
+        Json action = {{"title", title}, {"kind", kind}, {"edit", {{"changes", changes}}}};
+        if (finding) action["diagnostics"] = {to_diagnostic(*finding, context_.documents)};
+        if (is_preferred) action["isPreferred"] = true;
+        actions_.push_back(std::move(action));
+    }
+
+    void add_edits(Json& changes, const Finding& finding) const {
+        for (const Replacement& each : finding.replacements)
+            changes[context_.documents.uri(each.place.file)].push_back(
+                {{"range", to_json(range_of(each.place, context_.documents))},
+                 {"newText", each.text}});
+    }
+
+    void fix(const Finding& finding, bool is_certain) {
+        Json changes = Json::object();
+        add_edits(changes, finding);
+        const std::string title =
+            finding.hint.empty() ? "write '" + finding.replacements[0].text + "'" : finding.hint;
+        add(title, "quickfix", changes, &finding, is_certain);
+    }
+
+    // After the last variable of the document.
+    void declare(const Finding& finding) {
+        const Lines& lines = context_.document.lines;
+        const Range range = range_of(finding.place, context_.documents);
+        const std::size_t begin = lines.offset(range.start);
+        const std::string name = lines.text().substr(begin, lines.offset(range.end) - begin);
+        const Scan found = scan(name);
+        if (found.tokens.size() != 1 || found.tokens[0].kind != TokenKind::word) return;
+        const Symbol* last = nullptr;
+        for (const Symbol& symbol : context_.unit.names().symbols)
+            if (symbol.kind == SymbolKind::variable && symbol.last.is_known() &&
+                *symbol.last.file == context_.document.path)
+                last = &symbol;
+        if (!last) return;
+        const Position end = range_of(last->last, context_.documents).end;
+        insert("declare '" + name + "' as a boolean variable", "quickfix", end,
+               "\n  public " + name + " : boolean;", &finding);
+    }
+
+    void insert(const std::string& title, const char* kind, const Position& at,
+                const std::string& text, const Finding* finding) {
+        Json changes = Json::object();
+        changes[context_.document.uri].push_back(
+            {{"range", to_json(Range{at, at})}, {"newText", text}});
+        add(title, kind, changes, finding);
+    }
+
+    // Of the innermost case around the range, over a name whose type is an enumeration.
+    void missing_arms() {
+        const Words* words = context_.unit.names().words();
+        if (!words) return;
+        std::vector<std::size_t> open;
+        for (std::size_t i = 0; i < words->size(); ++i) {
+            const Word& word = (*words)[i];
+            if (word.text == "case") open.push_back(i);
+            if (word.text != "esac" || open.empty()) continue;
+            const std::size_t first = open.back();
+            open.pop_back();
+            const Spot& begin = (*words)[first].spot;
+            if (!begin.is_known() || !word.spot.is_known() ||
+                *begin.file != context_.document.path || *word.spot.file != *begin.file)
+                continue;
+            const Range whole = range_of(begin, word.spot, context_.documents);
+            if (whole.start <= wanted_.start && wanted_.end <= whole.end)
+                return add_arms(*words, first, i);
+        }
+    }
+
+    void add_arms(const Words& words, std::size_t first, std::size_t end) {
+        const NameIndex& names = context_.unit.names();
+        std::size_t of = first;
+        while (of < end && words[of].text != "of")
+            ++of;
+        const bool is_value = words[of - 1].text == "SOME";
+        const TypeNode* type = type_at(words[is_value ? of - 3 : of - 1]);
+        if (is_value && type) type = names.real(type->base);
+        if (!type || type->kind != TypeNode::Kind::enumeration) return;
+        std::size_t default_word = none;
+        std::set<std::string_view> present;
+        unsigned depth = 0;
+        for (std::size_t i = of; i < end; ++i) {
+            if (words[i].text == "case") ++depth;
+            if (words[i].text == "esac") --depth;
+            if (depth > 0) continue;
+            if (words[i].text == "default") default_word = i;
+            if (words[i + 1].text == "then") present.insert(unquoted(words[i].text));
+        }
+        if (default_word == none || !words[default_word].spot.is_known()) return;
+        const Position at = range_of(words[default_word].spot, context_.documents).start;
+        std::string text;
+        std::string missing;
+        for (const std::size_t each : type->fields) {
+            const Symbol& symbol = names.symbols[each];
+            if (present.contains(symbol.name)) continue;
+            const std::string name = to_utf8(symbol.name);
+            const Scan found = scan(name);
+            const bool is_plain = found.tokens.size() == 1 && !is_reserved(name) &&
+                                  found.tokens[0].kind == TokenKind::word;
+            text += (is_plain ? name : "\"" + name + "\"") + " then true |\n" +
+                    std::string(at.character, ' ');
+            missing += (missing.empty() ? "" : ", ") + name;
+        }
+        if (!text.empty())
+            insert("add the arms of " + missing, "refactor.rewrite", at, text, nullptr);
+    }
+
+    static std::string_view unquoted(std::string_view text) {
+        return text.size() >= 2 && text[0] == '"' ? text.substr(1, text.size() - 2) : text;
+    }
+
+    // Of the name that ends a path.
+    const TypeNode* type_at(const Word& word) const {
+        const NameIndex& names = context_.unit.names();
+        if (!word.spot.is_known()) return nullptr;
+        const Occurrence* name = names.at(*word.spot.file, word.spot.line, word.spot.column);
+        return name ? names.real(names.symbols[name->symbol].type) : nullptr;
+    }
+
+    const Context& context_;
+    Range wanted_;
+    Json actions_ = Json::array();
+};
+
+} // namespace
+
+Json code_actions(const Context& context) {
+    return Actions(context).find();
+}
+
+} // namespace norvane::pm::lsp

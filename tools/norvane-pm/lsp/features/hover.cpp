@@ -1,0 +1,90 @@
+// What a name stands for, or what an error means.
+#include "classes.h"
+#include "explain.h"
+#include "places.h"
+#include "requests.h"
+#include "shown_findings.h"
+#include "text.h"
+#include "unit.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+bool holds(const Range& range, const Position& position) {
+    return range.start <= position && position <= range.end;
+}
+
+// What `norvane-pm explain` says of the errors at a position.
+std::string explanations(const Context& context, const Position& position) {
+    std::string texts;
+    for (const Finding& finding : context.unit.result().findings) {
+        if (finding.place.file != context.document.path || finding.name.empty() ||
+            finding.place.line == 0)
+            continue;
+        const Range range = range_of(finding.place, context.documents);
+        if (!holds(range, position) || texts.find(finding.name) != texts.npos) continue;
+        Job job;
+        job.options.error_name = finding.name;
+        job.command = explain;
+        texts += "\n\n---\n```text\n" + run_now(job).lines + "\n```";
+    }
+    return texts;
+}
+
+std::string facts_of(const Context& context, std::size_t number) {
+    const NameIndex& names = context.unit.names();
+    const Symbol& symbol = names.symbols[number];
+    const Facts& facts = context.unit.result().facts;
+    const std::string name(symbol.name);
+    std::string text;
+    if (const std::size_t order = order_of(names, number); order != none)
+        text += "\n\nnumber " + std::to_string(order) + " of its enumeration";
+    if (symbol.kind == SymbolKind::constant)
+        if (const auto value = facts.constants.find(name); value != facts.constants.end())
+            text += "\n\nvalue: `" + value->second + "`";
+    if (symbol.kind == SymbolKind::variable)
+        if (const auto cuts = facts.classes.find(name); cuts != facts.classes.end()) {
+            text += "\n\nThe rules cut its values into these classes:\n";
+            unsigned number_of_class = 0;
+            for (const std::string& each : classes_of(cuts->second))
+                text += "\n- " + std::to_string(number_of_class++) + ": " + each;
+        }
+    return text;
+}
+
+// The type of a variable that is declared by its name.
+std::string type_text(const Context& context, const Symbol& symbol) {
+    const NameIndex& names = context.unit.names();
+    if (symbol.type == none || names.types[symbol.type].kind != TypeNode::Kind::named) return "";
+    const auto type = names.globals.find(names.types[symbol.type].name);
+    if (type == names.globals.end()) return "";
+    return declaration_text(names.symbols[type->second], context.documents);
+}
+
+} // namespace
+
+Json hover(const Context& context) {
+    const Position position = position_of(member(context.params, "position"));
+    const Occurrence* name = name_at(context);
+    std::string text;
+    if (name) {
+        const Symbol& symbol = context.unit.names().symbols[name->symbol];
+        const char* language = symbol.kind >= SymbolKind::name_space ? "norvane-cl" : "norvane-pm";
+        text = std::string(kind_name(symbol.kind)) + " **" + to_utf8(symbol.name) + "**";
+        std::string declaration = declaration_text(symbol, context.documents);
+        if (const std::string type = type_text(context, symbol); !type.empty())
+            declaration += "\n" + type;
+        if (!declaration.empty())
+            text += std::string("\n```") + language + "\n" + declaration + "\n```";
+        if (const std::string comment = comment_above(symbol, context.documents); !comment.empty())
+            text += "\n\n" + comment;
+        text += facts_of(context, name->symbol);
+    }
+    text += explanations(context, position);
+    if (text.empty()) return nullptr;
+    Json result = {{"contents", {{"kind", "markdown"}, {"value", text}}}};
+    if (name) result["range"] = to_json(range_of(name->spot, context.documents));
+    return result;
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,82 @@
+#include "places.h"
+
+#include <algorithm>
+
+#include "unit.h"
+
+namespace norvane::pm::lsp {
+
+Range range_of(const Spot& spot, const Documents& documents) {
+    return range_of(spot, spot, documents);
+}
+
+Range range_of(const Spot& first, const Spot& last, const Documents& documents) {
+    const Lines* lines = documents.lines(*first.file);
+    if (!lines) return {};
+    return {lines->from_file(first.line, first.column),
+            lines->from_file(last.line, last.end_column)};
+}
+
+Json location_of(const Spot& spot, const Documents& documents) {
+    return {{"uri", documents.uri(*spot.file)}, {"range", to_json(range_of(spot, documents))}};
+}
+
+const Occurrence* name_at(const Context& context) {
+    const Position position = position_of(member(context.params, "position"));
+    const unsigned column = context.document.lines.column_in_file(position);
+    return context.unit.names().at(context.document.path, static_cast<unsigned>(position.line + 1),
+                                   column);
+}
+
+std::string declaration_text(const Symbol& symbol, const Documents& documents) {
+    constexpr std::size_t longest = 1200;
+    if (!symbol.detail.empty()) return symbol.detail;
+    if (!symbol.first.is_known() || !symbol.last.is_known()) return "";
+    if (*symbol.first.file != *symbol.last.file) return "";
+    const Lines* lines = documents.lines(*symbol.first.file);
+    if (!lines) return "";
+    const Range range = range_of(symbol.first, symbol.last, documents);
+    const std::size_t begin = lines->offset(range.start);
+    const std::size_t end = std::max(begin, lines->offset(range.end));
+    if (end - begin <= longest) return lines->text().substr(begin, end - begin);
+    return std::string(lines->line(range.start.line)) + " ...";
+}
+
+// A comment that ends on the line before the declaration, or with only blank lines between.
+std::string comment_above(const Symbol& symbol, const Documents& documents) {
+    if (!symbol.first.is_known()) return "";
+    const Lines* lines = documents.lines(*symbol.first.file);
+    if (!lines || symbol.first.line < 2) return "";
+    const std::string& text = lines->text();
+    const std::size_t start = lines->offset({symbol.first.line - 1, 0});
+    std::size_t end = text.find_last_not_of(" \t\r\n", start - 1);
+    if (end == text.npos) return "";
+    const std::size_t line = text.rfind('\n', end) + 1; // 0 where there is none
+    const std::size_t words = text.find_first_not_of(" \t", line);
+    if (text.compare(words, 2, "//") == 0) return text.substr(words + 2, end - words - 1);
+    if (end < 1 || text.compare(end - 1, 2, "*/") != 0) return "";
+    const std::size_t open = text.rfind("/*", end);
+    if (open == text.npos) return "";
+    const std::size_t before = text.rfind('\n', open) + 1;
+    if (text.find_first_not_of(" \t", before) != open) return ""; // of what is before it
+    return text.substr(open + 2, end - open - 3);
+}
+
+const char* kind_name(SymbolKind kind) {
+    constexpr const char* names[] = {"constant", "type",          "variable",      "field",
+                                     "label",    "loop variable", "macro",         "namespace",
+                                     "function", "argument",      "local variable"};
+    return names[static_cast<int>(kind)];
+}
+
+std::size_t order_of(const NameIndex& names, std::size_t label) {
+    for (const TypeNode& type : names.types) {
+        if (type.kind != TypeNode::Kind::enumeration) continue;
+        const auto found = std::ranges::find(type.fields, label);
+        if (found != type.fields.end())
+            return static_cast<std::size_t>(found - type.fields.begin());
+    }
+    return none;
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,103 @@
+// Another name for what is declared, where that cannot change what another name means.
+#include <algorithm>
+#include <cctype>
+
+#include "connection.h"
+#include "places.h"
+#include "requests.h"
+#include "text.h"
+#include "tokens.h"
+#include "unit.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+[[noreturn]] void refuse(const std::string& why) {
+    throw RequestError{ErrorCode::request_failed, why};
+}
+
+bool is_plain_name(std::string_view name) {
+    return !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0])) &&
+           !is_reserved(name) && std::ranges::all_of(name, [](char c) {
+               return c == '_' || (static_cast<unsigned char>(c) < 0x80 &&
+                                   std::isalnum(static_cast<unsigned char>(c)));
+           });
+}
+
+const Symbol& renamed_symbol(const Context& context) {
+    const Occurrence* name = name_at(context);
+    if (!name) refuse("there is no name that is known");
+    const Symbol& symbol = context.unit.names().symbols[name->symbol];
+    if (symbol.kind == SymbolKind::macro) refuse("macros cannot be renamed");
+    if (symbol.kind == SymbolKind::name_space) refuse("namespaces cannot be renamed");
+    if (context.unit.is_calculation() && symbol.kind < SymbolKind::name_space)
+        refuse("this name is the model's: rename it there");
+    if (!symbol.spot.is_known() || context.unit.names().in_macros.contains(name->symbol))
+        refuse("the name stands in a macro too");
+    return symbol;
+}
+
+// As the texts of the files have it.
+std::string word_text(const Spot& spot, const Documents& documents) {
+    const Lines* lines = documents.lines(*spot.file);
+    const Range range = range_of(spot, documents);
+    const std::size_t begin = lines->offset(range.start);
+    return lines->text().substr(begin, lines->offset(range.end) - begin);
+}
+
+std::string place_text(const Spot& spot) {
+    return *spot.file + ":" + std::to_string(spot.line);
+}
+
+// A name in a part that a condition leaves out, or in a macro, would keep its old form; and where
+// the new one stands already, it would get another meaning.
+void check_words(const Context& context, const std::string& old_name, const std::string& new_name) {
+    const auto check = [&](const Word& word) {
+        if (word.text == new_name)
+            refuse("'" + new_name + "' stands at " + place_text(word.spot) + " already");
+        const Spot& spot = word.spot;
+        if (word.text == old_name && !context.unit.names().at(*spot.file, spot.line, spot.column))
+            refuse("'" + old_name + "' stands at " + place_text(spot) +
+                   " too, in a macro, in a part that is left out, or with an unknown meaning");
+    };
+    for (const auto& [file, bytes] : context.unit.sources()) {
+        if (!context.unit.is_calculation()) {
+            for (const Word& word : words_in_file(&file, bytes))
+                check(word);
+        } else if (file == context.document.path) {
+            const Words words(file, bytes);
+            for (std::size_t i = 0; i < words.size(); ++i)
+                check(words[i]);
+        }
+    }
+}
+
+} // namespace
+
+Json prepare_rename(const Context& context) {
+    const Symbol& symbol = renamed_symbol(context);
+    const Range range = range_of(name_at(context)->spot, context.documents);
+    return {{"range", to_json(range)}, {"placeholder", to_utf8(symbol.name)}};
+}
+
+Json rename(const Context& context) {
+    const Symbol& symbol = renamed_symbol(context);
+    const std::string new_name = text_of(member(context.params, "newName"));
+    const bool is_label = symbol.kind == SymbolKind::label;
+    const bool is_plain = is_plain_name(new_name);
+    if (!is_plain &&
+        (!is_label || new_name.empty() || new_name.find_first_of("\"\\\n") != new_name.npos))
+        refuse("'" + new_name + "' cannot be a name");
+    check_words(context, std::string(symbol.name), new_name);
+    const std::size_t number = name_at(context)->symbol;
+    Json changes = Json::object();
+    for (const Occurrence& each : context.unit.names().of_symbol(number)) {
+        const bool is_quoted = word_text(each.spot, context.documents).starts_with('"');
+        const std::string text = is_quoted || !is_plain ? "\"" + new_name + "\"" : new_name;
+        changes[context.documents.uri(*each.spot.file)].push_back(
+            {{"range", to_json(range_of(each.spot, context.documents))}, {"newText", text}});
+    }
+    return {{"changes", changes}};
+}
+
+} // namespace norvane::pm::lsp

@@ -1,0 +1,231 @@
+// The names of a calculation, also of one that does not parse.
+#include <algorithm>
+#include <array>
+
+#include "name_index.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+constexpr auto type_words =
+    std::to_array<std::string_view>({"integer", "string", "boolean", "float", "void"});
+
+constexpr auto reserved = std::to_array<std::string_view>(
+    {"and",    "boolean", "break",  "case", "default", "do",        "else",  "external",
+     "false",  "float",   "for",    "if",   "integer", "namespace", "not",   "or",
+     "return", "string",  "switch", "then", "true",    "void",      "while", "xor"});
+
+class CalculationReader {
+  public:
+    CalculationReader(NameIndex& index, const Words& words) : index_(index), words_(words) {}
+
+    // Functions may be called before they are declared, so bodies come last.
+    void run() {
+        while (at_ < words_.size())
+            if (take("namespace"))
+                name_space();
+            else
+                ++at_;
+        for (const Function& function : functions_)
+            body(function);
+    }
+
+  private:
+    struct Function {
+        std::size_t symbol;
+        std::size_t first; // word: the parameters' bracket
+        std::size_t end;
+        std::string name_space;
+    };
+
+    std::string_view text(std::size_t ahead = 0) const { return words_[at_ + ahead].text; }
+    bool take(std::string_view what) {
+        const bool is_there = text() == what;
+        at_ += is_there;
+        return is_there;
+    }
+    bool is_type() const { return std::ranges::count(type_words, text()) > 0; }
+    static bool is_name(const Word& word) {
+        return word.kind == TokenKind::word && std::ranges::count(reserved, word.text) == 0;
+    }
+
+    std::size_t declare(SymbolKind kind, std::size_t first, std::size_t word,
+                        std::size_t container) {
+        index_.symbols.push_back({kind, words_[word].text, words_[word].spot, words_[first].spot,
+                                  words_[word].spot, container});
+        const std::size_t symbol = index_.symbols.size() - 1;
+        index_.add(words_[word].spot, symbol, true);
+        return symbol;
+    }
+
+    // Declarations. ------------------------------------------------------------------------------
+
+    void name_space() {
+        const std::size_t first = at_ - 1;
+        std::string name;
+        const std::size_t begin = at_;
+        while (at_ < words_.size() && text() != "{")
+            name += words_[at_++].text;
+        if (!take("{")) return;
+        std::size_t symbol = none;
+        if (at_ > begin + 1) {
+            index_.symbols.push_back({SymbolKind::name_space, *index_.hold_name(name),
+                                      words_[begin].spot, words_[first].spot, words_[begin].spot});
+            symbol = index_.symbols.size() - 1;
+        }
+        while (at_ < words_.size() && text() != "}" && text() != "namespace") {
+            if (is_type() && is_name(words_[at_ + 1]) && text(2) == "(")
+                function(name, symbol);
+            else
+                ++at_;
+        }
+        take("}");
+        if (symbol != none) index_.symbols[symbol].last = words_[at_ - 1].spot;
+    }
+
+    void function(const std::string& in, std::size_t container) {
+        const std::size_t first = at_;
+        const std::size_t symbol = declare(SymbolKind::function, first, at_ + 1, container);
+        at_ += 2;
+        const std::size_t open = at_;
+        std::string header =
+            std::string(words_[first].text) + " " + in + "." + std::string(words_[first + 1].text);
+        for (std::size_t i = open; i <= parameters_end(open) && i < words_.size(); ++i)
+            header += separated(header, words_[i].text);
+        unsigned depth = 0;
+        for (; at_ < words_.size() && text() != "namespace"; ++at_) {
+            if (text() == "{") ++depth;
+            if (text() == "}" && (depth == 0 || --depth == 0)) break;
+            if (depth == 0 && text() == ";") break;
+        }
+        if (depth == 0 && at_ < words_.size() && text() != "namespace") ++at_;
+        index_.symbols[symbol].last = words_[at_ - 1].spot;
+        index_.symbols[symbol].detail = header;
+        functions_.push_back({symbol, open, at_, in});
+        by_name_.emplace(in + "." + std::string(index_.symbols[symbol].name), symbol);
+    }
+
+    static std::string separated(const std::string& before, std::string_view word) {
+        const bool is_mark = word == "(" || word == ")" || word == ",";
+        return (is_mark || before.ends_with('(') ? "" : " ") + std::string(word);
+    }
+
+    std::size_t parameters_end(std::size_t open) const {
+        for (std::size_t i = open; i < words_.size(); ++i)
+            if (words_[i].text == ")" || words_[i].text == "{" || words_[i].text == ";") return i;
+        return words_.size();
+    }
+
+    // Bodies. ------------------------------------------------------------------------------------
+
+    void body(const Function& function) {
+        locals_.clear();
+        open_calls_.clear();
+        at_ = function.first;
+        const std::size_t parameters = parameters_end(function.first);
+        while (at_ < function.end) {
+            if (is_type() && is_name(words_[at_ + 1]) && text(2) != "(") {
+                const auto kind = at_ < parameters ? SymbolKind::argument : SymbolKind::local;
+                const std::size_t symbol = declare(kind, at_, at_ + 1, function.symbol);
+                index_.symbols[symbol].detail = std::string(text()) + " " + std::string(text(1));
+                locals_[text(1)] = symbol;
+                at_ += 2;
+            } else if (is_name(words_[at_])) {
+                name(function);
+            } else {
+                bracket();
+                ++at_;
+            }
+        }
+    }
+
+    void bracket() {
+        const std::string_view word = text();
+        if (word == "(") open_calls_.push_back(none);
+        if (open_calls_.empty()) return;
+        if (word == "," && open_calls_.back() != none)
+            index_.calls[open_calls_.back()].commas.push_back(words_[at_].spot);
+        if (word != ")") return;
+        if (open_calls_.back() != none) index_.calls[open_calls_.back()].close = words_[at_].spot;
+        open_calls_.pop_back();
+    }
+
+    // A local name, a call, or a path into the model.
+    void name(const Function& function) {
+        const std::size_t first = at_;
+        std::size_t last = at_;
+        while (words_[last + 1].text == "." && words_[last + 2].kind == TokenKind::word)
+            last += 2;
+        if (words_[last + 1].text == "(") return call(first, last, function);
+        if (const auto local = locals_.find(text()); local != locals_.end() && last == first) {
+            index_.add(words_[at_++].spot, local->second, false);
+            return;
+        }
+        path();
+    }
+
+    void call(std::size_t first, std::size_t last, const Function& function) {
+        Call call;
+        for (std::size_t i = first; i <= last; ++i)
+            call.name += words_[i].text;
+        if (first == last) call.name = function.name_space + "." + call.name;
+        if (const auto found = by_name_.find(call.name); found != by_name_.end()) {
+            call.symbol = found->second;
+            index_.add(words_[last].spot, found->second, false);
+        }
+        call.name_spot = words_[last].spot;
+        call.open = words_[last + 1].spot;
+        open_calls_.push_back(index_.calls.size());
+        index_.calls.push_back(std::move(call));
+        at_ = last + 2;
+    }
+
+    void path() {
+        const auto found = index_.globals.find(text());
+        const bool is_variable = found != index_.globals.end() &&
+                                 index_.symbols[found->second].kind == SymbolKind::variable;
+        std::size_t type = none;
+        if (is_variable) {
+            index_.add(words_[at_].spot, found->second, false);
+            type = index_.symbols[found->second].type;
+        }
+        ++at_;
+        while (type != none) {
+            const TypeNode* node = index_.real(type);
+            if (node && node->kind == TypeNode::Kind::array && text() == "[" && text(2) == "]") {
+                if (is_name(words_[at_ + 1])) {
+                    if (const auto local = locals_.find(text(1)); local != locals_.end())
+                        index_.add(words_[at_ + 1].spot, local->second, false);
+                }
+                type = node->base;
+                at_ += 3;
+            } else if (node && text() == "." && node->kind == TypeNode::Kind::optional) {
+                type = text(1) == "SOME" ? node->base : none;
+                at_ += 2;
+            } else if (node && text() == "." && node->kind == TypeNode::Kind::record) {
+                const std::size_t field = index_.field_of(*node, text(1));
+                if (field != none) index_.add(words_[at_ + 1].spot, field, false);
+                type = field == none ? none : index_.symbols[field].type;
+                at_ += 2;
+            } else {
+                return;
+            }
+        }
+    }
+
+    NameIndex& index_;
+    const Words& words_;
+    std::size_t at_ = 0;
+    std::vector<Function> functions_;
+    std::unordered_map<std::string, std::size_t> by_name_;
+    std::unordered_map<std::string_view, std::size_t> locals_;
+    std::vector<std::size_t> open_calls_; // none for another bracket
+};
+
+} // namespace
+
+void read_calculation_names(NameIndex& index, const Words& words) {
+    CalculationReader(index, words).run();
+}
+
+} // namespace norvane::pm::lsp

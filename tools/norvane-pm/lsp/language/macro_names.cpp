@@ -1,0 +1,94 @@
+// The names of macros, which are read from the files as they are, whether a condition leaves a line
+// out or not.
+#include <algorithm>
+#include <cctype>
+
+#include "name_index.h"
+
+namespace norvane::pm::lsp {
+namespace {
+
+// The name in "define NAME"; none for another directive.
+bool is_definition(const std::vector<Word>& words, std::size_t i, std::string_view text) {
+    if (i == 0 || words[i - 1].text != "define") return false;
+    const auto* begin = text.data();
+    const std::size_t define = static_cast<std::size_t>(words[i - 1].text.data() - begin);
+    const std::size_t hash = text.rfind('#', define);
+    if (hash == text.npos) return false;
+    const std::string_view between = text.substr(hash + 1, define - hash - 1);
+    return between.find_first_not_of(" \t") == between.npos;
+}
+
+std::string_view rest_of_line(std::string_view text, std::string_view name) {
+    const std::string_view rest = text.substr(static_cast<std::size_t>(name.data() - text.data()));
+    return rest.substr(0, rest.find('\n'));
+}
+
+} // namespace
+
+std::vector<Word> words_in_file(const std::string* file, std::string_view text) {
+    std::vector<Word> words;
+    const Scan found = scan(text);
+    unsigned line = 1;
+    std::size_t start = 0;
+    std::size_t at = 0;
+    const auto add = [&](const Token& token, std::size_t base) {
+        const std::size_t offset = base + token.offset;
+        for (; at < offset; ++at) {
+            if (text[at] != '\n') continue;
+            ++line;
+            start = at + 1;
+        }
+        if (token.kind != TokenKind::word) return;
+        const auto column = static_cast<unsigned>(offset - start + 1);
+        words.push_back({text.substr(offset, token.length),
+                         token.kind,
+                         {file, line, column, column + static_cast<unsigned>(token.length)}});
+    };
+    auto directive = found.directives.begin();
+    const auto add_directives = [&](std::size_t before) {
+        for (; directive != found.directives.end() && *directive < before; ++directive) {
+            std::string_view rest = text.substr(*directive + 1);
+            rest = rest.substr(0, rest.find('\n'));
+            for (const Token& token : scan(rest).tokens)
+                add(token, *directive + 1);
+        }
+    };
+    for (const Token& token : found.tokens) {
+        add_directives(token.offset);
+        add(token, 0);
+    }
+    add_directives(text.size());
+    return words;
+}
+
+void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text) {
+    if (text.find("define") == text.npos) return;
+    const std::string* name = index.hold_name(file);
+    const std::vector<Word> words = words_in_file(name, text);
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (!is_definition(words, i, text)) continue;
+        const Word& word = words[i];
+        Symbol symbol{SymbolKind::macro, *index.hold_name(std::string(word.text)), word.spot,
+                      word.spot, word.spot};
+        symbol.detail = "#define " + std::string(rest_of_line(text, word.text));
+        index.symbols.push_back(std::move(symbol));
+        index.macros.emplace(index.symbols.back().name, index.symbols.size() - 1);
+    }
+}
+
+void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text) {
+    if (index.macros.empty()) return;
+    const std::string* name = index.hold_name(file);
+    for (const Word& word : words_in_file(name, text)) {
+        const auto found = index.macros.find(word.text);
+        if (found == index.macros.end()) continue;
+        const Symbol& symbol = index.symbols[found->second];
+        const bool is_declaration = *symbol.spot.file == file &&
+                                    symbol.spot.line == word.spot.line &&
+                                    symbol.spot.column == word.spot.column;
+        index.add(word.spot, found->second, is_declaration);
+    }
+}
+
+} // namespace norvane::pm::lsp
