@@ -4,13 +4,13 @@
 #include <cstdio>
 
 #include "norvane/base/call_guard.hpp"
+#include "norvane/base/diagnostics.h"
 #include "norvane/base/except.h"
+#include "norvane/base/frames.hpp"
 #include "norvane/base/os.h"
-#include "norvane/proj/proj_errors.h"
 
 #include "calcgrammar.hpp"
 #include "clfrontend.h"
-#include "norvane/base/frames.hpp"
 #include "report.h"
 
 namespace norvane::calculations {

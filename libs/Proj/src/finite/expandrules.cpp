@@ -193,7 +193,7 @@ Plan* expand_array(Expansion& in, const TypeCon* typecon, bool more) {
     return nullptr;
 }
 
-// The rules are listed whether the content is there or not; a rule that depends on it has to ask.
+// The rules are listed although the value may be absent: a rule that depends on it tests for it.
 Plan* expand_optional(Expansion& in, const TypeCon* typecon, bool more) {
     static char some[] = "SOME";
     Plan* plan = nullptr;

@@ -8,9 +8,9 @@
 // such as "compilation terminated.", add nothing.
 //
 // In its traditional mode the preprocessor has read a directive to its end before it acts on it. So
-// it tells the line after the directive for the #include lines on the way, and for the messages
-// that it gives a column, but not for #error. Here those lines are set right, and the columns,
-// which tell nothing, are dropped.
+// it gives the line after the directive for the #include lines on the way, and for messages with a
+// column, but not for #error. This module corrects these lines, and drops the columns, which mean
+// nothing.
 #include "cpp_messages.h"
 
 #include <charconv>

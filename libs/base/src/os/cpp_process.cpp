@@ -21,8 +21,8 @@ namespace {
 constexpr rlim_t memory_limit = rlim_t{2} << 30;
 constexpr rlim_t seconds_limit = 60;
 
-// The preprocessor obeys a dozen of variables (search paths, files of dependencies to be written,
-// other programs to be run), which are meant for C and not for models.
+// The preprocessor reads a dozen environment variables (search paths, files of dependencies to
+// write, other programs to run), which are meant for C and not for models.
 struct Environment {
     char* variables[5];
     Environment() {

@@ -10,7 +10,7 @@
 namespace norvane::os {
 namespace {
 
-// A larger source may exceed the limits of the preprocessor, so the preprocessor has to say.
+// Larger sources go through the preprocessor, whose limits they may exceed.
 constexpr std::size_t size_limit = std::size_t{1} << 28;
 
 // A block and the byte before it. Pieces of it are tested in one go each.
@@ -19,8 +19,8 @@ constexpr std::size_t piece_size = 256;
 char buffer[1 + block_size];
 char* const block = buffer + 1;
 
-// True if one of the bytes is special. Without a branch, hence & and |, so that the compiler makes it
-// a few vector instructions.
+// True if one of the bytes is special. Without a branch, hence & and |, so that the compiler makes
+// it a few vector instructions.
 bool any_special(const unsigned char* text, std::size_t size) {
     unsigned char found = 0;
     for (std::size_t i = 0; i < size; ++i) {
@@ -40,7 +40,7 @@ const char* last(char* const* arguments) {
 }
 
 // True if the preprocessor would do the same without these arguments: -I tells where it looks for
-// files that a directive names. It complains of what is there and no directory.
+// files that a directive names. It warns of a name that is no directory.
 bool have_no_effect(char* const* arguments) {
     for (; arguments[1]; ++arguments) {
         const char* const argument = *arguments;

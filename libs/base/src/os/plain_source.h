@@ -7,8 +7,8 @@
 
 namespace norvane::os {
 
-// Tells of a source, block by block, whether the preprocessor would copy it as it is. It would if
-// the source has
+// Decides, block by block, whether the preprocessor would copy a source as it is. It would if the
+// source has
 //
 // - no "#", so no directive,
 // - no backslash, so no joined lines,
@@ -16,7 +16,7 @@ namespace norvane::os {
 // - no control characters but tab and line feed, and no byte order mark, and
 // - after its last "/*" a "*/", so that comments end, wherever the preprocessor sees one begin.
 //
-// That is more than it takes: where the answer is no, the preprocessor finds out.
+// These conditions are stricter than necessary: all other sources go through the preprocessor.
 class PlainScan {
   public:
     // Takes the next block. The byte before it, text[-1], is readable and holds the last byte of
@@ -39,8 +39,8 @@ class PlainScan {
     std::size_t comment_end_ = 0;
 };
 
-// Hands on what the filter of line markers would make of the preprocessor's output, if that can be
-// told without it; otherwise returns false, and what has been handed on counts for nothing.
+// Writes what the filter of line markers would make of the preprocessor's output, if the source is
+// plain. Otherwise returns false, and the caller discards what has been written.
 // `arguments` is the vector that the preprocessor would get: the last one is the source.
 using WriteBytes = void (*)(void* user, const char* data, std::size_t size);
 bool copy_plain_source(char* const* arguments, WriteBytes write, void* user);

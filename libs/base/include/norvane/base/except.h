@@ -21,7 +21,7 @@ NORVANE_BEGIN_DECLS
 enum {
     EXCEPT_ASSERTION = 1,       /* a broken invariant: a bug in this library or in its caller */
     EXCEPT_MALFORMED_INPUT = 2, /* raised by the readers of files */
-    EXCEPT_CHECKER = 3,         /* an internal failure of the calculation type checker */
+    EXCEPT_CHECKER = 3,         /* ends the check of a function of a calculation, after a report */
     EXCEPT_STOPPED = 4          /* the host's watch ended the run (norvane/base/work.h) */
 };
 

@@ -7,10 +7,9 @@
 NORVANE_BEGIN_DECLS
 
 /* Returns the shortest text in fixed notation that reads back as the same double. It ends in ".0"
- * if it would have no point, so that it reads back as a float constant: "1.0", "0.5", "-2.25";
- * "inf",
- * "-inf" and "nan" for the others. Does not depend on the locale. The text is in a static buffer,
- * which the next call overwrites. */
+ * if it would have no point, so that it reads back as a float constant: "1.0", "0.5", "-2.25". The
+ * texts "inf", "-inf" and "nan" stand for the values without digits. Does not depend on the locale.
+ * The text is in a static buffer, which the next call overwrites. */
 NORVANE_BASE_API const char* util_double_to_str(double value);
 
 /* Returns an unpredictable name of a file that does not exist, with the given extension (such as
