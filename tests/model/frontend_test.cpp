@@ -5,7 +5,7 @@
 namespace norvane::test {
 namespace {
 
-// Everything that a load tells: the reports, then the project as it prints behind its heading.
+// Everything that a load tells: the reports, then the project as it prints after its heading.
 std::string outcome(const std::string& source) {
     const Reports reports;
     const ProjectPtr project = parse(source);

@@ -39,7 +39,7 @@ std::string tree(Project* project) {
     return std::regex_replace(text, std::regex("\\s+"), " ");
 }
 
-// A folder with one file, written and read.
+// A directory with one file, written and read.
 class XmlFile {
   public:
     std::string path() const { return folder_.path() + "/model.xml"; }

@@ -93,7 +93,7 @@ std::string flat_rules(const Model& model, bool simplify = true);
 void with_small_stack(const std::function<void()>& body, std::size_t size = 8u << 20,
                       void* memory = nullptr);
 
-// A folder of its own for a test, removed with all that is in it.
+// A directory of its own for a test, removed with all that is in it.
 class TemporaryFolder {
   public:
     TemporaryFolder();
@@ -103,7 +103,7 @@ class TemporaryFolder {
     const std::string& path() const { return path_; }
     // Writes a file and returns its path.
     std::string write(const std::string& name, const std::string& content) const;
-    // The names in the folder, sorted.
+    // The names in the directory, sorted.
     std::vector<std::string> names() const;
 
   private:

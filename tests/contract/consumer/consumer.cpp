@@ -1,7 +1,7 @@
-// A program of somebody else, in C++: it loads, checks, simplifies and expands a model, and prints
-// what it gets and what is reported, to be compared with what the driver says. It uses the C++ face
-// alone, and tries what that promises beside: reports in the result and one by one, the sink of
-// others that is put back, failures as exceptions that leave the values valid.
+// A program outside of this project, in C++: it loads, checks, simplifies and expands a model, and
+// prints what it gets and what is reported, to be compared with what the driver says. It uses the
+// C++ face alone, and tries what that promises beside: reports in the result and one by one, the
+// sink of others that is put back, failures as exceptions that leave the values valid.
 #include <cstdio>
 #include <string>
 #include <utility>
