@@ -5,6 +5,7 @@
 
 #include "faults.h"
 #include "models.h"
+#include "output.h"
 #include "preprocessed.h"
 #include "temporaries.h"
 
@@ -20,6 +21,16 @@ bool is_about_syntax(const Report& report) {
 // Nesting that the parser has no room for: no correction helps, and to look for more takes long.
 bool is_about_depth(const Report& report) {
     return report.message.find("stack overflow") != std::string::npos;
+}
+
+// Nothing where the search takes more than the command line allows: the library's own report, which
+// ended its check, took less.
+std::vector<Finding> find_all(const SourceText& source) try {
+    return find_faults(source);
+} catch (const InternalFailure& failure) {
+    if (failure.kind() != EXCEPT_STOPPED) throw;
+    note_throw();
+    return {};
 }
 
 // What a check says of the model as a whole, and no declaration has.
@@ -65,7 +76,7 @@ std::vector<Finding> HeldReports::findings() const {
     if (options.first || !are_faults()) return {};
     const std::unique_ptr<SourceText> source = read_source(session_);
     if (!source) return {};
-    std::vector<Finding> findings = find_faults(*source);
+    std::vector<Finding> findings = find_all(*source);
     if (findings.empty()) return {};
     for (const Report& report : reports_)
         if (is_about_model(report)) findings.push_back(session_.diagnostics.finding_of(report));
