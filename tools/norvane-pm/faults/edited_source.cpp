@@ -93,55 +93,22 @@ std::size_t token_of_line(unsigned linenumber) {
     return (linenumber >> 16) * lines_per_file + (linenumber & 0xFFFFu) - 1;
 }
 
-EditedSource::EditedSource(const SourceText& source) : source_(source) {
+EditedSource::EditedSource(const SourceText& source) : EditedTokens(source) {
     end_open_token();
-    dropped_.resize(source.size());
 }
 
 void EditedSource::begin_parsing() {
-    begins_.reserve(source_.size() + 1);
-    for (std::size_t i = 0; i < source_.size(); ++i) {
+    begins_.reserve(source().size() + 1);
+    for (std::size_t i = 0; i < source().size(); ++i) {
         begins_.push_back(text_.size());
         append(text_, i, nullptr);
     }
     begins_.push_back(text_.size());
 }
 
-// A line feed in a string is no part of it. A string that is not closed would hold the rest of all
-// that is parsed.
-void EditedSource::append_line(std::string& text, std::string_view word) {
-    const bool is_open =
-        !word.empty() && word[0] == '"' && (word.size() == 1 || word.back() != '"');
-    if (is_open) word = "?";
-    if (!word.empty() && word[0] == '#') text += ' '; // or else it would begin a directive
-    const bool has_lines = word.find('\n') != std::string_view::npos;
-    if (has_lines)
-        std::ranges::copy_if(word, std::back_inserter(text), [](char c) { return c != '\n'; });
-    else
-        text += word;
-    text += '\n';
-}
-
 void EditedSource::append(std::string& text, std::size_t token, const Edits* more) const {
     if (token % lines_per_file == 0) text += directive(token);
-    if (is_dropped(token)) return append_line(text, "");
-    const Edit* edit = nullptr;
-    if (const auto found = edits_.find(token); found != edits_.end()) edit = &found->second;
-    if (more)
-        if (const auto found = more->find(token); found != more->end()) edit = &found->second;
-    if (!edit) return append_line(text, source_.word(token));
-    const std::string_view word = edit->instead ? *edit->instead : source_.word(token);
-    append_line(text, edit->before + " " + std::string(word) + " " + edit->after);
-}
-
-void EditedSource::add(const Edits& edits) {
-    for (const auto& [token, edit] : edits)
-        edits_[token] = edit;
-}
-
-void EditedSource::drop(std::size_t first, std::size_t end) {
-    for (std::size_t i = first; i < std::min(end, dropped_.size()); ++i)
-        dropped_[i] = true;
+    append_token(text, token, more);
 }
 
 std::vector<TokenReport> EditedSource::parse(std::size_t first, std::size_t edited_end,
@@ -163,30 +130,9 @@ std::vector<TokenReport> EditedSource::parse_part(std::size_t first, std::size_t
 
 ProjectOwner EditedSource::load() const {
     std::string text;
-    for (std::size_t i = 0; i < source_.size(); ++i)
+    for (std::size_t i = 0; i < source().size(); ++i)
         append(text, i, nullptr);
     return load_texts(text, "").project;
-}
-
-std::vector<ParsedToken> EditedSource::parsed() const {
-    std::vector<ParsedToken> tokens;
-    const auto add_text = [&tokens](std::string_view text, std::size_t token) {
-        for (const Token& part : scan(text).tokens)
-            tokens.push_back({part.kind, text.substr(part.offset, part.length), token});
-    };
-    for (std::size_t i = 0; i < source_.size(); ++i) {
-        if (dropped_[i]) continue;
-        const auto found = edits_.find(i);
-        if (found == edits_.end()) {
-            tokens.push_back({source_.tokens()[i].kind, source_.word(i), i});
-            continue;
-        }
-        const Edit& edit = found->second;
-        add_text(edit.before, i);
-        add_text(edit.instead ? std::string_view(*edit.instead) : source_.word(i), i);
-        add_text(edit.after, i);
-    }
-    return tokens;
 }
 
 } // namespace norvane::pm

@@ -1,4 +1,4 @@
-// A source with changes to its tokens, and what the library's parser says of it.
+// The source of a model with changes to its tokens, and what the library's parser says of it.
 //
 // The parser gets each token on a line of its own. So the lines that it reports, and those of the
 // records that it makes, are numbers of tokens.
@@ -8,13 +8,12 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "norvane/proj.hpp"
 
+#include "edited_tokens.h"
 #include "record_places.h"
-#include "source_text.h"
 
 namespace norvane::pm {
 
@@ -23,36 +22,14 @@ struct DeleteProject {
 };
 using ProjectOwner = std::unique_ptr<Project, DeleteProject>;
 
-// A report of the library, and the token that it names: the size of the source at its end.
-struct TokenReport {
-    Report report;
-    std::size_t token;
-};
-
 // The token that a report about a project of EditedSource names; nothing where it names none.
 std::optional<std::size_t> token_of(const Report& report);
 // The same for a record, which has the number of a file and a line.
 std::size_t token_of_line(unsigned linenumber);
 
-// What stands in the place of a token: itself, with texts before or after it, another text, or
-// nothing.
-struct Edit {
-    std::string before;
-    std::optional<std::string> instead;
-    std::string after;
-};
-using Edits = std::unordered_map<std::size_t, Edit>;
-
-class EditedSource {
+class EditedSource : public EditedTokens {
   public:
     explicit EditedSource(const SourceText& source);
-
-    const SourceText& source() const { return source_; }
-
-    void edit(std::size_t token, Edit what) { edits_[token] = std::move(what); }
-    void add(const Edits& edits);
-    // Takes out the tokens from `first`, before `end`.
-    void drop(std::size_t first, std::size_t end);
 
     // Ends the edits that parse() is to know from the start.
     void begin_parsing();
@@ -67,21 +44,14 @@ class EditedSource {
     std::vector<TokenReport> parse_part(std::size_t first, std::size_t end, const std::string& head,
                                         const std::string& tail, const Edits& more) const;
 
-    // The project of all tokens as edited, and these tokens; without a project if they do not
-    // parse.
+    // The project of all tokens as edited; none if they do not parse.
     ProjectOwner load() const;
-    std::vector<ParsedToken> parsed() const;
 
   private:
     void append(std::string& text, std::size_t token, const Edits* more) const;
-    static void append_line(std::string& text, std::string_view word);
-    bool is_dropped(std::size_t token) const { return token < dropped_.size() && dropped_[token]; }
 
-    const SourceText& source_;
     std::string text_;                // all tokens, as parse() takes them
     std::vector<std::size_t> begins_; // where each token begins in it, and the end
-    Edits edits_;
-    std::vector<bool> dropped_;
 };
 
 } // namespace norvane::pm

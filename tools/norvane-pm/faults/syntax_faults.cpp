@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "plain_words.h"
 #include "usual_mistakes.h"
 
 namespace norvane::pm {
@@ -118,7 +117,7 @@ class Finder {
         if (!is_section || lacks_end(statement)) return false;
         if (is_unclosed_record(token)) return true;
         if (token >= text_.size()) return false;
-        faults_.findings.push_back(as_finding(error, nullptr));
+        faults_.findings.push_back(finding_of(text_, error, nullptr));
         source_.drop(token, token + 1);
         skip_to(token);
         return true;
@@ -158,14 +157,14 @@ class Finder {
 
     // True if the statement is likely to parse further now.
     bool correct(Statement& statement, const TokenReport& error) {
-        uncorrected_ = as_finding(error, nullptr);
+        uncorrected_ = finding_of(text_, error, nullptr);
         const bool is_short = statement.end - statement.first <= longest_statement;
         if (!is_short || searches_++ >= most_searches) return false;
         const SyntaxError place{text_, statement, error.token};
         bool is_explained = false;
         for (const Mistake& mistake : possible_mistakes(place)) {
             if (mistake.edits.empty()) {
-                if (!is_explained) uncorrected_ = as_finding(error, &mistake);
+                if (!is_explained) uncorrected_ = finding_of(text_, error, &mistake);
                 is_explained = true;
                 continue;
             }
@@ -177,7 +176,7 @@ class Finder {
         return false;
     }
     void apply(const Mistake& mistake, Statement& statement, const TokenReport& error) {
-        faults_.findings.push_back(as_finding(error, &mistake));
+        faults_.findings.push_back(finding_of(text_, error, &mistake));
         source_.add(mistake.edits);
         if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
         if (!mistake.ends_statement) return;
@@ -203,40 +202,6 @@ class Finder {
             source_.parse_part(statement.first, end, statement.head(), tail, mistake.edits);
         if (errors.empty()) return true;
         return !mistake.ends_statement && !mistake.has_to_parse && errors.front().token > token;
-    }
-
-    PlacedFinding as_finding(const TokenReport& error, const Mistake* mistake) const {
-        if (text_.size() == 0) return {0, {}};
-        const std::size_t token = std::min(error.token, text_.size() - 1);
-        const bool is_told = mistake && !mistake->message.empty();
-        PlacedFinding found =
-            error_at(text_, mistake ? mistake->range : TokenRange{token, token}, error.report.name,
-                     is_told ? mistake->message : message_of(error));
-        const bool is_after_the_end = !mistake && error.token >= text_.size();
-        if (is_after_the_end) found.finding.place = text_.place_after(token);
-        if (is_after_the_end && text_.ends_in_comment())
-            found.finding.hint = "a comment after this place has no end";
-        if (!mistake) return found;
-        found.finding.hint = mistake->hint;
-        if (mistake->ends_statement) found.finding.place = text_.place_after(mistake->range.last);
-        if (mistake->instead)
-            replace(text_, found, mistake->range, *mistake->instead, mistake->is_certain);
-        else
-            for (const auto& [at, edit] : mistake->edits)
-                add_replacement(found, at, edit, mistake->is_certain);
-        return found;
-    }
-
-    void add_replacement(PlacedFinding& found, std::size_t at, const Edit& edit,
-                         bool is_certain) const {
-        if (!edit.before.empty()) insert_before(text_, found, at, edit.before, is_certain);
-        if (edit.instead) replace(text_, found, {at, at}, *edit.instead, is_certain);
-        if (!edit.after.empty()) insert_after(text_, found, at, edit.after, is_certain);
-    }
-
-    std::string message_of(const TokenReport& error) const {
-        const std::string_view word = error.token < text_.size() ? text_.word(error.token) : "";
-        return in_plain_words(error.report.message, word);
     }
 
     // Takes the statement out; the whole declaration, where it opens a record.

@@ -3,21 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <span>
 
 #include "similar.h"
 
 namespace norvane::pm {
 namespace {
 
-using Words = std::span<const std::string_view>;
-
-// Words and operators of other languages.
-struct Foreign {
-    std::string_view word;
-    std::string_view instead; // empty: it depends
-    std::string_view hint;
-    bool is_certain = true;
-};
 constexpr auto foreign_words = std::to_array<Foreign>({
     {"==", "=", ""},
     {"!=", "<>", ""},
@@ -43,11 +35,8 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"'", "", "texts and labels are in double quotes"},
 });
 
-constexpr auto keywords = std::to_array<std::string_view>(
-    {"and",    "array",    "boolean", "case",   "constant", "default",  "else",    "esac",
-     "exist",  "false",    "float",   "forall", "if",       "in",       "integer", "not",
-     "of",     "optional", "or",      "order",  "private",  "product",  "public",  "rule",
-     "string", "sum",      "then",    "true",   "type",     "variable", "xor"});
+constexpr auto marks =
+    std::to_array<std::string_view>({")", "]", ",", ":", "then", "of"});
 constexpr auto section_words =
     std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
 // Words that may come after a name.
@@ -55,32 +44,18 @@ constexpr auto infix_words = std::to_array<std::string_view>(
     {"and", "or", "xor", "in", "of", "then", "else", "esac", "default"});
 constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
 
-bool is_one_of(std::string_view word, Words words) {
+bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
     return std::ranges::find(words, word) != words.end();
 }
 
-std::string quoted(std::string_view word) {
-    return "'" + std::string(word) + "'";
-}
-
-Edit instead(std::string_view text) {
-    return {"", std::string(text), ""};
-}
-
-Mistake mistake_at(std::size_t token) {
-    Mistake mistake;
-    mistake.range = {token, token};
-    return mistake;
-}
-
-class Search {
+class Search : MistakeSearch {
   public:
-    explicit Search(const SyntaxError& error) : error_(error), source_(error.source) {}
+    using MistakeSearch::MistakeSearch;
 
     std::vector<Mistake> run() {
         open_string();
-        for (const std::size_t token : {error_.token, error_.token - 1})
-            if (token < source_.size()) replaced_word(token);
+        comment();
+        replaced_words(foreign_words);
         declared_with_equals();
         range_from_one();
         loop_body();
@@ -90,62 +65,15 @@ class Search {
         chained_comparison();
         list_of_values();
         reserved_name();
-        missing_mark();
+        missing_marks(marks);
         return std::move(found_);
     }
 
   private:
-    void add(Mistake mistake) { found_.push_back(std::move(mistake)); }
-    std::size_t token() const { return error_.token; }
-    bool is_at_end() const { return token() >= source_.size(); }
-
-    void open_string() {
-        if (is_at_end()) return;
-        const std::string_view word = error_.word();
-        const bool is_open = word[0] == '"' && source_.tokens()[token()].kind == TokenKind::unknown;
-        if (is_open) {
-            Mistake mistake = mistake_at(token());
-            mistake.message = "text without an end";
-            mistake.hint = "a text ends with '\"'";
-            add(std::move(mistake));
-        }
-    }
-
-    // A word or an operator that another one stands for.
-    void replaced_word(std::size_t at) {
-        const std::string_view word = source_.word(at);
-        if (word == "//") return comment(at);
-        for (const Foreign& foreign : foreign_words)
-            if (foreign.word == word) return add_foreign(at, foreign);
-        if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word)) return;
-        const auto same = std::ranges::find_if(keywords, [word](std::string_view keyword) {
-            return std::ranges::equal(word, keyword, {}, lower);
-        });
-        const std::string_view keyword =
-            same != keywords.end() ? *same : most_similar(word, keywords);
-        if (keyword.empty()) return;
-        Mistake mistake = mistake_at(at);
-        mistake.message = "unexpected " + quoted(word);
-        mistake.hint = "did you mean " + quoted(keyword) + "?";
-        mistake.edits[at] = instead(keyword);
-        mistake.is_certain = true;
-        add(std::move(mistake));
-    }
-
-    static char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-    void add_foreign(std::size_t at, const Foreign& foreign) {
-        Mistake mistake = mistake_at(at);
-        mistake.message = "unexpected " + quoted(foreign.word);
-        mistake.hint = foreign.hint;
-        if (mistake.hint.empty()) mistake.hint = "write " + quoted(foreign.instead);
-        mistake.is_certain = foreign.is_certain;
-        mistake.is_guess = !foreign.is_certain;
-        if (!foreign.instead.empty()) mistake.edits[at] = instead(foreign.instead);
-        add(std::move(mistake));
-    }
-
-    void comment(std::size_t at) {
+    void comment() {
+        std::size_t at = token();
+        if (error_.word() != "//" && error_.word(-1) == "//") --at;
+        if (at >= source_.size() || source_.word(at) != "//") return;
         Mistake mistake = mistake_at(at);
         mistake.message = "unexpected '//'";
         mistake.hint = "comments go from '/*' to '*/'";
@@ -159,12 +87,7 @@ class Search {
     // constant N = 3;
     void declared_with_equals() {
         if (error_.statement.is_rule() || error_.word() != "=") return;
-        Mistake mistake = mistake_at(token());
-        mistake.message = "unexpected '='";
-        mistake.hint = "a declaration has ':' after the name";
-        mistake.edits[token()] = instead(":");
-        mistake.is_certain = true;
-        add(std::move(mistake));
+        other_mark(":", "a declaration has ':' after the name");
     }
 
     // [1..5]: the parser has read the whole range.
@@ -265,30 +188,6 @@ class Search {
         add(std::move(mistake));
     }
 
-    void missing_semicolon() {
-        if (token() == 0 || token() <= error_.statement.first) return;
-        const bool may_begin = is_at_end() || token() >= error_.statement.end ||
-                               source_.begins_line(token()) || error_.word() == "}";
-        if (!may_begin) return;
-        Mistake mistake = mistake_at(token() - 1);
-        mistake.message = "no ';' after " + quoted(source_.word(token() - 1));
-        mistake.hint = "write ';' here";
-        mistake.edits[token() - 1].after = ";";
-        mistake.is_certain = true;
-        mistake.ends_statement = true;
-        add(std::move(mistake));
-    }
-
-    void surplus_semicolon() {
-        if (error_.word() != ";" || token() != error_.statement.first) return;
-        Mistake mistake = mistake_at(token());
-        mistake.message = "unexpected ';'";
-        mistake.hint = "take it out";
-        mistake.edits[token()] = instead("");
-        mistake.is_certain = true;
-        add(std::move(mistake));
-    }
-
     void chained_comparison() {
         if (!is_one_of(error_.word(), comparisons) || token() == 0) return;
         unsigned depth = 0;
@@ -325,36 +224,13 @@ class Search {
         const std::string_view next = error_.word(1);
         if (next != ":" && next != ",") return;
         Mistake mistake = mistake_at(token());
-        mistake.message = quoted(error_.word()) + " is a reserved word, and cannot be a name";
+        mistake.message = in_quotes(error_.word()) + " is a reserved word, and cannot be a name";
         mistake.hint = "choose another name";
         add(std::move(mistake));
     }
-
-    // One mark or word that is missing before the token.
-    void missing_mark() {
-        if (token() == 0) return;
-        for (const std::string_view mark : {")", "]", ",", ":", "then", "of"}) {
-            Mistake mistake = mistake_at(token() - 1);
-            mistake.message = "no " + quoted(mark) + " after " + quoted(source_.word(token() - 1));
-            mistake.hint = "a " + quoted(mark) + " may be missing here";
-            mistake.edits[token() - 1].after = mark;
-            mistake.is_guess = true;
-            mistake.has_to_parse = true;
-            add(std::move(mistake));
-        }
-    }
-
-    const SyntaxError& error_;
-    const SourceText& source_;
-    std::vector<Mistake> found_;
 };
 
 } // namespace
-
-std::string_view SyntaxError::word(int offset) const {
-    const std::size_t at = token + static_cast<std::size_t>(offset);
-    return at < source.size() ? source.word(at) : "";
-}
 
 std::vector<Mistake> possible_mistakes(const SyntaxError& error) {
     return Search(error).run();

@@ -180,8 +180,9 @@ std::vector<UserPlace> places_of(const Scan& scan, std::string_view text, unsign
 
 } // namespace
 
-SourceText::SourceText(std::string text, std::string file, SourceFiles files)
-    : text_(std::move(text)), file_(std::move(file)), files_(std::move(files)), scan_(scan(text_)) {
+SourceText::SourceText(std::string text, std::string file, SourceFiles files, Language language)
+    : text_(std::move(text)), file_(std::move(file)), language_(language),
+      files_(std::move(files)), scan_(scan(text_, 0, language)) {
     rows_.push_back(0);
     for (std::size_t at = text_.find('\n'); at != std::string::npos; at = text_.find('\n', at + 1))
         rows_.push_back(at + 1);
@@ -280,7 +281,7 @@ SourceText::Row SourceText::align(std::size_t row) const {
 
     const std::string_view user_text = first_lines(rest);
     const bool in_comment = std::ranges::binary_search(scan_.comment_lines, rows_[row]);
-    const Scan user = scan(user_text, in_comment ? 1 : 0);
+    const Scan user = scan(user_text, in_comment ? 1 : 0, language_);
     const Alignment alignment({text_, here}, {user_text, user.tokens}, files_);
     const std::vector<UserPlace> places = places_of(user, user_text, number);
     for (std::size_t i = 0; i < here.size(); ++i) {

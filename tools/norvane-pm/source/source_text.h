@@ -1,5 +1,5 @@
-// A model's source as the parser sees it, after the preprocessor, and where each token of it stands
-// in the user's files.
+// A source as the parser sees it, that of a model after the preprocessor, and where each token of it
+// stands in the user's files.
 #ifndef NORVANE_PM_SOURCE_TEXT_H
 #define NORVANE_PM_SOURCE_TEXT_H
 
@@ -25,11 +25,13 @@ class SourceText {
   public:
     // `text` is what the preprocessor wrote, `file` the model's file, which the lines before the
     // first directive belong to.
-    SourceText(std::string text, std::string file, SourceFiles files = {});
+    SourceText(std::string text, std::string file, SourceFiles files = {},
+               Language language = Language::model);
     SourceText(const SourceText&) = delete;
     SourceText& operator=(const SourceText&) = delete;
 
     const std::string& file() const { return file_; }
+    Language language() const { return language_; }
     const std::vector<Token>& tokens() const { return scan_.tokens; }
     std::size_t size() const { return scan_.tokens.size(); }
     std::string_view word(std::size_t token) const {
@@ -88,6 +90,7 @@ class SourceText {
 
     std::string text_;
     std::string file_;
+    Language language_;
     mutable SourceFiles files_;
     Scan scan_;
     std::vector<std::size_t> rows_; // offsets of the lines of the text

@@ -6,18 +6,27 @@
 namespace norvane::pm {
 namespace {
 
-constexpr auto reserved_words = std::to_array<std::string_view>(
+constexpr auto words_of_models = std::to_array<std::string_view>(
     {"and",    "array",    "boolean", "case",   "constant", "default",  "else",    "esac",
      "exist",  "false",    "float",   "forall", "if",       "in",       "integer", "not",
      "of",     "optional", "or",      "order",  "private",  "product",  "public",  "rule",
      "string", "sum",      "then",    "true",   "type",     "variable", "xor"});
 
+constexpr auto words_of_calculations = std::to_array<std::string_view>(
+    {"and",     "boolean",  "break", "case",   "default", "do",     "else", "external", "false",
+     "float",   "for",      "if",    "integer", "namespace", "not",  "or",   "return",   "string",
+     "switch",  "then",     "true",  "void",   "while",   "xor"});
+
 // Operators of two bytes and more, the longest first. Those of other languages are tokens too,
 // since a report is to show all of them; no correct source has their bytes side by side.
-constexpr auto long_marks =
+constexpr auto marks_of_models =
     std::to_array<std::string_view>({"<->", "<=>", "->", "..", "<=", ">=", "<>", ">>", "<<",
                                      "==", "!=", "=>", "=<", "&&", "||", "//", ":=", "**"});
+constexpr auto marks_of_calculations = std::to_array<std::string_view>(
+    {"<->", "<=>", "->", ":=", "<=", ">=", "<>", "==", "!=", "=>", "=<", "&&", "||", "**", "++",
+     "+=", "-=", "*=", "/="});
 constexpr std::string_view short_marks = "+-*/<>=.,:;|()[]{}";
+constexpr std::string_view short_marks_of_calculations = "%^?";
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
@@ -31,8 +40,8 @@ bool is_blank(char c) {
 
 class Scanner {
   public:
-    Scanner(std::string_view text, unsigned comment_depth, bool ends_strings)
-        : ends_strings_(ends_strings), text_(text) {
+    Scanner(std::string_view text, unsigned comment_depth, Language language, bool ends_strings)
+        : is_model_(language == Language::model), ends_strings_(ends_strings), text_(text) {
         result_.comment_depth = comment_depth;
     }
 
@@ -45,8 +54,10 @@ class Scanner {
             const char c = text_[at_];
             if (is_blank(c))
                 ++at_;
-            else if (c == '#' && (at_ == 0 || text_[at_ - 1] == '\n'))
+            else if (c == '#' && is_model_ && (at_ == 0 || text_[at_ - 1] == '\n'))
                 directive();
+            else if (!is_model_ && starts("//"))
+                skip_line();
             else if (starts("/*"))
                 comment();
             else
@@ -58,14 +69,17 @@ class Scanner {
   private:
     bool starts(std::string_view what) const { return text_.substr(at_, what.size()) == what; }
 
+    void skip_line() { at_ = std::min(text_.find('\n', at_), text_.size()); }
+
     void directive() {
         result_.directives.push_back(at_);
-        at_ = std::min(text_.find('\n', at_), text_.size());
+        skip_line();
     }
 
+    // Those of models nest.
     void comment() {
         for (; at_ < text_.size(); ++at_) {
-            if (starts("/*")) {
+            if (starts("/*") && (is_model_ || result_.comment_depth == 0)) {
                 ++result_.comment_depth;
                 ++at_;
             } else if (starts("*/")) {
@@ -97,10 +111,17 @@ class Scanner {
                        end_of(at_, [](char d) { return begins_word(d) || is_digit(d); }));
         if (is_digit(c)) return number();
         if (c == '"') return string();
-        for (const std::string_view mark : long_marks)
+        for (const std::string_view mark : long_marks())
             if (starts(mark)) return add(TokenKind::mark, at_ + mark.size());
-        add(short_marks.find(c) == std::string_view::npos ? TokenKind::unknown : TokenKind::mark,
-            at_ + 1);
+        const bool is_mark = short_marks.find(c) != short_marks.npos ||
+                             (!is_model_ && short_marks_of_calculations.find(c) !=
+                                                short_marks_of_calculations.npos);
+        add(is_mark ? TokenKind::mark : TokenKind::unknown, at_ + 1);
+    }
+
+    std::span<const std::string_view> long_marks() const {
+        if (is_model_) return marks_of_models;
+        return marks_of_calculations;
     }
 
     void number() {
@@ -120,6 +141,7 @@ class Scanner {
         add(TokenKind::unknown, std::min(text_.find('\n', at_), text_.size()));
     }
 
+    bool is_model_;
     bool ends_strings_; // at the end of their line
     bool has_open_string_ = false;
     std::string_view text_;
@@ -131,14 +153,19 @@ class Scanner {
 
 // A string may run over lines; but where a quote is missing, the text between two strings would be
 // taken for one, and the last quote opens one that has no end.
-Scan scan(std::string_view text, unsigned comment_depth) {
-    Scanner scanner(text, comment_depth, false);
+Scan scan(std::string_view text, unsigned comment_depth, Language language) {
+    Scanner scanner(text, comment_depth, language, false);
     Scan result = scanner.run();
-    return scanner.has_open_string() ? Scanner(text, comment_depth, true).run() : result;
+    return scanner.has_open_string() ? Scanner(text, comment_depth, language, true).run() : result;
 }
 
-bool is_reserved(std::string_view word) {
-    return std::ranges::binary_search(reserved_words, word);
+std::span<const std::string_view> reserved_words(Language language) {
+    if (language == Language::model) return words_of_models;
+    return words_of_calculations;
+}
+
+bool is_reserved(std::string_view word, Language language) {
+    return std::ranges::binary_search(reserved_words(language), word);
 }
 
 bool is_section_word(std::string_view word) {

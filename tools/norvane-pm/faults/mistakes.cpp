@@ -1,0 +1,151 @@
+#include "mistakes.h"
+
+#include <algorithm>
+
+#include "plain_words.h"
+#include "similar.h"
+
+namespace norvane::pm {
+namespace {
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+void add_replacement(const SourceText& source, PlacedFinding& found, std::size_t at,
+                     const Edit& edit, bool is_certain) {
+    if (!edit.before.empty()) insert_before(source, found, at, edit.before, is_certain);
+    if (edit.instead) replace(source, found, {at, at}, *edit.instead, is_certain);
+    if (!edit.after.empty()) insert_after(source, found, at, edit.after, is_certain);
+}
+
+} // namespace
+
+std::string in_quotes(std::string_view word) {
+    return "'" + std::string(word) + "'";
+}
+
+PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
+                         const Mistake* mistake) {
+    if (source.size() == 0) return {0, {}};
+    const std::size_t token = std::min(error.token, source.size() - 1);
+    const bool is_told = mistake && !mistake->message.empty();
+    const std::string_view word = error.token < source.size() ? source.word(error.token) : "";
+    PlacedFinding found =
+        error_at(source, mistake ? mistake->range : TokenRange{token, token}, error.report.name,
+                 is_told ? mistake->message : in_plain_words(error.report.message, word));
+    const bool is_after_the_end = !mistake && error.token >= source.size();
+    if (is_after_the_end) found.finding.place = source.place_after(token);
+    if (is_after_the_end && source.ends_in_comment())
+        found.finding.hint = "a comment after this place has no end";
+    if (!mistake) return found;
+    found.finding.hint = mistake->hint;
+    if (mistake->ends_statement) found.finding.place = source.place_after(mistake->range.last);
+    if (mistake->instead)
+        replace(source, found, mistake->range, *mistake->instead, mistake->is_certain);
+    else
+        for (const auto& [at, edit] : mistake->edits)
+            add_replacement(source, found, at, edit, mistake->is_certain);
+    return found;
+}
+
+std::string_view SyntaxError::word(int offset) const {
+    const std::size_t at = token + static_cast<std::size_t>(offset);
+    return at < source.size() ? source.word(at) : "";
+}
+
+Mistake MistakeSearch::mistake_at(std::size_t token) {
+    Mistake mistake;
+    mistake.range = {token, token};
+    return mistake;
+}
+
+void MistakeSearch::open_string() {
+    if (is_at_end()) return;
+    const std::string_view word = error_.word();
+    const bool is_open = word[0] == '"' && source_.tokens()[token()].kind == TokenKind::unknown;
+    if (!is_open) return;
+    Mistake mistake = mistake_at(token());
+    mistake.message = "text without an end";
+    mistake.hint = "a text ends with '\"'";
+    add(std::move(mistake));
+}
+
+void MistakeSearch::replaced_words(std::span<const Foreign> foreign) {
+    for (const std::size_t at : {token(), token() - 1})
+        if (at < source_.size()) replaced_word(at, foreign);
+}
+
+void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> foreign) {
+    const std::string_view word = source_.word(at);
+    for (const Foreign& row : foreign)
+        if (row.word == word) return add_foreign(at, row);
+    if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word, source_.language()))
+        return;
+    const auto keywords = reserved_words(source_.language());
+    const auto same = std::ranges::find_if(keywords, [word](std::string_view keyword) {
+        return std::ranges::equal(word, keyword, {}, lower);
+    });
+    const std::string_view keyword = same != keywords.end() ? *same : most_similar(word, keywords);
+    if (keyword.empty()) return;
+    Mistake mistake = mistake_at(at);
+    mistake.message = "unexpected " + in_quotes(word);
+    mistake.hint = "did you mean " + in_quotes(keyword) + "?";
+    mistake.edits[at] = instead(keyword);
+    mistake.is_certain = true;
+    add(std::move(mistake));
+}
+
+void MistakeSearch::add_foreign(std::size_t at, const Foreign& foreign) {
+    Mistake mistake = mistake_at(at);
+    mistake.message = "unexpected " + in_quotes(foreign.word);
+    mistake.hint = foreign.hint;
+    if (mistake.hint.empty()) mistake.hint = "write " + in_quotes(foreign.instead);
+    mistake.is_certain = foreign.is_certain;
+    mistake.is_guess = !foreign.is_certain;
+    if (!foreign.instead.empty()) mistake.edits[at] = instead(foreign.instead);
+    add(std::move(mistake));
+}
+
+void MistakeSearch::missing_semicolon() {
+    if (token() == 0 || token() <= error_.statement.first) return;
+    const bool may_begin = is_at_end() || token() >= error_.statement.end ||
+                           source_.begins_line(token()) || error_.word() == "}";
+    if (!may_begin) return;
+    Mistake mistake = mistake_at(token() - 1);
+    mistake.message = "no ';' after " + in_quotes(source_.word(token() - 1));
+    mistake.hint = "write ';' here";
+    mistake.edits[token() - 1].after = ";";
+    mistake.is_certain = true;
+    mistake.ends_statement = true;
+    add(std::move(mistake));
+}
+
+void MistakeSearch::surplus_semicolon() {
+    if (error_.word() == ";" && token() == error_.statement.first) other_mark("", "take it out");
+}
+
+void MistakeSearch::other_mark(std::string_view mark, std::string hint) {
+    Mistake mistake = mistake_at(token());
+    mistake.message = "unexpected " + in_quotes(error_.word());
+    mistake.hint = std::move(hint);
+    mistake.edits[token()] = instead(mark);
+    mistake.is_certain = true;
+    add(std::move(mistake));
+}
+
+void MistakeSearch::missing_marks(std::span<const std::string_view> marks) {
+    if (token() == 0) return;
+    for (const std::string_view mark : marks) {
+        Mistake mistake = mistake_at(token() - 1);
+        mistake.message =
+            "no " + in_quotes(mark) + " after " + in_quotes(source_.word(token() - 1));
+        mistake.hint = "a " + in_quotes(mark) + " may be missing here";
+        mistake.edits[token() - 1].after = mark;
+        mistake.is_guess = true;
+        mistake.has_to_parse = true;
+        add(std::move(mistake));
+    }
+}
+
+} // namespace norvane::pm

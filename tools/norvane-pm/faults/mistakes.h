@@ -1,0 +1,86 @@
+// What is usually meant where a source does not parse: what both languages have in common.
+#ifndef NORVANE_PM_MISTAKES_H
+#define NORVANE_PM_MISTAKES_H
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "edited_tokens.h"
+#include "placed_finding.h"
+#include "statements.h"
+
+namespace norvane::pm {
+
+// A statement in which the parser met a token that it did not expect.
+struct SyntaxError {
+    const SourceText& source;
+    const Statement& statement;
+    std::size_t token;
+
+    // Around that token; empty outside of the source.
+    std::string_view word(int offset = 0) const;
+};
+
+struct Mistake {
+    std::string message;                // empty: the parser's
+    std::string hint;                   // empty: what to write says it
+    Edits edits;                        // that may correct it; none: only the hint is known
+    TokenRange range{};                 // what it is about
+    std::optional<std::string> instead; // of the range as a whole, where that says it best
+    bool is_certain = false;
+    bool is_guess = false;       // the statement may mean something else
+    bool ends_statement = false; // the edit ends the statement before the token
+    bool has_to_parse = false;   // the edit is right only if all of the statement parses then
+};
+
+// A syntax error as it is told: by the mistake, if that is known, or else by the parser.
+PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
+                         const Mistake* mistake);
+
+std::string in_quotes(std::string_view word);
+
+// A word or an operator of other languages.
+struct Foreign {
+    std::string_view word;
+    std::string_view instead; // empty: it depends
+    std::string_view hint;
+    bool is_certain = true;
+};
+
+// Looks for mistakes, each of which is added to those that were found.
+class MistakeSearch {
+  public:
+    explicit MistakeSearch(const SyntaxError& error) : error_(error), source_(error.source) {}
+
+  protected:
+    void add(Mistake mistake) { found_.push_back(std::move(mistake)); }
+    std::size_t token() const { return error_.token; }
+    bool is_at_end() const { return token() >= source_.size(); }
+    static Mistake mistake_at(std::size_t token);
+    static Edit instead(std::string_view text) { return {"", std::string(text), ""}; }
+
+    void open_string();
+    // A word or an operator that another one stands for, at the token or before it.
+    void replaced_words(std::span<const Foreign> foreign);
+    void missing_semicolon();
+    void surplus_semicolon();
+    // The token stands for another one, certainly; nothing takes it out.
+    void other_mark(std::string_view mark, std::string hint);
+    // One mark or word that is missing before the token.
+    void missing_marks(std::span<const std::string_view> marks);
+
+    const SyntaxError& error_;
+    const SourceText& source_;
+    std::vector<Mistake> found_;
+
+  private:
+    void replaced_word(std::size_t at, std::span<const Foreign> foreign);
+    void add_foreign(std::size_t at, const Foreign& foreign);
+};
+
+} // namespace norvane::pm
+
+#endif
