@@ -45,12 +45,12 @@ ROWS = [
           ('change', 'q/part.pm', 'type T : [0..M];\n', {'q/part.pm': [(0, 13, 0, 14, UNDECLARED)]})]),
     ('a calculation is checked against the text of its model', {'m.pm': b'variable public n : [0..3];\n'}, [
         ('open', 'm.cl', 'namespace A { integer f() = n; }\n', {'m.cl': []}),
-        ('open', 'm.pm', 'variable public k : [0..3];\n', {'m.cl': [(0, 0, 0, 32, 'ERR_CALC_FNC')]}),
+        ('open', 'm.pm', 'variable public k : [0..3];\n', {'m.cl': [(0, 28, 0, 29, 'ERR_CALC_FNC')]}),
         ('change', 'm.cl', 'namespace A { integer f() = k; }\n', {'m.cl': []})]),
     ('without a model the syntax of a calculation is checked', {}, [
         ('open', 'lone.cl', 'namespace A { integer f() = n; }\n', {'lone.cl': [(0, 0, 0, 0, None)]}),
         ('change', 'lone.cl', 'namespace A {\n integer f( = n; }\n',
-         {'lone.cl': [(0, 0, 0, 0, None), (1, 1, 1, 18, 'ERR_PARSER')]})]),
+         {'lone.cl': [(0, 0, 0, 0, None), (1, 10, 1, 11, 'ERR_PARSER')]})]),
     ('a failure of the preprocessor is shown', {}, [
         ('open', 'm.pm', '#include "none.pm"\n' + OK, {'m.pm': [(0, 0, 0, 18, 'ERR_CPP')]}),
         ('change', 'm.pm', 'variable public c : [x, y];\nrule order("x") = 0;\n constant C : order("x");\n',

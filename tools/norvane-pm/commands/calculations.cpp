@@ -7,8 +7,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "calculation_faults.h"
 #include "models.h"
 #include "output.h"
+#include "refused_calculation.h"
+#include "standard_input.h"
 
 namespace norvane::pm {
 namespace {
@@ -41,17 +44,21 @@ std::string model_in_package(const Options& options) {
     return utf8_to_codepage(name);
 }
 
-Result<Calculation> read(const Session& session, CalcForm form, const std::string& file) {
+bool is_source(CalcForm form) {
+    return form == CalcForm::source || form == CalcForm::unknown;
+}
+
+Result<Calculation> read(const Session& session, CalcForm form, const std::string& file,
+                         const OnReport& on_report) {
     switch (form) {
-    case CalcForm::xml: return Calculation::from_xml(file, session.on_report);
+    case CalcForm::xml: return Calculation::from_xml(file, on_report);
     case CalcForm::package:
-        return Calculation::from_package(file, model_in_package(session.options),
-                                         session.on_report);
+        return Calculation::from_package(file, model_in_package(session.options), on_report);
     case CalcForm::source:
     case CalcForm::unknown: break;
     }
     const DroppedOutput no_results_yet;
-    return Calculation::from_source(file, session.on_report);
+    return Calculation::from_source(file, on_report);
 }
 
 // Checks what the command line says of the calculation, before anything is read.
@@ -66,12 +73,17 @@ CalcForm checked_form(const Session& session) {
 
 // A function that is reported as defined twice is missing from what was loaded: nothing must be
 // made of that.
-Calculation& load_calculation(Session& session) {
+Calculation& load_calculation(Session& session, const CheckedModel* model = nullptr) {
     const CalcForm form = checked_form(session);
     const std::string file = input_name(calculation_file(session.options));
     session.begin_load(file);
-    Result<Calculation> result = read(session, form, file);
-    if (result.has_errors()) throw InputAtFault();
+    if (is_source(form) && calculation_file(session.options) == "-") keep_standard_input();
+    CalculationReports held(session, model, is_source(form));
+    Result<Calculation> result = read(session, form, file, held.sink());
+    if (result.has_errors()) {
+        held.show();
+        throw InputAtFault();
+    }
     Calculation& calculation = session.take(std::move(result));
     session.calculation = &calculation;
     return calculation;
@@ -184,11 +196,16 @@ void info_calculation(Session& session) {
 }
 
 void check_calculation(Session& session) {
-    checked_form(session);
+    const CalcForm form = checked_form(session);
     const CheckedModel& model = load_and_check_model(session);
-    const Calculation& calculation = load_calculation(session);
+    const Calculation& calculation = load_calculation(session, &model);
     session.begin(Step::check_functions, session.subject);
-    session.take(calculation.check(model, session.on_report));
+    CalculationReports held(session, &model, is_source(form));
+    // The library's check has no answer to a call without a namespace.
+    const bool is_checkable = !is_source(form) || !has_bare_call(calculation);
+    if (is_checkable && calculation.check(model, held.sink())) return;
+    held.show();
+    throw InputAtFault();
 }
 
 void print_calculation(Session& session) {

@@ -29,7 +29,7 @@ void check_model_usage(const Session& session) {
 
 CheckedModel& check_model(Session& session, Model& model) {
     session.begin(Step::check, session.subject);
-    HeldReports held(session);
+    ModelReports held(session);
     auto result = CheckedModel::check(std::move(model), held.sink());
     if (!result) held.show();
     return session.take(std::move(result));
@@ -64,7 +64,7 @@ void fix(Session& session) {
     check_model_usage(session);
     if (options.file == "-") throw WrongUsage{"--fix changes a file, and not standard input: -"};
     session.begin(Step::load, options.file);
-    HeldReports held(session, HeldReports::Warnings::dropped);
+    ModelReports held(session, ModelReports::Warnings::dropped);
     Result<Model> read = read_model(session, options.file, held.sink());
     if (read) {
         // Kept after a stop of the check, which is told by the model's declarations.
@@ -184,7 +184,7 @@ Model& load_model(Session& session) {
     check_model_usage(session);
     const std::string name = input_name(session.options.file);
     session.begin_load(name);
-    HeldReports held(session);
+    ModelReports held(session);
     Result<Model> result = read_model(session, name, held.sink());
     if (!result) held.show();
     Model& model = session.take(std::move(result));

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "session.h"
+#include "held_reports.h"
 #include "source_text.h"
 
 namespace norvane::pm {
@@ -14,33 +14,14 @@ namespace norvane::pm {
 // or if the model is no source.
 std::unique_ptr<SourceText> read_source(const Session& session);
 
-// Gathers the errors of a load or a check of the session's model, and shows its warnings at once.
-// An error ends it, so there are few.
-class HeldReports {
+// Finds all faults of a model where the library tells the first alone. None where it is no source.
+class ModelReports : public HeldReports {
   public:
-    enum class Warnings { shown, dropped };
-    explicit HeldReports(Session& session, Warnings warnings = Warnings::shown)
-        : session_(session), warnings_(warnings) {}
-    HeldReports(const HeldReports&) = delete;
-    HeldReports& operator=(const HeldReports&) = delete;
-
-    // Takes a report; for the length of this object's life.
-    OnReport sink();
-
-    // Whether the model is at fault, and not the way to it, such as a file that cannot be opened.
-    bool are_faults() const;
-
-    // All faults of the model, where the library tells the first alone. None where the model is no
-    // source, and where --first asks for the library's reports.
-    std::vector<Finding> findings() const;
-
-    // Shows them, or else the library's reports.
-    void show() const;
+    using HeldReports::HeldReports;
+    bool are_faults() const override;
 
   private:
-    Session& session_;
-    Warnings warnings_;
-    std::vector<Report> reports_;
+    std::vector<Finding> all_faults() const override;
 };
 
 } // namespace norvane::pm

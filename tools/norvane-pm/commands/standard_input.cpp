@@ -19,12 +19,11 @@ bool read_all(std::string& text) {
 
 // A file in memory; -1 if it cannot be made. The preprocessor opens it by its descriptor, hence no
 // close-on-exec.
-int copy_of(const std::string& name, const std::string& text) {
+int copy_of(const std::string& head, const std::string& text) {
     const int copy = memfd_create("standard input", 0);
     std::FILE* stream = copy < 0 ? nullptr : fdopen(dup(copy), "w");
     if (!stream) return -1;
-    // Reports of the load name what the user gave, and not the copy.
-    std::fprintf(stream, "#line 1 \"%s\"\n", name.c_str());
+    std::fwrite(head.data(), 1, head.size(), stream);
     std::fwrite(text.data(), 1, text.size(), stream);
     const bool written = std::ferror(stream) == 0;
     return std::fclose(stream) == 0 && written ? copy : -1;
@@ -55,7 +54,8 @@ std::optional<StandardInput> StandardInput::read(const std::string& name) {
     StandardInput input;
     input.name_ = name;
     if (!read_all(input.text_)) return {};
-    input.copy_ = copy_of(name, input.text_);
+    // Reports of the load name what the user gave, and not the copy.
+    input.copy_ = copy_of("#line 1 \"" + name + "\"\n", input.text_);
     if (input.copy_ < 0) return {};
     return input;
 }
@@ -90,6 +90,14 @@ Result<Model> StandardInput::load(std::vector<std::string> cpp_args,
         });
     }
     return model;
+}
+
+void keep_standard_input() {
+    std::string text;
+    const int copy = read_all(text) ? copy_of("", text) : -1;
+    if (copy < 0) return;
+    dup2(copy, STDIN_FILENO);
+    close(copy);
 }
 
 } // namespace norvane::pm

@@ -35,6 +35,9 @@ class StandardInput {
     int copy_ = -1;
 };
 
+// Makes standard input a file that can be opened by name as often as needed.
+void keep_standard_input();
+
 } // namespace norvane::pm
 
 #endif

@@ -62,14 +62,6 @@ bool reads_a_variable() {
     return loaded.project && loaded.project->vardecllist->len == 1;
 }
 
-// The library's scanner goes on in the comment or string in which the source before has ended.
-void end_open_token() {
-    for (const char* text : {"/* */", "\"", "a\"", "\n"}) {
-        if (reads_a_variable()) return;
-        load_texts(text, "");
-    }
-}
-
 std::vector<TokenReport> errors_of(Loaded loaded) {
     std::vector<TokenReport> errors;
     if (loaded.project) return errors;
@@ -94,7 +86,7 @@ std::size_t token_of_line(unsigned linenumber) {
 }
 
 EditedSource::EditedSource(const SourceText& source) : EditedTokens(source) {
-    end_open_token();
+    end_open_token(reads_a_variable, [](const char* text) { load_texts(text, ""); });
 }
 
 void EditedSource::begin_parsing() {

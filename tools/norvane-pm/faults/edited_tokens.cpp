@@ -22,6 +22,13 @@ void append_line(std::string& text, std::string_view word) {
 
 } // namespace
 
+void EditedTokens::end_open_token(bool (*is_ended)(), void (*load)(const char* text)) {
+    for (const char* text : {"/* */", "\"", "a\"", "\n"}) {
+        if (is_ended()) return;
+        load(text);
+    }
+}
+
 void EditedTokens::append_token(std::string& text, std::size_t token, const Edits* more) const {
     if (dropped_[token]) return append_line(text, "");
     const Edit* edit = nullptr;

@@ -39,6 +39,7 @@ class EditedTokens {
     const SourceText& source() const { return source_; }
 
     void edit(std::size_t token, Edit what) { edits_[token] = std::move(what); }
+    const Edits& edits() const { return edits_; }
     void add(const Edits& edits);
     // Takes out the tokens from `first`, before `end`.
     void drop(std::size_t first, std::size_t end);
@@ -47,6 +48,10 @@ class EditedTokens {
     std::vector<ParsedToken> parsed() const;
 
   protected:
+    // A scanner of the library goes on in the comment or string in which the source before has
+    // ended.
+    static void end_open_token(bool (*is_ended)(), void (*load)(const char* text));
+
     // Adds a token as edited, or by further edits, as a line.
     void append_token(std::string& text, std::size_t token, const Edits* more) const;
 

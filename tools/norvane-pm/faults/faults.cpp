@@ -18,12 +18,7 @@ std::vector<Finding> find_faults(const SourceText& text) {
         std::ranges::move(find_model_faults(project.get(), places, text, syntax),
                           std::back_inserter(all));
     }
-    std::ranges::stable_sort(all, {}, &PlacedFinding::token);
-    std::vector<Finding> findings;
-    findings.reserve(all.size());
-    for (PlacedFinding& found : all)
-        findings.push_back(std::move(found.finding));
-    return findings;
+    return in_order(std::move(all));
 }
 
 } // namespace norvane::pm

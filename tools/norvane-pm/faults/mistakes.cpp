@@ -1,12 +1,22 @@
 #include "mistakes.h"
 
 #include <algorithm>
+#include <array>
 
 #include "plain_words.h"
 #include "similar.h"
 
 namespace norvane::pm {
 namespace {
+
+// Words that may come after a name.
+constexpr auto infix_words = std::to_array<std::string_view>(
+    {"and", "or", "xor", "in", "of", "then", "else", "esac", "default"});
+constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
+
+bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
+    return std::ranges::find(words, word) != words.end();
+}
 
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
@@ -20,6 +30,10 @@ void add_replacement(const SourceText& source, PlacedFinding& found, std::size_t
 }
 
 } // namespace
+
+bool may_follow_a_name(std::string_view word) {
+    return is_one_of(word, infix_words);
+}
 
 std::string in_quotes(std::string_view word) {
     return "'" + std::string(word) + "'";
@@ -110,7 +124,8 @@ void MistakeSearch::add_foreign(std::size_t at, const Foreign& foreign) {
 void MistakeSearch::missing_semicolon() {
     if (token() == 0 || token() <= error_.statement.first) return;
     const bool may_begin = is_at_end() || token() >= error_.statement.end ||
-                           source_.begins_line(token()) || error_.word() == "}";
+                           source_.begins_line(token()) || error_.word() == "}" ||
+                           (error_.word() == "else" && source_.language() == Language::calculation);
     if (!may_begin) return;
     Mistake mistake = mistake_at(token() - 1);
     mistake.message = "no ';' after " + in_quotes(source_.word(token() - 1));
@@ -123,6 +138,27 @@ void MistakeSearch::missing_semicolon() {
 
 void MistakeSearch::surplus_semicolon() {
     if (error_.word() == ";" && token() == error_.statement.first) other_mark("", "take it out");
+}
+
+void MistakeSearch::chained_comparison() {
+    if (!is_one_of(error_.word(), comparisons) || token() == 0) return;
+    unsigned depth = 0;
+    for (std::size_t i = token() - 1; i > error_.statement.first; --i) {
+        const std::string_view word = source_.word(i);
+        if (word == ")") ++depth;
+        if (word == "(" && depth > 0)
+            --depth;
+        else if (depth > 0)
+            continue;
+        else if (may_follow_a_name(word) || word == "(" || word == "->" || word == "<->")
+            return;
+        if (!is_one_of(word, comparisons)) continue;
+        Mistake mistake = mistake_at(token());
+        mistake.range.first = i;
+        mistake.message = "comparisons cannot be chained";
+        mistake.hint = "write two comparisons, joined by 'and'";
+        return add(std::move(mistake));
+    }
 }
 
 void MistakeSearch::other_mark(std::string_view mark, std::string hint) {

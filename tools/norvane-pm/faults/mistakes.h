@@ -40,6 +40,9 @@ struct Mistake {
 PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
                          const Mistake* mistake);
 
+// True for an operator that is a word.
+bool may_follow_a_name(std::string_view word);
+
 std::string in_quotes(std::string_view word);
 
 // A word or an operator of other languages.
@@ -67,6 +70,7 @@ class MistakeSearch {
     void replaced_words(std::span<const Foreign> foreign);
     void missing_semicolon();
     void surplus_semicolon();
+    void chained_comparison();
     // The token stands for another one, certainly; nothing takes it out.
     void other_mark(std::string_view mark, std::string hint);
     // One mark or word that is missing before the token.

@@ -1,6 +1,17 @@
 #include "placed_finding.h"
 
+#include <algorithm>
+
 namespace norvane::pm {
+
+std::vector<Finding> in_order(std::vector<PlacedFinding> all) {
+    std::ranges::stable_sort(all, {}, &PlacedFinding::token);
+    std::vector<Finding> findings;
+    findings.reserve(all.size());
+    for (PlacedFinding& found : all)
+        findings.push_back(std::move(found.finding));
+    return findings;
+}
 
 PlacedFinding error_at(const SourceText& source, TokenRange range, std::string name,
                        std::string message) {

@@ -16,6 +16,9 @@ struct PlacedFinding {
     Finding finding;
 };
 
+// The findings in the order of the source.
+std::vector<Finding> in_order(std::vector<PlacedFinding> all);
+
 // An error at these tokens, with the macro and the includes that they came by.
 PlacedFinding error_at(const SourceText& source, TokenRange range, std::string name,
                        std::string message);

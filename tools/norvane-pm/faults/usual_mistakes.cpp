@@ -35,19 +35,9 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"'", "", "texts and labels are in double quotes"},
 });
 
-constexpr auto marks =
-    std::to_array<std::string_view>({")", "]", ",", ":", "then", "of"});
+constexpr auto marks = std::to_array<std::string_view>({")", "]", ",", ":", "then", "of"});
 constexpr auto section_words =
     std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
-// Words that may come after a name.
-constexpr auto infix_words = std::to_array<std::string_view>(
-    {"and", "or", "xor", "in", "of", "then", "else", "esac", "default"});
-constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
-
-bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
-    return std::ranges::find(words, word) != words.end();
-}
-
 class Search : MistakeSearch {
   public:
     using MistakeSearch::MistakeSearch;
@@ -188,27 +178,6 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
-    void chained_comparison() {
-        if (!is_one_of(error_.word(), comparisons) || token() == 0) return;
-        unsigned depth = 0;
-        for (std::size_t i = token() - 1; i > error_.statement.first; --i) {
-            const std::string_view word = source_.word(i);
-            if (word == ")") ++depth;
-            if (word == "(" && depth > 0)
-                --depth;
-            else if (depth > 0)
-                continue;
-            else if (is_one_of(word, infix_words) || word == "(" || word == "->" || word == "<->")
-                return;
-            if (!is_one_of(word, comparisons)) continue;
-            Mistake mistake = mistake_at(token());
-            mistake.range.first = i;
-            mistake.message = "comparisons cannot be chained";
-            mistake.hint = "write two comparisons, joined by 'and'";
-            return add(std::move(mistake));
-        }
-    }
-
     // x in [a, b]
     void list_of_values() {
         if (error_.word() != "in") return;
@@ -245,7 +214,7 @@ std::string_view misspelt_section(const SourceText& source, std::size_t token) {
     const std::string_view next = source.word(token + 1);
     const std::string_view before = token > 0 ? source.word(token - 1) : ";";
     const bool begins = before == ";" || is_section_word(before);
-    if (!begins || is_reserved(word) || is_one_of(next, infix_words)) return {};
+    if (!begins || is_reserved(word) || may_follow_a_name(next)) return {};
     return most_similar(word, section_words);
 }
 

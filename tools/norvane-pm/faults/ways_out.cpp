@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <array>
 
-#include "similar.h"
+#include "mistakes.h"
 
 namespace norvane::pm {
 namespace {
-
-// Comparisons of names in all: thousands of faults in a model of many names are not typing errors.
-constexpr std::size_t most_comparisons = 1'000'000;
 
 struct Synonym {
     std::string_view word;
@@ -29,25 +26,9 @@ constexpr auto types_of_other_languages = std::to_array<Synonym>({
     {"Float", "float"},
     {"number", "integer"},
 });
-constexpr auto values_of_other_languages = std::to_array<Synonym>({
-    {"TRUE", "true"},
-    {"True", "true"},
-    {"FALSE", "false"},
-    {"False", "false"},
-});
-
-std::string quoted(std::string_view word) {
-    return "'" + std::string(word) + "'";
-}
-
-template <typename Table>
-std::string_view instead_of(const Table& table, std::string_view word) {
-    const auto found = std::ranges::find(table, word, &Synonym::word);
-    return found == table.end() ? std::string_view() : found->instead;
-}
-
-void say(PlacedFinding& found, std::string hint) {
-    if (found.finding.hint.empty()) found.finding.hint = std::move(hint);
+std::string_view type_instead_of(std::string_view word) {
+    const auto found = std::ranges::find(types_of_other_languages, word, &Synonym::word);
+    return found == types_of_other_languages.end() ? std::string_view() : found->instead;
 }
 
 bool is_comparison(const Expr* expr) {
@@ -73,7 +54,8 @@ const char* simple_name(const Expr* expr) {
 
 WaysOut::WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
                  const SourceText& text)
-    : line_info_(project->line_info), table_(table), places_(places), text_(text) {
+    : line_info_(project->line_info), table_(table), places_(places), text_(text),
+      suggestions_(text) {
     for (const ConstantDecl* constant : items<ConstantDecl>(project->constantdecllist))
         declared_.emplace(constant->name, Later{constant, ND_INT});
     for (const TypeDecl* type : items<TypeDecl>(project->typedecllist))
@@ -108,9 +90,9 @@ bool WaysOut::is_array(std::string name) {
 void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
                          TokenRange range) {
     if (!subject.idcon) return;
-    const std::string_view instead = instead_of(values_of_other_languages, name);
+    const std::string_view instead = value_instead_of(name);
     if (!instead.empty()) {
-        say(found, "write " + quoted(instead));
+        say(found, "write " + in_quotes(instead));
         return replace(text_, found, range, std::string(instead), true);
     }
     const bool is_field =
@@ -119,7 +101,7 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
         const PolyHash* environment = environment_of(subject.path, subject.idcon);
         std::vector<std::string_view> names;
         if (environment) add_names(environment, names, false);
-        suggest(found, name, range, names);
+        suggestions_.suggest(found, name, range.first, names);
         return;
     }
     const auto later = declared_.find(name);
@@ -130,14 +112,14 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
         return say(found,
                    is_variable ? "the variable is not visible here" : "declare it before its use");
     }
-    suggest_visible(found, name, range, false);
+    suggest_visible(found, name, range.first, false);
 }
 
 void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRange range) {
-    const std::string_view instead = instead_of(types_of_other_languages, name);
+    const std::string_view instead = type_instead_of(name);
     const auto later = declared_.find(name);
     if (!instead.empty() && later == declared_.end()) {
-        say(found, "write " + quoted(instead));
+        say(found, "write " + in_quotes(instead));
         return replace(text_, found, range, std::string(instead), true);
     }
     if (later != declared_.end()) {
@@ -146,34 +128,17 @@ void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRan
         if (later->second.kind == ND_TYPE) say(found, "declare it before its use");
         return;
     }
-    suggest_visible(found, name, range, true);
-}
-
-bool WaysOut::suggest(PlacedFinding& found, std::string_view name, TokenRange range,
-                      const std::vector<std::string_view>& names) {
-    if (comparisons_ + names.size() > most_comparisons) return false;
-    comparisons_ += names.size();
-    const std::string_view similar = most_similar(name, names);
-    if (similar.empty()) return false;
-    say(found, "did you mean " + quoted(similar) + "?");
-    replace(text_, found, {range.first, range.first}, std::string(similar), false);
-    return true;
+    suggest_visible(found, name, range.first, true);
 }
 
 // Once the names are too many to be compared, they are not listed any more either.
-bool WaysOut::suggest_visible(PlacedFinding& found, std::string_view name, TokenRange range,
+void WaysOut::suggest_visible(PlacedFinding& found, std::string_view name, std::size_t token,
                               bool types) {
     bool& are_too_many = are_too_many_[types ? 1 : 0];
-    if (are_too_many) return false;
+    if (are_too_many) return;
     const std::vector<std::string_view> names = visible_names(types);
-    are_too_many = comparisons_ + names.size() > most_comparisons;
-    return suggest(found, name, range, names);
-}
-
-void WaysOut::add_names(const PolyHash* table, std::vector<std::string_view>& names,
-                        bool types) const {
-    for (const auto& [name, namedata] : pairs<char, NameData>(table))
-        if ((namedata->ndtype == ND_TYPE) == types) names.push_back(name);
+    are_too_many = !suggestions_.can_compare(names.size());
+    suggestions_.suggest(found, name, token, names);
 }
 
 // The innermost first, since the first of equally similar names is suggested.
@@ -271,7 +236,7 @@ void WaysOut::labels(PlacedFinding& found, const Expr* label) {
     const auto range = places_.find_type(namedata->typecon);
     if (range)
         found.finding.notes.push_back(
-            {text_.place(*range), quoted(name) + " is a label of this enumeration"});
+            {text_.place(*range), in_quotes(name) + " is a label of this enumeration"});
 }
 
 } // namespace norvane::pm

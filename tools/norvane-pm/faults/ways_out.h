@@ -10,6 +10,7 @@
 #include "fault_place.h"
 #include "placed_finding.h"
 #include "record_places.h"
+#include "suggestions.h"
 
 namespace norvane::pm {
 
@@ -38,10 +39,8 @@ class WaysOut {
                           const Expr* other);
     void labels(PlacedFinding& found, const Expr* label);
     bool is_array(std::string name);
-    bool suggest(PlacedFinding& found, std::string_view name, TokenRange range,
-                 const std::vector<std::string_view>& names);
-    void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types) const;
-    bool suggest_visible(PlacedFinding& found, std::string_view name, TokenRange range, bool types);
+    void suggest_visible(PlacedFinding& found, std::string_view name, std::size_t token,
+                         bool types);
     std::vector<std::string_view> visible_names(bool types) const;
     const PolyHash* environment_of(IdCon* path, const IdCon* step);
 
@@ -50,8 +49,8 @@ class WaysOut {
     RecordPlaces& places_;
     const SourceText& text_;
     std::unordered_map<std::string_view, Later> declared_; // all that the sections declare
-    std::size_t comparisons_ = 0;                          // of names, so far
-    bool are_too_many_[2] = {};                            // the visible names; the types
+    bool are_too_many_[2] = {}; // the visible names; the types
+    Suggestions suggestions_;
 };
 
 } // namespace norvane::pm

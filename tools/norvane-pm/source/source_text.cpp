@@ -181,8 +181,8 @@ std::vector<UserPlace> places_of(const Scan& scan, std::string_view text, unsign
 } // namespace
 
 SourceText::SourceText(std::string text, std::string file, SourceFiles files, Language language)
-    : text_(std::move(text)), file_(std::move(file)), language_(language),
-      files_(std::move(files)), scan_(scan(text_, 0, language)) {
+    : text_(std::move(text)), file_(std::move(file)), language_(language), files_(std::move(files)),
+      scan_(scan(text_, 0, language)) {
     rows_.push_back(0);
     for (std::size_t at = text_.find('\n'); at != std::string::npos; at = text_.find('\n', at + 1))
         rows_.push_back(at + 1);

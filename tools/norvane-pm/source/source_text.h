@@ -1,5 +1,5 @@
-// A source as the parser sees it, that of a model after the preprocessor, and where each token of it
-// stands in the user's files.
+// A source as the parser sees it, that of a model after the preprocessor, and where each token of
+// it stands in the user's files.
 #ifndef NORVANE_PM_SOURCE_TEXT_H
 #define NORVANE_PM_SOURCE_TEXT_H
 

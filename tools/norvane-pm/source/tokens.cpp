@@ -13,18 +13,18 @@ constexpr auto words_of_models = std::to_array<std::string_view>(
      "string", "sum",      "then",    "true",   "type",     "variable", "xor"});
 
 constexpr auto words_of_calculations = std::to_array<std::string_view>(
-    {"and",     "boolean",  "break", "case",   "default", "do",     "else", "external", "false",
-     "float",   "for",      "if",    "integer", "namespace", "not",  "or",   "return",   "string",
-     "switch",  "then",     "true",  "void",   "while",   "xor"});
+    {"and",    "boolean", "break",  "case", "default", "do",        "else",  "external",
+     "false",  "float",   "for",    "if",   "integer", "namespace", "not",   "or",
+     "return", "string",  "switch", "then", "true",    "void",      "while", "xor"});
 
 // Operators of two bytes and more, the longest first. Those of other languages are tokens too,
 // since a report is to show all of them; no correct source has their bytes side by side.
 constexpr auto marks_of_models =
     std::to_array<std::string_view>({"<->", "<=>", "->", "..", "<=", ">=", "<>", ">>", "<<",
                                      "==", "!=", "=>", "=<", "&&", "||", "//", ":=", "**"});
-constexpr auto marks_of_calculations = std::to_array<std::string_view>(
-    {"<->", "<=>", "->", ":=", "<=", ">=", "<>", "==", "!=", "=>", "=<", "&&", "||", "**", "++",
-     "+=", "-=", "*=", "/="});
+constexpr auto marks_of_calculations =
+    std::to_array<std::string_view>({"<->", "<=>", "->", ":=", "<=", ">=", "<>", "==", "!=", "=>",
+                                     "=<", "&&", "||", "**", "++", "+=", "-=", "*=", "/="});
 constexpr std::string_view short_marks = "+-*/<>=.,:;|()[]{}";
 constexpr std::string_view short_marks_of_calculations = "%^?";
 
@@ -113,9 +113,9 @@ class Scanner {
         if (c == '"') return string();
         for (const std::string_view mark : long_marks())
             if (starts(mark)) return add(TokenKind::mark, at_ + mark.size());
-        const bool is_mark = short_marks.find(c) != short_marks.npos ||
-                             (!is_model_ && short_marks_of_calculations.find(c) !=
-                                                short_marks_of_calculations.npos);
+        const bool is_mark =
+            short_marks.find(c) != short_marks.npos ||
+            (!is_model_ && short_marks_of_calculations.find(c) != short_marks_of_calculations.npos);
         add(is_mark ? TokenKind::mark : TokenKind::unknown, at_ + 1);
     }
 

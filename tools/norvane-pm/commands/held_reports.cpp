@@ -1,0 +1,50 @@
+#include "held_reports.h"
+
+#include <algorithm>
+
+namespace norvane::pm {
+namespace {
+
+// Nesting that the parser has no room for: no correction helps, and to look for more takes long.
+bool is_about_depth(const Report& report) {
+    return report.message.find("stack overflow") != std::string::npos;
+}
+
+} // namespace
+
+bool is_about_syntax(const Report& report) {
+    const std::string_view name = report.name;
+    return name == "ERR_PARSER" || name.starts_with("ERR_GRAM_") ||
+           name.starts_with("ERR_INVALID_");
+}
+
+OnReport HeldReports::sink() {
+    return [this](const Report& report) {
+        if (report.is_error())
+            reports_.push_back(report);
+        else if (warnings_ == Warnings::shown)
+            session_.diagnostics.report(report);
+    };
+}
+
+std::vector<Finding> HeldReports::findings() const {
+    const bool is_too_deep = std::ranges::any_of(reports_, is_about_depth);
+    if (session_.options.first || is_too_deep || !are_faults()) return {};
+    return all_faults();
+}
+
+void HeldReports::show() const {
+    const std::vector<Finding> all = findings();
+    if (all.empty())
+        for (const Report& report : reports_)
+            session_.diagnostics.report(report);
+    const std::size_t most = session_.options.max_errors;
+    const std::size_t shown = most == 0 ? all.size() : std::min(most, all.size());
+    for (std::size_t i = 0; i < shown; ++i)
+        session_.diagnostics.report(all[i]);
+    if (shown < all.size())
+        session_.diagnostics.say(std::to_string(all.size() - shown) +
+                                 " more errors: --max-errors=0 shows all of them");
+}
+
+} // namespace norvane::pm
