@@ -49,7 +49,7 @@ class WaysOut {
     RecordPlaces& places_;
     const SourceText& text_;
     std::unordered_map<std::string_view, Later> declared_; // all that the sections declare
-    bool are_too_many_[2] = {}; // the visible names; the types
+    bool are_too_many_[2] = {};                            // the visible names; the types
     Suggestions suggestions_;
 };
 
