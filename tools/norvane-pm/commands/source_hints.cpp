@@ -26,8 +26,8 @@ std::string text_of(const fs::path& file) {
     return text_of_file(file).value_or("");
 }
 
-// How much of the text comes before the first byte that is not ASCII. Nearly every source is ASCII, so
-// eight bytes are looked at in one step.
+// How much of the text comes before the first byte that is not ASCII. Nearly every source is ASCII,
+// so eight bytes are looked at in one step.
 std::size_t ascii_length(std::string_view text) {
     constexpr std::uint64_t high_bits = 0x8080808080808080;
     std::size_t length = 0;
