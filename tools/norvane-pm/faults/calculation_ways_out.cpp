@@ -212,6 +212,19 @@ void CalculationWaysOut::signature(PlacedFinding& found, const CExpr* called) co
     say(found, "it is " + std::string(args.ns_name) + "." + args.fname + "(" + arguments + ")");
 }
 
+// The enumeration that a type names, or is an array of; null where it is none.
+const TypeCon* CalculationWaysOut::enumeration_in(TypeCon* type) const {
+    LineInfo none{};
+    while (type && type->contype != TC_SUM) {
+        TypeCon* named = type;
+        type = named->contype == TC_ARRAY ? named->values.array.element : nullptr;
+        if (named->contype == TC_NAMED)
+            gather(
+                [&] { return symtbl_lookup_typecon(&none, table_, named, &type, UNDEF_LINENO); });
+    }
+    return type;
+}
+
 // "'wod' is not a legal value for the variable 'frame'", of a comparison or an assignment.
 void CalculationWaysOut::illegal_label(PlacedFinding& found, const CExpr* comparison) {
     const CExpr* text = comparison->args.bop.right_arg;
@@ -223,15 +236,7 @@ void CalculationWaysOut::illegal_label(PlacedFinding& found, const CExpr* compar
     std::size_t step = 0;
     NameData* namedata = nullptr;
     names_before(variable->args.pmvar, step, &namedata);
-    LineInfo none{};
-    TypeCon* type = namedata ? namedata->typecon : nullptr;
-    while (type && type->contype != TC_SUM) {
-        TypeCon* named = type;
-        type = named->contype == TC_ARRAY ? named->values.array.element : nullptr;
-        if (named->contype == TC_NAMED)
-            gather(
-                [&] { return symtbl_lookup_typecon(&none, table_, named, &type, UNDEF_LINENO); });
-    }
+    const TypeCon* type = namedata ? enumeration_in(namedata->typecon) : nullptr;
     if (!type) return;
     std::vector<std::string_view> labels;
     for (const char* label : items<char>(type->values.labels))

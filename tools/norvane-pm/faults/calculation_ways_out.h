@@ -30,6 +30,7 @@ class CalculationWaysOut {
     void undeclared(PlacedFinding& found, const CFunc* func, const CExpr* variable);
     void undeclared_function(PlacedFinding& found, const CExpr* call);
     void signature(PlacedFinding& found, const CExpr* call) const;
+    const TypeCon* enumeration_in(TypeCon* type) const;
     void illegal_label(PlacedFinding& found, const CExpr* comparison);
     void narrow(PlacedFinding& found, TokenRange range) const;
     std::vector<std::string_view> names_before(const CPMVar* path, std::size_t& step,

@@ -179,31 +179,38 @@ unsigned FlatModel::index_of(const Expr* index) const {
 
 FlatPlace FlatModel::find(const IdCon* idcon, std::string* path) const {
     FlatPlace place{&root_, 0};
-    if (path) path->clear();
-    for (bool is_last = false; !is_last;) {
-        is_last = idcon->contype != IDCON_COMPOSIT;
-        const IdCon* step = is_last ? idcon : idcon->args.compositid.hier;
-        const char* name = step->args.id.idname;
-        if (place.shape->form == Shape::Form::optional && std::strcmp(name, "SOME") == 0) {
-            place = {place.shape->element, place.first + 1};
-            if (path) *path += ".SOME";
-        } else {
-            const Part* part = find_part(*place.shape, name);
-            if (!part) return {};
-            place = {part->shape, place.first + part->first};
-            if (path) (path->empty() ? * path : * path += '.') += part->name;
-        }
-        if (step->contype == IDCON_ARRAY) {
-            for (const Expr* index : items<Expr>(step->args.array.exprlist)) {
-                const unsigned at = index_of(index);
-                if (place.shape->form != Shape::Form::array || at >= place.shape->count) return {};
-                place = {place.shape->element, place.first + at * place.shape->element->size};
-                if (path) add_index(*path, at);
-            }
-        }
-        if (!is_last) idcon = idcon->args.compositid.nested;
-    }
+    std::string found;
+    for (; idcon->contype == IDCON_COMPOSIT; idcon = idcon->args.compositid.nested)
+        if (!enter(idcon->args.compositid.hier, place, found)) return {};
+    if (!enter(idcon, place, found)) return {};
+    if (path) *path = std::move(found);
     return place;
+}
+
+// Goes on to what a step of a path leads to; false if there is no such part.
+bool FlatModel::enter(const IdCon* step, FlatPlace& place, std::string& path) const {
+    const char* name = step->args.id.idname;
+    if (place.shape->form == Shape::Form::optional && std::strcmp(name, "SOME") == 0) {
+        place = {place.shape->element, place.first + 1};
+        path += ".SOME";
+    } else {
+        const Part* part = find_part(*place.shape, name);
+        if (!part) return false;
+        place = {part->shape, place.first + part->first};
+        if (!path.empty()) path += '.';
+        path += part->name;
+    }
+    return step->contype != IDCON_ARRAY || enter_elements(step, place, path);
+}
+
+bool FlatModel::enter_elements(const IdCon* step, FlatPlace& place, std::string& path) const {
+    for (const Expr* index : items<Expr>(step->args.array.exprlist)) {
+        const unsigned at = index_of(index);
+        if (place.shape->form != Shape::Form::array || at >= place.shape->count) return false;
+        place = {place.shape->element, place.first + at * place.shape->element->size};
+        add_index(path, at);
+    }
+    return true;
 }
 
 void for_each_pair(const FlatPlace& a, const FlatPlace& b,
@@ -240,33 +247,36 @@ struct FlatModel::Walk {
 
 void FlatModel::walk(Walk& at, const Shape& shape, bool is_public, const VarDecl* decl) const {
     if (stack_is_low()) return on_fresh_stack([&] { walk(at, shape, is_public, decl); });
-    const auto inside = [&](const std::string& step, const Shape& inner, bool inner_public,
-                            const VarDecl* inner_decl) {
-        const std::size_t length = at.path.size();
-        at.path += step;
-        walk(at, inner, inner_public, inner_decl);
-        at.path.resize(length);
-        return !at.has_ended;
-    };
     switch (shape.form) {
     case Shape::Form::optional:
     case Shape::Form::scalar:
         at.has_ended = !at.visit({at.number++, at.path, shape, is_public, decl});
         if (shape.form == Shape::Form::optional && !at.has_ended)
-            inside(".SOME", *shape.element, is_public, decl);
+            walk_inside(at, ".SOME", *shape.element, is_public, decl);
         return;
-    case Shape::Form::record:
-        for (const Part& part : shape.parts) {
-            const bool part_public = is_public && part.decl->vartype == VARTYPE_PUBLIC;
-            const std::string step = (at.path.empty() ? "" : ".") + part.name;
-            if (!inside(step, *part.shape, part_public, part.decl)) return;
-        }
-        return;
+    case Shape::Form::record: return walk_record(at, shape, is_public);
     case Shape::Form::array:
-        for (unsigned i = 0; i < shape.count; ++i)
-            if (!inside("[" + std::to_string(i) + "]", *shape.element, is_public, decl)) return;
+        for (unsigned i = 0; i < shape.count && !at.has_ended; ++i)
+            walk_inside(at, "[" + std::to_string(i) + "]", *shape.element, is_public, decl);
         return;
     }
+}
+
+void FlatModel::walk_record(Walk& at, const Shape& record, bool is_public) const {
+    for (const Part& part : record.parts) {
+        if (at.has_ended) return;
+        const bool part_public = is_public && part.decl->vartype == VARTYPE_PUBLIC;
+        const std::string step = (at.path.empty() ? "" : ".") + part.name;
+        walk_inside(at, step, *part.shape, part_public, part.decl);
+    }
+}
+
+void FlatModel::walk_inside(Walk& at, const std::string& step, const Shape& shape, bool is_public,
+                            const VarDecl* decl) const {
+    const std::size_t length = at.path.size();
+    at.path += step;
+    walk(at, shape, is_public, decl);
+    at.path.resize(length);
 }
 
 void FlatModel::for_each(const std::function<bool(const FlatVariable&)>& visit) const {
@@ -317,27 +327,33 @@ std::string value_text(const Shape& shape, unsigned value) {
     }
 }
 
-std::string value_in_source(const Shape& shape, unsigned value) {
-    if (shape.kind == ScalarKind::text) {
-        if (value == 0 || value >= shape.labels.size()) return {}; // any other text
-        std::string text = "\"";
-        for (const char* c = shape.labels[value]; *c != '\0'; ++c) {
-            if (*c == '\n' || *c == '\r' || *c == '\t') {
-                text += '\\';
-                text += *c == '\n' ? 'n' : *c == '\r' ? 'r' : 't';
-            } else {
-                if (*c == '"' || *c == '\\') text += '\\';
-                text += *c;
-            }
-        }
-        return text + '"';
+namespace {
+
+// A text as a literal of the language.
+std::string literal_of(std::string_view text) {
+    constexpr std::string_view escaped = "\n\r\t\"\\", escapes = "nrt\"\\";
+    std::string literal = "\"";
+    for (const char c : text) {
+        const std::size_t at = escaped.find(c);
+        if (at != escaped.npos) literal += '\\';
+        literal += at == escaped.npos ? c : escapes[at];
     }
-    if (shape.kind == ScalarKind::boolean || shape.kind == ScalarKind::optional ||
-        shape.kind == ScalarKind::range)
-        return value_text(shape, value);
+    return literal + '"';
+}
+
+} // namespace
+
+std::string value_in_source(const Shape& shape, unsigned value) {
+    switch (shape.kind) {
+    case ScalarKind::boolean:
+    case ScalarKind::optional:
+    case ScalarKind::range: return value_text(shape, value);
+    default: break;
+    }
     if (value >= shape.labels.size()) return {};
-    if (shape.kind == ScalarKind::enumeration) return spelled(shape.labels[value]);
     const char* label = shape.labels[value];
+    if (shape.kind == ScalarKind::enumeration) return spelled(label);
+    if (shape.kind == ScalarKind::text) return value == 0 ? "" : literal_of(label); // 0: any other
     return *label == '[' || *label == ']' ? "" : label;
 }
 

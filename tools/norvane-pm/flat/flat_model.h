@@ -96,7 +96,12 @@ class FlatModel {
     Shape make_shape(TypeCon* type);
     void add_part(Shape& record, const VarDecl* decl);
     void close_record(Shape& record);
+    bool enter(const IdCon* step, FlatPlace& place, std::string& path) const;
+    bool enter_elements(const IdCon* step, FlatPlace& place, std::string& path) const;
     void walk(Walk& at, const Shape& shape, bool is_public, const VarDecl* decl) const;
+    void walk_record(Walk& at, const Shape& record, bool is_public) const;
+    void walk_inside(Walk& at, const std::string& step, const Shape& shape, bool is_public,
+                     const VarDecl* decl) const;
     void descend(Walk& at, const Shape& shape, bool is_public, const VarDecl* decl,
                  std::size_t rest) const;
 

@@ -129,6 +129,16 @@ void Circuit::require(const Expr* rule) {
     add_clause(clause);
 }
 
+namespace {
+
+// Whether the expression holds, or does not, if one of its sides does or does not.
+bool is_alternative(const Expr* expr, bool is_true) {
+    return expr->opr == OPR_AND ? !is_true
+                                : is_true && (expr->opr == OPR_OR || expr->opr == OPR_IMPLIES);
+}
+
+} // namespace
+
 // Adds literals of which one holds if and only if the expression does, or does not.
 void Circuit::gather(const Expr* expr, bool is_true, std::vector<Literal>& clause) {
     if (stack_is_low()) return on_fresh_stack([&] { gather(expr, is_true, clause); });
@@ -136,9 +146,8 @@ void Circuit::gather(const Expr* expr, bool is_true, std::vector<Literal>& claus
     if (expr->structure == EXPR_UNARY && expr->opr == OPR_NOT)
         return gather(args.arg, !is_true, clause);
     if (expr->structure == EXPR_BINARY && terms_.is_truth(expr)) {
-        const bool is_implication = expr->opr == OPR_IMPLIES && is_true;
-        if (is_implication || (expr->opr == OPR_OR && is_true) ||
-            (expr->opr == OPR_AND && !is_true)) {
+        if (is_alternative(expr, is_true)) {
+            const bool is_implication = expr->opr == OPR_IMPLIES;
             gather(args.binargs.leftarg, is_implication ? !is_true : is_true, clause);
             gather(args.binargs.rightarg, is_true, clause);
             return;

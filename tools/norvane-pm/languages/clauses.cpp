@@ -144,6 +144,23 @@ class CircuitWriter : public RuleWriter {
     const char* comment_;
 };
 
+// "8 lights", and " = 1" with what that means of what is no boolean.
+void write_truth(const Shape& shape, Writer& out) {
+    if (shape.kind == ScalarKind::boolean) return;
+    out << " = 1";
+    if (shape.kind != ScalarKind::range) out << ' ' << comment_text(value_text(shape, 1));
+}
+
+// "3 frame = 2 carbon": a line for each value.
+void write_values(const Shape& shape, const std::string& path, const char* comment, Literal literal,
+                  Writer& out) {
+    for (unsigned value = 0; value <= shape.upper; ++value) {
+        out << comment << literal++ << ' ' << path << " = " << value;
+        if (!shape.labels.empty()) out << ' ' << comment_text(shape.labels[value]);
+        out << '\n';
+    }
+}
+
 // Which literals stand for which values: "c 3 frame = 2 carbon", "c 8 lights", "c 9 watts bit 0".
 void write_map(const Terms& terms, const Circuit& circuit, const char* comment, Writer& out) {
     terms.flat().for_each([&](const FlatVariable& variable) {
@@ -153,18 +170,10 @@ void write_map(const Terms& terms, const Circuit& circuit, const char* comment, 
         switch (Circuit::encoding_of(shape)) {
         case Encoding::truth:
             out << comment << literal << ' ' << path;
-            if (shape.kind != ScalarKind::boolean) out << " = 1";
-            if (shape.kind != ScalarKind::boolean && shape.kind != ScalarKind::range)
-                out << ' ' << comment_text(value_text(shape, 1));
+            write_truth(shape, out);
             out << '\n';
             break;
-        case Encoding::values:
-            for (unsigned value = 0; value <= shape.upper; ++value) {
-                out << comment << literal++ << ' ' << path << " = " << value;
-                if (!shape.labels.empty()) out << ' ' << comment_text(shape.labels[value]);
-                out << '\n';
-            }
-            break;
+        case Encoding::values: write_values(shape, path, comment, literal, out); break;
         case Encoding::bits:
             for (unsigned bit = 0; bit < Circuit::literals_of(shape); ++bit)
                 out << comment << literal++ << ' ' << path << " bit " << bit << '\n';

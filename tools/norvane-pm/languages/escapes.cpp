@@ -147,39 +147,46 @@ std::string asp_string(std::string_view text) {
     return result += '"';
 }
 
+namespace {
+
+std::string in_hexadecimal(std::string_view prefix, std::string_view name) {
+    std::string result(prefix);
+    for (const char c : name)
+        add_hexadecimal(result, c);
+    return result;
+}
+
+// Takes an index, such as "[2]", from the path.
+std::string_view take_index(std::string_view& path) {
+    const std::size_t end = path.find(']');
+    const std::string_view index = path.substr(1, end - 1);
+    path.remove_prefix(end + 1);
+    return index;
+}
+
+} // namespace
+
 std::string pm_name(std::string_view path) {
     std::string result;
     bool is_one_name = true;
     while (!path.empty()) {
-        if (path[0] == '[') {
-            const std::size_t end = path.find(']');
+        const bool is_index = path[0] == '[';
+        const bool is_field = path[0] == '.';
+        if (is_index || is_field) {
             result += "__";
-            result += path.substr(1, end - 1);
-            path.remove_prefix(end + 1);
             is_one_name = false;
+        }
+        if (is_index) {
+            result += take_index(path);
             continue;
         }
-        if (path[0] == '.') {
-            result += "__";
-            path.remove_prefix(1);
-            is_one_name = false;
-        }
+        if (is_field) path.remove_prefix(1);
+        // A name of PM begins with no digit, and no plain name with an underscore.
         const std::string name = take_name(path);
-        if (is_plain(name)) {
-            result += name;
-        } else {
-            // A name of PM begins with no digit, and no plain name with an underscore.
-            result += result.empty() ? "_0x" : "0x";
-            for (const char c : name)
-                add_hexadecimal(result, c);
-        }
+        result += is_plain(name) ? name : in_hexadecimal(result.empty() ? "_0x" : "0x", name);
     }
-    if (is_one_name && std::ranges::find(reserved, result) != std::end(reserved)) {
-        std::string hexadecimal = "_0x";
-        for (const char c : result)
-            add_hexadecimal(hexadecimal, c);
-        return hexadecimal;
-    }
+    if (is_one_name && std::ranges::find(reserved, result) != std::end(reserved))
+        return in_hexadecimal("_0x", result);
     return result;
 }
 
