@@ -111,41 +111,65 @@ class Actions {
     }
 
     void add_arms(const Words& words, std::size_t first, std::size_t end) {
-        const NameIndex& names = context_.unit.names();
         std::size_t of = first;
         while (of < end && words[of].text != "of")
             ++of;
-        const bool is_value = words[of - 1].text == "SOME";
-        const TypeNode* type = type_at(words[is_value ? of - 3 : of - 1]);
-        if (is_value && type) type = names.real(type->base);
+        const TypeNode* type = type_before(words, of);
         if (!type || type->kind != TypeNode::Kind::enumeration) return;
+        const Arms arms = arms_between(words, of, end);
+        if (arms.default_word == none || !words[arms.default_word].spot.is_known()) return;
+        const Position at = range_of(words[arms.default_word].spot, context_.documents).start;
+        insert_arms(*type, arms.labels, at);
+    }
+
+    // Of the path that ends before a word; of the value of an optional one where it ends in SOME.
+    const TypeNode* type_before(const Words& words, std::size_t i) const {
+        if (words[i - 1].text != "SOME") return type_at(words[i - 1]);
+        const TypeNode* type = type_at(words[i - 3]);
+        return type ? context_.unit.names().real(type->base) : nullptr;
+    }
+
+    struct Arms {
         std::size_t default_word = none;
-        std::set<std::string_view> present;
+        std::set<std::string_view> labels;
+    };
+
+    // Without those of the cases within.
+    static Arms arms_between(const Words& words, std::size_t of, std::size_t end) {
+        Arms arms;
         unsigned depth = 0;
         for (std::size_t i = of; i < end; ++i) {
             if (words[i].text == "case") ++depth;
             if (words[i].text == "esac") --depth;
             if (depth > 0) continue;
-            if (words[i].text == "default") default_word = i;
-            if (words[i + 1].text == "then") present.insert(unquoted(words[i].text));
+            if (words[i].text == "default") arms.default_word = i;
+            if (words[i + 1].text == "then") arms.labels.insert(unquoted(words[i].text));
         }
-        if (default_word == none || !words[default_word].spot.is_known()) return;
-        const Position at = range_of(words[default_word].spot, context_.documents).start;
+        return arms;
+    }
+
+    // Those of the labels that are not present.
+    void insert_arms(const TypeNode& type, const std::set<std::string_view>& present,
+                     const Position& at) {
         std::string text;
         std::string missing;
-        for (const std::size_t each : type->fields) {
-            const Symbol& symbol = names.symbols[each];
+        for (const std::size_t each : type.fields) {
+            const Symbol& symbol = context_.unit.names().symbols[each];
             if (present.contains(symbol.name)) continue;
             const std::string name = to_utf8(symbol.name);
-            const Scan found = scan(name);
-            const bool is_plain = found.tokens.size() == 1 && !is_reserved(name) &&
-                                  found.tokens[0].kind == TokenKind::word;
-            text += (is_plain ? name : "\"" + name + "\"") + " then true |\n" +
-                    std::string(at.character, ' ');
+            text += as_label(name) + " then true |\n" + std::string(at.character, ' ');
             missing += (missing.empty() ? "" : ", ") + name;
         }
         if (!text.empty())
             insert("add the arms of " + missing, "refactor.rewrite", at, text, nullptr);
+    }
+
+    // Quoted where it is no plain word.
+    static std::string as_label(const std::string& name) {
+        const Scan found = scan(name);
+        const bool is_plain = found.tokens.size() == 1 && !is_reserved(name) &&
+                              found.tokens[0].kind == TokenKind::word;
+        return is_plain ? name : "\"" + name + "\"";
     }
 
     static std::string_view unquoted(std::string_view text) {

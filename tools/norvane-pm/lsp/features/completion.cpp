@@ -74,24 +74,33 @@ class Completion {
   private:
     // Those before the name that is being written. False within a comment or a text.
     bool read_words() {
-        if (context_.document.is_calculation) {
-            const Words words(context_.document.path, before_);
-            for (std::size_t i = 0; i < words.size(); ++i)
-                words_.emplace_back(words[i].text);
-            const std::size_t line = before_.rfind('\n') + 1; // 0 where there is none
-            if (before_.find("//", line) != before_.npos) return false;
-        } else {
-            const Scan found = scan(before_);
-            if (found.comment_depth > 0) return false;
-            for (const Token& token : found.tokens)
-                words_.push_back(before_.substr(token.offset, token.length));
-        }
+        const bool is_code =
+            context_.document.is_calculation ? read_calculation_words() : read_model_words();
+        if (!is_code) return false;
         if (words_.empty()) return true;
         const std::string& last = words_.back();
         if (last[0] == '"' && (last.size() == 1 || last.back() != '"')) return false;
         const char end = before_.back();
         const bool is_name = std::isalnum(static_cast<unsigned char>(end)) || end == '_';
         if (is_name) words_.pop_back();
+        return true;
+    }
+
+    // False within a comment.
+    bool read_calculation_words() {
+        const Words words(context_.document.path, before_);
+        for (std::size_t i = 0; i < words.size(); ++i)
+            words_.emplace_back(words[i].text);
+        const std::size_t line = before_.rfind('\n') + 1; // 0 where there is none
+        return before_.find("//", line) == before_.npos;
+    }
+
+    // False within a comment.
+    bool read_model_words() {
+        const Scan found = scan(before_);
+        if (found.comment_depth > 0) return false;
+        for (const Token& token : found.tokens)
+            words_.push_back(before_.substr(token.offset, token.length));
         return true;
     }
 
@@ -160,20 +169,7 @@ class Completion {
 
     // The type of the path that ends before the last `ahead` words.
     const TypeNode* path_type(std::size_t ahead) const {
-        std::vector<std::string_view> steps; // last first; "[" for an index
-        std::size_t i = words_.size() - std::min(ahead, words_.size());
-        while (i > 0) {
-            unsigned depth = 0;
-            while (i > 0 && (words_[i - 1] == "]" || depth > 0)) {
-                if (words_[i - 1] == "]") ++depth;
-                if (words_[i - 1] == "[" && --depth == 0) steps.push_back("[");
-                --i;
-            }
-            if (i == 0) return nullptr;
-            steps.push_back(words_[--i]);
-            if (i == 0 || words_[i - 1] != ".") break;
-            --i;
-        }
+        const std::vector<std::string_view> steps = path_steps(ahead);
         if (steps.empty()) return nullptr;
         const std::size_t base = symbol_of(steps.back());
         if (base == none) return nullptr;
@@ -181,6 +177,31 @@ class Completion {
         for (auto step = steps.rbegin() + 1; step != steps.rend(); ++step)
             type = type_of_step(type, *step);
         return names_.real(type);
+    }
+
+    // Last first, with "[" for an index; none where the path lacks its name.
+    std::vector<std::string_view> path_steps(std::size_t ahead) const {
+        std::vector<std::string_view> steps;
+        std::size_t i = words_.size() - std::min(ahead, words_.size());
+        while (i > 0) {
+            i = take_indices(i, steps);
+            if (i == 0) return {};
+            steps.push_back(words_[--i]);
+            if (i == 0 || words_[i - 1] != ".") break;
+            --i;
+        }
+        return steps;
+    }
+
+    // Those that end before a word. Returns where the first of them begins.
+    std::size_t take_indices(std::size_t i, std::vector<std::string_view>& steps) const {
+        unsigned depth = 0;
+        while (i > 0 && (words_[i - 1] == "]" || depth > 0)) {
+            if (words_[i - 1] == "]") ++depth;
+            if (words_[i - 1] == "[" && --depth == 0) steps.push_back("[");
+            --i;
+        }
+        return i;
     }
 
     std::size_t type_of_step(std::size_t type, std::string_view step) const {
@@ -288,21 +309,27 @@ class Completion {
         if (is_comparison(back())) labels_of(path_type(2), true);
         if (back() == "=" && back(2) == ":") labels_of(path_type(3), true);
         if (back() == ":=") labels_of(path_type(2), true);
+        built_in_name_spaces();
+        for (const Symbol& symbol : names_.symbols)
+            calculation_symbol(symbol);
+        add_words(calculation_words);
+    }
+
+    void built_in_name_spaces() {
         std::set<std::string> spaces;
         for (const Builtin& each : builtins())
             spaces.insert(each.name_space);
         for (const std::string& each : spaces)
             add(each, module);
-        for (const Symbol& symbol : names_.symbols) {
-            if (symbol.kind == SymbolKind::name_space) add_symbol(symbol, module);
-            if (symbol.kind == SymbolKind::variable && !symbol.is_private)
-                add_symbol(symbol, variable);
-            const bool is_local =
-                symbol.kind == SymbolKind::argument || symbol.kind == SymbolKind::local;
-            if (is_local && is_around(names_.symbols[symbol.container]))
-                add_symbol(symbol, variable);
-        }
-        add_words(calculation_words);
+    }
+
+    // Where the position sees it.
+    void calculation_symbol(const Symbol& symbol) {
+        if (symbol.kind == SymbolKind::name_space) add_symbol(symbol, module);
+        if (symbol.kind == SymbolKind::variable && !symbol.is_private) add_symbol(symbol, variable);
+        const bool is_local =
+            symbol.kind == SymbolKind::argument || symbol.kind == SymbolKind::local;
+        if (is_local && is_around(names_.symbols[symbol.container])) add_symbol(symbol, variable);
     }
 
     void functions_of(std::string_view name_space) {

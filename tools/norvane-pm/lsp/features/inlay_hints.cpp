@@ -5,30 +5,57 @@
 #include "unit.h"
 
 namespace norvane::pm::lsp {
+namespace {
+
+class Hints {
+  public:
+    explicit Hints(const Context& context)
+        : context_(context), names_(context.unit.names()),
+          wanted_(range_of(member(context.params, "range"))) {}
+
+    Json find() {
+        number_labels();
+        count_classes();
+        return std::move(hints_);
+    }
+
+  private:
+    void number_labels() {
+        for (const TypeNode& type : names_.types) {
+            if (type.kind != TypeNode::Kind::enumeration) continue;
+            for (std::size_t i = 0; i < type.fields.size(); ++i)
+                add(names_.symbols[type.fields[i]].spot, "= " + std::to_string(i));
+        }
+    }
+
+    void count_classes() {
+        const Facts& facts = context_.unit.result().facts;
+        for (const Symbol& symbol : names_.symbols) {
+            if (symbol.kind != SymbolKind::variable) continue;
+            const auto cuts = facts.classes.find(std::string(symbol.name));
+            if (cuts == facts.classes.end()) continue;
+            add(symbol.spot, std::to_string(classes_of(cuts->second).size()) + " classes");
+        }
+    }
+
+    // Where the range that is wanted has the end of the spot.
+    void add(const Spot& spot, const std::string& text) {
+        if (!spot.is_known() || *spot.file != context_.document.path) return;
+        const Position end = range_of(spot, context_.documents).end;
+        if (end < wanted_.start || wanted_.end < end) return;
+        hints_.push_back({{"position", to_json(end)}, {"label", text}, {"paddingLeft", true}});
+    }
+
+    const Context& context_;
+    const NameIndex& names_;
+    Range wanted_;
+    Json hints_ = Json::array();
+};
+
+} // namespace
 
 Json inlay_hints(const Context& context) {
-    Json hints = Json::array();
-    const NameIndex& names = context.unit.names();
-    const Range wanted = range_of(member(context.params, "range"));
-    const auto add = [&](const Spot& spot, const std::string& text) {
-        if (!spot.is_known() || *spot.file != context.document.path) return;
-        const Position end = range_of(spot, context.documents).end;
-        if (end < wanted.start || wanted.end < end) return;
-        hints.push_back({{"position", to_json(end)}, {"label", text}, {"paddingLeft", true}});
-    };
-    for (const TypeNode& type : names.types) {
-        if (type.kind != TypeNode::Kind::enumeration) continue;
-        for (std::size_t i = 0; i < type.fields.size(); ++i)
-            add(names.symbols[type.fields[i]].spot, "= " + std::to_string(i));
-    }
-    const Facts& facts = context.unit.result().facts;
-    for (const Symbol& symbol : names.symbols) {
-        if (symbol.kind != SymbolKind::variable) continue;
-        const auto cuts = facts.classes.find(std::string(symbol.name));
-        if (cuts == facts.classes.end()) continue;
-        add(symbol.spot, std::to_string(classes_of(cuts->second).size()) + " classes");
-    }
-    return hints;
+    return Hints(context).find();
 }
 
 } // namespace norvane::pm::lsp
