@@ -123,26 +123,40 @@ class SettingsReader {
             settings_.macros.push_back("-D" + name);
     }
 
+    std::vector<std::string> paths(const std::string& name, const Json& value) {
+        std::vector<std::string> found = texts(name, value);
+        for (std::string& each : found)
+            each = path(each);
+        return found;
+    }
+
+    void define_all(const Json& macros) {
+        for (const auto& [macro, text] : macros.items())
+            define(macro, text);
+    }
+
+    void assign_models(const Json& calculations) {
+        for (const auto& [calculation, model] : calculations.items())
+            calculations_[path(calculation)] = path(text_of(model));
+    }
+
+    void select(const std::vector<std::string>& warnings) {
+        for (const std::string& word : warnings)
+            Selection().take(word) ? settings_.warnings.push_back(word)
+                                   : refuse("there is no warning '" + word + "'");
+    }
+
+    static void append(std::vector<std::string>& all, const std::vector<std::string>& more) {
+        all.insert(all.end(), more.begin(), more.end());
+    }
+
     void take(const std::string& name, const Json& value) {
-        if (name == "main") {
-            for (const std::string& main : texts(name, value))
-                mains_.push_back(path(main));
-        } else if (name == "includeDirectories") {
-            for (const std::string& directory : texts(name, value))
-                settings_.directories.push_back(path(directory));
-        } else if (name == "defines" && value.is_object()) {
-            for (const auto& [macro, text] : value.items())
-                define(macro, text);
-        } else if (name == "calculations" && value.is_object()) {
-            for (const auto& [calculation, model] : value.items())
-                calculations_[path(calculation)] = path(text_of(model));
-        } else if (name == "warnings") {
-            for (const std::string& word : texts(name, value))
-                Selection().take(word) ? settings_.warnings.push_back(word)
-                                       : refuse("there is no warning '" + word + "'");
-        } else if (name != "$schema") {
-            refuse("'" + name + "' is no setting, or has another form");
-        }
+        if (name == "main") return append(mains_, paths(name, value));
+        if (name == "includeDirectories") return append(settings_.directories, paths(name, value));
+        if (name == "defines" && value.is_object()) return define_all(value);
+        if (name == "calculations" && value.is_object()) return assign_models(value);
+        if (name == "warnings") return select(texts(name, value));
+        if (name != "$schema") refuse("'" + name + "' is no setting, or has another form");
     }
 
     fs::path file_;

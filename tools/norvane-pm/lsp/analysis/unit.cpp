@@ -104,30 +104,43 @@ void Unit::give_up() {
     finish(std::move(nothing));
 }
 
+void Unit::read_model(NameIndex& index) const {
+    const auto model = sources_.find(settings_.model);
+    if (model == sources_.end()) return;
+    SourceFiles files;
+    for (const auto& [path, bytes] : sources_)
+        files.set(path, bytes);
+    // Where the preprocessor has failed, the main file alone is better than nothing.
+    auto source = std::make_unique<SourceText>(result_.has_text ? result_.text : model->second,
+                                               settings_.model, files);
+    auto words = std::make_unique<Words>(*source, files);
+    read_model_names(index, *words);
+    index.hold(std::move(source));
+    index.hold(std::move(words));
+    read_macros(index);
+}
+
+// All definitions come before the uses.
+void Unit::read_macros(NameIndex& index) const {
+    for (const auto& [path, bytes] : sources_)
+        if (path != calculation_) read_macro_definitions(index, path, bytes);
+    for (const auto& [path, bytes] : sources_)
+        if (path != calculation_) read_macro_uses(index, path, bytes);
+}
+
+void Unit::read_calculation(NameIndex& index) const {
+    const auto own = sources_.find(calculation_);
+    if (own == sources_.end()) return;
+    auto words = std::make_unique<Words>(calculation_, own->second);
+    read_calculation_names(index, *words);
+    index.hold(std::move(words));
+}
+
 const NameIndex& Unit::names() const {
     if (names_) return *names_;
     auto index = std::make_unique<NameIndex>();
-    if (const auto model = sources_.find(settings_.model); model != sources_.end()) {
-        // Where the preprocessor has failed, the main file alone is better than nothing.
-        SourceFiles files;
-        for (const auto& [path, bytes] : sources_)
-            files.set(path, bytes);
-        auto source = std::make_unique<SourceText>(result_.has_text ? result_.text : model->second,
-                                                   settings_.model, files);
-        auto words = std::make_unique<Words>(*source, files);
-        read_model_names(*index, *words);
-        index->hold(std::move(source));
-        index->hold(std::move(words));
-        for (const auto& [path, bytes] : sources_)
-            if (path != calculation_) read_macro_definitions(*index, path, bytes);
-        for (const auto& [path, bytes] : sources_)
-            if (path != calculation_) read_macro_uses(*index, path, bytes);
-    }
-    if (const auto own = sources_.find(calculation_); own != sources_.end()) {
-        auto words = std::make_unique<Words>(calculation_, own->second);
-        read_calculation_names(*index, *words);
-        index->hold(std::move(words));
-    }
+    read_model(*index);
+    read_calculation(*index);
     index->sort();
     names_ = std::move(index);
     return *names_;

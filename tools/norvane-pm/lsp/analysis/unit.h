@@ -55,6 +55,9 @@ class Unit {
     Job job(const Documents& documents) const;
     bool is_too_large() const;
     void finish(Result result);
+    void read_model(NameIndex& index) const;
+    void read_macros(NameIndex& index) const;
+    void read_calculation(NameIndex& index) const;
 
     Settings settings_;
     std::string calculation_;

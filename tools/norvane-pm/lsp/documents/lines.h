@@ -15,13 +15,16 @@ namespace norvane::pm::lsp {
 struct Position {
     std::size_t line = 0;
     std::size_t character = 0;
-    auto operator<=>(const Position&) const = default;
+    bool operator<(const Position& other) const {
+        return line < other.line || (line == other.line && character < other.character);
+    }
+    bool operator>(const Position& other) const { return other < *this; }
+    bool operator<=(const Position& other) const { return !(other < *this); }
 };
 
 struct Range {
     Position start;
     Position end;
-    auto operator<=>(const Range&) const = default;
 };
 
 Json to_json(const Position& position);

@@ -180,37 +180,59 @@ class CalculationReader {
         at_ = last + 2;
     }
 
-    void path() {
+    // Of the word if it is a variable of the model, which is noted; else none.
+    std::size_t variable_type() {
         const auto found = index_.globals.find(text());
-        const bool is_variable = found != index_.globals.end() &&
-                                 index_.symbols[found->second].kind == SymbolKind::variable;
-        std::size_t type = none;
-        if (is_variable) {
-            index_.add(words_[at_].spot, found->second, false);
-            type = index_.symbols[found->second].type;
-        }
+        if (found == index_.globals.end()) return none;
+        const Symbol& symbol = index_.symbols[found->second];
+        if (symbol.kind != SymbolKind::variable) return none;
+        index_.add(words_[at_].spot, found->second, false);
+        return symbol.type;
+    }
+
+    void path() {
+        std::size_t type = variable_type();
         ++at_;
         while (type != none) {
             const TypeNode* node = index_.real(type);
-            if (node && node->kind == TypeNode::Kind::array && text() == "[" && text(2) == "]") {
-                if (is_name(words_[at_ + 1])) {
-                    if (const auto local = locals_.find(text(1)); local != locals_.end())
-                        index_.add(words_[at_ + 1].spot, local->second, false);
-                }
-                type = node->base;
-                at_ += 3;
-            } else if (node && text() == "." && node->kind == TypeNode::Kind::optional) {
-                type = text(1) == "SOME" ? node->base : none;
-                at_ += 2;
-            } else if (node && text() == "." && node->kind == TypeNode::Kind::record) {
-                const std::size_t field = index_.field_of(*node, text(1));
-                if (field != none) index_.add(words_[at_ + 1].spot, field, false);
-                type = field == none ? none : index_.symbols[field].type;
-                at_ += 2;
-            } else {
-                return;
-            }
+            if (!node || !leads_on(*node)) return;
+            type = step(*node);
         }
+    }
+
+    // Whether an index or a member follows, as the type has it.
+    bool leads_on(const TypeNode& node) const {
+        if (node.kind == TypeNode::Kind::array) return text() == "[" && text(2) == "]";
+        const bool has_members =
+            node.kind == TypeNode::Kind::optional || node.kind == TypeNode::Kind::record;
+        return has_members && text() == ".";
+    }
+
+    // The type that the index or the member leads to, or none.
+    std::size_t step(const TypeNode& node) {
+        if (node.kind == TypeNode::Kind::array) return element(node);
+        if (node.kind == TypeNode::Kind::record) return field(node);
+        const bool is_value = text(1) == "SOME";
+        at_ += 2;
+        return is_value ? node.base : none;
+    }
+
+    std::size_t element(const TypeNode& array) {
+        const Word& index = words_[at_ + 1];
+        at_ += 3;
+        if (!is_name(index)) return array.base;
+        if (const auto local = locals_.find(index.text); local != locals_.end())
+            index_.add(index.spot, local->second, false);
+        return array.base;
+    }
+
+    std::size_t field(const TypeNode& record) {
+        const Word& name = words_[at_ + 1];
+        at_ += 2;
+        const std::size_t field = index_.field_of(record, name.text);
+        if (field == none) return none;
+        index_.add(name.spot, field, false);
+        return index_.symbols[field].type;
     }
 
     NameIndex& index_;

@@ -143,39 +143,67 @@ class ModelReader {
         take(";");
     }
 
-    // Names that share a type; fields where there is a record.
-    void variables(std::size_t record, std::size_t scope) {
-        const std::size_t first = at_;
-        const bool is_private = text() == "private";
-        if (is_private || text() == "public") ++at_;
+    std::vector<std::size_t> listed_names() { // words
         std::vector<std::size_t> names;
         while (is_name(words_[at_])) {
             names.push_back(at_++);
             if (!take(",")) break;
         }
-        if (names.empty() || !take(":")) return skip_statement();
-        std::size_t inner = scope;
-        if (record == none) {
-            scopes_.push_back({none, none, 0, true, variables_});
-            inner = scopes_.size() - 1;
-        }
-        const SymbolKind kind = record == none ? SymbolKind::variable : SymbolKind::field;
+        return names;
+    }
+
+    std::vector<std::size_t> declare_all(SymbolKind kind, const std::vector<std::size_t>& names,
+                                         std::size_t container) {
         std::vector<std::size_t> symbols;
+        symbols.reserve(names.size());
         for (const std::size_t name : names)
-            symbols.push_back(declare(kind, name, record == none ? none : containers_.back()));
-        containers_.push_back(symbols.front());
-        const std::size_t number = type(inner, symbols.front());
-        containers_.pop_back();
-        skip_statement();
+            symbols.push_back(declare(kind, name, container));
+        return symbols;
+    }
+
+    // Names that share a type; fields where there is a record.
+    void variables(std::size_t record, std::size_t scope) {
+        const std::size_t first = at_;
+        const bool is_private = text() == "private";
+        if (is_private || text() == "public") ++at_;
+        const std::vector<std::size_t> names = listed_names();
+        if (names.empty() || !take(":")) return skip_statement();
+        const std::vector<std::size_t> symbols =
+            record == none ? global_variables(names) : fields(names, record, scope);
         for (const std::size_t symbol : symbols) {
-            index_.symbols[symbol].type = number;
             index_.symbols[symbol].is_private = is_private;
             end_declaration(symbol, first);
-            if (record != none) index_.types[record].fields.push_back(symbol);
         }
-        if (record != none) return;
+    }
+
+    std::vector<std::size_t> global_variables(const std::vector<std::size_t>& names) {
+        scopes_.push_back({none, none, 0, true, variables_});
+        const std::size_t inner = scopes_.size() - 1;
+        std::vector<std::size_t> symbols = declare_all(SymbolKind::variable, names, none);
+        shared_type(symbols, inner);
         for (const std::size_t symbol : symbols)
             position_.emplace(symbol, variables_++);
+        return symbols;
+    }
+
+    std::vector<std::size_t> fields(const std::vector<std::size_t>& names, std::size_t record,
+                                    std::size_t scope) {
+        std::vector<std::size_t> symbols =
+            declare_all(SymbolKind::field, names, containers_.back());
+        shared_type(symbols, scope);
+        std::vector<std::size_t>& all = index_.types[record].fields;
+        all.insert(all.end(), symbols.begin(), symbols.end());
+        return symbols;
+    }
+
+    // Reads the type of the symbols, up to the end of their declaration.
+    void shared_type(const std::vector<std::size_t>& symbols, std::size_t scope) {
+        containers_.push_back(symbols.front());
+        const std::size_t number = type(scope, symbols.front());
+        containers_.pop_back();
+        skip_statement();
+        for (const std::size_t symbol : symbols)
+            index_.symbols[symbol].type = number;
     }
 
     // Types. -------------------------------------------------------------------------------------

@@ -6,23 +6,33 @@
 namespace norvane::pm::lsp {
 namespace {
 
+// Of the text that begins with a quote: its closing quote, or the end of the line.
+std::size_t end_of_quoted(const std::string& text, std::size_t at) {
+    for (++at; at < text.size() && text[at] != '"' && text[at] != '\n'; ++at)
+        if (text[at] == '\\') ++at;
+    return at;
+}
+
+// Of the comment that begins here; where there is none, its begin.
+std::size_t end_of_comment(const std::string& text, std::size_t at) {
+    if (text.compare(at, 2, "//") == 0) return std::min(text.find('\n', at), text.size());
+    if (text.compare(at, 2, "/*") != 0) return at;
+    const std::size_t end = text.find("*/", at + 2);
+    return end == text.npos ? text.size() : end + 2;
+}
+
+void blank(std::string& text, std::size_t from, std::size_t end) {
+    for (; from < end; ++from)
+        if (text[from] != '\n') text[from] = ' ';
+}
+
 // Blanks in the place of comments, so that the scanner of models can take the text.
 void blank_comments(std::string& text) {
-    const auto blank = [&text](std::size_t from, std::size_t end) {
-        for (; from < std::min(end, text.size()); ++from)
-            if (text[from] != '\n') text[from] = ' ';
-    };
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == '"') {
-            for (++at; at < text.size() && text[at] != '"' && text[at] != '\n'; ++at)
-                if (text[at] == '\\') ++at;
-        } else if (text.compare(at, 2, "//") == 0) {
-            blank(at, text.find('\n', at));
-        } else if (text.compare(at, 2, "/*") == 0) {
-            const std::size_t end = text.find("*/", at + 2);
-            blank(at, end == text.npos ? end : end + 2);
-        }
-    }
+    for (std::size_t at = 0; at < text.size(); ++at)
+        if (text[at] == '"')
+            at = end_of_quoted(text, at);
+        else
+            blank(text, at, end_of_comment(text, at));
 }
 
 // An argument of a macro stands where the macro is used.

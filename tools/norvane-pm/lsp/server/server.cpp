@@ -67,34 +67,41 @@ bool Server::handle_next() {
 void Server::handle(const Json& message) {
     const Json& id = member(message, "id");
     const Json& method = member(message, "method");
-    if (!method.is_string()) {
-        if (member(message, "result").is_null() && member(message, "error").is_null() &&
-            !id.is_null())
-            client_.refuse(is_id(id) ? id : Json(), ErrorCode::invalid_request,
-                           "the request has no method");
-        return; // the answer to a request of ours
-    }
     const Json& params = member(message, "params");
-    if (message.contains("id")) {
-        if (!is_id(id))
-            return client_.refuse(nullptr, ErrorCode::invalid_request, "the id is none");
-        try {
-            return handle_request(id, method, params);
-        } catch (const RequestError& error) {
-            return client_.refuse(id, error.code, error.message);
-        } catch (const std::bad_alloc&) {
-            return client_.refuse(id, ErrorCode::internal_error, "out of memory");
-        } catch (const std::exception& error) {
-            return client_.refuse(id, ErrorCode::internal_error, error.what());
-        }
-    }
+    if (!method.is_string()) return handle_answer(message);
+    const auto& name = method.get_ref<const std::string&>();
+    if (!message.contains("id")) return handle_notification(name, params);
+    if (!is_id(id)) return client_.refuse(nullptr, ErrorCode::invalid_request, "the id is none");
+    handle_or_refuse(id, name, params);
+}
+
+// The answer to a request of ours, unless it has nothing of one.
+void Server::handle_answer(const Json& message) {
+    const Json& id = member(message, "id");
+    const bool is_answer =
+        !member(message, "result").is_null() || !member(message, "error").is_null();
+    if (is_answer || id.is_null()) return;
+    client_.refuse(is_id(id) ? id : Json(), ErrorCode::invalid_request,
+                   "the request has no method");
+}
+
+void Server::handle_or_refuse(const Json& id, const std::string& method, const Json& params) try {
+    handle_request(id, method, params);
+} catch (const RequestError& error) {
+    client_.refuse(id, error.code, error.message);
+} catch (const std::bad_alloc&) {
+    client_.refuse(id, ErrorCode::internal_error, "out of memory");
+} catch (const std::exception& error) {
+    client_.refuse(id, ErrorCode::internal_error, error.what());
+}
+
+void Server::handle_notification(const std::string& method, const Json& params) {
     if (method == "exit") {
         has_exited_ = true;
         return;
     }
     if (state_ != State::running) return;
-    const auto* row =
-        std::ranges::find(handlers, method.get_ref<const std::string&>(), &Handler::method);
+    const auto* row = std::ranges::find(handlers, method, &Handler::method);
     if (row == std::end(handlers)) return;
     try {
         (this->*row->handle)(params);

@@ -52,6 +52,9 @@ class Server {
 
     void cancel(const Json& id);
     void handle(const Json& message);
+    void handle_answer(const Json& message);
+    void handle_notification(const std::string& method, const Json& params);
+    void handle_or_refuse(const Json& id, const std::string& method, const Json& params);
     void handle_request(const Json& id, const std::string& method, const Json& params);
     void answer(const Waiting& request);
     void answer_waiting();
