@@ -8,7 +8,7 @@
 
 namespace {
 
-using norvane::pm::lsp::MessageReader;
+using norvane::driver::lsp::MessageReader;
 
 std::vector<std::string> frames(std::string_view bytes, std::size_t piece) {
     MessageReader reader;

@@ -9,7 +9,7 @@
 #include "plain_words.h"
 #include "similar.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A file with this line, which a place is in.
@@ -116,4 +116,4 @@ TEST(Reports, TellASyntaxErrorInPlainWords) {
 }
 
 } // namespace
-} // namespace norvane::pm
+} // namespace norvane::driver

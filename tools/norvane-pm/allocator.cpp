@@ -6,7 +6,7 @@
 #include <mimalloc.h>
 #include <sys/mman.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
@@ -39,23 +39,23 @@ void* not_null(void* memory) {
 }
 
 } // namespace
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 // The allocator's own operators end the process where there is no memory, since they are not C++
 // and cannot throw. What is taken by these is released by its delete, as all memory is.
 
 void* operator new(std::size_t size) {
-    return norvane::pm::not_null(mi_malloc(size));
+    return norvane::driver::not_null(mi_malloc(size));
 }
 
 void* operator new[](std::size_t size) {
-    return norvane::pm::not_null(mi_malloc(size));
+    return norvane::driver::not_null(mi_malloc(size));
 }
 
 void* operator new(std::size_t size, std::align_val_t alignment) {
-    return norvane::pm::not_null(mi_malloc_aligned(size, static_cast<std::size_t>(alignment)));
+    return norvane::driver::not_null(mi_malloc_aligned(size, static_cast<std::size_t>(alignment)));
 }
 
 void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return norvane::pm::not_null(mi_malloc_aligned(size, static_cast<std::size_t>(alignment)));
+    return norvane::driver::not_null(mi_malloc_aligned(size, static_cast<std::size_t>(alignment)));
 }

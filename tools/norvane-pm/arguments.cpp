@@ -23,7 +23,7 @@
 #include "similar.h"
 #include "workspace.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr const char* footer =
@@ -601,4 +601,4 @@ Invocation parse_arguments(int argc, char** argv) {
     return invocation;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

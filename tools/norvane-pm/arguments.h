@@ -4,7 +4,7 @@
 
 #include "options.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class Session;
 
@@ -17,6 +17,6 @@ struct Invocation {
 
 Invocation parse_arguments(int argc, char** argv);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -9,7 +9,7 @@
 #include "status.h"
 #include "temporaries.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 int run(int argc, char** argv) {
@@ -32,10 +32,10 @@ int run(int argc, char** argv) {
 }
 
 } // namespace
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 int main(int argc, char** argv) {
-    using namespace norvane::pm;
+    using namespace norvane::driver;
     prepare_output();
     std::atexit(remove_temporaries); // a scanner that is out of memory ends the process itself
     int status = STATUS_INTERNAL_FAILURE;

@@ -13,7 +13,7 @@
 #include "refused_calculation.h"
 #include "standard_input.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The form of a calculation's file, by its extension, if the options do not say it.
@@ -240,4 +240,4 @@ void list_builtins(Session& session) {
         session.options.format == Format::json ? print_as_json(*row) : print_as_text(*row);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void check_calculation(Session& session);
 void print_calculation(Session& session);
@@ -15,6 +15,6 @@ void list_builtins(Session& session);
 void info_calculation(Session& session);
 bool is_calculation(const Options& options);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "norvane/base/work.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The expression, cut at some depth; empty if it cannot be printed either.
@@ -87,4 +87,4 @@ Culprit find_culprit(const Session& session) try {
     return {};
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

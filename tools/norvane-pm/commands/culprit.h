@@ -6,7 +6,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A declaration for a person: "rule", "variable", ..., where it stands ("file (line): "), and its
 // text. The kind is empty where there is none.
@@ -22,6 +22,6 @@ Culprit find_culprit(const Session& session);
 // The same without its text, which may take its time.
 Culprit find_place(const Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::string_view all_examples =
@@ -89,4 +89,4 @@ std::string example_text(std::string_view error_name) {
     return text;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

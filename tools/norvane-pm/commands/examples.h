@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The example of an error, as a paragraph and code that is indented; or why there is none. Empty
 // for a name that the examples do not have.
 std::string example_text(std::string_view error_name);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -20,7 +20,7 @@
 #include "similar.h"
 #include "warning_table.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 struct DeleteError {
@@ -185,4 +185,4 @@ void explain(Session& session) {
                      meant.empty() ? "norvane-pm explain --list lists them" : meant};
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -4,10 +4,10 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void explain(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "warning_table.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void list_warnings() {
     for (const WarningRow& row : warning_rows())
@@ -19,4 +19,4 @@ bool explain_warning(std::string_view name) {
     return true;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Prints all warnings, one a line: the name, when it is on, and its title.
 void list_warnings();
@@ -12,6 +12,6 @@ void list_warnings();
 // Prints what a warning means. False if there is none of this name.
 bool explain_warning(std::string_view name);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

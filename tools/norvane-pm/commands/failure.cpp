@@ -9,7 +9,7 @@
 #include "culprit.h"
 #include "status.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // What may help the user.
@@ -77,4 +77,4 @@ int report_out_of_memory(Session& session) {
     return report_failure(session, InternalFailure(state));
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

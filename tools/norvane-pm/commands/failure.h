@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Takes memory for the reports below, at the start, while there is no lack of it.
 void reserve_memory_for_reports();
@@ -15,6 +15,6 @@ void reserve_memory_for_reports();
 int report_failure(Session& session, const InternalFailure& failure);
 int report_out_of_memory(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 #include "output.h"
 #include "source_files.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The replacements of a line, the last one first: those before it keep their columns.
@@ -105,4 +105,4 @@ void apply_fixes(Session& session, const std::vector<Finding>& findings) {
     results_refused();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,12 +6,12 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Writes what the findings say with certainty into the user's files, each of which is replaced
 // atomically, and prints the differences to standard output.
 void apply_fixes(Session& session, const std::vector<Finding>& findings);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -10,7 +10,7 @@
 #include "text.h"
 #include "warned_model.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Stops before a list that has no end in sight.
@@ -114,4 +114,4 @@ void write_flat_rules(Session& session) {
     results_refused();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

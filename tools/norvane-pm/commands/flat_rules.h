@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void variables(Session& session);
 
@@ -12,6 +12,6 @@ void variables(Session& session);
 bool wants_written_rules(const Options& options);
 void write_flat_rules(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Nesting that the parser has no room for: no correction helps, and to look for more takes long.
@@ -47,4 +47,4 @@ void HeldReports::show() const {
                                  " more errors: --max-errors=0 shows all of them");
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,7 +6,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Gathers the errors of a load or a check, and shows its warnings at once.
 class HeldReports {
@@ -45,6 +45,6 @@ class HeldReports {
 // Whether the parser, or the scanner below it, has made a report.
 bool is_about_syntax(const Report& report);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -9,7 +9,7 @@
 
 #include "file_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The directives that leave the names of files as they are. What is none of them, such as one that
@@ -84,4 +84,4 @@ void ModelFiles::add_directive(const std::string& file, std::string_view line, u
         add(fs::path(directory) / name);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -12,7 +12,7 @@
 
 #include "finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The model's own file, and those that its directives include by a name. A place in a report need
 // not be in one of them, since a line directive gives lines the name of any file.
@@ -36,6 +36,6 @@ class ModelFiles {
     std::optional<Place> doubt_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

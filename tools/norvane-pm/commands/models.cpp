@@ -16,7 +16,7 @@
 #include "temporaries.h"
 #include "warned_model.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Checks what the command line says of the model, before anything is read.
@@ -264,4 +264,4 @@ void info(Session& session) {
     print_info(load_model(session).get());
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

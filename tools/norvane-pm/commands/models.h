@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void check(Session& session);
 void print(Session& session);
@@ -26,6 +26,6 @@ const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleF
 // Refuses inputs of which more than one is standard input: it can be read only once.
 void check_standard_input(const Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 #include "format.h"
 #include "selection.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class Language; // languages.h
 
@@ -69,6 +69,6 @@ struct Options {
     bool list_warnings = false;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -14,7 +14,7 @@
 #include "text.h"
 #include "workspace.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -150,4 +150,4 @@ void list_package(Session& session) {
     if (!all_read) throw InputAtFault();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

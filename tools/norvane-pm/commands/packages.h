@@ -4,12 +4,12 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void pack_project(Session& session); // of a workspace
 void make_package(Session& session); // of a model
 void list_package(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

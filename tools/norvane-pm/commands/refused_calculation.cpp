@@ -4,7 +4,7 @@
 
 #include "calculation_faults.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 bool CalculationReports::are_faults() const {
     return session().step == Step::check_functions ||
@@ -21,4 +21,4 @@ std::vector<Finding> CalculationReports::all_faults() const {
     return find_calculation_faults({text, file, std::move(files), Language::calculation}, model_);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

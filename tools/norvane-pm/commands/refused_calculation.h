@@ -6,7 +6,7 @@
 
 #include "held_reports.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Finds all faults of a calculation where the library tells the first alone. None where it is no
 // source.
@@ -24,6 +24,6 @@ class CalculationReports : public HeldReports {
     bool is_source_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

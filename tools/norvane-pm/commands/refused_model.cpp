@@ -9,7 +9,7 @@
 #include "preprocessed.h"
 #include "temporaries.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Nesting that the parser has no room for: no correction helps, and to look for more takes long.
@@ -66,4 +66,4 @@ std::vector<Finding> ModelReports::all_faults() const {
     return findings;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -8,7 +8,7 @@
 #include "held_reports.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The source of the session's model as the preprocessor writes it once more; null if it does not,
 // or if the model is no source.
@@ -24,6 +24,6 @@ class ModelReports : public HeldReports {
     std::vector<Finding> all_faults() const override;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -14,7 +14,7 @@
 #include "warned_model.h"
 #include "watch.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Where the fault may be that the file is only a part of a model, it says of what.
@@ -72,4 +72,4 @@ int run_command(const Options& options, void (*command)(Session&)) {
     return status_at_end;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

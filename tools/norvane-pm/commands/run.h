@@ -4,13 +4,13 @@
 
 #include "options.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class Session;
 
 // Returns the exit status; all reports have been written.
 int run_command(const Options& options, void (*command)(Session&));
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

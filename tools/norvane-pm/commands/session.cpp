@@ -4,7 +4,7 @@
 
 #include <sys/stat.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 const char* step_text(Step step) {
     switch (step) {
@@ -56,4 +56,4 @@ void Session::close_output() {
     throw InputAtFault();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -18,7 +18,7 @@
 #include "result_file.h"
 #include "standard_input.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The input is at fault, which was reported.
 struct InputAtFault {};
@@ -97,6 +97,6 @@ class Session {
     std::vector<std::shared_ptr<void>> kept_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 #include "text.h"
 #include "variable_names.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Names and keys are held in code page 1252, as the model's texts are.
@@ -89,4 +89,4 @@ void check_var_order(Session& session) {
     if (!all_known) throw InputAtFault();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

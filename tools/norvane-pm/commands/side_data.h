@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void list_presentation(Session& session);
 void get_from_presentation(Session& session);
@@ -12,6 +12,6 @@ void merge_presentations(Session& session);
 void list_var_order(Session& session);
 void check_var_order(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -9,7 +9,7 @@
 #include "file_text.h"
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 namespace fs = std::filesystem;
@@ -123,4 +123,4 @@ std::optional<Finding> note_of_includer(const std::string& file) {
     return std::nullopt;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -7,7 +7,7 @@
 
 #include "finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A warning, if the file is in UTF-8: models are in code page 1252, so its texts come out wrong.
 std::optional<Finding> warn_of_utf8(const std::string& file);
@@ -16,6 +16,6 @@ std::optional<Finding> warn_of_utf8(const std::string& file);
 // because it was taken for the whole.
 std::optional<Finding> note_of_includer(const std::string& file);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

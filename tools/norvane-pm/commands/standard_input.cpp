@@ -6,7 +6,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 bool read_all(std::string& text) {
@@ -100,4 +100,4 @@ void keep_standard_input() {
     close(copy);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

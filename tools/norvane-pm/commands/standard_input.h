@@ -8,7 +8,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // All of standard input, in memory: the preprocessor's own input is closed, and reports show its
 // lines. Included files are looked for in the current directory first, as if the model were a file
@@ -38,6 +38,6 @@ class StandardInput {
 // Makes standard input a file that can be opened by name as often as needed.
 void keep_standard_input();
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A walk along a path, step by step. The text is cut into names as it goes.
@@ -107,4 +107,4 @@ bool is_variable(const CheckedModel& model, const char* name) {
     });
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

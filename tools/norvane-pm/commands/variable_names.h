@@ -4,12 +4,12 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // True if the checked model has this variable, or this part of one, spelled as the rules are
 // printed: "shelves[0].slots[1].card". Reports nothing.
 bool is_variable(const CheckedModel& model, const char* name);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 #include "find_warnings.h"
 #include "refused_model.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 bool concerns(const Warned& warned, Made made) {
@@ -66,4 +66,4 @@ bool report_stop(Session& session, const InternalFailure& failure) try {
     return false;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

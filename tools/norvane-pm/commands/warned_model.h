@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // What a command makes of a checked model.
 enum class Made { nothing, rules, finite_form };
@@ -17,6 +17,6 @@ void show_warnings(Session& session, const CheckedModel& model, Made made);
 // reason.
 bool report_stop(Session& session, const InternalFailure& failure);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -5,7 +5,7 @@
 #include "culprit.h"
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 Watch::Watch(Session& session) : session_(session) {
     const bool is_needed = session.options.max_nodes > 0 || session.diagnostics.shows_progress();
@@ -45,4 +45,4 @@ void Watch::show(const WorkMark& mark) {
     session_.diagnostics.show_progress(for_terminal(text));
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

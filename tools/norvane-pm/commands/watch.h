@@ -8,7 +8,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // While this lives, the library's work is watched: on a terminal, what it unfolds is shown several
 // times a second, and a step that takes more nodes than the options allow is stopped by a throw of
@@ -30,6 +30,6 @@ class Watch {
     Clock::time_point shown_at_ = Clock::now();
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -14,7 +14,7 @@
 #include "output.h"
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -218,4 +218,4 @@ void list_commands(Session& session) {
         print_command(argv, options.format);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

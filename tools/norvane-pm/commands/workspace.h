@@ -4,7 +4,7 @@
 
 #include "session.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 void show_workspace(Session& session);
 void list_commands(Session& session);
@@ -14,6 +14,6 @@ extern const char* const command_types[7];
 
 Workspace& load_workspace(Session& session);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

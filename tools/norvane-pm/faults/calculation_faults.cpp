@@ -15,7 +15,7 @@
 #include "calculation_ways_out.h"
 #include "fault_place.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Rounds with more faults in one expression are not worth their time.
@@ -540,4 +540,4 @@ bool has_bare_call(const Calculation& calculation) {
     });
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -11,7 +11,7 @@
 #include "finding.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Judges what parses against the names of a checked model; without a model, null, only the syntax.
 // Empty for a calculation that has no fault.
@@ -20,6 +20,6 @@ std::vector<Finding> find_calculation_faults(const SourceText& text, const Check
 // Whether a call names no namespace, which the library's check stops at.
 bool has_bare_call(const Calculation& calculation);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -5,7 +5,7 @@
 
 #include "similar.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr auto foreign_words = std::to_array<Foreign>({
@@ -111,4 +111,4 @@ bool is_like_type_word(std::string_view word) {
                                           : !most_similar(word, type_words).empty();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

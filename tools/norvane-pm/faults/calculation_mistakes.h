@@ -7,7 +7,7 @@
 
 #include "mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // In the order in which to try them.
 std::vector<Mistake> possible_calculation_mistakes(const SyntaxError& error);
@@ -17,6 +17,6 @@ bool is_type_word(std::string_view word);
 // One of those, or a word that is taken for one.
 bool is_like_type_word(std::string_view word);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "norvane/base/deep.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::vector<CExpr*> parts_of(const CExpr* expr) {
     const auto& args = expr->args;
@@ -121,4 +121,4 @@ std::size_t CalculationPlaces::end_of_path(std::size_t token) const {
     }
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,7 +6,7 @@
 
 #include "edited_calculation.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // In the order of the source.
 std::vector<CExpr*> parts_of(const CExpr* expr);
@@ -36,6 +36,6 @@ class CalculationPlaces {
     const SourceText& text_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "calculation_mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Of one function: one with more errors is given up, and so is one in which an error stays.
@@ -315,4 +315,4 @@ SyntaxFaults find_syntax_faults(EditedCalculation& source) {
     return Finder(source).run();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -5,11 +5,11 @@
 #include "edited_calculation.h"
 #include "syntax_faults.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Edits the source so that it parses, as find_syntax_faults does that of a model.
 SyntaxFaults find_syntax_faults(EditedCalculation& source);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

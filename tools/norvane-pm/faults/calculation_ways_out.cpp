@@ -6,7 +6,7 @@
 #include "fault_place.h"
 #include "mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t most_shown_labels = 8;
@@ -273,4 +273,4 @@ std::string_view CalculationWaysOut::explain_namespace(PlacedFinding& found, std
     return ns;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -8,7 +8,7 @@
 #include "calculation_places.h"
 #include "suggestions.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class CalculationWaysOut {
   public:
@@ -43,6 +43,6 @@ class CalculationWaysOut {
     Suggestions suggestions_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

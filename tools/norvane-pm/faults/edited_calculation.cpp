@@ -4,7 +4,7 @@
 
 #include "norvane/proj/loadclfile.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 LoadedCalculation load_text(std::string text) {
@@ -51,4 +51,4 @@ LoadedCalculation EditedCalculation::load() const {
     return load_text(text);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

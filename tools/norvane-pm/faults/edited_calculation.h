@@ -8,7 +8,7 @@
 
 #include "edited_tokens.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct LoadedCalculation {
     std::optional<Calculation> calculation; // none if it does not parse
@@ -31,6 +31,6 @@ class EditedCalculation : public EditedTokens {
     static std::size_t token_of_line(int line) { return static_cast<std::size_t>(line) - 1; }
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

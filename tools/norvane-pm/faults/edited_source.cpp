@@ -7,7 +7,7 @@
 
 #include "norvane/proj/loadpmfile.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A line number has 16 bits; the number of a file, of which each directive makes one, has 16 too.
@@ -127,4 +127,4 @@ ProjectOwner EditedSource::load() const {
     return load_texts(text, "").project;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -15,7 +15,7 @@
 #include "edited_tokens.h"
 #include "record_places.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct DeleteProject {
     void operator()(Project* project) const { detail::Release<proj_delete>()(project); }
@@ -54,6 +54,6 @@ class EditedSource : public EditedTokens {
     std::vector<std::size_t> begins_; // where each token begins in it, and the end
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

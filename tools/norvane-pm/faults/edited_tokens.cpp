@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A line feed in a string is no part of it. A string that is not closed would hold the rest of all
@@ -71,4 +71,4 @@ std::vector<ParsedToken> EditedTokens::parsed() const {
     return tokens;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

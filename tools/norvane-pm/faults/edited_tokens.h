@@ -15,7 +15,7 @@
 #include "record_places.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A report of the library, and the token that it names: the size of the source at its end.
 struct TokenReport {
@@ -61,6 +61,6 @@ class EditedTokens {
     std::vector<bool> dropped_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

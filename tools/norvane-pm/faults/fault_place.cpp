@@ -10,7 +10,7 @@
 
 #include "edited_source.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 enum class Role { operand, lower, upper, index, arm, root };
@@ -209,4 +209,4 @@ Subject subject_of(const Report& report, const Expr* root) {
     return Search(report, row->kind).run(root);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -7,7 +7,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The parts that the report may be about: an Expr, or an IdCon and the path that it is in.
 struct Subject {
@@ -23,6 +23,6 @@ Subject subject_of(const Report& report, const Expr* root);
 // The first text of a message in single quotes.
 std::string_view quoted_name(std::string_view message);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

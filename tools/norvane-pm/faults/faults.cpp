@@ -5,7 +5,7 @@
 #include "model_faults.h"
 #include "syntax_faults.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::vector<Finding> find_faults(const SourceText& text) {
     EditedSource source(text);
@@ -21,4 +21,4 @@ std::vector<Finding> find_faults(const SourceText& text) {
     return in_order(std::move(all));
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -11,12 +11,12 @@
 #include "finding.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Empty for a model that has none, and for faults that only the library finds, such as a model
 // without public variables.
 std::vector<Finding> find_faults(const SourceText& text);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -6,7 +6,7 @@
 #include "plain_words.h"
 #include "similar.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Words that may come after a name.
@@ -184,4 +184,4 @@ void MistakeSearch::missing_marks(std::span<const std::string_view> marks) {
     }
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -12,7 +12,7 @@
 #include "placed_finding.h"
 #include "statements.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A statement in which the parser met a token that it did not expect.
 struct SyntaxError {
@@ -85,6 +85,6 @@ class MistakeSearch {
     void add_foreign(std::size_t at, const Foreign& foreign);
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

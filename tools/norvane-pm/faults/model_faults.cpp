@@ -11,7 +11,7 @@
 #include "fault_place.h"
 #include "ways_out.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Levels of an expression that a report shows, as those of the library do.
@@ -517,4 +517,4 @@ std::vector<PlacedFinding> find_model_faults(Project* project, RecordPlaces& pla
     return Checker(project, places, text, syntax).run();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::vector<Finding> in_order(std::vector<PlacedFinding> all) {
     std::ranges::stable_sort(all, {}, &PlacedFinding::token);
@@ -59,4 +59,4 @@ void insert_after(const SourceText& source, PlacedFinding& found, std::size_t to
     add(found, source.place_after(token), std::move(text), is_certain);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

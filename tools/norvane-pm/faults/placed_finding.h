@@ -8,7 +8,7 @@
 #include "finding.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A finding with the token that it is about, by which findings are put in the order of the source.
 struct PlacedFinding {
@@ -33,6 +33,6 @@ void insert_before(const SourceText& source, PlacedFinding& found, std::size_t t
 void insert_after(const SourceText& source, PlacedFinding& found, std::size_t token,
                   std::string text, bool is_certain);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "tokens.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
@@ -148,4 +148,4 @@ std::vector<Statement> statements_of(const SourceText& source, const SectionWord
     return Splitter(source, misspelt).run();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -11,7 +11,7 @@
 
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct Statement {
     std::size_t first;
@@ -35,6 +35,6 @@ using SectionWords = std::unordered_map<std::size_t, std::string_view>;
 // In the order of the source. They hold all tokens but the section words.
 std::vector<Statement> statements_of(const SourceText& source, const SectionWords& misspelt);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

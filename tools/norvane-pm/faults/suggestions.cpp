@@ -7,7 +7,7 @@
 #include "mistakes.h"
 #include "similar.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Comparisons of names in all: thousands of faults in a model of many names are not typing errors.
@@ -49,4 +49,4 @@ bool Suggestions::suggest(PlacedFinding& found, std::string_view name, std::size
     return true;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

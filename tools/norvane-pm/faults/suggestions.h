@@ -10,7 +10,7 @@
 
 #include "placed_finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Adds a hint, unless there is one.
 void say(PlacedFinding& found, std::string hint);
@@ -37,6 +37,6 @@ class Suggestions {
     std::size_t comparisons_ = 0; // of names, so far
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "usual_mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Corrections of one statement, and errors for which they are looked for: a source with more is not
@@ -231,4 +231,4 @@ SyntaxFaults find_syntax_faults(EditedSource& source) {
     return Finder(source).run();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

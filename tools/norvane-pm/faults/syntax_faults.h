@@ -9,7 +9,7 @@
 #include "edited_source.h"
 #include "placed_finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct SyntaxFaults {
     std::vector<PlacedFinding> findings;
@@ -23,6 +23,6 @@ struct SyntaxFaults {
 // not parse taken out.
 SyntaxFaults find_syntax_faults(EditedSource& source);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "similar.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr auto foreign_words = std::to_array<Foreign>({
@@ -218,4 +218,4 @@ std::string_view misspelt_section(const SourceText& source, std::size_t token) {
     return most_similar(word, section_words);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

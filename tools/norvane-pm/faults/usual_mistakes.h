@@ -7,7 +7,7 @@
 
 #include "mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // In the order in which to try them.
 std::vector<Mistake> possible_mistakes(const SyntaxError& error);
@@ -15,6 +15,6 @@ std::vector<Mistake> possible_mistakes(const SyntaxError& error);
 // The section word that begins at a token in a misspelt form; empty for none.
 std::string_view misspelt_section(const SourceText& source, std::size_t token);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

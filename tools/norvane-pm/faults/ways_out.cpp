@@ -5,7 +5,7 @@
 
 #include "mistakes.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 struct Synonym {
@@ -239,4 +239,4 @@ void WaysOut::labels(PlacedFinding& found, const Expr* label) {
             {text_.place(*range), in_quotes(name) + " is a label of this enumeration"});
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

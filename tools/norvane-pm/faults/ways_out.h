@@ -12,7 +12,7 @@
 #include "record_places.h"
 #include "suggestions.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class WaysOut {
   public:
@@ -53,6 +53,6 @@ class WaysOut {
     Suggestions suggestions_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

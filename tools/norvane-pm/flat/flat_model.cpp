@@ -8,7 +8,7 @@
 
 #include "norvane/base/deep.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t uncountable = std::numeric_limits<std::size_t>::max();
@@ -374,4 +374,4 @@ DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber) {
     return declared;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -17,7 +17,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class ScalarKind { boolean, range, enumeration, integer, real, text, optional };
 
@@ -126,6 +126,6 @@ struct DeclaredAt {
 };
 DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

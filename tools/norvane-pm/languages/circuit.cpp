@@ -6,7 +6,7 @@
 
 #include "norvane/base/deep.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A variable with more values is encoded by the bits of its number.
@@ -429,4 +429,4 @@ Circuit::Number Circuit::bitwise(const Number& a, const Number& b, unsigned char
     return result;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -10,7 +10,7 @@
 
 #include "terms.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The number of a two-valued variable, from 1, or minus that for its negation.
 using Literal = int;
@@ -101,6 +101,6 @@ class Circuit {
     std::unordered_map<std::size_t, Number> bits_of_; // of variables encoded by their values
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

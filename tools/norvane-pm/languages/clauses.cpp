@@ -3,7 +3,7 @@
 #include "escapes.h"
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Gates as clauses.
@@ -235,4 +235,4 @@ void write_clauses(const Terms& terms, Language language, Writer& out,
     pass(is_dimacs ? static_cast<CircuitSink&>(dimacs) : opb, nullptr);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -5,7 +5,7 @@
 
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr char digits[] = "0123456789ABCDEF";
@@ -190,4 +190,4 @@ std::string pm_name(std::string_view path) {
     return result;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -8,7 +8,7 @@
 
 #include "writer.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A text in quotes, in UTF-8; it is taken for code page 1252 unless it is UTF-8.
 std::string json_string(std::string_view text);
@@ -31,6 +31,6 @@ std::string asp_string(std::string_view text);
 // for something else becomes "0x" and the hexadecimal digits of its bytes.
 std::string pm_name(std::string_view path);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 #include "escapes.h"
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 const char* word(unsigned char opr) {
@@ -121,4 +121,4 @@ std::unique_ptr<RuleWriter> json_writer(const Terms& terms, bool by_name, Writer
     return std::make_unique<JsonWriter>(terms, by_name, out);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

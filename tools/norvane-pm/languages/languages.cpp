@@ -4,7 +4,7 @@
 
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Rules of one record come in a row once for each instance, so their places are remembered.
@@ -62,4 +62,4 @@ void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOp
     }
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -12,7 +12,7 @@
 
 #include "flat_model.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class Language { text, json, smtlib, minizinc, asp, dimacs, opb, pm };
 
@@ -32,6 +32,6 @@ struct Unwritten {
 void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOptions& options,
                  std::FILE* stream);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 #include "escapes.h"
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 const char* word(unsigned char opr) {
@@ -132,4 +132,4 @@ std::unique_ptr<RuleWriter> minizinc_writer(const Terms& terms, Writer& out) {
     return std::make_unique<MinizincWriter>(terms, out);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,7 +6,7 @@
 #include "terms.h"
 #include "writer.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A rule under its number, counted from 1, and the place it comes from: "bicycle.pm (23)".
 struct NumberedRule {
@@ -38,6 +38,6 @@ std::unique_ptr<RuleWriter> minizinc_writer(const Terms& terms, Writer& out);
 void write_clauses(const Terms& terms, Language language, Writer& out,
                    const std::function<void(RuleWriter&)>& rules);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 #include "escapes.h"
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 const char* word_of_truths(unsigned char opr) {
@@ -250,4 +250,4 @@ std::unique_ptr<RuleWriter> smtlib_writer(const Terms& terms, Writer& out) {
     return std::make_unique<SmtlibWriter>(terms, out);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

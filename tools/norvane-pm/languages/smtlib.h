@@ -9,7 +9,7 @@
 #include "terms.h"
 #include "writer.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class SmtlibTerms {
   public:
@@ -36,6 +36,6 @@ class SmtlibTerms {
     std::string path_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -6,7 +6,7 @@
 #include "escapes.h"
 #include "rule_writers.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 const char* word(unsigned char opr) {
@@ -228,4 +228,4 @@ std::unique_ptr<RuleWriter> pm_writer(const Terms& terms, Writer& out) {
     return std::make_unique<PmWriter>(terms, out);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,7 +6,7 @@
 
 #include "norvane/base/deep.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
@@ -128,4 +128,4 @@ Named Terms::number(const Expr* named, std::string* path) const {
     return found;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -7,7 +7,7 @@
 
 #include "flat_model.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A rule that a language cannot express: why.
 struct Inexpressible {
@@ -54,6 +54,6 @@ class Terms {
 bool is_comparison(const Expr* expr);
 bool is_equality(const Expr* expr); // or an inequality
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

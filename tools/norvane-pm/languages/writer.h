@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class Writer {
   public:
@@ -46,6 +46,6 @@ class Writer {
     std::string buffer_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

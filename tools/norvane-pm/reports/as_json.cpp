@@ -7,7 +7,7 @@
 
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -146,4 +146,4 @@ std::string sarif_end(bool has_run) {
     return "],\"invocations\":[" + invocation.dump() + "]}]}\n";
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

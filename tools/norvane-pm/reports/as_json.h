@@ -7,7 +7,7 @@
 #include "finding.h"
 #include "source_lines.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // One object on a line, as docs/report.schema.json describes it.
 std::string as_json(const Finding& finding);
@@ -17,6 +17,6 @@ std::string sarif_start();
 std::string as_sarif(const Finding& finding, SourceLines& sources);
 std::string sarif_end(bool has_run);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

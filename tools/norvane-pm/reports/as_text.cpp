@@ -4,7 +4,7 @@
 
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr const char* program = "norvane-pm";
@@ -142,4 +142,4 @@ std::string as_lines(const Finding& finding) {
     return text;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

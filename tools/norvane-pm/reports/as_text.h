@@ -7,7 +7,7 @@
 #include "finding.h"
 #include "source_lines.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // With the line of the source, the range underlined, the notes and the way out.
 std::string as_text(const Finding& finding, SourceLines& sources, bool is_colored);
@@ -16,6 +16,6 @@ std::string as_text(const Finding& finding, SourceLines& sources, bool is_colore
 // servers know from compilers.
 std::string as_lines(const Finding& finding);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -14,7 +14,7 @@
 #include "plain_words.h"
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t terminal_width = 79;
@@ -203,4 +203,4 @@ void Diagnostics::clear_progress() {
     progress_shown_ = false;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

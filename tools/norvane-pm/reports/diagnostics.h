@@ -13,7 +13,7 @@
 #include "format.h"
 #include "source_lines.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Renders each finding as it comes, and shows what is under way if standard error is a terminal, on
 // a line that is gone afterwards. There is one at a time.
@@ -72,6 +72,6 @@ class Diagnostics {
     SourceLines sources_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

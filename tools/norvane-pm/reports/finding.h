@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A range of a source file. Lines and columns count from 1, columns in bytes, and the range ends
 // before its end. 0 stands for what is not known: a place without a column is a whole line, one
@@ -44,6 +44,6 @@ struct Finding {
     std::vector<Replacement> replacements;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

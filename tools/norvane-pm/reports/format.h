@@ -2,12 +2,12 @@
 #ifndef NORVANE_PM_FORMAT_H
 #define NORVANE_PM_FORMAT_H
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class Format { text, gcc, json, sarif };
 
 enum class Color { automatic, always, never };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

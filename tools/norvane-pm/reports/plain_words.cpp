@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The tokens that are no words of a source: one that was met, and one that was expected.
@@ -147,4 +147,4 @@ bool join_syntax_error(Finding& finding, const Finding& next) {
     return true;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -8,7 +8,7 @@
 
 #include "finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // What a parser met and what it expected, in plain words. `word` is what stands in the source where
 // that is known. Returns the text itself if it is of another form.
@@ -20,6 +20,6 @@ bool is_first_step(const Finding& finding);
 // True if `next` is a further step of the syntax error, which then tells both.
 bool join_syntax_error(Finding& finding, const Finding& next);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

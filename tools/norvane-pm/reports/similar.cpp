@@ -4,7 +4,7 @@
 #include <cctype>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A letter in the other case is half a slip.
@@ -71,4 +71,4 @@ std::string did_you_mean(std::string_view written, std::span<const std::string_v
     return name.empty() ? "" : "did you mean '" + std::string(name) + "'?";
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

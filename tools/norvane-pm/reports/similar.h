@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The name that a few slips of a finger lead to: letters that are missing, wrong, too many,
 // swapped, or in the other case. Empty if no name is that close; the first of equally close ones.
@@ -15,6 +15,6 @@ std::string_view most_similar(std::string_view written, std::span<const std::str
 // "did you mean 'sleeper'?", or empty.
 std::string did_you_mean(std::string_view written, std::span<const std::string_view> names);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 
 #include "text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t longest_shown = 160;
@@ -159,4 +159,4 @@ unsigned SourceLines::letter(std::string_view file, unsigned line, unsigned colu
     return column - counted_.inside[block] - bytes_within_letters(rest);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A line, or the part of a long one that is to be looked at.
 struct Excerpt {
@@ -66,6 +66,6 @@ class SourceLines {
     Counted counted_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // The well-formed sequences of UTF-8, by their first byte: how long they are, and which second
@@ -137,4 +137,4 @@ std::string padding(std::string_view utf8, char filler) {
     return text;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

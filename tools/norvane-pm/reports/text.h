@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Models are in code page 1252 and names of files in UTF-8, and messages quote both, even in one
 // path: each name in it that is not UTF-8 is taken for the former. The result is valid UTF-8 for
@@ -26,6 +26,6 @@ std::string for_terminal(std::string_view bytes);
 // As many fillers as the text has columns on a terminal, with its tabs.
 std::string padding(std::string_view utf8, char filler);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

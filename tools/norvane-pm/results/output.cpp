@@ -13,7 +13,7 @@
 
 #include "status.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Opens /dev/null in the place of each standard stream that is closed, since the next file to be
@@ -87,4 +87,4 @@ DroppedOutput::~DroppedOutput() {
     stdout = results_;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Called once, before anything else is done.
 void prepare_output();
@@ -41,6 +41,6 @@ class DroppedOutput {
     std::FILE* results_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

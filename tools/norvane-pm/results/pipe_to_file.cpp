@@ -6,7 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 PipeToFile::PipeToFile(ResultFile& output) {
     if (pipe2(ends_, O_CLOEXEC) != 0)
@@ -49,4 +49,4 @@ void PipeToFile::copy(ResultFile& output) const {
     close(ends_[0]);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -8,7 +8,7 @@
 
 #include "result_file.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // The library writes a model as XML to a name, and does not look whether it could write. So it gets
 // the name of a pipe, which takes everything, and a thread copies what comes out to the result
@@ -34,6 +34,6 @@ class PipeToFile {
     std::thread copier_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -13,7 +13,7 @@
 #include "output.h"
 #include "temporaries.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 mode_t mode_of_new_files() {
@@ -129,4 +129,4 @@ void ResultFile::discard() {
     temporary_.clear();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

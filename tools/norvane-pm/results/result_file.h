@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A file that is replaced atomically: results go to a temporary file beside it, which gets its name
 // when all of them are written. Whatever goes wrong before, the old file stays as it is. There is
@@ -45,6 +45,6 @@ class ResultFile {
     int error_ = 0;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

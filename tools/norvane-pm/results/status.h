@@ -2,7 +2,7 @@
 #ifndef NORVANE_PM_STATUS_H
 #define NORVANE_PM_STATUS_H
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum Status : int {
     STATUS_OK = 0,
@@ -11,6 +11,6 @@ enum Status : int {
     STATUS_INTERNAL_FAILURE = 3
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

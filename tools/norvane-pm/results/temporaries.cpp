@@ -12,7 +12,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // All others end a program that does not handle them.
@@ -165,4 +165,4 @@ void remove_temporaries() {
     remove_temporary_directory();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Makes a temporary file, whose name ends in "XXXXXX", which is filled in. Returns its descriptor,
 // or -1 with the reason in errno. Signals that end the program remove the file first. There is one
@@ -40,6 +40,6 @@ class TemporaryDirectory {
 // Removes all of them, where the program ends without unwinding. May be called in a signal handler.
 void remove_temporaries();
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -5,7 +5,7 @@
 
 #include <sys/stat.h>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::optional<std::string> text_of_file(const std::string& name) {
     struct stat info = {};
@@ -21,4 +21,4 @@ std::optional<std::string> text_of_file(const std::string& name) {
     return text;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

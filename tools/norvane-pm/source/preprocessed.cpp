@@ -8,7 +8,7 @@
 
 #include "file_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::optional<std::string> preprocessed_text(const std::string& file,
                                              const std::vector<std::string>& cpp_args) {
@@ -26,4 +26,4 @@ std::optional<std::string> preprocessed_text(const std::string& file,
     return text;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Runs the preprocessor, as loading a model does, and returns what it wrote; nothing where it
 // failed. The sink of its messages gets those.
 std::optional<std::string> preprocessed_text(const std::string& file,
                                              const std::vector<std::string>& cpp_args);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

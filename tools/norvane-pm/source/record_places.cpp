@@ -4,7 +4,7 @@
 
 #include "norvane/base/deep.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 std::vector<ParsedToken> parsed_tokens(const SourceText& source) {
     std::vector<ParsedToken> tokens;
@@ -356,4 +356,4 @@ std::optional<std::size_t> RecordPlaces::find_operator(const Expr* root, const E
     return tokens_[at].token;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

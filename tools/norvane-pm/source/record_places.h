@@ -14,7 +14,7 @@
 
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A token as the parser got it: one of the source, or a word that was put in its place.
 struct ParsedToken {
@@ -64,6 +64,6 @@ class RecordPlaces {
     Ranges parts_;                                       // in `tokens_`
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "file_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 std::size_t skip_blanks(std::string_view line, std::size_t at) {
@@ -86,4 +86,4 @@ void SourceFiles::add(const std::string& name, File& file) {
     }
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

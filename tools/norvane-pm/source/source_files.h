@@ -9,7 +9,7 @@
 
 #include "finding.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Where a macro is defined.
 struct Macro {
@@ -41,6 +41,6 @@ class SourceFiles {
     std::map<std::string, Macro, std::less<>> macros_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
@@ -345,4 +345,4 @@ std::vector<Note> SourceText::notes(std::size_t token) const {
     return notes;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -13,7 +13,7 @@
 #include "source_files.h"
 #include "tokens.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // Tokens from `first` to `last`, both included.
 struct TokenRange {
@@ -98,6 +98,6 @@ class SourceText {
     mutable std::map<std::size_t, Row> aligned_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr auto words_of_models = std::to_array<std::string_view>(
@@ -172,4 +172,4 @@ bool is_section_word(std::string_view word) {
     return word == "constant" || word == "type" || word == "variable" || word == "rule";
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class Language { model, calculation };
 
@@ -46,6 +46,6 @@ bool is_reserved(std::string_view word, Language language = Language::model);
 // "constant", "type", "variable" or "rule".
 bool is_section_word(std::string_view word);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -8,7 +8,7 @@
 
 #include "finder.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Evaluates the rules with each field of the record at its lowest or its highest value. What is
@@ -185,4 +185,4 @@ bool holds_while_absent(Names& names, TypeCon* content) {
     return Trial(names).finds_values(content);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -11,7 +11,7 @@
 
 #include "finder.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 bool is_equality(const Expr* expr) {
@@ -392,4 +392,4 @@ std::optional<Stop> explain_stop(const Project* project, std::string_view thrown
     return {};
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

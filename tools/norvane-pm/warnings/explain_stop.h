@@ -10,7 +10,7 @@
 
 #include "node.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct Stop {
     Finding finding;
@@ -23,6 +23,6 @@ struct Stop {
 std::optional<Stop> explain_stop(const Project* project, std::string_view thrown,
                                  const WorkMark& mark);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

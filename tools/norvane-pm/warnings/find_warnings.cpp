@@ -11,7 +11,7 @@
 
 #include "finder.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // Which results a declared type is part of.
@@ -430,4 +430,4 @@ std::vector<Warned> find_warnings(const CheckedModel& model, const Selection& se
     return walk.found();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -10,7 +10,7 @@
 #include "node.h"
 #include "selection.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // A warning about a model, and which results it is about.
 struct Warned {
@@ -25,6 +25,6 @@ struct Warned {
 // keeps them (node.h finds columns). The model stays as it is, and nothing is printed.
 std::vector<Warned> find_warnings(const CheckedModel& model, const Selection& selection);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

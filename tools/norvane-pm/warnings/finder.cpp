@@ -4,7 +4,7 @@
 #include <cmath>
 #include <iterator>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // How many warnings back a repetition is looked for: a name that a rule uses twice, for example.
 constexpr std::ptrdiff_t repetition_window = 8;
@@ -115,4 +115,4 @@ std::optional<Known> known_value(Names& names, const Expr* expr) {
     return result;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -10,7 +10,7 @@
 #include "find_warnings.h"
 #include "names.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 // What is known of the place that the walk has reached.
 struct Surroundings {
@@ -87,6 +87,6 @@ bool holds_while_absent(Names& names, TypeCon* content);
 void check_ranges(Finder& finder, const Expr* expr);
 void check_arms(Finder& finder, const Expr* expr);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

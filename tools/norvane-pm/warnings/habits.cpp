@@ -4,7 +4,7 @@
 
 #include "finder.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 // A comparison with the variable on its left.
@@ -93,4 +93,4 @@ void check_arms(Finder& finder, const Expr* expr) {
     }
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

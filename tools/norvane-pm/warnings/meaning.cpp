@@ -7,7 +7,7 @@
 
 #include "finder.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr const char* rename = "rename one of them";
@@ -354,4 +354,4 @@ void check_selector(Finder& finder, const Expr* expr) {
                "write if ... then ... else ...");
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 const IdCon* head_of(const IdCon* idcon) {
     return idcon->contype == IDCON_COMPOSIT ? idcon->args.compositid.hier : idcon;
@@ -91,4 +91,4 @@ TypeCon* Names::type_of(const IdCon* idcon) {
     return typecon;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

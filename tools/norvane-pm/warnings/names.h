@@ -12,7 +12,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct Field {
     const VarDecl* decl;
@@ -105,6 +105,6 @@ inline bool is_unbounded(unsigned char type) {
     return type == ETYPE_ENUM_FLOAT || type == ETYPE_ENUM_INTEGER || type == ETYPE_STRING;
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 Place line_of(const Project* project, unsigned linenumber) {
     char text[MESSAGE_BUFFER_SIZE];
@@ -34,4 +34,4 @@ void NodePlaces::place(Finding& finding, const Node& node) {
         finding.notes.push_back(std::move(note));
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

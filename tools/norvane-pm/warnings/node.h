@@ -11,7 +11,7 @@
 #include "record_places.h"
 #include "source_text.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 struct Node {
     unsigned linenumber = UNDEF_LINENO; // as the model keeps it (LineInfo)
@@ -42,6 +42,6 @@ class NodePlaces {
     RecordPlaces places_;
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

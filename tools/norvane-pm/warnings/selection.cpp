@@ -1,6 +1,6 @@
 #include "selection.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 bool skip(std::string_view& text, std::string_view prefix) {
@@ -47,4 +47,4 @@ bool Selection::is_error(Warning warning, bool makes_finite) const {
     return error_[at] || all_errors_ || (makes_finite && row_of(warning).level == Level::meaning);
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

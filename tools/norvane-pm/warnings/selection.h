@@ -7,7 +7,7 @@
 
 #include "warning_table.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 class Selection {
   public:
@@ -33,6 +33,6 @@ class Selection {
     std::bitset<count> not_error_; // refused by name
 };
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 constexpr WarningRow rows[] = {
@@ -114,4 +114,4 @@ const char* level_text(Level level) {
     return "";
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

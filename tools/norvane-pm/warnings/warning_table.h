@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-namespace norvane::pm {
+namespace norvane::driver {
 
 enum class Warning {
     captured_name,
@@ -49,6 +49,6 @@ const WarningRow* find_warning(std::string_view name);
 // "on by default", ...
 const char* level_text(Level level);
 
-} // namespace norvane::pm
+} // namespace norvane::driver
 
 #endif

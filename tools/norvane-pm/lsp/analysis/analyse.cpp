@@ -10,7 +10,7 @@
 #include "text.h"
 #include "warned_model.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 std::string number_text(double value) {
@@ -106,4 +106,4 @@ void parse_calculation(Session& session) {
     info_calculation(session);
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

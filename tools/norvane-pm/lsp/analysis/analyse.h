@@ -5,7 +5,7 @@
 
 #include "session.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // Commands. Their reports are those of `norvane-pm check` and `calc check`. Of a model that passes,
 // the first one writes the values of its constants and the classes of its unbounded variables too.
@@ -14,6 +14,6 @@ void analyse_calculation(Session& session);
 // Parses a calculation whose model is not known.
 void parse_calculation(Session& session);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 namespace fs = std::filesystem;
@@ -94,4 +94,4 @@ std::string includer_of(const std::string& file, const Documents& documents) {
     return "";
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -9,7 +9,7 @@
 
 #include "documents.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // The names that a source includes, in quotes or in angle brackets.
 std::vector<std::string> included_names(std::string_view source);
@@ -25,6 +25,6 @@ SourceSet sources_of(const std::string& file, const std::vector<std::string>& di
 // A file in the same directory, or an open document, that includes the file; empty for none.
 std::string includer_of(const std::string& file, const Documents& documents);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -8,7 +8,7 @@
 
 #include <unistd.h>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 namespace fs = std::filesystem;
@@ -64,4 +64,4 @@ Overlay::include_options(const std::vector<std::string>& directories) const {
     return options;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

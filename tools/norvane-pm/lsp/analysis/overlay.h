@@ -11,7 +11,7 @@
 
 #include "includes.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // A directory for temporary files, which is removed at the end with all that is in it.
 class PrivateDirectory {
@@ -44,6 +44,6 @@ class Overlay {
     std::string root_;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "json.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 void remove_all(std::string& text, const std::string& part) {
@@ -94,4 +94,4 @@ Result result_of(Output output, const std::string& overlay_root, const std::stri
     return result;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -9,7 +9,7 @@
 #include "finding.h"
 #include "worker.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // What the check of a model finds out.
 struct Facts {
@@ -28,6 +28,6 @@ struct Result {
 // and what names no file is about `file`.
 Result result_of(Output output, const std::string& overlay_root, const std::string& file);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

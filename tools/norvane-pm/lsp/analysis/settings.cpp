@@ -9,7 +9,7 @@
 #include "includes.h"
 #include "selection.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 namespace fs = std::filesystem;
@@ -220,4 +220,4 @@ Settings settings_of(const Document& document, const Documents& documents) {
     return settings;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

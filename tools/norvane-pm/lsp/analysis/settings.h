@@ -7,7 +7,7 @@
 
 #include "documents.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 struct Settings {
     std::string model; // the main file; empty for a calculation whose model is not known
@@ -24,6 +24,6 @@ struct Settings {
 // above it. A part of a model is checked through the file that includes it.
 Settings settings_of(const Document& document, const Documents& documents);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

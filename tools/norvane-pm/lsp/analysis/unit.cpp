@@ -2,7 +2,7 @@
 
 #include "analyse.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 // What an editor shows of one file; more make it slow.
@@ -159,4 +159,4 @@ void Unit::finish(Result result) {
             "name it in a workspace or in .norvane.json"));
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -13,7 +13,7 @@
 #include "settings.h"
 #include "worker.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 class Unit {
   public:
@@ -69,6 +69,6 @@ class Unit {
     std::unique_ptr<Worker> worker_;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

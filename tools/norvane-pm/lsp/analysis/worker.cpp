@@ -21,7 +21,7 @@
 #include "preprocessed.h"
 #include "run.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr auto longest_run = std::chrono::seconds(120);
@@ -142,4 +142,4 @@ Output run_now(const Job& job) {
     return worker.output();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

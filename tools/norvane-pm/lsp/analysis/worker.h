@@ -13,11 +13,11 @@
 
 #include "options.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 class Session;
 }
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 struct Job {
     Options options;
@@ -59,6 +59,6 @@ class Worker {
 // Runs a job to its end, for those that take no time.
 Output run_now(const Job& job);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

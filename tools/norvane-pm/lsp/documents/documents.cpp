@@ -6,7 +6,7 @@
 
 #include "uri.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr std::uintmax_t largest_source = std::uintmax_t{64} << 20;
@@ -107,4 +107,4 @@ std::string Documents::uri(const std::string& path) const {
     return document ? document->uri : uri_of(path);
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

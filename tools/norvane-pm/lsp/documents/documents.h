@@ -10,7 +10,7 @@
 #include "json.h"
 #include "lines.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 struct Document {
     std::string uri; // as the client spells it
@@ -49,6 +49,6 @@ class Documents {
     mutable std::map<std::string, std::unique_ptr<Lines>> files_;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

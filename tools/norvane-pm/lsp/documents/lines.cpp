@@ -6,7 +6,7 @@
 
 #include "text.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 bool is_ascii(std::string_view text) {
@@ -140,4 +140,4 @@ void Lines::replace(const Range& range, std::string_view utf8) {
     find_starts(from.line);
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -9,7 +9,7 @@
 
 #include "json.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // As the client counts: from 0, columns in units of UTF-16.
 struct Position {
@@ -66,6 +66,6 @@ class Lines {
     std::vector<std::size_t> starts_;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "norvane/proj.hpp"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 std::string signature_of(const CFuncSignature& row) {
@@ -37,4 +37,4 @@ std::string builtin_signature(std::string_view name) {
     return "";
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 struct Builtin {
     std::string name_space;
@@ -19,6 +19,6 @@ const std::vector<Builtin>& builtins();
 // Of "System.Max"; empty for a function that is none of them.
 std::string builtin_signature(std::string_view name);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

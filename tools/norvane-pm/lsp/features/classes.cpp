@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 std::vector<std::string> of_integers(const std::vector<std::string>& cuts) {
@@ -46,4 +46,4 @@ std::vector<std::string> classes_of(const std::vector<std::string>& cuts) {
     return of_integers(cuts);
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

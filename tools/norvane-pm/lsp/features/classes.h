@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // In the order of their numbers, by the values that the rules compare with: "up to 109", "110",
 // "from 111".
 std::vector<std::string> classes_of(const std::vector<std::string>& cuts);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -9,7 +9,7 @@
 #include "tokens.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 bool overlap(const Range& a, const Range& b) {
@@ -195,4 +195,4 @@ Json code_actions(const Context& context) {
     return Actions(context).find();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

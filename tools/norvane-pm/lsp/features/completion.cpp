@@ -10,7 +10,7 @@
 #include "tokens.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 enum ItemKind {
@@ -356,4 +356,4 @@ Json complete(const Context& context) {
     return Completion(context).complete();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -8,7 +8,7 @@
 #include "json.h"
 #include "result.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 class Unit;
 
@@ -35,6 +35,6 @@ Json workspace_symbols(const std::vector<const Unit*>& units, const Documents& d
 // What the server tells the client that it does.
 Json capabilities();
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -5,7 +5,7 @@
 #include "requests.h"
 #include "tokens.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 class Folding {
@@ -72,4 +72,4 @@ Json folding_ranges(const Context& context) {
     return Folding(context.document.lines).find();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

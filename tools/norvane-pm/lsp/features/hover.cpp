@@ -7,7 +7,7 @@
 #include "text.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 bool holds(const Range& range, const Position& position) {
@@ -87,4 +87,4 @@ Json hover(const Context& context) {
     return result;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

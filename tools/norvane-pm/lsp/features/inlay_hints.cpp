@@ -4,7 +4,7 @@
 #include "requests.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 class Hints {
@@ -58,4 +58,4 @@ Json inlay_hints(const Context& context) {
     return Hints(context).find();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

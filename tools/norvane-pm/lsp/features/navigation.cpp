@@ -5,7 +5,7 @@
 #include "requests.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 // The file that an include in the line names; null where the line has none.
@@ -56,4 +56,4 @@ Json highlight(const Context& context) {
     return found;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

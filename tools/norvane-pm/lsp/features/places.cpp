@@ -4,7 +4,7 @@
 
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 Range range_of(const Spot& spot, const Documents& documents) {
     return range_of(spot, spot, documents);
@@ -79,4 +79,4 @@ std::size_t order_of(const NameIndex& names, std::size_t label) {
     return none;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

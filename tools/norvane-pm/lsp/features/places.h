@@ -7,7 +7,7 @@
 #include "context.h"
 #include "name_index.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 Range range_of(const Spot& spot, const Documents& documents);
 // From the start of one to the end of the other; both must be known.
@@ -28,6 +28,6 @@ const char* kind_name(SymbolKind kind);
 // The position of a label in its enumeration, from 0; none for another symbol.
 std::size_t order_of(const NameIndex& names, std::size_t label);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

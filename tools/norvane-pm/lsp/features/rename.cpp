@@ -9,7 +9,7 @@
 #include "tokens.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 [[noreturn]] void refuse(const std::string& why) {
@@ -100,4 +100,4 @@ Json rename(const Context& context) {
     return {{"changes", changes}};
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -5,7 +5,7 @@
 
 #include "requests.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr Feature features[] = {
@@ -53,4 +53,4 @@ Json capabilities() {
             {"signatureHelpProvider", {{"triggerCharacters", {"(", ","}}}}};
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

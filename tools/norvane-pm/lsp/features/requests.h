@@ -4,7 +4,7 @@
 
 #include "context.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 Json find_definition(const Context& context);
 Json find_references(const Context& context);
@@ -21,6 +21,6 @@ Json semantic_token_types(); // as capabilities() tells them
 Json inlay_hints(const Context& context);
 Json signature_help(const Context& context);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

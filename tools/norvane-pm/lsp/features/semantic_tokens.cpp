@@ -3,7 +3,7 @@
 #include "requests.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr const char* types[] = {"variable",  "type",  "property",  "enumMember",
@@ -44,4 +44,4 @@ Json semantic_tokens(const Context& context) {
     return {{"data", data}};
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -7,7 +7,7 @@
 
 #include "uri.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr int unnecessary = 1; // a tag: shown in a lighter color
@@ -81,4 +81,4 @@ Json to_diagnostic(const Finding& finding, const Documents& documents) {
     return json;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -6,13 +6,13 @@
 #include "finding.h"
 #include "json.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // The range of a place. Where no column is known, it is the line without the blanks around it.
 Range range_of(const Place& place, const Documents& documents);
 
 Json to_diagnostic(const Finding& finding, const Documents& documents);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

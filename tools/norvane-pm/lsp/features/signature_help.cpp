@@ -7,7 +7,7 @@
 #include "text.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 // The innermost call whose brackets are around the position.
@@ -56,4 +56,4 @@ Json signature_help(const Context& context) {
             {"activeParameter", active}};
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -7,7 +7,7 @@
 #include "text.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // The protocol's number for each kind of symbol.
 int protocol_kind(SymbolKind kind) {
@@ -94,4 +94,4 @@ Json workspace_symbols(const std::vector<const Unit*>& units, const Documents& d
     return found;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

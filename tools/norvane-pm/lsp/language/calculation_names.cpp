@@ -4,7 +4,7 @@
 
 #include "name_index.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr auto type_words =
@@ -250,4 +250,4 @@ void read_calculation_names(NameIndex& index, const Words& words) {
     CalculationReader(index, words).run();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

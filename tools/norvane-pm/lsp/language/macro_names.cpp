@@ -5,7 +5,7 @@
 
 #include "name_index.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 // The name in "define NAME"; none for another directive.
@@ -91,4 +91,4 @@ void read_macro_uses(NameIndex& index, const std::string& file, std::string_view
     }
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

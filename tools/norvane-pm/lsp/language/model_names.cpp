@@ -5,7 +5,7 @@
 
 #include "name_index.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 bool is_name(const Word& word) {
@@ -456,4 +456,4 @@ void read_model_names(NameIndex& index, const Words& words) {
     ModelReader(index, words).run();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <tuple>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 auto order(const Spot& spot) {
@@ -74,4 +74,4 @@ std::size_t NameIndex::field_of(const TypeNode& record, std::string_view name) c
     return found == record.fields.end() ? none : *found;
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -14,7 +14,7 @@
 
 #include "words.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 enum class SymbolKind : unsigned char {
     constant,
@@ -129,6 +129,6 @@ void read_macro_uses(NameIndex& index, const std::string& file, std::string_view
 // Adds a calculation to the names of its model.
 void read_calculation_names(NameIndex& index, const Words& words);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

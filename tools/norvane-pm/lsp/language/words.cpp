@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 // Of the text that begins with a quote: its closing quote, or the end of the line.
@@ -88,4 +88,4 @@ Words::Words(const std::string& file, std::string text) : text_(std::move(text))
     }
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -9,7 +9,7 @@
 
 #include "source_text.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // A place on one line. Lines and columns count from 1, columns in bytes; without a file it is not
 // known.
@@ -51,6 +51,6 @@ class Words {
     Word none_{{}, TokenKind::unknown, {}};
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

@@ -12,7 +12,7 @@
 #include "message_reader.h"
 #include "server.h"
 
-namespace norvane::pm {
+namespace norvane::driver {
 namespace {
 
 using namespace lsp;
@@ -123,4 +123,4 @@ void serve_editor(Session& session) {
     throw InputAtFault();
 }
 
-} // namespace norvane::pm
+} // namespace norvane::driver

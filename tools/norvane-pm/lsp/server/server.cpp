@@ -6,7 +6,7 @@
 
 #include "uri.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 bool is_id(const Json& id) {
@@ -236,4 +236,4 @@ void Server::when_idle() {
     if (!waiting_.empty()) answer_waiting();
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

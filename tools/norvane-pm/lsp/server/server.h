@@ -12,7 +12,7 @@
 #include "documents.h"
 #include "units.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 class Server {
   public:
@@ -78,6 +78,6 @@ class Server {
     std::vector<Waiting> waiting_; // for a run
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

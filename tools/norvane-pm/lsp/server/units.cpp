@@ -5,7 +5,7 @@
 
 #include "shown_findings.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 std::shared_ptr<Unit> Units::unit_for(const Document& document) {
     Settings settings = settings_of(document, documents_);
@@ -135,4 +135,4 @@ void Units::publish(const std::string& path) {
     client_.notify("textDocument/publishDiagnostics", std::move(params));
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

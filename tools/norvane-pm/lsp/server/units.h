@@ -11,7 +11,7 @@
 #include "connection.h"
 #include "unit.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 class Units {
   public:
@@ -53,6 +53,6 @@ class Units {
     std::map<std::string, std::map<const Unit*, Json>> shown_;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

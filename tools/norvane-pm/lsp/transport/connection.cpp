@@ -4,7 +4,7 @@
 
 #include <unistd.h>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 void Connection::answer(const Json& id, Json result) {
     write({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
@@ -39,4 +39,4 @@ void Connection::write(const Json& message) {
     }
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

@@ -6,7 +6,7 @@
 
 #include "json.h"
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 enum class ErrorCode {
     parse_error = -32700,
@@ -46,6 +46,6 @@ class Connection {
     unsigned last_id_ = 0;
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

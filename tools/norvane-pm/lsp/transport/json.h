@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 using Json = nlohmann::json;
 
@@ -34,6 +34,6 @@ inline std::size_t index_of(const Json& json) {
     return json.is_number_integer() ? 0 : static_cast<std::size_t>(-1);
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

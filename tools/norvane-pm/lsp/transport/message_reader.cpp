@@ -4,7 +4,7 @@
 #include <cctype>
 #include <charconv>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr std::string_view length_name = "content-length:";
@@ -102,4 +102,4 @@ std::optional<Frame> MessageReader::resume_at_header(const char* fault) {
     return Frame{{}, fault};
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

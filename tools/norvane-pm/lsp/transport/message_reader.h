@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // A body, or the reason why bytes had to be dropped.
 struct Frame {
@@ -38,6 +38,6 @@ class MessageReader {
     bool is_lost_ = false; // a fault was told, and no header has come since
 };
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif

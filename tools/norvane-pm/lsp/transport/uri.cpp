@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <filesystem>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 namespace {
 
 constexpr std::string_view file_scheme = "file://";
@@ -57,4 +57,4 @@ std::string uri_of(std::string_view path) {
     return std::string(file_scheme) + encoded(path, "/-._~");
 }
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp

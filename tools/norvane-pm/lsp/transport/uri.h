@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace norvane::pm::lsp {
+namespace norvane::driver::lsp {
 
 // The file, without "." and "..". A document that is no file, such as one that was never saved,
 // gets a path that no file has.
@@ -13,6 +13,6 @@ std::string path_of(std::string_view uri);
 
 std::string uri_of(std::string_view path);
 
-} // namespace norvane::pm::lsp
+} // namespace norvane::driver::lsp
 
 #endif
