@@ -14,6 +14,7 @@
 #include "calculations.h"
 #include "explain.h"
 #include "flat_rules.h"
+#include "info.h"
 #include "languages.h"
 #include "models.h"
 #include "packages.h"

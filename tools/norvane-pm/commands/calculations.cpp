@@ -7,92 +7,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "calculation_faults.h"
-#include "models.h"
+#include "forms.h"
+#include "load_calculation.h"
 #include "output.h"
-#include "refused_calculation.h"
-#include "standard_input.h"
 
 namespace norvane::driver {
 namespace {
-
-// The form of a calculation's file, by its extension, if the options do not say it.
-CalcForm calculation_form(CalcForm said, const std::string& file) {
-    if (said != CalcForm::unknown) return said;
-    switch (util_get_filetype(file.c_str())) {
-    case FILETYPE_CL: return CalcForm::source;
-    case FILETYPE_CLX: return CalcForm::xml;
-    case FILETYPE_MUB: return CalcForm::package;
-    default: return CalcForm::unknown;
-    }
-}
-
-// `info` takes a calculation in the place of a model.
-const std::string& calculation_file(const Options& options) {
-    return options.calculation.empty() ? options.file : options.calculation;
-}
-
-// The model whose calculation is taken out of a package: the one of the package's name, unless
-// another is named.
-std::string model_in_package(const Options& options) {
-    std::string name = options.package_model;
-    if (name.empty()) {
-        const std::string& file = calculation_file(options);
-        const std::size_t directory = file.find_last_of("/\\") + 1; // 0 where there is none
-        name = file.substr(directory, file.rfind('.') - directory);
-    }
-    return utf8_to_codepage(name);
-}
-
-bool is_source(CalcForm form) {
-    return form == CalcForm::source || form == CalcForm::unknown;
-}
-
-Result<Calculation> read(const Session& session, CalcForm form, const std::string& file,
-                         const OnReport& on_report) {
-    switch (form) {
-    case CalcForm::xml: return Calculation::from_xml(file, on_report);
-    case CalcForm::package:
-        return Calculation::from_package(file, model_in_package(session.options), on_report);
-    case CalcForm::source:
-    case CalcForm::unknown: break;
-    }
-    const DroppedOutput no_results_yet;
-    return Calculation::from_source(file, on_report);
-}
-
-// Checks what the command line says of the calculation, before anything is read.
-CalcForm checked_form(const Session& session) {
-    const Options& options = session.options;
-    const CalcForm form = calculation_form(options.calc_from, calculation_file(options));
-    check_standard_input(session);
-    if (form == CalcForm::package && options.calculation == "-")
-        throw WrongUsage{"a package is read from a file, and not from standard input: -"};
-    return form;
-}
-
-// A function that is reported as defined twice is missing from what was loaded: nothing must be
-// made of that.
-Calculation& load_calculation(Session& session, const CheckedModel* model = nullptr) {
-    const CalcForm form = checked_form(session);
-    const std::string file = input_name(calculation_file(session.options));
-    session.begin_load(file);
-    if (is_source(form) && calculation_file(session.options) == "-") keep_standard_input();
-    CalculationReports held(session, model, is_source(form));
-    Result<Calculation> result = read(session, form, file, held.sink());
-    if (result.has_errors()) {
-        held.show();
-        throw InputAtFault();
-    }
-    Calculation& calculation = session.take(std::move(result));
-    session.calculation = &calculation;
-    return calculation;
-}
-
-bool is_external(const CFunc* func) {
-    const auto* first = static_cast<const CStmt*>(plist_hd(func->stmts));
-    return first && first->structure == CSTMT_EXTERNAL;
-}
 
 // How deep the statements of a function nest. XML may nest them as deep as it likes, hence no
 // recursion.
@@ -177,35 +97,8 @@ void print_as_json(const CFuncSignature& row) {
 
 } // namespace
 
-bool is_calculation(const Options& options) {
-    return options.from == ModelForm::unknown &&
-           calculation_form(CalcForm::unknown, options.file) != CalcForm::unknown;
-}
-
-void info_calculation(Session& session) {
-    if (!session.options.cpp_args.empty())
-        throw WrongUsage{"-I, -D and -U have no meaning for a calculation: " +
-                         session.options.file};
-    const Calculation& calculation = load_calculation(session);
-    const std::vector<CalculationFunction> functions = calculation.functions();
-    const auto external = std::ranges::count_if(
-        functions, [](const CalculationFunction& function) { return is_external(function.func); });
-    std::printf("%s\n", session.subject.c_str());
-    std::printf("  namespaces  %zu\n", calculation.namespaces().size());
-    std::printf("  functions   %zu (%td external)\n", functions.size(), external);
-}
-
 void check_calculation(Session& session) {
-    const CalcForm form = checked_form(session);
-    const CheckedModel& model = load_and_check_model(session);
-    const Calculation& calculation = load_calculation(session, &model);
-    session.begin(Step::check_functions, session.subject);
-    CalculationReports held(session, &model, is_source(form));
-    // The library's check has no answer to a call without a namespace.
-    const bool is_checkable = !is_source(form) || !has_bare_call(calculation);
-    if (is_checkable && calculation.check(model, held.sink())) return;
-    held.show();
-    throw InputAtFault();
+    load_and_check_calculation(session);
 }
 
 void print_calculation(Session& session) {

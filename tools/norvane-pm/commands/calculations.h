@@ -11,10 +11,6 @@ void print_calculation(Session& session);
 void convert_calculation(Session& session);
 void list_builtins(Session& session);
 
-// `info` of a calculation, and whether its file is one.
-void info_calculation(Session& session);
-bool is_calculation(const Options& options);
-
 } // namespace norvane::driver
 
 #endif

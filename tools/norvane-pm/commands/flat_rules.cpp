@@ -4,8 +4,9 @@
 #include <cstdio>
 
 #include "escapes.h"
+#include "finite.h"
 #include "languages.h"
-#include "models.h"
+#include "load_model.h"
 #include "output.h"
 #include "text.h"
 #include "warned_model.h"

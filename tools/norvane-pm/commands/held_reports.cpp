@@ -27,9 +27,12 @@ OnReport HeldReports::sink() {
     };
 }
 
+bool HeldReports::are_faults() const {
+    return std::ranges::none_of(reports_, is_about_depth) && is_input_at_fault();
+}
+
 std::vector<Finding> HeldReports::findings() const {
-    const bool is_too_deep = std::ranges::any_of(reports_, is_about_depth);
-    if (session_.options.first || is_too_deep || !are_faults()) return {};
+    if (session_.options.first || !are_faults()) return {};
     return all_faults();
 }
 

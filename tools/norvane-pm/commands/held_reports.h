@@ -21,8 +21,8 @@ class HeldReports {
     // Takes a report; for the length of this object's life.
     OnReport sink();
 
-    // Whether the input is at fault, and not the way to it, such as a file that cannot be opened.
-    virtual bool are_faults() const = 0;
+    // Whether the input has faults that can be looked for.
+    bool are_faults() const;
 
     // All faults of the input; none where --first asks for the library's reports.
     std::vector<Finding> findings() const;
@@ -35,6 +35,8 @@ class HeldReports {
     const std::vector<Report>& reports() const { return reports_; }
 
   private:
+    // Whether the input is at fault, and not the way to it, such as a file that cannot be opened.
+    virtual bool is_input_at_fault() const = 0;
     virtual std::vector<Finding> all_faults() const = 0;
 
     Session& session_;

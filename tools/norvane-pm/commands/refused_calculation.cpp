@@ -6,7 +6,7 @@
 
 namespace norvane::driver {
 
-bool CalculationReports::are_faults() const {
+bool CalculationReports::is_input_at_fault() const {
     return session().step == Step::check_functions ||
            std::ranges::any_of(reports(), [](const Report& report) {
                return is_about_syntax(report) || report.name.starts_with("ERR_CALC_");

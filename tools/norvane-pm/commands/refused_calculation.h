@@ -15,9 +15,9 @@ class CalculationReports : public HeldReports {
     // Against the names of a model; without one, null, only the syntax is looked at.
     CalculationReports(Session& session, const CheckedModel* model, bool is_source)
         : HeldReports(session), model_(model), is_source_(is_source) {}
-    bool are_faults() const override;
 
   private:
+    bool is_input_at_fault() const override;
     std::vector<Finding> all_faults() const override;
 
     const CheckedModel* model_;

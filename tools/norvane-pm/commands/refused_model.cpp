@@ -1,21 +1,15 @@
 #include "refused_model.h"
 
 #include <algorithm>
-#include <array>
 
 #include "faults.h"
-#include "models.h"
+#include "forms.h"
 #include "output.h"
 #include "preprocessed.h"
 #include "temporaries.h"
 
 namespace norvane::driver {
 namespace {
-
-// Nesting that the parser has no room for: no correction helps, and to look for more takes long.
-bool is_about_depth(const Report& report) {
-    return report.message.find("stack overflow") != std::string::npos;
-}
 
 // Nothing where the search takes more than the command line allows: the library's own report, which
 // ended its check, took less.
@@ -51,8 +45,7 @@ std::unique_ptr<SourceText> read_source(const Session& session) {
                                         std::move(files));
 }
 
-bool ModelReports::are_faults() const {
-    if (std::ranges::any_of(reports(), is_about_depth)) return false;
+bool ModelReports::is_input_at_fault() const {
     return session().step == Step::check || std::ranges::any_of(reports(), is_about_syntax);
 }
 

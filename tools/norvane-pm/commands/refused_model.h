@@ -18,9 +18,9 @@ std::unique_ptr<SourceText> read_source(const Session& session);
 class ModelReports : public HeldReports {
   public:
     using HeldReports::HeldReports;
-    bool are_faults() const override;
 
   private:
+    bool is_input_at_fault() const override;
     std::vector<Finding> all_faults() const override;
 };
 

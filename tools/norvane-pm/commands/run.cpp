@@ -6,7 +6,7 @@
 #include <new>
 
 #include "failure.h"
-#include "models.h"
+#include "forms.h"
 #include "output.h"
 #include "session.h"
 #include "source_hints.h"

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "models.h"
+#include "load_model.h"
 #include "output.h"
 #include "text.h"
 #include "variable_names.h"

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <vector>
 
-#include "calculations.h"
 #include "json.h"
-#include "models.h"
+#include "load_calculation.h"
+#include "load_model.h"
 #include "text.h"
 #include "warned_model.h"
 
@@ -99,11 +99,11 @@ void analyse_model(Session& session) {
 }
 
 void analyse_calculation(Session& session) {
-    check_calculation(session);
+    load_and_check_calculation(session);
 }
 
 void parse_calculation(Session& session) {
-    info_calculation(session);
+    load_calculation(session);
 }
 
 } // namespace norvane::driver::lsp

@@ -1,0 +1,36 @@
+#include "finite.h"
+
+namespace norvane::driver {
+namespace {
+
+// Reports that the library makes on its way to a stop, which is told afterwards, are dropped.
+class DroppedReports {
+  public:
+    DroppedReports() : before_(msg_get_error_sink(&user_before_)) {
+        msg_set_error_sink([](ErrorType, ErrorInfo* error, void*) { err_delete(error); }, nullptr);
+    }
+    ~DroppedReports() { msg_set_error_sink(before_, user_before_); }
+    DroppedReports(const DroppedReports&) = delete;
+    DroppedReports& operator=(const DroppedReports&) = delete;
+
+  private:
+    void* user_before_ = nullptr;
+    MsgErrorSink before_;
+};
+
+} // namespace
+
+const Model& make_finite(Session& session, const CheckedModel& model) {
+    session.begin(Step::simplify, session.subject);
+    const DroppedReports dropped;
+    return session.keep(model.simplify());
+}
+
+const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleForm form,
+                              RuleOrigins origins) {
+    session.begin(Step::expand, session.subject);
+    const DroppedReports dropped;
+    return session.keep(model.rules(form, origins));
+}
+
+} // namespace norvane::driver

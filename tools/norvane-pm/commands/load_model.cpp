@@ -1,0 +1,90 @@
+#include "load_model.h"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_set>
+
+#include "forms.h"
+#include "output.h"
+#include "refused_model.h"
+#include "source_hints.h"
+#include "temporaries.h"
+
+namespace norvane::driver {
+namespace {
+
+CheckedModel& check_model(Session& session, Model& model) {
+    session.begin(Step::check, session.subject);
+    ModelReports held(session);
+    auto result = CheckedModel::check(std::move(model), held.sink());
+    if (!result) held.show();
+    return session.take(std::move(result));
+}
+
+Result<Model> read_from_standard_input(Session& session, const std::string& name,
+                                       const OnReport& on_report) {
+    session.standard_input = StandardInput::read(name);
+    if (session.standard_input)
+        return session.standard_input->load(session.options.cpp_args, on_report);
+    session.report([&name] { return ERR_FILE_OPEN(name.c_str()); });
+    throw InputAtFault();
+}
+
+} // namespace
+
+std::vector<std::string> source_files(const Project* project) {
+    std::vector<std::string> names;
+    std::unordered_set<std::string_view> known;
+    for (const char* name : items<char>(project->line_info->files))
+        if (*name != '#' && known.insert(name).second) names.emplace_back(name);
+    return names;
+}
+
+void check_standard_input(const Session& session) {
+    const Options& options = session.options;
+    auto readers = std::ranges::count(options.presentations, "-");
+    for (const auto* file : {&options.file, &options.var_order, &options.calculation})
+        readers += *file == "-";
+    if (readers > 1) throw WrongUsage{"standard input can be read only once: -"};
+}
+
+void check_model_usage(const Session& session) {
+    const Options& options = session.options;
+    check_standard_input(session);
+    if (model_form(options.from, options.file) == ModelForm::xml && !options.cpp_args.empty())
+        throw WrongUsage{"-I, -D and -U have no meaning for a model in XML: " + options.file};
+}
+
+Result<Model> read_model(Session& session, const std::string& name, const OnReport& on_report) {
+    const Options& options = session.options;
+    if (model_form(options.from, options.file) == ModelForm::xml)
+        return Model::from_xml(name, on_report);
+    const DroppedOutput no_results_yet;
+    const TemporaryDirectory of_the_preprocessor;
+    Result<Model> source = options.file == "-"
+                               ? read_from_standard_input(session, name, on_report)
+                               : Model::from_source(name, options.cpp_args, on_report);
+    const std::string& failure = of_the_preprocessor.failure();
+    if (!source && source.reports().empty() && !failure.empty()) session.diagnostics.say(failure);
+    return source;
+}
+
+Model& load_model(Session& session) {
+    check_model_usage(session);
+    const std::string name = input_name(session.options.file);
+    session.begin_load(name);
+    ModelReports held(session);
+    Result<Model> result = read_model(session, name, held.sink());
+    if (!result) held.show();
+    Model& model = session.take(std::move(result));
+    session.project = model.get();
+    for (const std::string& file : source_files(model.get()))
+        if (const auto warning = warn_of_utf8(file)) session.diagnostics.report(*warning);
+    return model;
+}
+
+CheckedModel& load_and_check_model(Session& session) {
+    return check_model(session, load_model(session));
+}
+
+} // namespace norvane::driver
