@@ -34,10 +34,10 @@ constexpr Entry cpp_entry = {
            "error, then name the file and the line.")},
      {text("Usually a file that "), code("#include"),
       text(" names is not found, or a condition lacks its "), code("#endif"),
-      text(". Check the names, and the folders that are searched, which are given by "), code("-I"),
-      text(". If there is no message at all, check that the program "), code("cpp"),
+      text(". Check the names, and the directories that are searched, which are given by "),
+      code("-I"), text(". If there is no message at all, check that the program "), code("cpp"),
       text(" is installed and found by way of "), code("PATH"),
-      text(", and that the folder for temporary files has room.")},
+      text(", and that the directory for temporary files has room.")},
      {text("A model whose macros grow without end is stopped after a minute, or when it has "
            "grown to a gigabyte.")}}};
 
@@ -46,7 +46,7 @@ constexpr Entry cpp_output_not_found_entry = {
     "The input file '%s' cannot be opened",
     {{text("The file exists, or has just been written by the preprocessor, but cannot be opened "
            "for reading.")},
-     {text("For a preprocessed model, this happens when another program clears the folder for "
+     {text("For a preprocessed model, this happens when another program clears the directory for "
            "temporary files ("),
       code("TMPDIR"), text(", or else "), code("/tmp"),
       text(") in the meantime: try again. For any other file, check that you are allowed to read "
@@ -57,24 +57,25 @@ constexpr Entry file_not_exists_entry = {
     "The file '%s' does not exist",
     {{text("A file that is needed is not there. It may have been moved, renamed or deleted since "
            "it was added, or it is made by an earlier step that has not been run yet.")},
-     {text("Check the spelling of the name. A name without a folder in front is looked for in the "
-           "folder that the program was started in.")}}};
+     {text("Check the spelling of the name. A name without a directory is looked up in the "
+           "directory that the program was started in.")}}};
 
 constexpr Entry file_open_entry = {
     "ERR_FILE_OPEN",
     "The file '%s' cannot be opened",
     {{text("Either the file does not exist, or you are not allowed to open it, or, in the case "
            "of a package, it is damaged.")},
-     {text("Check the spelling of the name, and the permissions of the file and of its folder. A "
-           "name without a folder in front is looked for in the folder that the program was "
-           "started in.")}}};
+     {text(
+         "Check the spelling of the name, and the permissions of the file and of its directory. A "
+         "name without a directory is looked up in the directory that the program was started "
+         "in.")}}};
 
 constexpr Entry file_open_write_entry = {
     "ERR_FILE_OPEN_WRITE",
     "The file '%s' cannot be opened for writing",
-    {{text("The result cannot be written. Usually the folder does not exist, or the file or its "
-           "folder is protected against writing.")},
-     {text("Create the folder, remove the protection, or choose another name.")}}};
+    {{text("The result cannot be written. Usually the directory does not exist, or the file or "
+           "its directory is protected against writing.")},
+     {text("Create the directory, remove the protection, or choose another name.")}}};
 
 constexpr Entry library_load_entry = {
     "ERR_LIBRARY_LOAD",
