@@ -13,7 +13,7 @@ namespace {
 
 using namespace NorvaneCpp;
 using norvane::test::read_file;
-using norvane::test::TemporaryFolder;
+using norvane::test::TemporaryDirectory;
 
 std::string content(CFilePtr file) {
     if (!file.isOpen()) return "(not open)";
@@ -48,7 +48,7 @@ std::string listing(const std::string& path) {
 }
 
 // A package of the model "M" as the maker of packages does it.
-void make(const std::string& path, const TemporaryFolder& sources) {
+void make(const std::string& path, const TemporaryDirectory& sources) {
     CFilePackage package;
     ASSERT_TRUE(package.createPackage(path.c_str(), ""));
     EXPECT_STREQ(path.c_str(), package.packageFilename().GetStr());
@@ -71,13 +71,13 @@ void make(const std::string& path, const TemporaryFolder& sources) {
 }
 
 TEST(Packages, WhatIsPutInComesOut) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const std::string calculation = std::string(5000, 'x') + std::string("\0\xFF\n", 3);
-    folder.write("M.mu", "");
-    folder.write("M.clx", calculation);
-    std::filesystem::create_directory(folder.path() + "/sub");
-    make(folder.path() + "\\sub\\a.mub", folder);
-    const std::string path = folder.path() + "/sub/a.mub";
+    directory.write("M.mu", "");
+    directory.write("M.clx", calculation);
+    std::filesystem::create_directory(directory.path() + "/sub");
+    make(directory.path() + "\\sub\\a.mub", directory);
+    const std::string path = directory.path() + "/sub/a.mub";
     const std::string list = "index.mui: modeltype=StandardMu\nmain=M\n\n"
                              "workspace/M/build/M.mu: \nworkspace/M/build/M.clx: " +
                              calculation + "\nworkspace/M/\xE6/empty: \n";
@@ -87,8 +87,8 @@ TEST(Packages, WhatIsPutInComesOut) {
     }
 
     CMubPackage package;
-    ASSERT_TRUE(package.openPackage((folder.path() + "\\sub\\a.mub").c_str(), ""));
-    EXPECT_FALSE(package.importFile((folder.path() + "/M.mu").c_str(), "x")) << "for reading";
+    ASSERT_TRUE(package.openPackage((directory.path() + "\\sub\\a.mub").c_str(), ""));
+    EXPECT_FALSE(package.importFile((directory.path() + "/M.mu").c_str(), "x")) << "for reading";
     EXPECT_FALSE(package.open("x", FILE_OPEN_CREATE_WRITE).isOpen());
     CMubPackageModel* model = package.getModel("M");
     ASSERT_NE(nullptr, model);
@@ -102,8 +102,8 @@ TEST(Packages, WhatIsPutInComesOut) {
 }
 
 TEST(Packages, AModelIsFoundByItsNameInTheIndexAlone) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/a.mub";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/a.mub";
     CFilePackage made;
     ASSERT_TRUE(made.createPackage(path.c_str(), ""));
     made.open("index.mui", FILE_OPEN_CREATE_WRITE)->printf("modeltype=StandardMu\nmain=M\n");
@@ -114,8 +114,8 @@ TEST(Packages, AModelIsFoundByItsNameInTheIndexAlone) {
 }
 
 TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("a.mub", "precious");
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("a.mub", "precious");
     const auto attempt = [&](const std::function<void(CFilePackage&)>& body) {
         CFilePackage package;
         EXPECT_TRUE(package.createPackage(path.c_str(), ""));
@@ -135,7 +135,7 @@ TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
     const rlimit unlimited = {RLIM_INFINITY, RLIM_INFINITY};
     setrlimit(RLIMIT_FSIZE, &unlimited);
     EXPECT_EQ("precious", read_file(path));
-    EXPECT_EQ(std::vector<std::string>{"a.mub"}, folder.names()) << "nothing is left beside it";
+    EXPECT_EQ(std::vector<std::string>{"a.mub"}, directory.names()) << "nothing is left beside it";
 
     CFilePtr open;
     EXPECT_TRUE(attempt([&](CFilePackage& package) {
@@ -150,31 +150,31 @@ TEST(Packages, AnExistingFileStaysUntilANewOneIsComplete) {
 }
 
 TEST(Packages, WhatIsNoPackageDoesNotOpen) {
-    const TemporaryFolder folder;
-    mkfifo((folder.path() + "/fifo").c_str(), 0600);
-    folder.write("M.mu", "mu");
-    folder.write("M.clx", std::string(3000, 'x'));
-    make(folder.path() + "/a.mub", folder);
-    const std::string whole = read_file(folder.path() + "/a.mub");
-    folder.write("text", "PK\3\4 and no more");
-    folder.write("empty", "");
-    folder.write("cut", whole.substr(0, whole.size() - 30));
+    const TemporaryDirectory directory;
+    mkfifo((directory.path() + "/fifo").c_str(), 0600);
+    directory.write("M.mu", "mu");
+    directory.write("M.clx", std::string(3000, 'x'));
+    make(directory.path() + "/a.mub", directory);
+    const std::string whole = read_file(directory.path() + "/a.mub");
+    directory.write("text", "PK\3\4 and no more");
+    directory.write("empty", "");
+    directory.write("cut", whole.substr(0, whole.size() - 30));
     for (const char* name : {"text", "empty", "cut", "none", "fifo", "."})
-        EXPECT_EQ("(not open)", listing(folder.path() + "/" + name)) << name;
+        EXPECT_EQ("(not open)", listing(directory.path() + "/" + name)) << name;
 
     // Damage inside: the member is not given at all, the others are.
     std::string damaged = whole;
     const size_t member = damaged.find("workspace/M/build/M.clx");
     damaged[member + std::strlen("workspace/M/build/M.clx") + 2] ^= 1;
-    const std::string list = listing(folder.write("damaged", damaged));
+    const std::string list = listing(directory.write("damaged", damaged));
     EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.mu: mu\n"));
     EXPECT_NE(std::string::npos, list.find("workspace/M/build/M.clx: (damaged)\n"));
 }
 
 // Archives that are not of our making, through libzip itself.
 TEST(Packages, HostileMembersAreNotGiven) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/hostile.mub";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/hostile.mub";
     zip_t* archive = zip_open(path.c_str(), ZIP_CREATE, nullptr);
     const auto add = [&](const char* name) {
         zip_source_t* source = zip_source_buffer(archive, "text", 4, 0);
@@ -198,10 +198,10 @@ TEST(Packages, HostileMembersAreNotGiven) {
 }
 
 TEST(Packages, AMemberOfMoreThanOneGiBIsTooLarge) {
-    const TemporaryFolder folder;
-    const std::string zeros = folder.write("zeros", "");
+    const TemporaryDirectory directory;
+    const std::string zeros = directory.write("zeros", "");
     std::filesystem::resize_file(zeros, (std::uintmax_t{1} << 30) + 1);
-    const std::string path = folder.path() + "/large.mub";
+    const std::string path = directory.path() + "/large.mub";
     zip_t* archive = zip_open(path.c_str(), ZIP_CREATE, nullptr);
     zip_source_t* source = zip_source_file(archive, zeros.c_str(), 0, -1);
     const auto index = static_cast<zip_uint64_t>(zip_file_add(archive, "zeros", source, 0));
@@ -229,36 +229,36 @@ TEST(Packages, AMissingLibraryIsReported) {
 }
 
 TEST(Files, AFileIsReadOnlyByItsMode) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("sub/file", "");
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("sub/file", "");
     for (const mode_t mode : {0644u, 0444u, 0464u}) {
         chmod(path.c_str(), mode);
         EXPECT_EQ(mode == 0444, os_file_is_readonly(path.c_str()) != 0) << mode;
     }
     chmod(path.c_str(), 0444);
-    EXPECT_TRUE(os_file_is_readonly((folder.path() + "\\sub\\file").c_str()));
-    EXPECT_FALSE(os_file_is_readonly((folder.path() + "/none").c_str()));
+    EXPECT_TRUE(os_file_is_readonly((directory.path() + "\\sub\\file").c_str()));
+    EXPECT_FALSE(os_file_is_readonly((directory.path() + "/none").c_str()));
 }
 
 TEST(Files, EachNameOfAPathMayBeInTheCodePage) {
-    const TemporaryFolder folder;
-    const std::string top = folder.path();
+    const TemporaryDirectory directory;
+    const std::string top = directory.path();
     EXPECT_FALSE(os_file_exists((top + "/\xE9.pm").c_str()));
-    folder.write("\xC3\xA9.pm", "");
+    directory.write("\xC3\xA9.pm", "");
     EXPECT_TRUE(os_file_exists((top + "/\xE9.pm").c_str()));
     os_delete_file((top + "/\xE9.pm").c_str());
     EXPECT_FALSE(os_file_exists((top + "/\xC3\xA9.pm").c_str()));
 
     // Of a system that had these names so.
-    folder.write("\xE9.pm", "");
-    folder.write("\xFC/\xC3\xA9.pm", "");
-    folder.write("\xC3\xB6/\xFC/c", "");
-    folder.write("\xC3\xB6/\xC3\xA9.pm", "");
+    directory.write("\xE9.pm", "");
+    directory.write("\xFC/\xC3\xA9.pm", "");
+    directory.write("\xC3\xB6/\xFC/c", "");
+    directory.write("\xC3\xB6/\xC3\xA9.pm", "");
     for (const char* path : {"/\xE9.pm", "/\xC3\xB6/\xE9.pm", "/\xF6\\\xC3\xA9.pm", "/\xFC/\xE9.pm",
                              "/\xF6//\xFC\\c", "/\xF6/"})
         EXPECT_TRUE(os_file_exists((top + path).c_str())) << path;
     os_delete_file((top + "/\xE9.pm").c_str());
-    EXPECT_EQ((std::vector<std::string>{"\xC3\xB6", "\xFC"}), folder.names());
+    EXPECT_EQ((std::vector<std::string>{"\xC3\xB6", "\xFC"}), directory.names());
 
     CFilePackage package;
     ASSERT_TRUE(package.createPackage((top + "\\\xF6\\\xE9.mub").c_str(), ""));

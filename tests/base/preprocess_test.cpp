@@ -29,7 +29,7 @@ using namespace norvane::test;
 class PreprocessTest : public testing::Test {
   protected:
     PreprocessTest() : before_(std::filesystem::current_path()) {
-        std::filesystem::current_path(folder.path());
+        std::filesystem::current_path(directory.path());
         open_before_ = open_descriptors();
     }
     ~PreprocessTest() override {
@@ -53,7 +53,7 @@ class PreprocessTest : public testing::Test {
 
     // The result for a model "m.pm".
     std::string result(const std::string& model, std::vector<std::string> args = {}) {
-        folder.write("m.pm", model);
+        directory.write("m.pm", model);
         os_delete_file("out.pm");
         EXPECT_EQ(run("m.pm", std::move(args)), 0) << messages;
         return read_file("out.pm");
@@ -61,9 +61,9 @@ class PreprocessTest : public testing::Test {
 
     // Puts a program of this script in the place of the preprocessor.
     void replace_cpp(const std::string& script) {
-        folder.write("bin/cpp", "#!/bin/sh\n" + script);
+        directory.write("bin/cpp", "#!/bin/sh\n" + script);
         chmod("bin/cpp", 0700);
-        setenv("PATH", (folder.path() + "/bin:" + path_before_).c_str(), 1);
+        setenv("PATH", (directory.path() + "/bin:" + path_before_).c_str(), 1);
     }
     void TearDown() override { setenv("PATH", path_before_.c_str(), 1); }
 
@@ -72,7 +72,7 @@ class PreprocessTest : public testing::Test {
         return std::distance(begin(all), end(all));
     }
 
-    TemporaryFolder folder;
+    TemporaryDirectory directory;
     static inline std::string messages;
 
   private:
@@ -82,8 +82,8 @@ class PreprocessTest : public testing::Test {
 };
 
 TEST_F(PreprocessTest, TheResultHasDirectivesWhereTheReaderTakesThemAndTheTextAsItWas) {
-    folder.write("a.inc", "in a\n#include \"b.inc\"\nend of a");
-    folder.write("b.inc", "/* b */");
+    directory.write("a.inc", "in a\n#include \"b.inc\"\nend of a");
+    directory.write("b.inc", "/* b */");
     const std::string skipped = "#if 0\n" + std::string(20, '\n') + "#endif\n";
     struct {
         std::string name, model, result; // the result after its first line
@@ -118,16 +118,16 @@ TEST_F(PreprocessTest, TheResultHasDirectivesWhereTheReaderTakesThemAndTheTextAs
 }
 
 TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
-    folder.write("-I.pm", "N");
+    directory.write("-I.pm", "N");
     EXPECT_EQ(run("-I.pm", {"-DN=$HOME;*"}), 0) << messages;
     EXPECT_EQ(read_file("out.pm"), "#line 1 \"./-I.pm\"\n$HOME;*\n");
     EXPECT_EQ(std::filesystem::status("out.pm").permissions(), std::filesystem::perms(0600));
-    folder.write("@options.pm", "x\n");
-    folder.write("options.pm", "-o stolen.pm");
+    directory.write("@options.pm", "x\n");
+    directory.write("options.pm", "-o stolen.pm");
     EXPECT_EQ(run("@options.pm", {"-DN"}, "at.pm"), 0) << messages;
     EXPECT_EQ(read_file("at.pm"), "#line 1 \"./@options.pm\"\nx\n");
     const std::string odd = "o\"\\\001 \xc3\xa6.pm";
-    folder.write(odd, "x\n");
+    directory.write(odd, "x\n");
     EXPECT_EQ(run(odd, {}, "odd.pm"), 0) << messages;
     EXPECT_EQ(read_file("odd.pm"), "#line 1 \"" + odd + "\"\nx\n");
 }
@@ -189,9 +189,10 @@ void tell(const OsPreprocessorMessage* m, void*) {
 }
 
 TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
-    folder.write("car.pm", "\n#include \"a: b.pm\"\n");
-    folder.write("a: b.pm", "#include \"engine.pm\"\n");
-    folder.write("engine.pm", "x;\n\n#error no 5:6: fatal error: here\n#include \"none.pm\"\ny\n");
+    directory.write("car.pm", "\n#include \"a: b.pm\"\n");
+    directory.write("a: b.pm", "#include \"engine.pm\"\n");
+    directory.write("engine.pm",
+                    "x;\n\n#error no 5:6: fatal error: here\n#include \"none.pm\"\ny\n");
     told.clear();
     os_set_preprocessor_sink(tell, nullptr);
     EXPECT_NE(run("car.pm"), 0);
@@ -199,7 +200,7 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
                     "error engine.pm:4 none.pm: No such file or directory\n");
     EXPECT_EQ(messages, "");
 
-    folder.write("m.pm", "#\n");
+    directory.write("m.pm", "#\n");
     const std::pair<std::string, std::string> failures[] = {
         {"exit 3", "the C preprocessor ended with status 3"},
         {"printf '\\ncc1: no memory\\nat all\\n' >&2; exit 1",
@@ -221,7 +222,7 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     os_set_preprocessor_time(120);
     told.clear();
     EXPECT_NE(run("m.pm", {}, "none/out.pm"), 0);
-    setenv("PATH", folder.path().c_str(), 1);
+    setenv("PATH", directory.path().c_str(), 1);
     EXPECT_NE(run("m.pm", {}, "nocpp.pm"), 0);
     os_set_preprocessor_sink(nullptr, nullptr);
     EXPECT_EQ(told, "error cannot create 'none/out.pm': No such file or directory\n"
@@ -276,12 +277,12 @@ TEST_F(PreprocessTest, ThePreprocessorAndWhatItStartsEndWithAHostThatIsKilled) {
 
 TEST_F(PreprocessTest, WithoutASinkMessagesGoToStandardErrorAndFilesThatAreThereAreKept) {
     EXPECT_NE(run("none.pm"), 0);
-    folder.write("bad.pm", "#include \"none.inc\"\n");
+    directory.write("bad.pm", "#include \"none.inc\"\n");
     EXPECT_NE(run("bad.pm", {}, "bad.out"), 0);
     EXPECT_NE(messages.find("none.inc"), std::string::npos) << messages;
 
-    folder.write("m.pm", "x\n");
-    folder.write("there.pm", "kept");
+    directory.write("m.pm", "x\n");
+    directory.write("there.pm", "kept");
     symlink("elsewhere.pm", "link.pm");
     EXPECT_NE(run("m.pm", {}, "there.pm"), 0);
     EXPECT_NE(run("m.pm", {}, "link.pm"), 0);
@@ -323,7 +324,7 @@ TEST_F(PreprocessTest, WhatIsCopiedWithoutThePreprocessorIsWhatItWouldWrite) {
             model += pieces[random() % kinds];
         if (i % 4 == 0) model.insert(0, block - 1, ' ');
         if (random() % 2 == 0) model += "*/";
-        folder.write("m.pm", model);
+        directory.write("m.pm", model);
         os_delete_file("out.pm");
         setenv("PATH", "", 1);
         const bool is_copied = run("m.pm") == 0;
@@ -339,9 +340,9 @@ TEST_F(PreprocessTest, WhatIsCopiedWithoutThePreprocessorIsWhatItWouldWrite) {
 TEST_F(PreprocessTest, OnlyFilesAndDirectoriesThatAreThereNeedNoPreprocessor) {
     std::filesystem::create_directory("dir");
     mkfifo("fifo.pm", 0600);
-    folder.write("dir/m.pm", "x");
-    folder.write("<m>", "x");
-    folder.write("a\"b.pm", "x");
+    directory.write("dir/m.pm", "x");
+    directory.write("<m>", "x");
+    directory.write("a\"b.pm", "x");
     const std::tuple<std::string, std::vector<std::string>, bool> cases[] = {
         {"dir/m.pm", {}, true},
         {"dir/m.pm", {"-I", ".", "-Idir"}, true},
@@ -371,7 +372,7 @@ TEST_F(PreprocessTest, LargeModelsComeThroughWhole) {
     model += "/*" + std::string(300'000, '*') + "*/" + std::string(300'000, '#') + "\n";
     model += "# " + std::string(300'000, '1') + "\n";
     const std::string text = model.substr(model.find('\n') + 1);
-    folder.write("whole.pm", text);
+    directory.write("whole.pm", text);
     replace_cpp("echo '# 1 \"m.pm\"'; cat whole.pm");
     EXPECT_TRUE(result("#") == model);
 }

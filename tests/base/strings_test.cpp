@@ -10,7 +10,7 @@
 namespace {
 
 using norvane::test::repeated;
-using norvane::test::TemporaryFolder;
+using norvane::test::TemporaryDirectory;
 
 using Text = norvane::test::Owned<char, free>;
 using Growing = norvane::test::Owned<UtilString, ustr_delete>;
@@ -158,17 +158,17 @@ TEST(FileNames, AreClassifiedAndStrippedByTheirExtension) {
 }
 
 TEST(FileNames, OfTemporaryFilesAreNewAndCreateNothing) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const char* set = std::getenv("TMPDIR");
     const std::string before = set ? set : "";
-    setenv("TMPDIR", folder.path().c_str(), 1);
+    setenv("TMPDIR", directory.path().c_str(), 1);
     const Text first(util_temp_filename(".pm"));
     EXPECT_STRNE(first.get(), Text(util_temp_filename(".pm")).get());
-    EXPECT_TRUE(std::string(first.get()).starts_with(folder.path() + "/"));
+    EXPECT_TRUE(std::string(first.get()).starts_with(directory.path() + "/"));
     EXPECT_EQ(FILETYPE_PM, util_get_filetype(first.get()));
-    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path()));
 
-    setenv("TMPDIR", (folder.path() + "/missing").c_str(), 1);
+    setenv("TMPDIR", (directory.path() + "/missing").c_str(), 1);
     EXPECT_FALSE(util_temp_filename(".pm"));
     unsetenv("TMPDIR");
     EXPECT_TRUE(std::string(Text(util_temp_filename(".clx")).get()).starts_with("/tmp/"));

@@ -8,7 +8,7 @@ namespace {
 
 using norvane::test::repeated;
 using norvane::test::Reports;
-using norvane::test::TemporaryFolder;
+using norvane::test::TemporaryDirectory;
 using norvane::test::thrown;
 using norvane::test::with_small_stack;
 using NorvaneCpp::String;
@@ -37,8 +37,9 @@ std::string body(XmlDocument* document) {
 }
 
 Document parse(const std::string& text) {
-    const TemporaryFolder folder;
-    return Document(xml_parse_file_utf(folder.write("a.xml", text).c_str(), every_tag, value_tag));
+    const TemporaryDirectory directory;
+    return Document(
+        xml_parse_file_utf(directory.write("a.xml", text).c_str(), every_tag, value_tag));
 }
 
 // What becomes of a file: its printed form, or the reports with its name as "FILE".
@@ -52,8 +53,8 @@ std::string outcome(const std::string& path) {
 }
 
 std::string outcome_of_text(const std::string& text) {
-    const TemporaryFolder folder;
-    return outcome(folder.write("a.xml", text));
+    const TemporaryDirectory directory;
+    return outcome(directory.write("a.xml", text));
 }
 
 std::string malformed(int line, const std::string& text) {
@@ -165,10 +166,12 @@ TEST(XmlParse, ReportsWhatIsNoXml) {
 }
 
 TEST(XmlParse, OpensNothingButTheFile) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const std::string other =
-        folder.write("other.dtd", "<!ENTITY e 'loaded'><!ATTLIST a v CDATA 'loaded'>");
-    const auto read = [&](const std::string& text) { return outcome(folder.write("a.xml", text)); };
+        directory.write("other.dtd", "<!ENTITY e 'loaded'><!ATTLIST a v CDATA 'loaded'>");
+    const auto read = [&](const std::string& text) {
+        return outcome(directory.write("a.xml", text));
+    };
     EXPECT_EQ("<a/>\n", read("<!DOCTYPE a SYSTEM '" + other + "'><a/>"));
     EXPECT_EQ("<a/>\n", read("<!DOCTYPE a [<!ENTITY % p SYSTEM '" + other + "'>%p;]><a/>"));
     EXPECT_EQ(malformed(1, "error in processing external entity reference"),
@@ -177,8 +180,8 @@ TEST(XmlParse, OpensNothingButTheFile) {
               read("<!DOCTYPE a [<!ENTITY e SYSTEM '" + other + "'>]><a v='&e;'/>"));
 
     const std::string unopened = "ERR_FILE_OPEN: The file 'FILE' cannot be opened\n";
-    EXPECT_EQ(unopened, outcome(folder.path() + "/missing.xml"));
-    EXPECT_EQ(unopened, outcome(folder.path()));
+    EXPECT_EQ(unopened, outcome(directory.path() + "/missing.xml"));
+    EXPECT_EQ(unopened, outcome(directory.path()));
 }
 
 TEST(XmlRead, IteratorsTakeWhatIsThereAndThrowForTheRest) {

@@ -93,8 +93,8 @@ TEST(CalcXml, WhatIsRefusedIsReportedOnceAndLeavesNothing) {
 // What is written of what is read is valid, and gives the same again, with lines and without. The
 // examples show how it is laid out.
 TEST(CalcXml, WhatIsWrittenIsWhatWasRead) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/a.clx";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/a.clx";
     const auto round = [&](const std::string& row) {
         const Reports reports;
         const CalcPtr calc = read(document(row));
@@ -159,15 +159,15 @@ TEST(CalcXml, TextsPassThroughTheCodePage) {
 
 // A file that cannot be opened is all that is reported, and nothing is filled in for it.
 TEST(CalcXml, BrokenTreesStopTheWriterBeforeTheFileIsTouched) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("a.clx", "untouched");
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("a.clx", "untouched");
     const CalcPtr calc(
         calc_import_from_string("namespace N { void f() { void v := true; return not true; } }"));
     CFunc* func = function_of(calc);
     CStmt* stmt = static_cast<CStmt*>(plist_hd(func->stmts));
     CExpr* expr = stmt->args.return_value;
     auto* lvar = static_cast<CFuncLVar*>(plist_hd(func->vardefs));
-    EXPECT_EQ(calc_export_to_file((folder.path() + "/b.clx").c_str(), calc.get(), 1), 0);
+    EXPECT_EQ(calc_export_to_file((directory.path() + "/b.clx").c_str(), calc.get(), 1), 0);
 
     const auto failure = [&](auto& field, int value) {
         const auto before = field;
@@ -226,15 +226,15 @@ class Progress {
 };
 
 TEST(CalcXml, FilesThatCannotBeReadAreReported) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const Reports reports;
     const Progress progress;
-    EXPECT_EQ(calc_import_from_xmlfile((folder.path() + "/none.clx").c_str()), nullptr);
-    EXPECT_EQ(calc_import_from_xmlfile(folder.path().c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_xmlfile((directory.path() + "/none.clx").c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_xmlfile(directory.path().c_str()), nullptr);
     EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_FILE_OPEN");
     EXPECT_EQ(progress.text, "");
     EXPECT_EQ(thrown([] { calc_import_from_xmlfile("/proc/self/mem"); }), "1: fread error");
-    const CalcPtr calc(calc_import_from_xmlfile(folder.write("a.clx", "<mu/>").c_str()));
+    const CalcPtr calc(calc_import_from_xmlfile(directory.write("a.clx", "<mu/>").c_str()));
     EXPECT_TRUE(is_empty(calc));
     EXPECT_EQ(progress.text, "Importing calculations: -1; Importing calculations: 0; ");
 }
@@ -242,19 +242,19 @@ TEST(CalcXml, FilesThatCannotBeReadAreReported) {
 // A member that ends where a block does, one that is larger than the reader's memory of it, and
 // one that is refused. The driver's tests show what else a package may lack.
 TEST(CalcXml, CalculationsAreReadOutOfPackages) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     std::string block = "<calculation/>";
     block.resize(4096, ' ');
     const std::pair<std::string, std::string> models[] = {
         {"Block", block},
         {"Large", "<mu><what>" + std::string(5'000'000, 'x') + "</what><calculation/></mu>"},
         {"True", "<true/>"}};
-    const std::string path = folder.path() + "/a.mub";
+    const std::string path = directory.path() + "/a.mub";
     NorvaneCpp::CFilePackage file;
     ASSERT_TRUE(file.createPackage(path.c_str(), ""));
     for (const auto& [name, clx] : models) {
         const std::string member = "workspace/" + name + "/build/" + name + ".clx";
-        ASSERT_TRUE(file.importFile(folder.write("clx", clx).c_str(), member.c_str()));
+        ASSERT_TRUE(file.importFile(directory.write("clx", clx).c_str(), member.c_str()));
     }
     ASSERT_TRUE(file.closeAndSave());
 

@@ -17,8 +17,8 @@ CalcPtr parse_text(const std::string& source) {
 
 // Source with any bytes in it, as a file can hold them.
 CalcPtr parse_bytes(const std::string& source) {
-    static const TemporaryFolder folder;
-    return CalcPtr(calc_import_from_clfile(folder.write("bytes.cl", source).c_str()));
+    static const TemporaryDirectory directory;
+    return CalcPtr(calc_import_from_clfile(directory.write("bytes.cl", source).c_str()));
 }
 
 // Everything that a parse tells: the reports, then the source as it is printed.
@@ -290,21 +290,21 @@ TEST(CalcLimits, AnyBytesAreParsedOrReportedAndTheNextParseIsWhole) {
 }
 
 TEST(CalcFiles, GiveTheirNameToReportsAndFunctions) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("a%s%n.cl", std::string(sound) + "\n" + sound);
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("a%s%n.cl", std::string(sound) + "\n" + sound);
     const Reports reports;
     const CalcPtr calc(calc_import_from_clfile(path.c_str()));
     EXPECT_EQ(reports.text(), "ERR_CALC_FNC_REDEF: " + path +
                                   " (2): Multiple definitions of function 'f' in namespace 'N'\n");
     EXPECT_EQ(function_of(calc)->filename, path);
-    const std::string detour = folder.path() + repeated("/.", 1200) + "/a%s%n.cl";
+    const std::string detour = directory.path() + repeated("/.", 1200) + "/a%s%n.cl";
     const CalcPtr again(calc_import_from_clfile(detour.c_str()));
     EXPECT_EQ(function_of(again)->filename, detour.substr(0, 2047));
 }
 
 TEST(CalcFiles, ThatAreMissingOrCannotBeOpenedAreReported) {
-    const TemporaryFolder folder;
-    const std::string socket_path = folder.path() + "/socket";
+    const TemporaryDirectory directory;
+    const std::string socket_path = directory.path() + "/socket";
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     socket_path.copy(address.sun_path, sizeof address.sun_path - 1);
@@ -314,9 +314,9 @@ TEST(CalcFiles, ThatAreMissingOrCannotBeOpenedAreReported) {
     EXPECT_EQ(thrown([] { calc_import_from_clfile(nullptr); }), "1: path");
     EXPECT_EQ(thrown([] { calc_import_from_string(nullptr); }), "1: text");
     const Reports reports;
-    EXPECT_EQ(calc_import_from_clfile((folder.path() + "/absent").c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_clfile((directory.path() + "/absent").c_str()), nullptr);
     EXPECT_EQ(calc_import_from_clfile(socket_path.c_str()), nullptr);
-    EXPECT_EQ(calc_import_from_clfile(folder.path().c_str()), nullptr);
+    EXPECT_EQ(calc_import_from_clfile(directory.path().c_str()), nullptr);
     EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_CPP_OUTPUT_NOT_FOUND ERR_PARSER");
     close(descriptor);
 }

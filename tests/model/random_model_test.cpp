@@ -64,8 +64,8 @@ TEST(RandomModels, PrintedOnesReadBackAsTheSame) {
 }
 
 TEST(RandomModels, InXmlReadBackAsTheSame) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/model.xml";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/model.xml";
     const auto written = [&](Project* project) {
         EXPECT_EQ(proj_export_to_xmlfile(project, path.c_str()), 0);
         return read_file(path);

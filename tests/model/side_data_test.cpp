@@ -52,11 +52,11 @@ ListPtr order(std::initializer_list<const char*> names) {
 // A table of documents with everything that their reading tells: the reports, then what was read.
 template <typename Import>
 void expect_outcomes(const char* name, Import import) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const auto outcome = [&](std::string xml) {
         std::replace(xml.begin(), xml.end(), '^', '\n');
         const Reports reports;
-        const std::string result = import(folder.write("in.xml", xml).c_str());
+        const std::string result = import(directory.write("in.xml", xml).c_str());
         return reports.text() + result;
     };
     EXPECT_EQ(test_data_rerun("model/data/" + std::string(name), outcome),
@@ -107,8 +107,8 @@ TEST(Presentation, ValuesAreKeptInUtf8AndSeenInEither) {
 }
 
 TEST(Presentation, IsWrittenWholeAndComesBackAsItWas) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/out.xml";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/out.xml";
     const PresentationPtr p =
         presentation({{"\xE9", "\xE9<", "\xC3\xA9 \xE6\x97\xA5\xF0\x9F\x98\x80"},
                       {"en", "", " two\nlines\r\n "},
@@ -138,8 +138,8 @@ TEST(Presentation, IsReadByItsFormatAndNoOther) {
 }
 
 TEST(VarOrder, IsWrittenWithItsDoublesAndReadWithoutThem) {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() + "/out.xml";
+    const TemporaryDirectory directory;
+    const std::string path = directory.path() + "/out.xml";
     const ListPtr names = order({"b", "a", "b", " b", "B", "", "\xE9<", "b"});
     ASSERT_EQ(var_order_export(names.get(), path.c_str()), 0);
     EXPECT_NE(read_file(path).find("<var>\xC3\xA9&lt;</var>\n  <var>b</var>\n</var_order>"),

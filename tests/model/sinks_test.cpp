@@ -20,7 +20,7 @@ struct Operation {
 
 class Sinks : public ::testing::Test {
   protected:
-    std::string file(const char* content) { return folder_.write("in", content); }
+    std::string file(const char* content) { return directory_.write("in", content); }
 
     void load_model() {
         const std::string path = file("variable public x : [1..;\n");
@@ -33,7 +33,7 @@ class Sinks : public ::testing::Test {
         calc_check_functions(calc.get(), model.table.get());
     }
 
-    TemporaryFolder folder_;
+    TemporaryDirectory directory_;
     const std::vector<Operation> operations_ = {
         {"model", [this] { load_model(); }},
         {"check", [] { check("rule 1 + \"text\" = 2;"); }},

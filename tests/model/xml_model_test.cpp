@@ -42,16 +42,16 @@ std::string tree(Project* project) {
 // A directory with one file, written and read.
 class XmlFile {
   public:
-    std::string path() const { return folder_.path() + "/model.xml"; }
+    std::string path() const { return directory_.path() + "/model.xml"; }
     std::string written(Project* project) const {
         EXPECT_EQ(proj_export_to_xmlfile(project, path().c_str()), 0);
         return read_file(path());
     }
     ProjectPtr read() const { return ProjectPtr(proj_import_from_xmlfile(path().c_str())); }
-    void put(const std::string& xml) const { folder_.write("model.xml", xml); }
+    void put(const std::string& xml) const { directory_.write("model.xml", xml); }
 
   private:
-    TemporaryFolder folder_;
+    TemporaryDirectory directory_;
 };
 
 // Everything that the reading of a document tells: the reports, then the tree, if there is one.

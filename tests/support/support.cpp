@@ -173,25 +173,25 @@ void with_small_stack(const std::function<void()>& body, std::size_t size, void*
     pthread_attr_destroy(&attributes);
 }
 
-TemporaryFolder::TemporaryFolder() {
+TemporaryDirectory::TemporaryDirectory() {
     std::string name = (std::filesystem::temp_directory_path() / "norvane-test-XXXXXX").string();
     if (!mkdtemp(name.data())) throw std::runtime_error("mkdtemp");
     path_ = name;
 }
 
-TemporaryFolder::~TemporaryFolder() {
+TemporaryDirectory::~TemporaryDirectory() {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
 }
 
-std::string TemporaryFolder::write(const std::string& name, const std::string& content) const {
+std::string TemporaryDirectory::write(const std::string& name, const std::string& content) const {
     const std::filesystem::path path = std::filesystem::path(path_) / name;
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;
     return path.string();
 }
 
-std::vector<std::string> TemporaryFolder::names() const {
+std::vector<std::string> TemporaryDirectory::names() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(path_))
         names.push_back(entry.path().filename().string());

@@ -94,12 +94,12 @@ void with_small_stack(const std::function<void()>& body, std::size_t size = 8u <
                       void* memory = nullptr);
 
 // A directory of its own for a test, removed with all that is in it.
-class TemporaryFolder {
+class TemporaryDirectory {
   public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
     const std::string& path() const { return path_; }
     // Writes a file and returns its path.
     std::string write(const std::string& name, const std::string& content) const;

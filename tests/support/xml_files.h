@@ -30,12 +30,12 @@ inline std::string joined(const std::string& xml) {
 // valid.
 inline std::string validity(const std::string& path) {
 #ifdef DTD_DIR
-    const std::string folder = DTD_DIR;
+    const std::string directory = DTD_DIR;
 #else
-    const std::string folder = "dtd"; // built by hand, run in the root of the source tree
+    const std::string directory = "dtd"; // built by hand, run in the root of the source tree
 #endif
     const std::string command =
-        "xmllint --nonet --noout --valid --path '" + folder + "' '" + path + "' 2>&1";
+        "xmllint --nonet --noout --valid --path '" + directory + "' '" + path + "' 2>&1";
     FILE* output = popen(command.c_str(), "r");
     std::string text;
     for (int c; output && (c = std::getc(output)) != EOF;)

@@ -49,8 +49,8 @@ std::string saved(ZEBWorkspace* workspace) {
 }
 
 WorkspacePtr loaded(const std::string& xml) {
-    const TemporaryFolder folder;
-    return WorkspacePtr(zeb_workspace_load(folder.write("in.zeb", xml).c_str()));
+    const TemporaryDirectory directory;
+    return WorkspacePtr(zeb_workspace_load(directory.write("in.zeb", xml).c_str()));
 }
 
 TEST(ZebTarget, OptionsHoldAnyNumberOfValues) {
@@ -174,8 +174,8 @@ TEST(ZebWorkspace, ACopyLeavesOutWhatBelongsToTheOriginal) {
 }
 
 TEST(ZebFile, IsWrittenWholeAndComesBackAsItWas) {
-    const TemporaryFolder folder;
-    const std::string path = folder.write("full.zeb", full);
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("full.zeb", full);
     EXPECT_EQ(validity(path), "");
     const WorkspacePtr w(zeb_workspace_load(path.c_str()));
     ASSERT_NE(w, nullptr);
@@ -189,15 +189,15 @@ TEST(ZebFile, IsWrittenWholeAndComesBackAsItWas) {
 }
 
 TEST(ZebFile, IsReadByItsFormatAndNoOther) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const auto outcome = [&](std::string xml) {
         std::replace(xml.begin(), xml.end(), '^', '\n');
         const Reports reports;
-        const WorkspacePtr w(zeb_workspace_load(folder.write("in.zeb", xml).c_str()));
-        const std::string titles = replaced(reports.text(), folder.path() + "/", "");
+        const WorkspacePtr w(zeb_workspace_load(directory.write("in.zeb", xml).c_str()));
+        const std::string titles = replaced(reports.text(), directory.path() + "/", "");
         if (!w) return titles;
         const std::string written = saved(w.get());
-        EXPECT_EQ(validity(folder.write("out.zeb", written)), "");
+        EXPECT_EQ(validity(directory.write("out.zeb", written)), "");
         EXPECT_EQ(saved(loaded(written).get()), written);
         return titles + joined(written.substr(written.find("<zeb")));
     };
@@ -220,12 +220,12 @@ TEST(ZebFile, ADefineWithTheSharedEmptyTextHasNoValue) {
 }
 
 TEST(ZebFile, WhatCannotBeReadOrWrittenIsTold) {
-    const TemporaryFolder folder;
+    const TemporaryDirectory directory;
     const WorkspacePtr w = loaded(full);
     const Reports reports;
-    EXPECT_EQ(zeb_workspace_load(folder.path().c_str()), nullptr);
-    EXPECT_EQ(zeb_workspace_load((folder.path() + "/none.zeb").c_str()), nullptr);
-    EXPECT_EQ(zeb_workspace_save(w.get(), folder.path().c_str()), -1);
+    EXPECT_EQ(zeb_workspace_load(directory.path().c_str()), nullptr);
+    EXPECT_EQ(zeb_workspace_load((directory.path() + "/none.zeb").c_str()), nullptr);
+    EXPECT_EQ(zeb_workspace_save(w.get(), directory.path().c_str()), -1);
     EXPECT_EQ(reports.names(), "ERR_FILE_OPEN ERR_FILE_OPEN ERR_FILE_OPEN");
     EXPECT_EQ(thrown([&] { zeb_workspace_save(w.get(), "/dev/full"); }),
               "1: Could not close file '/dev/full'");
@@ -273,13 +273,13 @@ class ZebCommands : public testing::Test {
     void load(const std::string& content) {
         const std::string xml = "<zeb><project name=\"p\"><main><uri>dir/m.pm</uri></main>" +
                                 content + "</project></zeb>";
-        workspace_.reset(zeb_workspace_load(folder_.write("w.zeb", xml).c_str()));
+        workspace_.reset(zeb_workspace_load(directory_.write("w.zeb", xml).c_str()));
         std::free(workspace_->filename);
         workspace_->filename = str_copy("w.zeb");
         project_ = static_cast<ZEBProject*>(plist_hd(workspace_->projects));
     }
 
-    TemporaryFolder folder_;
+    TemporaryDirectory directory_;
     WorkspacePtr workspace_;
     ZEBProject* project_ = nullptr;
 };
@@ -326,15 +326,15 @@ TEST_F(ZebCommands, AreBuiltForEachType) {
 TEST_F(ZebCommands, ConvertCalculationsAndCleanUp) {
     load("");
     for (const char* name : {"b.cl", "a.CLX", "c d.xml"})
-        zeb_project_add_file(project_, folder_.write(name, "").c_str(), ZEB_FILE_CALC);
-    zeb_project_add_file(project_, folder_.write("p.prs", "").c_str(), ZEB_FILE_PRES);
+        zeb_project_add_file(project_, directory_.write(name, "").c_str(), ZEB_FILE_CALC);
+    zeb_project_add_file(project_, directory_.write("p.prs", "").c_str(), ZEB_FILE_PRES);
     const std::string expected =
         "/bin/kelcalc|-o|TEMP1|DIR/b.cl\n/bin/kelcalc|-o|TEMP2|DIR/c d.xml\n"
         "/bin/kelc|-c|-options_from_zeb_file|\"w.zeb\"|-options_from_zeb_project|\"p\"|"
         "-prs|\"DIR/p.prs\"|-clc|\"DIR/a.CLX\"|-clc|\"TEMP1\"|-clc|\"TEMP2\"|\"dir/m.pm\"\n"
         "cmd|/c|del /F TEMP1\ncmd|/c|del /F TEMP2\n";
     for (int round = 0; round < 2; ++round)
-        EXPECT_EQ(replaced(commands(workspace_.get(), {ZEB_CMD_CHECK}), folder_.path(), "DIR"),
+        EXPECT_EQ(replaced(commands(workspace_.get(), {ZEB_CMD_CHECK}), directory_.path(), "DIR"),
                   expected);
     EXPECT_EQ(project_->targets->len, 1u) << "made once, and kept";
     EXPECT_EQ(
@@ -375,7 +375,7 @@ TEST_F(ZebCommands, AreGivenOnlyIfTheFilesExist) {
          "<targets><target name='compile'><options><option name='-vof' value='a.vof'/></options>"
          "</target></targets>");
     const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(folder_.path());
+    std::filesystem::current_path(directory_.path());
     const auto missing = [&](ZEBCommandType type) {
         const Reports reports;
         const int status = zeb_project_check(project_, type);
@@ -387,7 +387,7 @@ TEST_F(ZebCommands, AreGivenOnlyIfTheFilesExist) {
             EXPECT_TRUE(missing(type).starts_with("ERR_FILE_NOT_EXISTS: ") &&
                         missing(type).find("'" + name + "'") != std::string::npos);
         EXPECT_EQ(missing(ZEB_CMD_OPTIMIZE).empty(), name != "a.pm");
-        folder_.write(name, "");
+        directory_.write(name, "");
     }
     EXPECT_EQ(missing(ZEB_CMD_BUILD), "");
     zeb_target_add_option(zeb_project_get_target(project_, "compile"), "-vof", "none.vof");
