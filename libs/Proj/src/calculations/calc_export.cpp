@@ -39,7 +39,7 @@ void set_line(const Writer* w, XmlNode* node, int line_no, int index) {
     set_attribute(node, index, {"line_no", DecimalText(line_no).text});
 }
 
-const char* type_word(CalcType type) {
+const char* word_of_type(CalcType type) {
     const char* word = word_of(type_words, type);
     if (!word) NORVANE_FAIL("Found invalid calculational type : %d", static_cast<int>(type));
     return word;
@@ -209,20 +209,20 @@ CExpr* zero_of(CalcType type, int line_no) {
 // and the file agree.
 void write_vardef(const Writer* w, XmlNode* parent, CFuncLVar* lvar) {
     XmlNode* node =
-        add(parent, Tag::VarDef, {{"name", lvar->name}, {"type", type_word(lvar->type)}});
+        add(parent, Tag::VarDef, {{"name", lvar->name}, {"type", word_of_type(lvar->type)}});
     set_line(w, node, lvar->line_no, 2);
     if (!lvar->init) lvar->init = zero_of(lvar->type, lvar->line_no);
     write_expr(w, node, lvar->init);
 }
 
 void write_arg(const Writer* w, XmlNode* parent, const CFuncArg* arg) {
-    XmlNode* node = add(parent, Tag::Arg, {{"name", arg->name}, {"type", type_word(arg->type)}});
+    XmlNode* node = add(parent, Tag::Arg, {{"name", arg->name}, {"type", word_of_type(arg->type)}});
     set_line(w, node, arg->line_no, 2);
 }
 
 XmlNode* add_function(const Writer* w, XmlNode* parent, const CFunc* func) {
     XmlNode* node =
-        add(parent, Tag::Function, {{"name", func->name}, {"type", type_word(func->type)}});
+        add(parent, Tag::Function, {{"name", func->name}, {"type", word_of_type(func->type)}});
     // The file name and the line are only useful together.
     if (w->line_info && func->filename && func->line_no != CALC_UNDEF_LINENO) {
         set_attribute(node, 2, {"filename", func->filename});

@@ -14,8 +14,8 @@ namespace norvane::check {
 namespace {
 
 // The record of a name, in the innermost environment alone if the lookup is scoped.
-NameData* find_name(const Context& in, char* name, int scoped) {
-    if (!scoped) return check::find_name(in, name);
+NameData* find_in_scope(const Context& in, char* name, int scoped) {
+    if (!scoped) return find_name(in, name);
     NameData* namedata = nullptr;
     return symtbl_lookup(in.symboltable, name, scoped, &namedata) == STATUS_SUCCESS ? namedata
                                                                                     : nullptr;
@@ -51,7 +51,7 @@ Checked check_variable(const Context& in, const IdCon* idcon, NameData* variable
 
 Checked check_simple(const Context& in, const IdCon* idcon, int scoped, ExprType* type) {
     char* name = idcon->args.id.idname;
-    NameData* namedata = find_name(in, name, scoped);
+    NameData* namedata = find_in_scope(in, name, scoped);
     // After a dot the two words of optionals are names of fields.
     if (!scoped && is_optional_word(name)) {
         *type = ETYPE_OPTIONAL;
@@ -121,7 +121,7 @@ bool check_index(const Context& in, const IdCon* idcon, int n, Expr* index, Type
 // Checks an element of an array; `again` as check_again does.
 Checked check_array(const Context& in, const IdCon* idcon, int scoped, ExprType* type, bool again) {
     char* name = idcon->args.array.idname;
-    const NameData* namedata = find_name(in, name, scoped);
+    const NameData* namedata = find_in_scope(in, name, scoped);
     if (!namedata || namedata->ndtype != ND_VARIABLE)
         return {fault_at(in, idcon->linenumber, ERR_ILLEGAL_ARRAY_VAR, name), false};
     TypeCon* typecon = resolved(in, namedata->typecon, idcon->linenumber);

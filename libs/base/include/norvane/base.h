@@ -1,4 +1,7 @@
-/* All of the base library. */
+/* All of the base library.
+ *
+ * Pointer arguments must not be null, except where noted: a null is a broken invariant
+ * (norvane/base/except.h). */
 #ifndef NORVANE_BASE_H
 #define NORVANE_BASE_H
 

@@ -11,7 +11,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <expat.h>
-#include <string_view>
 
 namespace norvane::xml {
 

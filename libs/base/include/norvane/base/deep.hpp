@@ -11,10 +11,8 @@
 #ifndef NORVANE_BASE_DEEP_HPP
 #define NORVANE_BASE_DEEP_HPP
 
-#include <cstddef>
 #include <cstdint>
 #include <type_traits>
-#include <utility>
 
 #include "norvane/base/export.h"
 
