@@ -200,10 +200,11 @@ class Checker {
         }
         NameData* before = nullptr;
         const bool is_known = call([&] { return symtbl_lookup(table_, name, 0, &before); }) == 0;
-        if (!is_known || !are_alike(before, namedata)) doubtful_.insert(name);
+        const bool is_doubtful = !is_known || !are_alike(before, namedata);
         call([=] { symtbl_delete_namedata(namedata); });
         if (result.reports.empty()) return;
         PlacedFinding* found = add({token, token}, result.reports.front());
+        if (is_doubtful) doubtful_.insert(name); // once this is told
         if (!found || !is_known) return;
         if (const auto place = declared_at_.find(before); place != declared_at_.end())
             found->finding.notes.push_back({text_.place(place->second), "declared here"});
