@@ -26,6 +26,16 @@ bool is_about_model(const Report& report) {
     return report.name == "ERR_NO_VARS" || report.name == "ERR_NO_PUBLIC_VARS";
 }
 
+// All variables are private: tells where the first one is declared so.
+void show_private(const SourceText& source, Finding& finding) {
+    for (std::size_t i = 0; i < source.size(); ++i) {
+        if (source.word(i) != "private") continue;
+        finding.place = source.place(i);
+        finding.hint = "a variable is public unless it is declared as 'private'";
+        return;
+    }
+}
+
 } // namespace
 
 std::unique_ptr<SourceText> read_source(const Session& session) {
@@ -53,9 +63,11 @@ std::vector<Finding> ModelReports::all_faults() const {
     const std::unique_ptr<SourceText> source = read_source(session());
     if (!source) return {};
     std::vector<Finding> findings = find_all(*source);
-    if (findings.empty()) return {};
-    for (const Report& report : reports())
-        if (is_about_model(report)) findings.push_back(session().diagnostics.finding_of(report));
+    for (const Report& report : reports()) {
+        if (!is_about_model(report)) continue;
+        findings.push_back(session().diagnostics.finding_of(report));
+        show_private(*source, findings.back());
+    }
     return findings;
 }
 
