@@ -45,6 +45,15 @@ Place place_of(std::string_view file, unsigned line) {
     return place;
 }
 
+// A macro that is not defined is met as a name with parentheses. A file that has to be included may
+// say so itself by an #error.
+bool is_about_missing_name(const Finding& finding) {
+    for (const char* name : {"ERR_ID_UNDECLARED", "ERR_TYPE_UNDEF", "ERR_ILLEGAL_ARRAY_VAR",
+                             "ERR_NO_VARS", "ERR_NO_PUBLIC_VARS", "ERR_CPP"})
+        if (finding.name == name) return true;
+    return finding.message.starts_with("unexpected '('");
+}
+
 Severity severity_of(const OsPreprocessorMessage& message) {
     if (message.is_error) return Severity::error;
     return message.is_note ? Severity::note : Severity::warning;
@@ -131,6 +140,7 @@ void Diagnostics::show(const Finding& finding) {
     clear_progress();
     write(rendered(finding));
     has_reported_ = true;
+    misses_names_ |= is_about_missing_name(finding);
     const bool has_explanation = !finding.name.empty();
     if (!has_explanation || finding.severity <= explained_severity_) return;
     explained_ = finding.name;

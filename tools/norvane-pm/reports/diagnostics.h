@@ -49,6 +49,8 @@ class Diagnostics {
     bool shows_progress() const { return shows_progress_; }
 
     Format format() const { return format_; }
+    // Whether a report is about a name that may be declared elsewhere.
+    bool misses_names() const { return misses_names_; }
 
   private:
     static void progress(const MsgProgress* event, void* user);
@@ -68,6 +70,7 @@ class Diagnostics {
     std::string explained_;          // the first error that has an explanation
     Severity explained_severity_ = Severity::note;
     bool has_reported_ = false;
+    bool misses_names_ = false;
     bool preprocessor_has_failed_ = false; // and has told why
     SourceLines sources_;
 };

@@ -23,6 +23,7 @@ void point_to_whole(Session& session) {
     const bool is_of_source = model_form(options.from, options.file) != ModelForm::xml &&
                               (session.step == Step::load || session.step == Step::check);
     if (!is_of_source || session.subject != options.file) return;
+    if (!session.diagnostics.misses_names()) return;
     if (const auto note = note_of_includer(options.file)) session.diagnostics.report(*note);
 }
 
