@@ -30,6 +30,21 @@ Result<Model> read_from_standard_input(Session& session, const std::string& name
     throw InputAtFault();
 }
 
+void warn_of_encoding(Session& session, const std::vector<std::string>& files) {
+    const Selection& selection = session.options.warnings;
+    if (!selection.is_on(Warning::utf8_source)) return;
+    const bool is_error = selection.is_error(Warning::utf8_source, false);
+    bool is_at_fault = false;
+    for (const std::string& file : files) {
+        auto warning = warn_of_utf8(file);
+        if (!warning) continue;
+        if (is_error) warning->severity = Severity::error;
+        session.diagnostics.report(*warning);
+        is_at_fault = is_error;
+    }
+    if (is_at_fault) throw InputAtFault();
+}
+
 } // namespace
 
 std::vector<std::string> source_files(const Project* project) {
@@ -78,8 +93,7 @@ Model& load_model(Session& session) {
     if (!result) held.show();
     Model& model = session.take(std::move(result));
     session.project = model.get();
-    for (const std::string& file : source_files(model.get()))
-        if (const auto warning = warn_of_utf8(file)) session.diagnostics.report(*warning);
+    warn_of_encoding(session, source_files(model.get()));
     return model;
 }
 

@@ -74,6 +74,11 @@ constexpr WarningRow rows[] = {
      "The first of them is taken, and the other one never. Remove one of them."},
     {Warning::constant_rule, "constant-rule", Level::all, "A rule names no variable",
      "Such a rule holds for every product or for none. Remove it, or correct the names in it."},
+    {Warning::utf8_source, "utf8-source", Level::on, "A file is in UTF-8",
+     "Models are read in code page 1252, where each letter of UTF-8 outside ASCII is two or more "
+     "others. Convert\n"
+     "the file:\n"
+     "    iconv -f UTF-8 -t CP1252 model.pm"},
     {Warning::unasked_optional, "unasked-optional", Level::all,
      "The value of an optional is used without asking for it",
      "While an optional is absent, its value is any value, so that a rule about it may forbid a "

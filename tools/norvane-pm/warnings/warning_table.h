@@ -21,6 +21,7 @@ enum class Warning {
     constant_comparison,
     duplicate_arm,
     constant_rule,
+    utf8_source,
     unasked_optional,
     unused_name,
     unused_private,
