@@ -35,7 +35,7 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"'", "", "texts and labels are in double quotes"},
 });
 
-constexpr auto marks = std::to_array<std::string_view>({")", "]", ",", ":", "then", "of"});
+constexpr auto marks = std::to_array<std::string_view>({")", "]", ",", ":", "then", "of", "|"});
 constexpr auto section_words =
     std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
 class Search : MistakeSearch {
@@ -49,6 +49,7 @@ class Search : MistakeSearch {
         declared_with_equals();
         range_from_one();
         loop_body();
+        arm_of_case();
         words_as_label();
         missing_semicolon();
         surplus_semicolon();
@@ -126,6 +127,29 @@ class Search : MistakeSearch {
         }
     }
 
+    bool is_in_case() const {
+        unsigned depth = 0;
+        for (std::size_t i = error_.statement.first; i < token(); ++i) {
+            if (source_.word(i) == "case") ++depth;
+            if (source_.word(i) == "esac" && depth > 0) --depth;
+        }
+        return depth > 0;
+    }
+
+    // case c of red : b, green : not b esac
+    void arm_of_case() {
+        if (!is_in_case()) return;
+        const std::string_view word = error_.word();
+        if (word == ":" && error_.word(-1) == "default")
+            other_mark("", "a default has no ':'");
+        else if (word == ":")
+            other_mark("then", "an arm of a case is 'VALUE then RULE |'");
+        else if (word == ",")
+            other_mark("|", "an arm of a case ends with '|'");
+        else if (word == "esac" || word == ";")
+            hint("a case is 'case x of VALUE then RULE | ... default RULE esac'");
+    }
+
     bool is_separator(std::size_t at) const {
         const std::string_view word = source_.word(at);
         return word == "," || word == "|" || word == "[" || word == "]" || word == ";";
@@ -184,6 +208,12 @@ class Search : MistakeSearch {
         Mistake mistake = mistake_at(token());
         mistake.message = "unexpected 'in', which only loops have";
         mistake.hint = "write one comparison for each value, joined by 'or'";
+        add(std::move(mistake));
+    }
+
+    void hint(std::string text) {
+        Mistake mistake = mistake_at(token());
+        mistake.hint = std::move(text);
         add(std::move(mistake));
     }
 
