@@ -11,6 +11,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "analyse.h"
 #include "calculations.h"
 #include "explain.h"
 #include "flat_rules.h"
@@ -266,6 +267,28 @@ void describe_rules(CLI::App& command, Options& options) {
                           {"pm", Language::pm}});
 }
 
+void add_solver(CLI::App& command, Options& options, const char* help) {
+    add_text(command, "--solver", "PROGRAM", options.solver, help);
+    command
+        .add_option("--time-limit", options.time_limit, "Leave a question open after SECONDS (10)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(1, 86400));
+}
+
+void describe_analyse(CLI::App& command, Options& options) {
+    describe_variables(command, options);
+    command
+        .add_option("--assume", options.assumptions,
+                    "Answer for products that satisfy this rule too, as in 'frame = carbon'")
+        ->type_name("RULE")
+        ->allow_extra_args(false);
+    command.add_flag("--example", options.with_example, "Print a product");
+    command.add_flag("--count", options.with_count,
+                     "Count the configurations that differ in public variables, up to 10000");
+    add_solver(command, options,
+               "The solver: z3 or cvc5, or a program that is called like one of them");
+}
+
 void describe_convert(CLI::App& command, Options& options) {
     add_model(command, options, report_formats(), "FROM");
     add_argument(command, "TO", options.output, "The file to be written");
@@ -425,11 +448,17 @@ constexpr Row commands[] = {
     {"", "check", "Check a model", describe_check, check},
     {"", "print", "Load a model and print it as one source, includes and macros resolved",
      describe_model, print},
-    {"", "simplify", "Check a model and print its finite form", describe_checked_model, simplify},
+    {"", "simplify",
+     "Check a model and print its finite form, which people read; rules --to=pm prints a form that "
+     "reads back",
+     describe_checked_model, simplify},
     {"", "variables",
      "Check a model and list the variables of its flat rules, with what their values stand for",
      describe_variables, variables},
     {"", "rules", "Check a model and print its flat rules, one a line", describe_rules, rules},
+    {"", "analyse",
+     "Ask a solver whether a model has products, and what its rules exclude, decide and repeat",
+     describe_analyse, analyse},
     {"", "convert",
      "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
      "say",

@@ -21,6 +21,7 @@ _norvane_pm() {
         [simplify]="$model --warning"
         [variables]="$model --warning"
         [rules]="$model --warning --no-simplify --origin --labels --to"
+        [analyse]="$model --warning --assume --example --count --solver --time-limit"
         [convert]="$model --to"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
@@ -42,7 +43,7 @@ _norvane_pm() {
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
-        --max-nodes -W --warning '
+        --max-nodes -W --warning --assume --solver --time-limit '
 
     # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word
@@ -69,7 +70,7 @@ _norvane_pm() {
         check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check)
             words='text gcc json sarif'
             ;;
-        calc\ builtins | workspace* | package* | variables) words='text json' ;;
+        calc\ builtins | workspace* | package* | variables | analyse) words='text json' ;;
         rules) words='text gcc json' ;;
         *) words='text gcc' ;;
         esac
@@ -98,8 +99,8 @@ _norvane_pm() {
         if [[ $current == -* ]]; then
             words="${options[${command:--}]:-} --help"
         elif [[ -z $command ]]; then
-            words='info check print simplify variables rules convert calc presentation var-order workspace
-                package explain lsp'
+            words='info check print simplify variables rules analyse convert calc presentation
+                var-order workspace package explain lsp'
         elif [[ -n ${subcommands[$command]:-} ]]; then
             words=${subcommands[$command]}
         elif [[ $command == 'workspace commands' && $arguments == 2 ]]; then

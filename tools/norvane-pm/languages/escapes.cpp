@@ -114,9 +114,9 @@ std::string json_string(std::string_view bytes) {
     return result += '"';
 }
 
-void smtlib_symbol(Writer& out, std::string_view name) {
+void smtlib_symbol(Writer& out, std::string_view name, std::string_view prefix) {
     static constexpr PlainBytes plain("|\\");
-    out << '|';
+    out << '|' << prefix;
     write_with_percents(out, name, plain);
     out << '|';
 }

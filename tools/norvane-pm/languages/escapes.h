@@ -16,8 +16,8 @@ std::string json_string(std::string_view text);
 // In the following, bytes that a language cannot hold, those beyond ASCII and the percent sign
 // itself become "%" and two hexadecimal digits.
 
-// |name|, which is the name itself.
-void smtlib_symbol(Writer& out, std::string_view name);
+// |name|, which is the name itself; or |prefixname|.
+void smtlib_symbol(Writer& out, std::string_view name, std::string_view prefix = {});
 // 'name', which MiniZinc takes for the name itself.
 void minizinc_identifier(Writer& out, std::string_view name);
 // A word of a comment, without blanks, and text up to the end of a line. Neither has an asterisk,

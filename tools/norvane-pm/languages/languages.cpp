@@ -62,4 +62,16 @@ void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOp
     }
 }
 
+std::string rule_by_name(const FlatModel& flat, const Expr* rule) {
+    const Terms terms(flat);
+    std::string text;
+    {
+        Writer out([&text](std::string_view more) { text += more; });
+        const DeclaredAt nowhere;
+        text_writer(terms, {}, out)->rule({rule, 0, nowhere});
+    }
+    text.pop_back(); // the end of the line
+    return text;
+}
+
 } // namespace norvane::driver

@@ -32,6 +32,9 @@ struct Unwritten {
 void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOptions& options,
                  std::FILE* stream);
 
+// A flat rule with values by name.
+std::string rule_by_name(const FlatModel& flat, const Expr* rule);
+
 } // namespace norvane::driver
 
 #endif

@@ -61,8 +61,8 @@ unsigned SmtlibTerms::bits_of(const Shape& shape) {
     return std::max(1U, static_cast<unsigned>(std::bit_width(shape.upper)));
 }
 
-void SmtlibTerms::name(Writer& out, const std::string& path) {
-    smtlib_symbol(out, path);
+void SmtlibTerms::name(Writer& out, const std::string& path, std::string_view prefix) {
+    smtlib_symbol(out, path, prefix);
 }
 
 void SmtlibTerms::has_value(Writer& out, const std::string& path, const Shape& shape,
@@ -84,7 +84,7 @@ void SmtlibTerms::declarations() {
     terms_.flat().for_each([this](const FlatVariable& variable) {
         const unsigned bits = bits_of(variable.shape);
         out_ << "(declare-const ";
-        name(out_, variable.path);
+        name(out_, variable.path, prefix_);
         if (bits == 0) {
             out_ << " Bool)\n";
             return !out_.refused();
@@ -93,7 +93,7 @@ void SmtlibTerms::declarations() {
         const bool has_all_values = variable.shape.upper == (std::uint64_t{1} << bits) - 1;
         if (!has_all_values) {
             out_ << "(assert (bvule ";
-            name(out_, variable.path);
+            name(out_, variable.path, prefix_);
             out_ << ' ';
             constant(out_, variable.shape.upper, bits);
             out_ << "))\n";
@@ -115,7 +115,7 @@ void SmtlibTerms::truth(const Expr* expr) {
         return;
     case EXPR_IDCONSTRUCTOR:
         terms_.truth(expr, &path_);
-        name(out_, path_);
+        name(out_, path_, prefix_);
         return;
     case EXPR_INT_CONST: out_ << (args.intconst.value != 0 ? "true" : "false"); return;
     case EXPR_ITE:
@@ -166,7 +166,7 @@ void SmtlibTerms::compare_wholes(const Expr* expr) {
     if (expr->opr == OPR_NEQ) out_ << "(not ";
     out_ << "(and true";
     const auto write = [this](std::size_t number) {
-        terms_.flat().with(number, [this](const FlatVariable& v) { name(out_, v.path); });
+        terms_.flat().with(number, [this](const FlatVariable& v) { name(out_, v.path, prefix_); });
     };
     for_each_pair(left, right, [&](std::size_t a, std::size_t b, const Shape&) {
         out_ << " (= ";
@@ -183,7 +183,7 @@ void SmtlibTerms::variable(const Expr* expr, unsigned bits) {
     const unsigned own = bits_of(terms_.number(expr, &path_).shape);
     if (own < bits) out_ << "((_ zero_extend " << bits - own << ") ";
     if (own > bits) out_ << "((_ extract " << bits - 1 << " 0) ";
-    name(out_, path_);
+    name(out_, path_, prefix_);
     if (own != bits) out_ << ')';
 }
 

@@ -6,6 +6,9 @@
 #ifndef NORVANE_PM_SMTLIB_H
 #define NORVANE_PM_SMTLIB_H
 
+#include <string>
+#include <utility>
+
 #include "terms.h"
 #include "writer.h"
 
@@ -13,14 +16,16 @@ namespace norvane::driver {
 
 class SmtlibTerms {
   public:
-    SmtlibTerms(const Terms& terms, Writer& out) : terms_(terms), out_(out) {}
+    // With a prefix for the names of variables, where there are several models.
+    SmtlibTerms(const Terms& terms, Writer& out, std::string prefix = {})
+        : terms_(terms), out_(out), prefix_(std::move(prefix)) {}
 
     // The declarations of all variables, and their bounds.
     void declarations();
     void truth(const Expr* expr);
 
     // A variable by its path, and "has this value".
-    static void name(Writer& out, const std::string& path);
+    static void name(Writer& out, const std::string& path, std::string_view prefix = {});
     static void has_value(Writer& out, const std::string& path, const Shape& shape, unsigned value);
     static unsigned bits_of(const Shape& shape); // 0 for a boolean
 
@@ -33,6 +38,7 @@ class SmtlibTerms {
 
     const Terms& terms_;
     Writer& out_;
+    const std::string prefix_;
     std::string path_;
 };
 

@@ -6,14 +6,18 @@
 #include <charconv>
 #include <concepts>
 #include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace norvane::driver {
 
 class Writer {
   public:
     explicit Writer(std::FILE* stream) : stream_(stream) {}
+    // Writes into what `take` takes, which must not throw.
+    explicit Writer(std::function<void(std::string_view)> take) : take_(std::move(take)) {}
     ~Writer() { flush(); }
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
@@ -34,15 +38,19 @@ class Writer {
         return *this << std::string_view(digits, static_cast<std::size_t>(end - digits));
     }
     void flush() {
-        std::fwrite(buffer_.data(), 1, buffer_.size(), stream_);
+        if (stream_)
+            std::fwrite(buffer_.data(), 1, buffer_.size(), stream_);
+        else
+            take_(buffer_);
         buffer_.clear();
     }
     // True once the stream has refused something: the rest need not be written.
-    bool refused() const { return std::ferror(stream_) != 0; }
+    bool refused() const { return stream_ && std::ferror(stream_) != 0; }
 
   private:
     static constexpr std::size_t limit = 1 << 16;
-    std::FILE* stream_;
+    std::FILE* stream_ = nullptr;
+    std::function<void(std::string_view)> take_;
     std::string buffer_;
 };
 

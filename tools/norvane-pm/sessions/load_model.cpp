@@ -13,14 +13,6 @@
 namespace norvane::driver {
 namespace {
 
-CheckedModel& check_model(Session& session, Model& model) {
-    session.begin(Step::check, session.subject);
-    ModelReports held(session);
-    auto result = CheckedModel::check(std::move(model), held.sink());
-    if (!result) held.show();
-    return session.take(std::move(result));
-}
-
 Result<Model> read_from_standard_input(Session& session, const std::string& name,
                                        const OnReport& on_report) {
     session.standard_input = StandardInput::read(name);
@@ -66,17 +58,17 @@ void check_standard_input(const Session& session) {
 void check_model_usage(const Session& session) {
     const Options& options = session.options;
     check_standard_input(session);
-    if (model_form(options.from, options.file) == ModelForm::xml && !options.cpp_args.empty())
-        throw WrongUsage{"-I, -D and -U have no meaning for a model in XML: " + options.file};
+    if (model_form(options.from, session.model_file) == ModelForm::xml && !options.cpp_args.empty())
+        throw WrongUsage{"-I, -D and -U have no meaning for a model in XML: " + session.model_file};
 }
 
 Result<Model> read_model(Session& session, const std::string& name, const OnReport& on_report) {
     const Options& options = session.options;
-    if (model_form(options.from, options.file) == ModelForm::xml)
+    if (model_form(options.from, session.model_file) == ModelForm::xml)
         return Model::from_xml(name, on_report);
     const DroppedOutput no_results_yet;
     const TemporaryDirectory of_the_preprocessor;
-    Result<Model> source = options.file == "-"
+    Result<Model> source = session.model_file == "-"
                                ? read_from_standard_input(session, name, on_report)
                                : Model::from_source(name, options.cpp_args, on_report);
     const std::string& failure = of_the_preprocessor.failure();
@@ -86,7 +78,7 @@ Result<Model> read_model(Session& session, const std::string& name, const OnRepo
 
 Model& load_model(Session& session) {
     check_model_usage(session);
-    const std::string name = input_name(session.options.file);
+    const std::string name = input_name(session.model_file);
     session.begin_load(name);
     ModelReports held(session);
     Result<Model> result = read_model(session, name, held.sink());
@@ -95,6 +87,14 @@ Model& load_model(Session& session) {
     session.project = model.get();
     warn_of_encoding(session, source_files(model.get()));
     return model;
+}
+
+CheckedModel& check_model(Session& session, Model& model) {
+    session.begin(Step::check, session.subject);
+    ModelReports held(session);
+    auto result = CheckedModel::check(std::move(model), held.sink());
+    if (!result) held.show();
+    return session.take(std::move(result));
 }
 
 CheckedModel& load_and_check_model(Session& session) {

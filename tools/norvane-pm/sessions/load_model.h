@@ -11,6 +11,7 @@ namespace norvane::driver {
 
 // The model that the options name.
 Model& load_model(Session& session);
+CheckedModel& check_model(Session& session, Model& model);
 CheckedModel& load_and_check_model(Session& session);
 
 // Its parts: checks what the command line says of the model, before anything is read, and reads it.

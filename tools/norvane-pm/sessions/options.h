@@ -38,6 +38,12 @@ struct Options {
     Language language{};  // of the rules; the plain text is the first
     bool by_name = false; // values of the rules
 
+    std::vector<std::string> assumptions; // rules for the analysis
+    std::string solver;                   // empty for any that is installed
+    unsigned time_limit = 10;             // seconds for a question
+    bool with_example = false;
+    bool with_count = false;
+
     std::string calculation;
     CalcForm calc_from = CalcForm::unknown;
     CalcForm calc_to = CalcForm::unknown;

@@ -40,18 +40,18 @@ void show_private(const SourceText& source, Finding& finding) {
 
 std::unique_ptr<SourceText> read_source(const Session& session) {
     const Options& options = session.options;
-    if (model_form(options.from, options.file) == ModelForm::xml) return nullptr;
+    if (model_form(options.from, session.model_file) == ModelForm::xml) return nullptr;
     const TemporaryDirectory of_the_preprocessor;
     std::vector<std::string> cpp_args = options.cpp_args;
     SourceFiles files;
-    std::string file = options.file;
+    std::string file = session.model_file;
     if (session.standard_input) {
         file = session.standard_input->begin(cpp_args);
-        files.set(input_name(options.file), session.standard_input->text());
+        files.set(input_name(session.model_file), session.standard_input->text());
     }
     auto text = preprocessed_text(file, cpp_args);
     if (!text) return nullptr;
-    return std::make_unique<SourceText>(*std::move(text), input_name(options.file),
+    return std::make_unique<SourceText>(*std::move(text), input_name(session.model_file),
                                         std::move(files));
 }
 

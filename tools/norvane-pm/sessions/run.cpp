@@ -20,11 +20,11 @@ namespace {
 // Where the fault may be that the file is only a part of a model, it says of what.
 void point_to_whole(Session& session) {
     const Options& options = session.options;
-    const bool is_of_source = model_form(options.from, options.file) != ModelForm::xml &&
+    const bool is_of_source = model_form(options.from, session.model_file) != ModelForm::xml &&
                               (session.step == Step::load || session.step == Step::check);
-    if (!is_of_source || session.subject != options.file) return;
+    if (!is_of_source || session.subject != session.model_file) return;
     if (!session.diagnostics.misses_names()) return;
-    if (const auto note = note_of_includer(options.file)) session.diagnostics.report(*note);
+    if (const auto note = note_of_includer(session.model_file)) session.diagnostics.report(*note);
 }
 
 int status_of(Session& session, void (*command)(Session&)) {
@@ -32,6 +32,8 @@ int status_of(Session& session, void (*command)(Session&)) {
         const Watch watch(session);
         command(session);
         return STATUS_OK;
+    } catch (const ResultsRefused&) {
+        return STATUS_OK; // the end of the run tells what was lost
     } catch (const InputAtFault&) {
         point_to_whole(session);
         return STATUS_INPUT_AT_FAULT;

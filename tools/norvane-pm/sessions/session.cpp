@@ -13,6 +13,7 @@ const char* step_text(Step step) {
     case Step::simplify: return "simplifying";
     case Step::expand: return "expanding the rules of";
     case Step::check_functions: return "checking";
+    case Step::ask: return "asking a solver about";
     case Step::print: return "printing";
     case Step::write: return "writing";
     case Step::pack: return "packing";

@@ -1,7 +1,8 @@
 // A command under way: what it was given, how far it is, and what it has made.
 //
 // A command is a function of its session. It returns when it has succeeded, and throws otherwise:
-// an InputAtFault after a report, a WrongUsage, or what the library or the system has thrown.
+// an InputAtFault after a report, a WrongUsage, ResultsRefused, or what the library or the system
+// has thrown.
 #ifndef NORVANE_PM_SESSION_H
 #define NORVANE_PM_SESSION_H
 
@@ -23,13 +24,16 @@ namespace norvane::driver {
 // The input is at fault, which was reported.
 struct InputAtFault {};
 
+// Standard output refuses to take more, which the end of the run reports.
+struct ResultsRefused {};
+
 // The command line is at fault: what is wrong, such as "there is no error ERR_X", and the way out.
 struct WrongUsage {
     std::string text;
     std::string hint = {};
 };
 
-enum class Step { load, check, simplify, expand, check_functions, print, write, pack };
+enum class Step { load, check, simplify, expand, check_functions, ask, print, write, pack };
 
 // "loading", ..., as in "while loading the model".
 const char* step_text(Step step);
@@ -39,7 +43,8 @@ std::string input_name(const std::string& file);
 
 class Session {
   public:
-    explicit Session(const Options& what) : options(what), diagnostics(what.format, what.color) {}
+    explicit Session(const Options& what)
+        : options(what), diagnostics(what.format, what.color), model_file(what.file) {}
 
     // Notes the step and the file that it works on, for a failure in it and for reports that name
     // no place, and shows it where progress is shown.
@@ -85,6 +90,7 @@ class Session {
     const Options& options;
     Diagnostics diagnostics;
     const OnReport on_report = [this](const Report& report) { diagnostics.report(report); };
+    std::string model_file; // the model that is loaded, as it was named
     ResultFile output;
     std::optional<StandardInput> standard_input; // once it was read for a model
     Step step = Step::load;

@@ -1,0 +1,59 @@
+// A solver as a child process, which reads commands of SMT-LIB and answers them.
+#ifndef NORVANE_PM_PROCESS_H
+#define NORVANE_PM_PROCESS_H
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include <sys/types.h>
+
+namespace norvane::driver {
+
+// There is no solver, or it died, hangs, or answers what is no answer: what to tell the user.
+struct SolverFault {
+    std::string text;
+};
+
+// The child ends when this does, and when the program does, however that ends.
+class SolverProcess {
+  public:
+    // Starts the named solver, or, without a name, the first one that is installed. `seconds` is
+    // the time for each question. Throws a SolverFault.
+    SolverProcess(const std::string& name, unsigned seconds);
+    ~SolverProcess();
+    SolverProcess(const SolverProcess&) = delete;
+    SolverProcess& operator=(const SolverProcess&) = delete;
+
+    // Sends commands. That the solver does not take them is told by the next answer.
+    void send(std::string_view commands);
+    // The next answer: a word, or a list in brackets. Throws a SolverFault.
+    std::string answer();
+
+    const std::string& name() const { return name_; }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::size_t enough_to_send = 1 << 16;
+
+    bool start(const std::string& name);
+    void exchange(std::size_t most_unsent, Clock::time_point deadline);
+    void read_some();
+    bool take_answer(std::string& taken);
+    void stop();
+    [[noreturn]] void fail(const std::string& what);
+
+    std::string name_;
+    unsigned seconds_;
+    pid_t child_ = -1;
+    int to_child_ = -1;
+    int from_child_ = -1;
+    std::string unsent_;
+    std::string received_;
+    bool has_ended_ = false; // it closed its output
+    bool is_late_ = false;
+};
+
+} // namespace norvane::driver
+
+#endif
