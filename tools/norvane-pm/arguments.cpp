@@ -13,6 +13,7 @@
 
 #include "analyse.h"
 #include "calculations.h"
+#include "differences.h"
 #include "explain.h"
 #include "flat_rules.h"
 #include "info.h"
@@ -289,6 +290,15 @@ void describe_analyse(CLI::App& command, Options& options) {
                "The solver: z3 or cvc5, or a program that is called like one of them");
 }
 
+void describe_diff(CLI::App& command, Options& options) {
+    add_model(command, options, result_formats(), "BEFORE");
+    add_argument(command, "AFTER", options.other_file, "The model that it is compared with");
+    add_warnings(command, options);
+    add_solver(command, options,
+               "Ask z3 or cvc5, or a program that is called like one of them, whether the models "
+               "have the same products");
+}
+
 void describe_convert(CLI::App& command, Options& options) {
     add_model(command, options, report_formats(), "FROM");
     add_argument(command, "TO", options.output, "The file to be written");
@@ -459,6 +469,8 @@ constexpr Row commands[] = {
     {"", "analyse",
      "Ask a solver whether a model has products, and what its rules exclude, decide and repeat",
      describe_analyse, analyse},
+    {"", "diff", "Tell which variables, values and rules of a model came, went or changed",
+     describe_diff, diff},
     {"", "convert",
      "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
      "say",

@@ -22,6 +22,7 @@ _norvane_pm() {
         [variables]="$model --warning"
         [rules]="$model --warning --no-simplify --origin --labels --to"
         [analyse]="$model --warning --assume --example --count --solver --time-limit"
+        [diff]="$model --warning --solver --time-limit"
         [convert]="$model --to"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
@@ -70,7 +71,7 @@ _norvane_pm() {
         check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check)
             words='text gcc json sarif'
             ;;
-        calc\ builtins | workspace* | package* | variables | analyse) words='text json' ;;
+        calc\ builtins | workspace* | package* | variables | analyse | diff) words='text json' ;;
         rules) words='text gcc json' ;;
         *) words='text gcc' ;;
         esac
@@ -99,7 +100,7 @@ _norvane_pm() {
         if [[ $current == -* ]]; then
             words="${options[${command:--}]:-} --help"
         elif [[ -z $command ]]; then
-            words='info check print simplify variables rules analyse convert calc presentation
+            words='info check print simplify variables rules analyse diff convert calc presentation
                 var-order workspace package explain lsp'
         elif [[ -n ${subcommands[$command]:-} ]]; then
             words=${subcommands[$command]}

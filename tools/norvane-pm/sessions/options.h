@@ -23,7 +23,8 @@ enum class CalcForm { unknown, source, xml, package };
 struct Options {
     Format format = Format::text;
     Color color = Color::automatic;
-    std::string file; // the model, the presentation, the workspace or the package
+    std::string file;       // the model, the presentation, the workspace or the package
+    std::string other_file; // the model that it is compared with
     ModelForm from = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
     bool first = false;                // report no more than the library
