@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 
 #include "norvane/base/deep.hpp"
 
@@ -128,7 +129,7 @@ const Shape* FlatModel::shape_of(TypeCon* type) {
 Shape FlatModel::make_shape(TypeCon* type) {
     const auto root_of = [type] { return call([type] { return tc_find_set(type); }); };
     Shape shape;
-    switch (type->contype) {
+    switch (kind_of(type)) {
     case TC_BOOL: return scalar(ScalarKind::boolean, 1);
     case TC_INT: return scalar(ScalarKind::range, index_of(type->values.upper));
     case TC_SUM: return of_labels(ScalarKind::enumeration, type->values.labels);
@@ -160,13 +161,15 @@ Shape FlatModel::make_shape(TypeCon* type) {
         shape.element = shape_of(type->values.array.element);
         shape.size = product(shape.count, shape.element->size);
         return shape;
-    default: // an optional: the check has refused all others
+    case TC_OPTIONAL:
         shape.form = Shape::Form::optional;
         shape.kind = ScalarKind::optional;
         shape.element = shape_of(type->values.base);
         shape.size = sum(1, shape.element->size);
         return shape;
+    case TC_NAMED: break; // named types have been replaced by what they stand for
     }
+    throw std::logic_error("a type without a shape");
 }
 
 unsigned FlatModel::index_of(const Expr* index) const {

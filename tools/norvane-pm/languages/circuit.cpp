@@ -172,7 +172,7 @@ void Circuit::add_clause(std::vector<Literal>& clause) {
 Literal Circuit::truth(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return truth(expr); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_INT_CONST: return args.intconst.value != 0 ? always : never;
     case EXPR_IDCONSTRUCTOR: return firsts_[terms_.truth(expr).number];
     case EXPR_UNARY:
@@ -184,8 +184,12 @@ Literal Circuit::truth(const Expr* expr) {
         return choose(test, yes, truth(args.ite.falseexpr));
     }
     case EXPR_BINARY: return binary_truth(expr);
-    default: throw Inexpressible{"it is not flat"};
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    throw Inexpressible{"it is not flat"};
 }
 
 Literal Circuit::binary_truth(const Expr* expr) {
@@ -322,7 +326,7 @@ Circuit::Number Circuit::variable(std::size_t number, const Shape& shape) {
 void Circuit::push_number(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { push_number(expr); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_INT_CONST: numbers_.push_back(constant(args.intconst.value)); return;
     case EXPR_IDCONSTRUCTOR: {
         const auto [number, shape] = terms_.number(expr);
@@ -350,8 +354,12 @@ void Circuit::push_number(const Expr* expr) {
         return;
     }
     case EXPR_BINARY: push_binary(expr); return;
-    default: throw Inexpressible{"it is not flat"};
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    throw Inexpressible{"it is not flat"};
 }
 
 void Circuit::push_binary(const Expr* expr) {

@@ -48,7 +48,7 @@ class JsonWriter : public RuleWriter {
     void expression(const Expr* expr) {
         if (stack_is_low()) return on_fresh_stack([&] { expression(expr); });
         const auto& args = expr->args;
-        switch (expr->structure) {
+        switch (structure_of(expr)) {
         case EXPR_BINARY:
             if (by_name_ && is_comparison(expr) && comparison(expr)) return;
             open(expr);
@@ -81,8 +81,12 @@ class JsonWriter : public RuleWriter {
             expression(args.ite.falseexpr);
             out_ << "]}";
             return;
-        default: throw Inexpressible{"it is not flat"};
+        case EXPR_STRING_CONST:
+        case EXPR_FLOAT_CONST:
+        case EXPR_RANGE:
+        case EXPR_CASE: break;
         }
+        throw Inexpressible{"it is not flat"};
     }
 
     void open(const Expr* expr) { out_ << R"({"op":")" << word(expr->opr) << R"(","args":[)"; }

@@ -55,7 +55,7 @@ class MinizincWriter : public RuleWriter {
     void expression(const Expr* expr) {
         if (stack_is_low()) return on_fresh_stack([&] { expression(expr); });
         const auto& args = expr->args;
-        switch (expr->structure) {
+        switch (structure_of(expr)) {
         case EXPR_BINARY: binary(expr); return;
         case EXPR_UNARY:
             out_ << '(' << word(expr->opr);
@@ -81,8 +81,12 @@ class MinizincWriter : public RuleWriter {
             expression(args.ite.falseexpr);
             out_ << " endif)";
             return;
-        default: throw Inexpressible{"it is not flat"};
+        case EXPR_STRING_CONST:
+        case EXPR_FLOAT_CONST:
+        case EXPR_RANGE:
+        case EXPR_CASE: break;
         }
+        throw Inexpressible{"it is not flat"};
     }
 
     void binary(const Expr* expr) {

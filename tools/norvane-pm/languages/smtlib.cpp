@@ -105,7 +105,7 @@ void SmtlibTerms::declarations() {
 void SmtlibTerms::truth(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { truth(expr); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY: binary(expr); return;
     case EXPR_UNARY:
         if (expr->opr != OPR_NOT) throw Inexpressible{"it takes a number for a truth"};
@@ -127,8 +127,12 @@ void SmtlibTerms::truth(const Expr* expr) {
         truth(args.ite.falseexpr);
         out_ << ')';
         return;
-    default: throw Inexpressible{"it is not flat"};
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    throw Inexpressible{"it is not flat"};
 }
 
 void SmtlibTerms::binary(const Expr* expr) {
@@ -190,7 +194,7 @@ void SmtlibTerms::variable(const Expr* expr, unsigned bits) {
 void SmtlibTerms::number(const Expr* expr, unsigned bits) {
     if (stack_is_low()) return on_fresh_stack([&] { number(expr, bits); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_IDCONSTRUCTOR: variable(expr, bits); return;
     case EXPR_INT_CONST: constant(out_, args.intconst.value, bits); return;
     case EXPR_UNARY:
@@ -207,13 +211,19 @@ void SmtlibTerms::number(const Expr* expr, unsigned bits) {
         number(args.ite.falseexpr, bits);
         out_ << ')';
         return;
-    default:
+    case EXPR_BINARY:
         out_ << '(' << word_of_numbers(expr->opr) << ' ';
         number(args.binargs.leftarg, bits);
         out_ << ' ';
         number(args.binargs.rightarg, bits);
         out_ << ')';
+        return;
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    throw Inexpressible{"it is not flat"};
 }
 
 namespace {

@@ -45,7 +45,7 @@ class SourceWriter : public RuleWriter {
     void expression(const Expr* expr) {
         if (stack_is_low()) return on_fresh_stack([&] { expression(expr); });
         const auto& args = expr->args;
-        switch (expr->structure) {
+        switch (structure_of(expr)) {
         case EXPR_BINARY:
             if (is_comparison(expr) && comparison(expr)) return;
             out_ << '(';
@@ -75,8 +75,12 @@ class SourceWriter : public RuleWriter {
             expression(args.ite.falseexpr);
             out_ << ')';
             return;
-        default: throw Inexpressible{"it is not flat"};
+        case EXPR_STRING_CONST:
+        case EXPR_FLOAT_CONST:
+        case EXPR_RANGE:
+        case EXPR_CASE: break;
         }
+        throw Inexpressible{"it is not flat"};
     }
 
     const Terms& terms_;

@@ -57,17 +57,15 @@ bool is_comparison(const Expr* expr) {
 // The type is that of the check. A name that the flat rules take for another one (see the
 // language's page on names in nested records) is noticed where it is written.
 bool Terms::is_truth(const Expr* expr) const {
-    switch (expr->structure) {
-    case EXPR_INT_CONST: return expr->opr == OPR_BOOLCONST;
+    if (expr->structure == EXPR_INT_CONST) return expr->opr == OPR_BOOLCONST;
     // Only truths are without a type: those that compare a string with an enumeration.
-    default: return expr->type == ETYPE_BOOL || expr->type == ETYPE_UNDEF;
-    }
+    return expr->type == ETYPE_BOOL || expr->type == ETYPE_UNDEF;
 }
 
 Range Terms::range_of(const Expr* expr) const {
     if (stack_is_low()) return on_fresh_stack([&] { return range_of(expr); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_INT_CONST: return {args.intconst.value, args.intconst.value};
     case EXPR_IDCONSTRUCTOR: return {0, number(expr).shape.upper};
     case EXPR_ITE: return joined(range_of(args.ite.trueexpr), range_of(args.ite.falseexpr));
@@ -75,9 +73,17 @@ Range Terms::range_of(const Expr* expr) const {
         const Range arg = range_of(args.arg);
         return wrapped({-arg.high, -arg.low}, arg, arg);
     }
-    case EXPR_BINARY: break;
-    default: throw Inexpressible{"it is not flat"};
+    case EXPR_BINARY: return range_of_binary(expr);
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    throw Inexpressible{"it is not flat"};
+}
+
+Range Terms::range_of_binary(const Expr* expr) const {
+    const auto& args = expr->args;
     const Range left = range_of(args.binargs.leftarg);
     const Range right = range_of(args.binargs.rightarg);
     switch (expr->opr) {

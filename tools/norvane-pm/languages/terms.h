@@ -48,6 +48,8 @@ class Terms {
     Named number(const Expr* named, std::string* path = nullptr) const;
 
   private:
+    Range range_of_binary(const Expr* expr) const;
+
     const FlatModel& flat_;
 };
 

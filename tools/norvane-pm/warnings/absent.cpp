@@ -90,7 +90,7 @@ bool Trial::finds_values(TypeCon* content) {
 
 Trial::Value Trial::of_type(const TypeCon* typecon, bool highest) {
     if (!typecon) return {};
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_BOOL:
     case TC_OPTIONAL: return highest;
     case TC_INT: {
@@ -99,8 +99,14 @@ Trial::Value Trial::of_type(const TypeCon* typecon, bool highest) {
         return highest ? upper->value : 0;
     }
     case TC_SUM: return highest ? typecon->values.labels->len - 1 : 0;
-    default: return {};
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_PROD:
+    case TC_ARRAY:
+    case TC_NAMED: break;
     }
+    return {};
 }
 
 Trial::Value Trial::of_name(const IdCon* idcon) {
@@ -153,7 +159,7 @@ Trial::Value Trial::of_conditional(const Expr* expr) {
 Trial::Value Trial::value(const Expr* expr) {
     if (takes_too_long()) return {};
     if (stack_is_low()) return on_fresh_stack([&] { return value(expr); });
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_INT_CONST: return expr->args.intconst.value;
     case EXPR_FLOAT_CONST: return expr->args.floatconst.value;
     case EXPR_IDCONSTRUCTOR: return of_name(expr->args.idcon);
@@ -173,8 +179,10 @@ Trial::Value Trial::value(const Expr* expr) {
         names_.loops.pop_back();
         return turn;
     }
-    default: return {};
+    case EXPR_STRING_CONST:
+    case EXPR_CASE: break;
     }
+    return {};
 }
 
 } // namespace

@@ -287,7 +287,7 @@ const Expr* first_of(Search& search, const Nodes*... nodes) {
 
 const Expr* Search::below(const Expr* expr) {
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY: return first_of(*this, args.binargs.leftarg, args.binargs.rightarg);
     case EXPR_UNARY: return in(args.arg);
     case EXPR_IDCONSTRUCTOR: return in(args.idcon);
@@ -301,8 +301,11 @@ const Expr* Search::below(const Expr* expr) {
         if (const Expr* found = in(args.caseexpr.exprlist_condition)) return found;
         return in(args.caseexpr.exprlist_evaluation);
     }
-    default: return nullptr;
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: break;
     }
+    return nullptr;
 }
 
 const Expr* Search::in(const Expr* expr) {
@@ -317,13 +320,20 @@ const Expr* Search::in(const Expr* expr) {
 // The rules of records have marks of their own.
 const Expr* Search::in(const TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { return in(typecon); });
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_INT: return in(typecon->values.upper);
     case TC_ARRAY:
         return first_of(*this, typecon->values.array.size, typecon->values.array.element);
     case TC_OPTIONAL: return in(typecon->values.base);
-    default: return nullptr;
+    case TC_BOOL:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_PROD:
+    case TC_SUM:
+    case TC_NAMED: break;
     }
+    return nullptr;
 }
 
 // What the library was working on, and the form in it.

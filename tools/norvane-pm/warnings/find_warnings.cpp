@@ -81,7 +81,7 @@ class Walk {
 // A type is part of the results if a variable has it; that of an optional only of the flat rules.
 void Walk::mark_used(TypeCon* typecon, unsigned use) {
     if (stack_is_low()) return on_fresh_stack([&] { mark_used(typecon, use); });
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_INT: {
         const auto bound = known_value(names_, typecon->values.upper);
         finder_.smallest_bound = std::min(finder_.smallest_bound, bound ? bound->value : 0);
@@ -101,7 +101,11 @@ void Walk::mark_used(TypeCon* typecon, unsigned use) {
         if (type && type->ndtype == ND_TYPE) mark_used(type->typecon, use);
         return;
     }
-    default: return;
+    case TC_BOOL:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_SUM: return;
     }
 }
 
@@ -144,7 +148,7 @@ void Walk::walk_constant(const ConstantDecl* constant) {
 
 void Walk::walk_type(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { walk_type(typecon); });
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_INT: return walk_bound(typecon->values.upper, false);
     case TC_SUM:
         if (typecon->values.labels->len == 1)
@@ -166,7 +170,10 @@ void Walk::walk_type(TypeCon* typecon) {
     }
     case TC_PROD: return walk_record(typecon);
     case TC_NAMED: return walk_named(typecon);
-    default: return;
+    case TC_BOOL:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING: return;
     }
 }
 
@@ -254,7 +261,7 @@ void Walk::walk_evaluated(const Expr* expr) {
 
 void Walk::walk(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { walk(expr); });
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY: return walk_binary(expr);
     case EXPR_UNARY:
         if (expr->opr == OPR_ORDER) check_order(finder_, expr);
@@ -263,7 +270,9 @@ void Walk::walk(const Expr* expr) {
     case EXPR_ITE: return walk_conditional(expr);
     case EXPR_RANGE: return walk_loop(expr);
     case EXPR_CASE: return walk_case(expr);
-    default: return;
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: return;
     }
 }
 

@@ -97,7 +97,7 @@ std::optional<Known> known_value(Names& names, const Expr* expr) {
     if (depth >= deepest) return {};
     ++depth;
     std::optional<Known> result;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_INT_CONST:
         result = Known{static_cast<double>(expr->args.intconst.value), true};
         break;
@@ -109,7 +109,10 @@ std::optional<Known> known_value(Names& names, const Expr* expr) {
         result = known_value(names, expr->args.arg);
         if (result) result->value = expr->opr == OPR_MINUS ? -result->value : result->value == 0;
         break;
-    default: break;
+    case EXPR_STRING_CONST:
+    case EXPR_ITE:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
     --depth;
     return result;

@@ -53,7 +53,7 @@ void check_range(Finder& finder, unsigned char opr, const Expr* variable, const 
 
 // The value that an arm is for, where two arms can be seen to have the same: a literal or a name.
 std::string key_of(const Expr* condition) {
-    switch (condition->structure) {
+    switch (structure_of(condition)) {
     case EXPR_INT_CONST:
     case EXPR_FLOAT_CONST: {
         char text[32];
@@ -67,8 +67,13 @@ std::string key_of(const Expr* condition) {
         if (condition->type == ETYPE_SUM && condition->args.idcon->contype == IDCON_SIMPLE)
             return std::string("\"") + condition->args.idcon->args.id.idname;
         return text_of(condition->args.idcon);
-    default: return "";
+    case EXPR_BINARY:
+    case EXPR_UNARY:
+    case EXPR_ITE:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    return "";
 }
 
 } // namespace

@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* rename = "rename one of them";
 
-const char* kind_of(const Names::Meaning& meaning) {
+const char* noun_of(const Names::Meaning& meaning) {
     if (meaning.field) return "field";
     if (!meaning.global) return "name";
     return meaning.global->ndtype == ND_VARIABLE ? "variable" : "constant";
@@ -22,7 +22,7 @@ void add_captured(Finder& finder, const char* name, const Names::Meaning& meanin
                   const Field* field, const About& about) {
     Finding* finding =
         finder.add(Warning::captured_name, about,
-                   "'" + std::string(name) + "' is the " + kind_of(meaning) + " '" + name +
+                   "'" + std::string(name) + "' is the " + noun_of(meaning) + " '" + name +
                        "' for the check, but the field '" + name + "' in the finite form",
                    rename);
     if (!finding) return;
@@ -51,15 +51,22 @@ bool holds_optional(Names& names, TypeCon* typecon, std::unordered_set<const Typ
     if (stack_is_low()) return on_fresh_stack([&] { return holds_optional(names, typecon, seen); });
     typecon = names.real(typecon);
     if (!typecon || !seen.insert(typecon).second) return false;
-    switch (typecon->contype) {
+    switch (kind_of(typecon)) {
     case TC_OPTIONAL: return true;
     case TC_ARRAY: return holds_optional(names, typecon->values.array.element, seen);
     case TC_PROD:
         for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
             if (holds_optional(names, field->typecon, seen)) return true;
         return false;
-    default: return false;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_SUM:
+    case TC_NAMED: break;
     }
+    return false;
 }
 
 // Two values of one type that is not simple.
@@ -101,7 +108,7 @@ bool any_names_loop(const PolyList* exprs, const char* variable) {
 bool names_loop(const Expr* expr, const char* variable) {
     if (stack_is_low()) return on_fresh_stack([&] { return names_loop(expr, variable); });
     const auto& args = expr->args;
-    switch (expr->structure) {
+    switch (structure_of(expr)) {
     case EXPR_BINARY:
         return names_loop(args.binargs.leftarg, variable) ||
                names_loop(args.binargs.rightarg, variable);
@@ -120,8 +127,11 @@ bool names_loop(const Expr* expr, const char* variable) {
                any_names_loop(args.caseexpr.exprlist_condition, variable) ||
                any_names_loop(args.caseexpr.exprlist_evaluation, variable) ||
                names_loop(args.caseexpr.default_expr, variable);
-    default: return false;
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: break;
     }
+    return false;
 }
 
 bool has_one_turn(Names& names, const Expr* range) {

@@ -328,6 +328,18 @@ inline const char* null_if_empty(const std::string& text) {
 
 } // namespace detail
 
+// Tags -------------------------------------------------------------------------------------------
+
+// The tags of a model's records, which are bytes, as the enumerations that they hold. The compiler
+// names each switch over one of these, without a `default:`, that a new enumerator is missing in.
+inline ExprStructure structure_of(const Expr* expr) {
+    return static_cast<ExprStructure>(expr->structure);
+}
+
+inline ConType kind_of(const TypeCon* typecon) {
+    return static_cast<ConType>(typecon->contype);
+}
+
 // Texts and tables -------------------------------------------------------------------------------
 
 // Converts a text of the library, in code page 1252, to UTF-8.

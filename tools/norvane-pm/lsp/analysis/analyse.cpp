@@ -32,7 +32,7 @@ std::string value_text(const NameData& constant) {
 // The values that rules compare a variable with, smallest first: they cut its values into classes.
 std::vector<std::string> cuts_of(TypeCon* typecon) {
     std::vector<std::string> texts;
-    switch (static_cast<ConType>(typecon->contype)) {
+    switch (kind_of(typecon)) {
     case TC_UBOUND_INTEGER: {
         std::vector<int> values;
         IntSetIter at;
@@ -65,7 +65,13 @@ std::vector<std::string> cuts_of(TypeCon* typecon) {
             texts.push_back("\"" + to_utf8(static_cast<char*>(value)) + "\"");
         break;
     }
-    default: break;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_PROD:
+    case TC_SUM:
+    case TC_ARRAY:
+    case TC_NAMED:
+    case TC_OPTIONAL: break;
     }
     return texts;
 }
