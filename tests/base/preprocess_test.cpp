@@ -117,6 +117,24 @@ TEST_F(PreprocessTest, TheResultHasDirectivesWhereTheReaderTakesThemAndTheTextAs
         EXPECT_EQ(result(c.model), "#line 1 \"m.pm\"\n" + c.result) << c.name;
 }
 
+TEST_F(PreprocessTest, AHostIsToldEachFileThatIsReadAndNoneThatIsOnlyNamed) {
+    directory.write("a b\\c.inc", "x\n");
+    directory.write("empty.inc", "");
+    directory.write("named.inc", "");
+    std::string read;
+    os_set_include_sink(
+        [](const char* file, void* user) {
+            *static_cast<std::string*>(user) += std::string(file) + "|";
+        },
+        &read);
+    result("#include \"empty.inc\"\n#line 1 \"named.inc\"\n"
+           "/* /* */\n#include \"./empty.inc\"\n*/ \"\n#include <a b\\c.inc>\n\"\n"
+           "#if 0\n#include \"named.inc\"\n#endif\n",
+           {"-I."});
+    os_set_include_sink(nullptr, nullptr);
+    EXPECT_EQ(read, "empty.inc|./empty.inc|./a b\\c.inc|");
+}
+
 TEST_F(PreprocessTest, NamesAndArgumentsArePassedOnAsTheyAre) {
     directory.write("-I.pm", "N");
     EXPECT_EQ(run("-I.pm", {"-DN=$HOME;*"}), 0) << messages;
@@ -391,7 +409,7 @@ TEST(MarkerFilterTest, TheSizeOfTheBlocksMakesNoDifference) {
         std::string output;
         filter.begin([](void* user, const char* data,
                         std::size_t size) { static_cast<std::string*>(user)->append(data, size); },
-                     &output);
+                     &output, [](const char*) {});
         for (std::size_t at = 0; at < input.size(); at += block) {
             const std::size_t size = std::min(block, input.size() - at);
             input.copy(filter.room().data(), size, at);

@@ -14,6 +14,7 @@
 #include "analyse.h"
 #include "calculations.h"
 #include "differences.h"
+#include "dependency_rule.h"
 #include "explain.h"
 #include "flat_rules.h"
 #include "info.h"
@@ -185,6 +186,32 @@ void add_max_nodes(CLI::App& command, Options& options) {
         ->type_name("N");
 }
 
+void add_dependencies(CLI::App& command, Options& options) {
+    auto* asked =
+        command.add_flag("--dependencies", options.has_dependencies,
+                         "(-MD) Write the names of all files that were read as a rule for make "
+                         "and ninja");
+    const auto add = [&](const char* name, const char* value, const char* help, auto take) {
+        command.add_option_function<std::string>(name, take, help)
+            ->type_name(value)
+            ->trigger_on_parse()
+            ->needs(asked);
+    };
+    add("--dependency-file", "FILE", "(-MF) The file to write it to",
+        [&options](const std::string& file) { options.dependency_file = file; });
+    add("--dependency-target", "TARGET",
+        "(-MT) What depends on the files, if that is not the file that is written",
+        [&options](const std::string& target) { options.dependency_targets.push_back(target); });
+    add("--quoted-target", "TARGET", "(-MQ) The same, quoted for make",
+        [&options](const std::string& target) {
+            options.dependency_targets.push_back(quoted_for_make(target));
+        });
+    command
+        .add_flag("--phony-targets", options.has_phony_targets,
+                  "(-MP) Let make go on where an included file has been removed")
+        ->needs(asked);
+}
+
 void add_max_errors(CLI::App& command, Options& options) {
     command.add_flag("--first", options.first, "Report the first error of a model, and not all");
     command
@@ -203,6 +230,7 @@ void add_model(CLI::App& command, Options& options, const Formats& formats,
                    options.from);
     add_max_errors(command, options);
     add_max_nodes(command, options);
+    add_dependencies(command, options);
 }
 
 void add_warnings(CLI::App& command, Options& options) {
@@ -319,6 +347,7 @@ void add_calculation(CLI::App& command, Options& options, const Formats& formats
     add_text(command, "--of", "NAME", options.package_model,
              "Take the calculation of the model NAME out of a package, if its name is not the "
              "package's");
+    add_dependencies(command, options);
 }
 
 void describe_calc_check(CLI::App& command, Options& options) {
@@ -612,11 +641,38 @@ void refuse(Session& session) {
                                               : options.way_out};
 }
 
+// The options that compilers spell with two letters after one dash.
+constexpr std::pair<std::string_view, const char*> compiler_options[] = {
+    {"-MD", "--dependencies"},
+    {"-MF", "--dependency-file"},
+    {"-MT", "--dependency-target"},
+    {"-MQ", "--quoted-target"},
+    {"-MP", "--phony-targets"}};
+
+// The words of the command line, in which these have their long names. A file may follow the
+// letters or be the next word.
+std::vector<std::string> in_long_form(int argc, char** argv) {
+    std::vector<std::string> words(argv, argv + argc);
+    for (std::string& word : words) {
+        if (word == "--") break;
+        const auto* found = std::ranges::find_if(compiler_options, [&word](const auto& option) {
+            return word.starts_with(option.first);
+        });
+        if (found == std::end(compiler_options)) continue;
+        const std::string rest = word.substr(found->first.size());
+        word = found->second + (rest.empty() ? "" : "=" + rest);
+    }
+    return words;
+}
+
 } // namespace
 
 Invocation parse_arguments(int argc, char** argv) {
     Invocation invocation;
-    std::vector<char*> arguments(argv, argv + argc);
+    std::vector<std::string> spelled = in_long_form(argc, argv);
+    std::vector<char*> arguments(spelled.size());
+    std::ranges::transform(spelled, arguments.begin(),
+                           [](std::string& word) { return word.data(); });
     // "help calc check" is "calc check --help".
     char help[] = "--help";
     if (argc > 1 && std::strcmp(argv[1], "help") == 0) {

@@ -9,9 +9,10 @@ _norvane_pm() {
         [workspace]='show commands package'
         [package]='list make'
     )
-    local model='--format --color --include-dir --define --undefine --from --first
-        --max-errors --max-nodes'
-    local calculation='--format --color --from --of'
+    local dependencies='--dependencies --dependency-file --dependency-target --quoted-target --phony-targets'
+    local model="--format --color --include-dir --define --undefine --from --first
+        --max-errors --max-nodes $dependencies"
+    local calculation="--format --color --from --of $dependencies"
     local package='--format --color --debug --type'
     local -A options=(
         [-]='--version'
@@ -44,7 +45,8 @@ _norvane_pm() {
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
-        --max-nodes -W --warning --assume --solver --time-limit '
+        --max-nodes -W --warning --assume --solver --time-limit
+        --dependency-file --dependency-target --quoted-target '
 
     # The words before the cursor; bash splits --option=value into three words.
     local current=${COMP_WORDS[COMP_CWORD]} previous='' command='' arguments=0 i word

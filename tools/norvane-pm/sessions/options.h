@@ -44,6 +44,10 @@ struct Options {
     unsigned time_limit = 10;             // seconds for a question
     bool with_example = false;
     bool with_count = false;
+    bool has_dependencies = false;               // writes a rule with the files that were read
+    std::string dependency_file;                 // empty: named after the result or the input
+    std::vector<std::string> dependency_targets; // quoted as make reads them
+    bool has_phony_targets = false;
 
     std::string calculation;
     CalcForm calc_from = CalcForm::unknown;

@@ -30,7 +30,9 @@ void point_to_whole(Session& session) {
 int status_of(Session& session, void (*command)(Session&)) {
     try {
         const Watch watch(session);
+        if (session.options.has_dependencies) session.dependencies.emplace(session.options);
         command(session);
+        session.write_dependencies();
         return STATUS_OK;
     } catch (const ResultsRefused&) {
         return STATUS_OK; // the end of the run tells what was lost

@@ -34,6 +34,7 @@ void Session::begin(Step next, const std::string& file) {
 
 void Session::begin_load(const std::string& file) {
     begin(Step::load, file);
+    if (dependencies) dependencies->add(file);
     struct stat info;
     if (stat(file.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return;
     Finding finding;
@@ -43,18 +44,37 @@ void Session::begin_load(const std::string& file) {
     throw InputAtFault();
 }
 
-void Session::open_output() {
-    const std::string& name = options.output;
+void Session::open_result(const std::string& name) {
     begin(Step::write, name == "-" ? "standard output" : name);
     if (output.open(name)) return;
     report([&name] { return ERR_FILE_OPEN_WRITE(name.c_str()); });
     throw InputAtFault();
 }
 
-void Session::close_output() {
+void Session::close_result(const std::string& name) {
     if (output.close()) return;
-    diagnostics.say("cannot write " + options.output + ": " + std::strerror(output.error()));
+    diagnostics.say("cannot write " + name + ": " + std::strerror(output.error()));
     throw InputAtFault();
+}
+
+void Session::open_output() {
+    write_dependencies();
+    open_result(options.output);
+}
+
+void Session::close_output() {
+    close_result(options.output);
+}
+
+void Session::write_dependencies() {
+    if (!dependencies) return;
+    const std::string name = dependencies->file();
+    const std::string rule = dependencies->rule();
+    dependencies.reset();
+    open_result(name);
+    std::fwrite(rule.data(), 1, rule.size(), output.stream());
+    output.refused();
+    close_result(name);
 }
 
 } // namespace norvane::driver

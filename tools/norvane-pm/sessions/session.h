@@ -14,6 +14,7 @@
 
 #include "norvane/proj.hpp"
 
+#include "dependencies.h"
 #include "diagnostics.h"
 #include "options.h"
 #include "result_file.h"
@@ -84,14 +85,18 @@ class Session {
         output.refused();
         close_output();
     }
+    // A build that finds the result new looks at the dependencies, so those are written first.
     void open_output();
     void close_output();
+    // Writes the rule that names the files which were read, if it is asked for. Once.
+    void write_dependencies();
 
     const Options& options;
     Diagnostics diagnostics;
     const OnReport on_report = [this](const Report& report) { diagnostics.report(report); };
     std::string model_file; // the model that is loaded, as it was named
     ResultFile output;
+    std::optional<Dependencies> dependencies;
     std::optional<StandardInput> standard_input; // once it was read for a model
     Step step = Step::load;
     std::string subject; // the file that the step works on
@@ -100,6 +105,9 @@ class Session {
     const Calculation* calculation = nullptr;
 
   private:
+    void open_result(const std::string& name);
+    void close_result(const std::string& name);
+
     std::vector<std::shared_ptr<void>> kept_;
 };
 

@@ -129,9 +129,10 @@ void MarkerFilter::Preprocessor::step_at_quote(char c, bool after_backslash) {
         quote = '\0';
 }
 
-void MarkerFilter::begin(Write write, void* user) {
+void MarkerFilter::begin(Write write, void* user, Enter enter) {
     write_ = write;
     user_ = user;
+    enter_ = enter;
     reader_ = {};
     preprocessor_ = {};
     at_line_start_ = true;
@@ -195,6 +196,10 @@ MarkerFilter::Line MarkerFilter::begin_line(Block& block) {
 bool MarkerFilter::take_marker(Block& block, const Marker& marker, const char* line_end) {
     write_up_to(block, block.at);
     set_position(marker);
+    if (marker.enters_file) {
+        name_[name_length_] = '\0';
+        enter_(name_);
+    }
     missed_ = !reader_.counts() || !position_is_in_a_file();
     if (!missed_) write_position();
     if (reader_.comment_depth > 0) {
@@ -235,6 +240,7 @@ bool MarkerFilter::parse_marker(const char* line, const char* end, Marker* marke
         at += *at == '\\' ? 2 : 1;
     if (at >= end) return false;
     marker->name_end = at++;
+    marker->enters_file = end - at >= 2 && at[0] == ' ' && at[1] == '1';
     while (at < end && (*at == ' ' || is_digit(*at)))
         ++at;
     return at == end;

@@ -22,8 +22,11 @@ namespace norvane::os {
 class MarkerFilter {
   public:
     using Write = void (*)(void* user, const char* data, std::size_t size);
+    // Gets the name of each file that the preprocessor enters, also where the filter drops the
+    // marker.
+    using Enter = void (*)(const char* file);
 
-    void begin(Write write, void* user);
+    void begin(Write write, void* user, Enter enter);
     // Where the next bytes of input go; never empty. `received` says how many there are.
     std::span<char> room() { return {buffer_ + held_, sizeof buffer_ - held_}; }
     void received(std::size_t size);
@@ -34,6 +37,7 @@ class MarkerFilter {
         unsigned long line;
         const char* name; // with its escapes
         const char* name_end;
+        bool enters_file;
     };
     // How the scanner sees the text: comments nest, strings run over lines, apostrophes mean
     // nothing.
@@ -80,6 +84,7 @@ class MarkerFilter {
 
     Write write_;
     void* user_;
+    Enter enter_;
     Reader reader_;
     Preprocessor preprocessor_;
     bool at_line_start_;

@@ -45,8 +45,10 @@ struct Settings {
     OsPreprocessorSink sink;
     void* user;
     unsigned seconds;
+    OsIncludeSink include_sink;
+    void* include_user;
 };
-Settings settings = {nullptr, nullptr, 120};
+Settings settings = {nullptr, nullptr, 120, nullptr, nullptr};
 
 // The file that is written.
 struct Output {
@@ -215,6 +217,10 @@ void tell_status(Run* run, int status) {
     if (run->has_refused) append_first_line(run->failure, run->messages);
 }
 
+void tell_included(const char* file) {
+    if (settings.include_sink) settings.include_sink(file, settings.include_user);
+}
+
 void run_cpp(Run* run, char** arguments) {
     if (const int error = start_cpp(&run->process, arguments, settings.sink != nullptr)) {
         ustr_printf(run->failure, "cannot run the C preprocessor '%s': %s", arguments[0],
@@ -225,7 +231,7 @@ void run_cpp(Run* run, char** arguments) {
     int status = -1;
     release_after(
         [&] {
-            filter.begin(put, run->output);
+            filter.begin(put, run->output, tell_included);
             is_complete = read_streams(run);
             if (!is_complete) return;
             filter.end();
@@ -357,4 +363,9 @@ void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user) {
 
 void os_set_preprocessor_time(unsigned seconds) {
     settings.seconds = seconds;
+}
+
+void os_set_include_sink(OsIncludeSink sink, void* user) {
+    settings.include_sink = sink;
+    settings.include_user = user;
 }

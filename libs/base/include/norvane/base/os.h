@@ -64,6 +64,13 @@ typedef void (*OsPreprocessorSink)(const OsPreprocessorMessage* message, void* u
 /* Installs the sink. Null, the default, lets the preprocessor write to standard error itself. */
 NORVANE_BASE_API void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user);
 
+/* Receives the name of each file that the source includes, as often as the preprocessor enters it,
+ * as the name would open it from the current directory. The name is borrowed. */
+typedef void (*OsIncludeSink)(const char* file, void* user);
+
+/* Installs the sink, which is called while the preprocessor runs. Null is the default. */
+NORVANE_BASE_API void os_set_include_sink(OsIncludeSink sink, void* user);
+
 /* Sets how long a run of the preprocessor may take, in seconds of wall-clock time; 120 at first. */
 NORVANE_BASE_API void os_set_preprocessor_time(unsigned seconds);
 

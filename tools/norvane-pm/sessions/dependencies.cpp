@@ -1,0 +1,53 @@
+#include "dependencies.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "norvane/base/os.h"
+
+#include "dependency_rule.h"
+#include "session.h"
+
+namespace norvane::driver {
+namespace {
+
+// As compilers name it: after the result, beside it; without one, after the input, in the current
+// directory.
+std::string default_file(const Options& options) {
+    if (options.output != "-") return std::filesystem::path(options.output).replace_extension(".d");
+    const std::string& input = options.calculation.empty() ? options.file : options.calculation;
+    if (input == "-")
+        throw WrongUsage{
+            "-MD needs -MF FILE where the input is standard input and the result no file"};
+    return std::filesystem::path(input).filename().replace_extension(".d");
+}
+
+} // namespace
+
+Dependencies::Dependencies(const Options& options)
+    : file_(options.dependency_file), targets_(options.dependency_targets),
+      with_phony_(options.has_phony_targets) {
+    if (file_.empty()) file_ = default_file(options);
+    if (targets_.empty() && options.output == "-")
+        throw WrongUsage{"-MD needs -MT TARGET where the result is no file: nothing tells what "
+                         "depends on the files"};
+    if (targets_.empty()) targets_.push_back(quoted_for_make(options.output));
+    os_set_include_sink(
+        [](const char* file, void* self) { static_cast<Dependencies*>(self)->add(file); }, this);
+}
+
+Dependencies::~Dependencies() {
+    os_set_include_sink(nullptr, nullptr);
+}
+
+// Standard input is no file that a build could find newer.
+void Dependencies::add(const std::string& file) {
+    if (file != input_name("-") && std::ranges::find(files_, file) == files_.end())
+        files_.push_back(file);
+}
+
+std::string Dependencies::rule() const {
+    return dependency_rule(targets_, files_, with_phony_);
+}
+
+} // namespace norvane::driver
