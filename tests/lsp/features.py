@@ -57,13 +57,18 @@ HOVERS = [
     ('m.pm', '«N» - 1', ['constant **N**', 'N : 2 + 1;', 'How many.', 'value: `3`']),
     ('m.pm', 'or «kg»', ['public kg : integer', '- 0: up to 9', '- 1: 10', '- 2: from 11']),
     ('m.pm', '«"dark red"»', ['number 1 of its enumeration']),
+    ('m.pm', 'box[«kg»].size', ['loop variable **kg**', '\nkg in [0..N - 1]\n']),
     ('m.cl', 'Shop.«total»', ['float Shop.total(float rate, integer count)', 'The sum.']),
+    ('m.cl', 'System.«Round»', ['float System.Round(float f)']),
 ]
-# A text in the place of a marked one, what is offered there, and what is not.
+# A text in the place of a marked one, what is offered there, as a list where it comes first in this order, and
+# what is not.
 COMPLETIONS = [
     ('m.pm', '«kg > 10»', 'box[0].', {'size', 'lid'}, {'N', 'Box'}),
     ('m.pm', '«kg > 10»', 'box[0].lid.', {'SOME'}, {'size'}),
-    ('m.pm', '«kg > 10»', 'box[0].lid.SOME = ', {'green', 'dark red', 'box'}, set()),
+    ('m.pm', '«kg > 10»', 'box[0].lid.SOME = ', ['green', 'dark red', 'blue', 'box'], {'and', 'not', 'N'}),
+    ('m.pm', '«kg > 10»', 'case box[0].lid.SOME of green then wide | ', ['green', 'dark red', 'blue', 'default'], {'kg'}),
+    ('m.pm', '«kg > 10»', 'kg ', {'and', 'then'}, {'kg', 'not', 'N'}),
     ('m.pm', '«kg > 10»', 'k', {'kg', 'wide', 'N', 'forall', 'BOTH'}, {'Box', 'lid'}),
     ('m.pm', '«integer»', '', {'Box', 'Colour', 'boolean', 'optional', 'record'}, {'kg', 'and'}),
     ('m.pm', '«integer;»', 'integer; ', {'public', 'private', 'rule'}, {'kg', 'N'}),
@@ -72,6 +77,13 @@ COMPLETIONS = [
     ('m.cl', '«kg»', 'System.', {'Round', 'Max'}, {'total', 'kg'}),
     ('m.cl', '«kg»', 'Shop.', {'total', 'twice'}, {'Round'}),
     ('m.cl', 'rate * «n»', '', {'n', 'count', 'kg', 'System', 'Shop'}, {'N'}),
+    ('m.cl', '«kg»', 'box[0].lid.SOME = ', ['"green"', '"dark red"', '"blue"'], {'and'}),
+    ('m.cl', '«return System.Round(rate * n)»', 'switch box[0].lid.SOME { case ', ['"green"', '"dark red"'], {'n '}),
+    ('m.cl', '«namespace Shop»', '', ['namespace'], {'kg', 'System'}),
+    ('m.cl', '// «»The', '', set(), {'kg', 'float'}),
+    ('m.cl', 'namespace Shop {«»', '', ['boolean', 'float'], {'kg', 'System'}),
+    ('m.cl', '«; return System.Round(rate * n); }\n  float twice() = Shop.total(2.0, 3) + kg;\n}\n»', '; ',
+     {'n', 'count', 'return', 'for with a count'}, {'and'}),
 ]
 # A place, a new name, and a part of why it is refused; None where it is not.
 RENAMES = [
@@ -95,7 +107,9 @@ ACTIONS = [
     ('or «kg > 10»', 'heavy', '«»heavy;', "declare 'heavy' as a boolean variable",
      'wide : boolean;\n  public heavy : boolean;'),
     ('or «kg > 10»', 'kg == 10', '«»rule', 'correct all that is certain', 'kg = 10'),
-    ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then true |'),
+    ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then true | blue then true | default wide'),
+    ('«variable\n  public box : array N of Box;  public kg : integer;\n  public size, wide : boolean;»', '',
+     '«»BOTH(size', "declare 'wide' as a boolean variable", '\nvariable\n  public wide : boolean;\n\nrule\n  /* loops'),
 ]
 
 
@@ -166,8 +180,11 @@ class Test:
             changed = FILES[file][:start] + text + FILES[file][end:]
             self.session.change(self.path(file), changed)
             at = place(changed, changed[:start + len(text)] + '«»')[2]
-            names = {item['label'] for item in self.ask('completion', file, at)}
-            self.expect(offered <= names and not others & names, marked, text, offered - names, others & names)
+            items = sorted(self.ask('completion', file, at), key=lambda item: item['sortText'])
+            names = [item['label'] for item in items]
+            is_offered = names[:len(offered)] == offered if isinstance(offered, list) else offered <= set(names)
+            self.expect(is_offered and not others & set(names), marked, text, names)
+            self.expect('$' not in str(items), marked, 'has places to fill in')
             self.session.change(self.path(file), FILES[file])
 
     def renames(self):

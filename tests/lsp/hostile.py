@@ -12,6 +12,7 @@ from session import Session, uri_of
 
 PARSE, REQUEST, NO_METHOD, PARAMS, NOT_YET, CANCELLED = -32700, -32600, -32601, -32602, -32002, -32800
 MODEL = 'variable public a : boolean;\nrule a;\n'
+LONG_MODEL = 'variable public a : boolean;\nrule ' + ' and '.join(['a'] * 200000) + ';\n'
 
 
 def framed(body):
@@ -76,10 +77,23 @@ def flood(session, path):
     expect(session.diagnostics(path)[0][:4] == (1, 5, 1, 6), 'other diagnostics')
 
 
+def cancelled(session, path):
+    """What waits for a run can be given up, and what is not is answered after the run."""
+    session.open(path, LONG_MODEL)
+    hover, symbols, links = (session.begin(method, {
+        'textDocument': {'uri': uri_of(path)}, 'query': 'a', 'position': {'line': 0, 'character': 16}})
+        for method in ('textDocument/hover', 'workspace/symbol', 'textDocument/definition'))
+    session.tell('$/cancelRequest', {'id': hover})
+    session.tell('$/cancelRequest', {'id': symbols})
+    expect(session.answer(hover)['error']['code'] == session.answer(symbols)['error']['code'] == CANCELLED, 'not cancelled')
+    expect(session.shown_now(path) is None, 'the run has ended before')
+    expect(session.answer(links)['result']['range']['start']['line'] == 0, 'no answer after the run')
+
+
 def huge(session, path):
     session.open(path, '/*' + 'x' * 100_000_000 + '*/' + MODEL)
-    expect('too large' in session.shown[uri_of(path)]['diagnostics'][0]['message']
-           if session.diagnostics(path) else False, 'a file of 100 MB')
+    session.wait(lambda: session.shown_now(path), 'diagnostics of a file of 100 MB', 120)
+    expect('too large' in session.shown[uri_of(path)]['diagnostics'][0]['message'], 'a file of 100 MB')
     session.close(path)
 
 
@@ -120,7 +134,7 @@ def ends(driver, path):
     for end, status in ((kill, 1), (close_pipes, 1), (stop_reading, 1), (exit_at_once, 1)):
         with tempfile.TemporaryDirectory() as directory:
             session = Session(driver, TMPDIR=directory)
-            session.open(path, 'variable public a : boolean;\nrule ' + ' and '.join(['a'] * 200000) + ';\n')
+            session.open(path, LONG_MODEL)
             time.sleep(0.05)
             pids = children(session.process)
             end(session)
@@ -142,7 +156,7 @@ def out_of_order(driver, path):
 def main(driver):
     with tempfile.TemporaryDirectory() as directory:
         path = directory + '/model.pm'
-        for scenario in (malformed, odd_parameters, flood, huge, deep):
+        for scenario in (malformed, odd_parameters, flood, cancelled, huge, deep):
             session = Session(driver)
             scenario(session, path)
             expect(session.end() == 0, scenario.__name__)

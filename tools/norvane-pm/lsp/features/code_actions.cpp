@@ -1,5 +1,6 @@
 // Changes that the client may offer: what reports say to write instead, a declaration for a name
 // that has none, and the arms that a case lacks.
+#include <optional>
 #include <set>
 
 #include "places.h"
@@ -12,8 +13,11 @@
 namespace norvane::driver::lsp {
 namespace {
 
-bool overlap(const Range& a, const Range& b) {
-    return a.start <= b.end && b.start <= a.end;
+// A cursor wants what there is on its line, a selection what it touches.
+bool wants(const Range& wanted, const Range& found) {
+    if (wanted.end <= wanted.start)
+        return found.start.line <= wanted.start.line && wanted.start.line <= found.end.line;
+    return wanted.start <= found.end && found.start <= wanted.end;
 }
 
 class Actions {
@@ -28,7 +32,7 @@ class Actions {
             const bool is_certain =
                 !finding.replacements.empty() && finding.replacements[0].is_certain;
             if (is_certain) add_edits(all_certain, finding);
-            if (!overlap(range_of(finding.place, context_.documents), wanted_)) continue;
+            if (!wants(wanted_, range_of(finding.place, context_.documents))) continue;
             if (!finding.replacements.empty()) fix(finding, is_certain);
             if (finding.name == "ERR_ID_UNDECLARED") declare(finding);
         }
@@ -62,7 +66,8 @@ class Actions {
         add(title, "quickfix", changes, &finding, is_certain);
     }
 
-    // After the last variable of the document.
+    // After the last variable of the document; where it has none, in a section before that of the
+    // name.
     void declare(const Finding& finding) {
         const Lines& lines = context_.document.lines;
         const Range range = range_of(finding.place, context_.documents);
@@ -75,10 +80,28 @@ class Actions {
             if (symbol.kind == SymbolKind::variable && symbol.last.is_known() &&
                 *symbol.last.file == context_.document.path)
                 last = &symbol;
-        if (!last) return;
-        const Position end = range_of(last->last, context_.documents).end;
-        insert("declare '" + name + "' as a boolean variable", "quickfix", end,
-               "\n  public " + name + " : boolean;", &finding);
+        const std::string title = "declare '" + name + "' as a boolean variable";
+        const std::string declaration = "\n  public " + name + " : boolean;";
+        if (last)
+            insert(title, "quickfix", range_of(last->last, context_.documents).end, declaration,
+                   &finding);
+        else if (const auto section = section_before(begin))
+            insert(title, "quickfix", lines.position(*section), "variable" + declaration + "\n\n",
+                   &finding);
+    }
+
+    // Where the section that an offset is in begins.
+    std::optional<std::size_t> section_before(std::size_t offset) const {
+        const std::string_view text = context_.document.lines.text();
+        std::optional<std::size_t> section;
+        std::size_t depth = 0;
+        for (const Token& token : scan(text.substr(0, offset)).tokens) {
+            const std::string_view word = text.substr(token.offset, token.length);
+            if (word == "{") ++depth;
+            if (word == "}" && depth > 0) --depth;
+            if (depth == 0 && is_section_word(word)) section = token.offset;
+        }
+        return section;
     }
 
     void insert(const std::string& title, const char* kind, const Position& at,
@@ -151,13 +174,16 @@ class Actions {
     // Those of the labels that are not present.
     void insert_arms(const TypeNode& type, const std::set<std::string_view>& present,
                      const Position& at) {
+        const std::string_view line = context_.document.lines.line(at.line).substr(0, at.character);
+        const bool begins_line = line.find_first_not_of(" \t") == line.npos;
+        const std::string end = begins_line ? "\n" + std::string(line) : " ";
         std::string text;
         std::string missing;
         for (const std::size_t each : type.fields) {
             const Symbol& symbol = context_.unit.names().symbols[each];
             if (present.contains(symbol.name)) continue;
             const std::string name = to_utf8(symbol.name);
-            text += as_label(name) + " then true |\n" + std::string(at.character, ' ');
+            text += as_label(name) + " then true |" + end;
             missing += (missing.empty() ? "" : ", ") + name;
         }
         if (!text.empty())

@@ -12,11 +12,17 @@ namespace norvane::driver::lsp {
 
 class Unit;
 
+// What the client can do with answers.
+struct Client {
+    bool takes_snippets = false; // texts with places that the user fills in
+};
+
 struct Context {
     const Documents& documents;
     const Document& document;
     const Unit& unit; // up to date
     const Json& params;
+    const Client& client;
 };
 
 // A request about a document.

@@ -1,4 +1,5 @@
 // What a name stands for, or what an error means.
+#include "builtins.h"
 #include "classes.h"
 #include "explain.h"
 #include "places.h"
@@ -61,6 +62,19 @@ std::string type_text(const Context& context, const Symbol& symbol) {
     return declaration_text(names.symbols[type->second], context.documents);
 }
 
+// Of a function that every calculation may call, at a position.
+std::string builtin_text(const Context& context, const Position& position) {
+    for (const Call& call : context.unit.names().calls) {
+        const Spot& spot = call.name_spot;
+        if (call.symbol != none || !spot.is_known() || *spot.file != context.document.path ||
+            !holds(range_of(spot, context.documents), position))
+            continue;
+        const std::string signature = builtin_signature(call.name);
+        return signature.empty() ? "" : "```norvane-cl\n" + signature + "\n```";
+    }
+    return "";
+}
+
 } // namespace
 
 Json hover(const Context& context) {
@@ -80,6 +94,7 @@ Json hover(const Context& context) {
             text += "\n\n" + comment;
         text += facts_of(context, name->symbol);
     }
+    if (!name) text = builtin_text(context, position);
     text += explanations(context, position);
     if (text.empty()) return nullptr;
     Json result = {{"contents", {{"kind", "markdown"}, {"value", text}}}};

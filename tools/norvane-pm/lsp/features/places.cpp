@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "text.h"
 #include "unit.h"
 
 namespace norvane::driver::lsp {
@@ -30,7 +31,7 @@ const Occurrence* name_at(const Context& context) {
 
 std::string declaration_text(const Symbol& symbol, const Documents& documents) {
     constexpr std::size_t longest = 1200;
-    if (!symbol.detail.empty()) return symbol.detail;
+    if (!symbol.detail.empty()) return to_utf8(symbol.detail);
     if (!symbol.first.is_known() || !symbol.last.is_known()) return "";
     if (*symbol.first.file != *symbol.last.file) return "";
     const Lines* lines = documents.lines(*symbol.first.file);

@@ -13,6 +13,7 @@ Json hover(const Context& context);
 Json document_symbols(const Context& context);
 Json folding_ranges(const Context& context);
 Json complete(const Context& context);
+Json complete_calculation(const Context& context);
 Json prepare_rename(const Context& context);
 Json rename(const Context& context);
 Json code_actions(const Context& context);

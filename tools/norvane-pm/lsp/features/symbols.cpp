@@ -1,5 +1,6 @@
 // What a document declares, as a tree.
 #include <algorithm>
+#include <cctype>
 #include <map>
 
 #include "places.h"
@@ -30,6 +31,14 @@ bool is_part_of_outline(const Symbol& symbol) {
 }
 
 namespace {
+
+// Whether the text has the query in it, in any case.
+bool holds(std::string_view text, std::string_view query) {
+    const auto is_same = [](unsigned char a, unsigned char b) {
+        return std::tolower(a) == std::tolower(b);
+    };
+    return query.empty() || !std::ranges::search(text, query, is_same).empty();
+}
 
 class Outline {
   public:
@@ -81,8 +90,7 @@ Json workspace_symbols(const std::vector<const Unit*>& units, const Documents& d
     for (const Unit* unit : units) {
         const NameIndex& names = unit->names();
         for (const Symbol& symbol : names.symbols) {
-            if (!is_part_of_outline(symbol) || symbol.name.find(query) == symbol.name.npos)
-                continue;
+            if (!is_part_of_outline(symbol) || !holds(symbol.name, query)) continue;
             Json entry = {{"name", to_utf8(symbol.name)},
                           {"kind", protocol_kind(symbol.kind)},
                           {"location", location_of(symbol.spot, documents)}};

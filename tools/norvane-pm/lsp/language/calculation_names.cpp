@@ -98,6 +98,7 @@ class CalculationReader {
             if (text() == "}" && (depth == 0 || --depth == 0)) break;
             if (depth == 0 && text() == ";") break;
         }
+        index_.symbols[symbol].is_open = at_ >= words_.size();
         if (depth == 0 && at_ < words_.size() && text() != "namespace") ++at_;
         index_.symbols[symbol].last = words_[at_ - 1].spot;
         index_.symbols[symbol].detail = header;

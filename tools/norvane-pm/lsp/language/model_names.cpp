@@ -94,6 +94,7 @@ class ModelReader {
     void end_declaration(std::size_t symbol, std::size_t first) {
         index_.symbols[symbol].first = words_[first].spot;
         index_.symbols[symbol].last = words_[at_ > first ? at_ - 1 : first].spot;
+        index_.symbols[symbol].is_open = at_ >= words_.size();
     }
 
     // Notes an expression up to one of the words, outside of brackets.
@@ -337,6 +338,22 @@ class ModelReader {
         return end;
     }
 
+    // As a modeller would write them: i in [0..n - 1].
+    std::string joined(std::size_t first, std::size_t end) const {
+        constexpr std::string_view without_space = "[]().";
+        std::string text;
+        bool is_tight = true;
+        for (std::size_t i = first; i < end; ++i) {
+            const std::string_view word = words_[i].text;
+            const bool is_bracket = without_space.find(word[0]) != without_space.npos;
+            const bool begins_range = word == "[" && i == first + 2;
+            if (begins_range || (!is_tight && !is_bracket)) text += ' ';
+            text += word;
+            is_tight = is_bracket && word != "]" && word != ")";
+        }
+        return text;
+    }
+
     // forall i in [0..n] : ( ... ): the bounds do not see the variable.
     void loop(std::size_t end) {
         ++at_;
@@ -349,9 +366,11 @@ class ModelReader {
         const std::size_t body_end = text() == "(" ? closing(at_, end) : at_;
         const std::size_t body = at_;
         const std::size_t symbol = declare(SymbolKind::loop_variable, name, container_);
+        index_.symbols[symbol].detail = joined(name, std::min(bounds_end + 1, end));
         at_ = body;
         index_.symbols[symbol].first = words_[name - 1].spot;
         index_.symbols[symbol].last = words_[std::min(body_end, end - 1)].spot;
+        index_.symbols[symbol].is_open = body_end >= words_.size();
         loops_.push_back({words_[name].text, symbol, body_end});
     }
 

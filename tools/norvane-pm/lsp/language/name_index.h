@@ -60,6 +60,7 @@ struct Symbol {
     std::size_t container = none; // the declaration that it is within
     std::size_t type = none;
     bool is_private = false;
+    bool is_open = false;    // its end is not written yet: it reaches to the end of the text
     std::string detail = {}; // of what is no declaration of a model: its text
 };
 

@@ -123,39 +123,46 @@ void Server::handle_request(const Json& id, const std::string& method, const Jso
         state_ = State::shut_down;
         return client_.answer(id, nullptr);
     }
-    if (method == "workspace/symbol")
-        return client_.answer(
-            id, workspace_symbols(units_.all(), documents_, text_of(member(params, "query"))));
-    const Feature* feature = find_feature(method);
-    if (!feature) throw RequestError{ErrorCode::method_not_found, "there is no " + method};
-    Waiting request{id, feature, params, path_of(text_of(member(params, "textDocument", "uri")))};
-    const Unit* unit = units_.of(request.path);
-    if (unit && !unit->is_up_to_date())
-        waiting_.push_back(std::move(request));
-    else
+    const bool is_about_all = method == "workspace/symbol";
+    const Feature* feature = is_about_all ? nullptr : find_feature(method);
+    if (!feature && !is_about_all)
+        throw RequestError{ErrorCode::method_not_found, "there is no " + method};
+    answer_or_wait({id, feature, params, path_of(text_of(member(params, "textDocument", "uri")))});
+}
+
+void Server::answer_or_wait(Waiting request) {
+    if (can_be_answered(request))
         answer(request);
+    else
+        waiting_.push_back(std::move(request));
 }
 
 // Answers about a text are right only after the run on it.
-void Server::answer_waiting() {
-    std::vector<Waiting> still;
-    for (Waiting& request : std::exchange(waiting_, {})) {
-        const Unit* unit = units_.of(request.path);
-        if (unit && !unit->is_up_to_date())
-            still.push_back(std::move(request));
-        else
-            answer(request);
-    }
-    waiting_ = std::move(still);
+bool Server::can_be_answered(const Waiting& request) {
+    if (!request.feature)
+        return std::ranges::all_of(units_.all(), [](auto* unit) { return unit->is_up_to_date(); });
+    const Unit* unit = units_.of(request.path);
+    return !unit || unit->is_up_to_date();
 }
 
-void Server::answer(const Waiting& request) try {
+void Server::answer_waiting() {
+    for (Waiting& request : std::exchange(waiting_, {}))
+        answer_or_wait(std::move(request));
+}
+
+Json Server::answer_to(const Waiting& request) {
+    if (!request.feature)
+        return workspace_symbols(units_.all(), documents_,
+                                 text_of(member(request.params, "query")));
     const Document* document = documents_.find(request.path);
     const Unit* unit = units_.of(request.path);
     if (!document || !unit)
-        return client_.refuse(request.id, ErrorCode::invalid_params, "the document is not open");
-    client_.answer(request.id,
-                   request.feature->answer({documents_, *document, *unit, request.params}));
+        throw RequestError{ErrorCode::invalid_params, "the document is not open"};
+    return request.feature->answer({documents_, *document, *unit, request.params, abilities_});
+}
+
+void Server::answer(const Waiting& request) try {
+    client_.answer(request.id, answer_to(request));
 } catch (const RequestError& error) {
     client_.refuse(request.id, error.code, error.message);
 } catch (const std::bad_alloc&) {
@@ -172,6 +179,8 @@ Json Server::initialize(const Json& params) {
     if (process.is_number_integer()) client_process_ = process.get<int>();
     watches_files_ = member(params, "capabilities", "workspace", "didChangeWatchedFiles",
                             "dynamicRegistration") == true;
+    abilities_.takes_snippets = member(params, "capabilities", "textDocument", "completion",
+                                       "completionItem", "snippetSupport") == true;
     return {{"capabilities", capabilities()}, {"serverInfo", {{"name", "norvane-pm"}}}};
 }
 

@@ -38,6 +38,7 @@ class Server {
 
   private:
     enum class State { started, running, shut_down };
+    // A request about a document, or without a feature about the names of all.
     struct Waiting {
         Json id;
         const Feature* feature;
@@ -56,6 +57,9 @@ class Server {
     void handle_notification(const std::string& method, const Json& params);
     void handle_or_refuse(const Json& id, const std::string& method, const Json& params);
     void handle_request(const Json& id, const std::string& method, const Json& params);
+    void answer_or_wait(Waiting request);
+    bool can_be_answered(const Waiting& request);
+    Json answer_to(const Waiting& request);
     void answer(const Waiting& request);
     void answer_waiting();
 
@@ -73,6 +77,7 @@ class Server {
     State state_ = State::started;
     bool has_exited_ = false;
     bool watches_files_ = false; // the client can
+    Client abilities_;
     int client_process_ = 0;
     std::deque<Json> messages_;
     std::vector<Waiting> waiting_; // for a run
