@@ -106,6 +106,7 @@ ACTIONS = [
     ('or «kg»', 'wid', '«»wid > 10', "did you mean 'wide'?", 'or wide > 10'),
     ('or «kg > 10»', 'heavy', '«»heavy;', "declare 'heavy' as a boolean variable",
      'wide : boolean;\n  public heavy : boolean;'),
+    ('or «kg > 10»', 'heavy > 3', '«»heavy', "declare 'heavy' as an integer variable", 'public heavy : integer;'),
     ('or «kg > 10»', 'kg == 10', '«»rule', 'correct all that is certain', 'kg = 10'),
     ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then true | blue then true | default wide'),
     ('«variable\n  public box : array N of Box;  public kg : integer;\n  public size, wide : boolean;»', '',

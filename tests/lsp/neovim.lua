@@ -43,6 +43,14 @@ expect(function() return vim.fn.line '.' == 7 end, 'a jump to the constant')
 vim.lsp.buf.rename 'MOST_BAGS'
 expect(function() return line(7):match 'MOST_BAGS' and line(15):match 'MOST_BAGS' end, 'a rename')
 expect(function() return count() == 0 end, 'a model that is right after the rename')
+vim.lsp.buf.hover()
+local function hovered()
+  for _, window in ipairs(vim.api.nvim_list_wins()) do
+    local text = table.concat(vim.api.nvim_buf_get_lines(vim.api.nvim_win_get_buf(window), 0, -1, false), '\n')
+    if text:match '^constant.*MOST_BAGS : 4;' then return not text:match '```' end
+  end
+end
+expect(hovered, 'a hover without the marks of its code')
 vim.fn.append('$', '  fra')
 vim.fn.cursor(vim.fn.line '$', 6)
 local found

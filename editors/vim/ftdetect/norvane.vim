@@ -1,2 +1,2 @@
-autocmd BufNewFile,BufRead *.pm setlocal filetype=norvane-pm
-autocmd BufNewFile,BufRead *.cl setlocal filetype=norvane-cl
+autocmd BufNewFile,BufRead *.pm setlocal filetype=norvane_pm
+autocmd BufNewFile,BufRead *.cl setlocal filetype=norvane_cl

@@ -1,5 +1,7 @@
 // Changes that the client may offer: what reports say to write instead, a declaration for a name
 // that has none, and the arms that a case lacks.
+#include <algorithm>
+#include <array>
 #include <optional>
 #include <set>
 
@@ -12,6 +14,9 @@
 
 namespace norvane::driver::lsp {
 namespace {
+
+constexpr auto operators_of_numbers =
+    std::to_array<std::string_view>({"<", "<=", ">", ">=", "+", "-", "*", "/"});
 
 // A cursor wants what there is on its line, a selection what it touches.
 bool wants(const Range& wanted, const Range& found) {
@@ -80,14 +85,35 @@ class Actions {
             if (symbol.kind == SymbolKind::variable && symbol.last.is_known() &&
                 *symbol.last.file == context_.document.path)
                 last = &symbol;
-        const std::string title = "declare '" + name + "' as a boolean variable";
-        const std::string declaration = "\n  public " + name + " : boolean;";
+        const bool is_number = is_number_at(begin, begin + name.size());
+        const std::string title =
+            "declare '" + name + "' as " + (is_number ? "an integer" : "a boolean") + " variable";
+        const std::string declaration =
+            "\n  public " + name + " : " + (is_number ? "integer" : "boolean") + ";";
         if (last)
             insert(title, "quickfix", range_of(last->last, context_.documents).end, declaration,
                    &finding);
         else if (const auto section = section_before(begin))
             insert(title, "quickfix", lines.position(*section), "variable" + declaration + "\n\n",
                    &finding);
+    }
+
+    // Whether an operator of numbers stands on the line beside what is there.
+    bool is_number_at(std::size_t begin, std::size_t end) const {
+        const Lines& lines = context_.document.lines;
+        const std::string_view text = lines.text();
+        const std::size_t line = lines.offset({lines.position(begin).line, 0});
+        const std::string_view before = text.substr(line, begin - line);
+        const std::string_view after = text.substr(end, text.find('\n', end) - end);
+        const Scan first = scan(before);
+        const Scan second = scan(after);
+        return (!first.tokens.empty() && is_of_numbers(before, first.tokens.back())) ||
+               (!second.tokens.empty() && is_of_numbers(after, second.tokens.front()));
+    }
+
+    static bool is_of_numbers(std::string_view text, const Token& token) {
+        return std::ranges::count(operators_of_numbers, text.substr(token.offset, token.length)) >
+               0;
     }
 
     // Where the section that an offset is in begins.

@@ -11,6 +11,11 @@
 namespace norvane::driver::lsp {
 namespace {
 
+// A block of code. Clients know a language only by letters, digits and underscores.
+std::string fenced(const std::string& language, const std::string& text) {
+    return "```" + language + "\n" + text + "\n```";
+}
+
 bool holds(const Range& range, const Position& position) {
     return range.start <= position && position <= range.end;
 }
@@ -27,7 +32,7 @@ std::string explanations(const Context& context, const Position& position) {
         Job job;
         job.options.error_name = finding.name;
         job.command = explain;
-        texts += "\n\n---\n```text\n" + run_now(job).lines + "\n```";
+        texts += "\n\n---\n" + fenced("text", run_now(job).lines);
     }
     return texts;
 }
@@ -70,7 +75,7 @@ std::string builtin_text(const Context& context, const Position& position) {
             !holds(range_of(spot, context.documents), position))
             continue;
         const std::string signature = builtin_signature(call.name);
-        return signature.empty() ? "" : "```norvane-cl\n" + signature + "\n```";
+        return signature.empty() ? "" : fenced("norvane_cl", signature);
     }
     return "";
 }
@@ -83,13 +88,12 @@ Json hover(const Context& context) {
     std::string text;
     if (name) {
         const Symbol& symbol = context.unit.names().symbols[name->symbol];
-        const char* language = symbol.kind >= SymbolKind::name_space ? "norvane-cl" : "norvane-pm";
+        const char* language = symbol.kind >= SymbolKind::name_space ? "norvane_cl" : "norvane_pm";
         text = std::string(kind_name(symbol.kind)) + " **" + to_utf8(symbol.name) + "**";
         std::string declaration = declaration_text(symbol, context.documents);
         if (const std::string type = type_text(context, symbol); !type.empty())
             declaration += "\n" + type;
-        if (!declaration.empty())
-            text += std::string("\n```") + language + "\n" + declaration + "\n```";
+        if (!declaration.empty()) text += "\n" + fenced(language, declaration);
         if (const std::string comment = comment_above(symbol, context.documents); !comment.empty())
             text += "\n\n" + comment;
         text += facts_of(context, name->symbol);

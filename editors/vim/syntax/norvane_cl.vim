@@ -19,4 +19,4 @@ highlight default link norvaneOperator Operator
 highlight default link norvaneConstant Boolean
 highlight default link norvaneFunction Function
 highlight default link norvaneNumber Number
-let b:current_syntax = 'norvane-cl'
+let b:current_syntax = 'norvane_cl'

@@ -20,4 +20,4 @@ highlight default link norvaneControl Conditional
 highlight default link norvaneOperator Operator
 highlight default link norvaneConstant Boolean
 highlight default link norvaneNumber Number
-let b:current_syntax = 'norvane-pm'
+let b:current_syntax = 'norvane_pm'
