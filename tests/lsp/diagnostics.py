@@ -71,7 +71,7 @@ def run(driver, name, files, steps):
             for shown, rows in expected.items():
                 path = os.path.join(directory, shown)
                 try:
-                    session.wait(lambda: session.shown_now(path) == rows, 'such diagnostics', 10)
+                    session.wait(lambda: session.shown_now(path) == rows, 'such diagnostics', 60)
                 except AssertionError:
                     return '%s: after %s: %s: %s' % (name, (action, file, *contents), shown, session.shown.get(uri_of(path)))
         session.end()

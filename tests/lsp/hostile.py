@@ -8,7 +8,7 @@ import sys
 import tempfile
 import time
 
-from session import Session, uri_of
+from session import PATIENCE, Session, uri_of
 
 PARSE, REQUEST, NO_METHOD, PARAMS, NOT_YET, CANCELLED = -32700, -32600, -32601, -32602, -32002, -32800
 MODEL = 'variable public a : boolean;\nrule a;\n'
@@ -92,7 +92,7 @@ def cancelled(session, path):
 
 def huge(session, path):
     session.open(path, '/*' + 'x' * 100_000_000 + '*/' + MODEL)
-    session.wait(lambda: session.shown_now(path), 'diagnostics of a file of 100 MB', 120)
+    expect(session.diagnostics(path), 'a file of 100 MB')
     expect('too large' in session.shown[uri_of(path)]['diagnostics'][0]['message'], 'a file of 100 MB')
     session.close(path)
 
@@ -138,7 +138,7 @@ def ends(driver, path):
             time.sleep(0.05)
             pids = children(session.process)
             end(session)
-            expect(session.process.wait(20) == status, end.__name__)
+            expect(session.process.wait(PATIENCE) == status, end.__name__)
             expect(os.listdir(directory) == [], end.__name__ + ' leaves ' + str(os.listdir(directory)))
             expect(not any(os.path.exists('/proc/%s/stat' % pid) for pid in pids), end.__name__ + ': a process')
 

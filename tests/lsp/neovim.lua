@@ -8,7 +8,7 @@ local function fail(what)
 end
 
 local function expect(holds, what)
-  if not vim.wait(20000, holds, 20) then fail(what) end
+  if not vim.wait(60000, holds, 20) then fail(what) end
 end
 
 local function open(file)

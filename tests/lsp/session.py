@@ -7,6 +7,9 @@ import time
 from urllib.parse import quote
 
 
+PATIENCE = 120  # seconds, for a machine that does much else
+
+
 def uri_of(path):
     return 'file://' + quote(path)
 
@@ -41,7 +44,7 @@ class Session:
         return self.last_id
 
     # In.
-    def receive(self, timeout=20):
+    def receive(self, timeout=PATIENCE):
         """Takes one message; False where none comes in time, or ever."""
         end = time.monotonic() + timeout
         while True:
@@ -67,7 +70,7 @@ class Session:
         else:
             self.answers[message['id']] = message
 
-    def wait(self, holds, what, timeout=20):
+    def wait(self, holds, what, timeout=PATIENCE):
         end = time.monotonic() + timeout
         while not holds():
             if not self.receive(max(0, end - time.monotonic())):
@@ -127,7 +130,7 @@ class Session:
         """Ends the session as the protocol has it; the status of the server."""
         self.ask('shutdown', None)
         self.tell('exit', None)
-        return self.process.wait(20)
+        return self.process.wait(PATIENCE)
 
 
 def short(diagnostic):
