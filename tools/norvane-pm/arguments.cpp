@@ -13,8 +13,8 @@
 
 #include "analyse.h"
 #include "calculations.h"
-#include "differences.h"
 #include "dependency_rule.h"
+#include "differences.h"
 #include "explain.h"
 #include "flat_rules.h"
 #include "info.h"
