@@ -37,7 +37,9 @@ bool holds(std::string_view text, std::string_view query) {
     const auto is_same = [](unsigned char a, unsigned char b) {
         return std::tolower(a) == std::tolower(b);
     };
-    return query.empty() || !std::ranges::search(text, query, is_same).empty();
+    return std::search(text.begin(), text.end(), query.begin(), query.end(), is_same) !=
+               text.end() ||
+           query.empty();
 }
 
 class Outline {
