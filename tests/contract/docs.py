@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Holds the documentation against what is there: generated pages are up to date, models and
 calculations that are shown pass their check, links lead to files and headings, the README leads to every
-page, and the pages for developers name files that exist, every directory of sources and tests, and the modules of
-the project library."""
+page, and the pages for developers name files that exist, every directory of sources and tests, the modules of
+the project library, and which rooms a room may use."""
 import fnmatch
 import glob
 import os
@@ -66,6 +66,24 @@ def unnamed_directories(architecture, contributing, paths):
             [path for path in parts if not {path, path[:-1]} & named(contributing)])
 
 
+def arrows(page):
+    """Each room, and by the last column of its row those that it uses."""
+    rows = re.findall(r'^\| `([\w/]+)` \|.*\| (.*) \|$', page, re.M)
+    return {(room, *sorted(named(uses) - {'norvane/proj.hpp'})) for room, uses in rows}
+
+
+def built_arrows(source):
+    """The same, as the build has it."""
+    rooms = set()
+    for part in ('libs/base', 'libs/Proj', 'tools/norvane-pm'):
+        text = read(os.path.join(source, part, 'CMakeLists.txt'))
+        for kind, room, rest in re.findall(r'^norvane_(base|proj|pm|pm_lsp)_room\((\w+)([^)]*)\)', text, re.M):
+            uses = re.search(r'\bUSES\b((?:\s+[a-z_]+)*)', rest)
+            names = uses.group(1).split() if uses else []
+            rooms.add(('lsp/' * (kind == 'pm_lsp') + room, *sorted(name.replace('lsp_', 'lsp/') for name in names)))
+    return rooms
+
+
 def wrong_modules(architecture, paths):
     """Modules in a room that its row does not name, and what a row names that is none."""
     for room, row in re.findall(r'^\| `(\w+)` \|[^|]*\|([^|]*)\|[^|]*\|$', architecture, re.M):
@@ -114,6 +132,10 @@ def main():
         failures += ['%s: there is no %s' % (page, path) for path in unknown_paths(pages[page], paths)]
     failures += ['not in the tables of directories: ' + path
                  for path in unnamed_directories(pages['docs/architecture.md'], pages['CONTRIBUTING.md'], paths)]
+    told, built = arrows(pages['docs/architecture.md']), built_arrows(arguments.source)
+    failures += ['docs/architecture.md: %s may use, by the build: %s' % (room, ', '.join(uses))
+                 for room, *uses in sorted(built - told)]
+    failures += ['docs/architecture.md: %s is no room that may use just these' % room for room, *_ in told - built]
     failures += ['docs/architecture.md, modules of the rooms: ' + module
                  for module in wrong_modules(pages['docs/architecture.md'], paths)]
     if not shown:
