@@ -45,8 +45,8 @@ void print_model(Session& session, const Model& model, const std::string& subjec
     results_refused();
 }
 
-// The origin of a rule, as every message about it begins. Rules of one record come in a row once
-// for each instance, but never twice in succession, so nothing is gained by remembering it.
+// The origin of a rule, as every message about it begins. It differs from the last rule's, as the
+// rules of a record follow each other, once for each instance; so it is not cached.
 void print_origin(const CheckedModel& model, const RuleDecl* origin) {
     static char position[MESSAGE_BUFFER_SIZE];
     proj_line_information(model.get()->line_info, origin->linenumber, position);

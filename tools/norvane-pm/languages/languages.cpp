@@ -7,7 +7,7 @@
 namespace norvane::driver {
 namespace {
 
-// Rules of one record come in a row once for each instance, so their places are remembered.
+// The rules of a record follow each other once for each instance, so their places are cached.
 class Origins {
   public:
     explicit Origins(const CheckedModel& model) : model_(model) {}

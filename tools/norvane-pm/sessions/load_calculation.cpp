@@ -86,7 +86,7 @@ void load_and_check_calculation(Session& session) {
     const Calculation& calculation = load(session, &model);
     session.begin(Step::check_functions, session.subject);
     CalculationReports held(session, &model, is_source(form));
-    // The library's check has no answer to a call without a namespace.
+    // The library's check stops at a call without a namespace.
     const bool is_checkable = !is_source(form) || !has_bare_call(calculation);
     if (is_checkable && calculation.check(model, held.sink())) return;
     held.show();

@@ -87,7 +87,8 @@ constexpr WarningRow rows[] = {
     {Warning::unused_name, "unused-name", Level::all,
      "A constant, a type or a loop variable is used nowhere", "Remove the declaration, or use it."},
     {Warning::unused_private, "unused-private", Level::all, "A private variable is in no rule",
-     "Nobody sees a private variable, so one that no rule names has no effect. Remove it, or make "
+     "A private variable is not visible outside the model, so one that no rule names has no "
+     "effect. Remove it, or make "
      "it public."},
     {Warning::single_label, "single-label", Level::all, "An enumeration has one label",
      "A variable of this type has no choice. Add the other labels, or use a boolean or an "

@@ -25,7 +25,7 @@ struct Result {
 };
 
 // Takes the output of a run apart. Names of files below `overlay_root` become those of the user's,
-// and what names no file is about `file`.
+// and a report without a file is about `file`.
 Result result_of(Output output, const std::string& overlay_root, const std::string& file);
 
 } // namespace norvane::driver::lsp

@@ -84,7 +84,7 @@ void send_text(const Job& job) {
         if (!job.preprocess.empty()) send_text(job);
         write_all(end_mark);
     } catch (const std::exception&) {
-        // The end is missing, which says it.
+        // The server notices that the end mark is missing.
     }
     _exit(0);
 }

@@ -17,7 +17,7 @@ bool continues_letter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
-// Of the letter that begins with this byte.
+// The UTF-16 units of the character that begins with this byte.
 std::size_t units(char c) {
     return static_cast<unsigned char>(c) >= 0xF0 ? 2 : 1;
 }
@@ -73,7 +73,7 @@ std::string Lines::bytes() const {
     return coding_ == Coding::utf8 || is_ascii(text_) ? text_ : utf8_to_codepage(text_);
 }
 
-// Those before the line, and its own, are known.
+// Finds the starts of the lines after `first_line`; those up to it are known.
 void Lines::find_starts(std::size_t first_line) {
     starts_.resize(first_line + 1);
     for (std::size_t at = text_.find('\n', starts_.back()); at != std::string::npos;

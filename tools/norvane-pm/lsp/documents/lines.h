@@ -32,7 +32,7 @@ Json to_json(const Range& range);
 Position position_of(const Json& json);
 Range range_of(const Json& json);
 
-// In which code the bytes of a file are. In code page 1252 a column is a letter.
+// The encoding of a file. In code page 1252 each byte is a character.
 enum class Coding { codepage, utf8 };
 
 class Lines {

@@ -171,7 +171,7 @@ class Actions {
         insert_arms(*type, arms.labels, at);
     }
 
-    // Of the path that ends before a word; of the value of an optional one where it ends in SOME.
+    // The type of the path that ends before a word; after SOME, that of the optional's value.
     const TypeNode* type_before(const Words& words, std::size_t i) const {
         if (words[i - 1].text != "SOME") return type_at(words[i - 1]);
         const TypeNode* type = type_at(words[i - 3]);
@@ -197,7 +197,7 @@ class Actions {
         return arms;
     }
 
-    // Those of the labels that are not present.
+    // Inserts an arm for each label that has none.
     void insert_arms(const TypeNode& type, const std::set<std::string_view>& present,
                      const Position& at) {
         const std::string_view line = context_.document.lines.line(at.line).substr(0, at.character);

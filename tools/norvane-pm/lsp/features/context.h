@@ -31,7 +31,7 @@ struct Feature {
     Json (*answer)(const Context&);
 };
 
-// Null for a method that is none.
+// Null for an unknown method.
 const Feature* find_feature(const std::string& method);
 
 // Names of all units that hold the text of the query.

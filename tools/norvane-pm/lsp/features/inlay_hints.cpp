@@ -38,7 +38,7 @@ class Hints {
         }
     }
 
-    // Where the range that is wanted has the end of the spot.
+    // Adds a hint at the end of the spot, if the client asked for that position.
     void add(const Spot& spot, const std::string& text) {
         if (!spot.is_known() || *spot.file != context_.document.path) return;
         const Position end = range_of(spot, context_.documents).end;

@@ -1,4 +1,4 @@
-// Another name for what is declared, where that cannot change what another name means.
+// Renames a declaration, where this cannot change the meaning of another name.
 #include <algorithm>
 #include <cctype>
 
@@ -37,7 +37,7 @@ const Symbol& renamed_symbol(const Context& context) {
     return symbol;
 }
 
-// As the texts of the files have it.
+// The name as it is written in the file.
 std::string word_text(const Spot& spot, const Documents& documents) {
     const Lines* lines = documents.lines(*spot.file);
     const Range range = range_of(spot, documents);

@@ -33,7 +33,7 @@ class Words {
   public:
     // Of a model after the preprocessor, and the files that it was made from.
     Words(const SourceText& source, SourceFiles& files);
-    // Of a calculation, which has none; comments are other ones than those of models.
+    // The words of a calculation, which has no preprocessor and its own form of comments.
     Words(const std::string& file, std::string text);
     Words(const Words&) = delete;
     Words& operator=(const Words&) = delete;

@@ -65,7 +65,7 @@ class Loop {
         return (entry.revents & (POLLIN | POLLHUP | POLLERR)) != 0;
     }
 
-    // Serves what has come; false at the end of the client.
+    // Waits for messages and runs, and serves them; false when the client has ended.
     bool wait(int milliseconds) {
         pollfd entries[] = {{STDIN_FILENO, POLLIN, 0},
                             {signals_.descriptor(), POLLIN, 0},

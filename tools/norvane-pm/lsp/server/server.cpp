@@ -63,7 +63,7 @@ bool Server::handle_next() {
     return true;
 }
 
-// Whatever happens in a message ends with it.
+// A request, a notification, or the answer to a request of this server.
 void Server::handle(const Json& message) {
     const Json& id = member(message, "id");
     const Json& method = member(message, "method");
@@ -75,7 +75,7 @@ void Server::handle(const Json& message) {
     handle_or_refuse(id, name, params);
 }
 
-// The answer to a request of ours, unless it has nothing of one.
+// An answer needs no reaction. A message that is no answer and has no method is refused.
 void Server::handle_answer(const Json& message) {
     const Json& id = member(message, "id");
     const bool is_answer =

@@ -90,8 +90,8 @@ std::optional<Frame> MessageReader::read_header() {
     return Frame{{}, "a message that is too large"};
 }
 
-// Drops what is before the next name of a length, or all but what may be its beginning. The reason
-// is told once for all that is dropped in a row.
+// Drops the bytes before the next Content-Length, but keeps a possible beginning of it at the end.
+// Bytes that are dropped one after the other are reported once.
 std::optional<Frame> MessageReader::resume_at_header(const char* fault) {
     const std::string_view text = rest();
     const std::size_t next = find_length(text, 1);
