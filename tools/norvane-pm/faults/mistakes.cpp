@@ -107,6 +107,7 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     mistake.hint = "did you mean " + in_quotes(keyword) + "?";
     mistake.edits[at] = instead(keyword);
     mistake.is_certain = true;
+    mistake.has_to_go_on = same == keywords.end();
     add(std::move(mistake));
 }
 

@@ -49,6 +49,17 @@ void add_operands(Expr* expr, std::vector<Expr*>& operands) {
     add_operands(expr->args.binargs.rightarg, operands);
 }
 
+// The names in an operand, but for those in a loop or a case, which may be declared there.
+void add_names(Expr* expr, std::vector<Expr*>& names) {
+    if (stack_is_low()) return on_fresh_stack([&] { add_names(expr, names); });
+    if (expr->structure == EXPR_IDCONSTRUCTOR) return names.push_back(expr);
+    if (expr->structure == EXPR_UNARY && expr->opr != OPR_ORDER)
+        return add_names(expr->args.arg, names);
+    if (expr->structure != EXPR_BINARY) return;
+    add_names(expr->args.binargs.leftarg, names);
+    add_names(expr->args.binargs.rightarg, names);
+}
+
 // Leaves the table's stack as it was. What a loop at fault has left there has no other owner.
 class StackGuard {
   public:
@@ -156,11 +167,11 @@ class Checker {
 
     // A fault in the expression `root`, of a declaration.
     void add_fault(const Report& report, const void* declaration, const Expr* root) {
-        add_fault(report, declaration, root, root);
+        add_fault(report, declaration, root, root, root);
     }
-    // The same where it is known to be in a part of the expression.
+    // The same where it is known to be in a part of the expression, or of an operand of it.
     void add_fault(const Report& report, const void* declaration, const Expr* root,
-                   const Expr* at_fault) {
+                   const Expr* operand, const Expr* at_fault) {
         const Declared* declared = places_.find(declaration);
         if (!declared || !is_judged(declared->range)) return;
         const std::string name(quoted_name(report.message));
@@ -176,7 +187,7 @@ class Checker {
         if (range && is_element) range->last = range->first; // the name of the array
         if (!range) return add_without_column(report, *declared);
         if (PlacedFinding* found = add(*range, report))
-            ways_out_.explain(*found, report, root, subject, *range);
+            ways_out_.explain(*found, report, root, operand, subject, *range);
     }
     void add_without_column(const Report& report, const Declared& declared) {
         PlacedFinding* found = add(declared.range, report);
@@ -492,10 +503,24 @@ class Checker {
         bool is_found = false;
         for (Expr* operand : operands) {
             const auto part = check(operand);
-            if (part) add_fault(*part, decl, rule, operand);
-            is_found = is_found || part;
+            if (!part) continue;
+            if (!check_names(decl, operand)) add_fault(*part, decl, rule, operand, operand);
+            is_found = true;
         }
         if (!is_found) add_fault(*fault, decl, rule);
+    }
+
+    // True if a name is at fault, and not the operand that it is in.
+    bool check_names(RuleDecl* decl, Expr* operand) {
+        std::vector<Expr*> names;
+        add_names(operand, names);
+        bool is_found = false;
+        for (Expr* name : names) {
+            const auto fault = check(name);
+            if (fault) add_fault(*fault, decl, decl->rule, operand, name);
+            is_found = is_found || fault;
+        }
+        return is_found;
     }
 
     Project* project_;

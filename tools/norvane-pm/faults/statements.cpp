@@ -9,8 +9,7 @@ constexpr std::size_t none = static_cast<std::size_t>(-1);
 
 class Splitter {
   public:
-    Splitter(const SourceText& source, const SectionWords& misspelt)
-        : source_(source), misspelt_(misspelt) {
+    Splitter(const SourceText& source, const MeantWords& meant) : source_(source), meant_(meant) {
         match_braces();
     }
 
@@ -33,8 +32,8 @@ class Splitter {
 
   private:
     std::string_view word_at(std::size_t token) const {
-        const auto found = misspelt_.find(token);
-        return found == misspelt_.end() ? source_.word(token) : found->second;
+        const auto found = meant_.find(token);
+        return found == meant_.end() ? source_.word(token) : found->second;
     }
 
     // Finds the end of each record, which no section of the model is in.
@@ -55,6 +54,7 @@ class Splitter {
     Statement begin(std::size_t first, std::size_t end) const {
         Statement statement{first, end, section_, depth()};
         statement.is_record_rule = depth() > 0 && records_.back().in_rules;
+        statement.closes_record = first < end && source_.word(first) == "}";
         return statement;
     }
     unsigned depth() const { return static_cast<unsigned>(records_.size()); }
@@ -63,7 +63,6 @@ class Splitter {
     void finish(std::size_t end) {
         if (start_ < end) {
             Statement statement = begin(start_, end);
-            statement.closes_record = source_.word(start_) == "}";
             if (statement.closes_record) end_record(end);
             statements_.push_back(statement);
         }
@@ -101,6 +100,7 @@ class Splitter {
     void open() {
         Statement statement = begin(start_, at_ + 1);
         statement.opens_record = true;
+        if (statement.closes_record) end_record(start_ + 1); // where the ';' between is missing
         statements_.push_back(statement);
         records_.push_back({at_, statements_.size() - 1, false});
         start_ = at_ + 1;
@@ -122,7 +122,7 @@ class Splitter {
     };
 
     const SourceText& source_;
-    const SectionWords& misspelt_;
+    const MeantWords& meant_;
     std::vector<std::size_t> closing_; // for each opening brace
     std::vector<Statement> statements_;
     std::vector<Record> records_;
@@ -144,8 +144,8 @@ std::string Statement::head() const {
     return text;
 }
 
-std::vector<Statement> statements_of(const SourceText& source, const SectionWords& misspelt) {
-    return Splitter(source, misspelt).run();
+std::vector<Statement> statements_of(const SourceText& source, const MeantWords& meant) {
+    return Splitter(source, meant).run();
 }
 
 } // namespace norvane::driver

@@ -29,11 +29,11 @@ struct Statement {
     std::string head() const;
 };
 
-// Misspelt section words: what each of these tokens is taken for.
-using SectionWords = std::unordered_map<std::size_t, std::string_view>;
+// What tokens are taken for that stand for another word.
+using MeantWords = std::unordered_map<std::size_t, std::string_view>;
 
 // In the order of the source. They hold all tokens but the section words.
-std::vector<Statement> statements_of(const SourceText& source, const SectionWords& misspelt);
+std::vector<Statement> statements_of(const SourceText& source, const MeantWords& meant);
 
 } // namespace norvane::driver
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "misread_words.h"
 #include "usual_mistakes.h"
 
 namespace norvane::driver {
@@ -40,28 +41,31 @@ class Finder {
     explicit Finder(EditedSource& source) : source_(source), text_(source.source()) {}
 
     SyntaxFaults run() {
-        find_section_words();
+        find_misread_words();
         source_.begin_parsing();
-        statements_ = statements_of(text_, sections_);
+        statements_ = statements_of(text_, words_);
         while (next_ < statements_.size())
             parse_from(statements_[next_]);
         return std::move(faults_);
     }
 
   private:
-    void find_section_words() {
-        for (std::size_t i = 0; i < text_.size(); ++i) {
-            const std::string_view section = misspelt_section(text_, i);
-            if (section.empty()) continue;
-            sections_[i] = section;
-            source_.edit(i, {"", std::string(section), ""});
-            const std::string word(text_.word(i));
-            PlacedFinding found =
-                error_at(text_, {i, i}, "ERR_PARSER", "unexpected '" + word + "'");
-            found.finding.hint = "did you mean '" + std::string(section) + "'?";
-            replace(text_, found, {i, i}, std::string(section), true);
+    void find_misread_words() {
+        for (const Misread& misread : misread_words(text_)) {
+            PlacedFinding found = error_at(text_, misread.range, "ERR_PARSER", misread.message);
+            found.finding.hint = misread.hint;
+            for (const auto& [token, word] : misread.words) {
+                words_[token] = word;
+                source_.edit(token, {"", std::string(word), ""});
+                replace(text_, found, {token, token}, std::string(word), true);
+            }
             faults_.findings.push_back(std::move(found));
         }
+    }
+
+    std::string_view word(std::size_t token) const {
+        const auto found = words_.find(token);
+        return found == words_.end() ? text_.word(token) : found->second;
     }
 
     // Parses up to the next error, corrects the statement or takes it out, and leaves in `next_`
@@ -112,8 +116,7 @@ class Finder {
     // A section word where a record is still open, or after its rules.
     bool ends_section_early(const Statement& statement, const TokenReport& error) {
         const std::size_t token = error.token;
-        const bool is_section = token >= text_.size() || is_section_word(text_.word(token)) ||
-                                sections_.contains(token);
+        const bool is_section = token >= text_.size() || is_section_word(word(token));
         if (!is_section || lacks_end(statement)) return false;
         if (is_unclosed_record(token)) return true;
         if (token >= text_.size()) return false;
@@ -158,6 +161,7 @@ class Finder {
     // True if the statement is likely to parse further now.
     bool correct(Statement& statement, const TokenReport& error) {
         uncorrected_ = finding_of(text_, error, nullptr);
+        declares_nothing_ = false;
         const bool is_short = statement.end - statement.first <= longest_statement;
         if (!is_short || searches_++ >= most_searches) return false;
         const SyntaxError place{text_, statement, error.token};
@@ -166,6 +170,8 @@ class Finder {
             if (mistake.edits.empty()) {
                 if (!is_explained) uncorrected_ = finding_of(text_, error, &mistake);
                 is_explained = true;
+                declares_nothing_ = mistake.declares_nothing;
+                if (declares_nothing_) return false;
                 continue;
             }
             if (is_explained && mistake.is_guess) continue;
@@ -178,7 +184,7 @@ class Finder {
     void apply(const Mistake& mistake, Statement& statement, const TokenReport& error) {
         faults_.findings.push_back(finding_of(text_, error, &mistake));
         source_.add(mistake.edits);
-        if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end});
+        if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end - 1});
         if (!mistake.ends_statement) return;
         statement.first = error.token;
         statement.closes_record = false;
@@ -201,14 +207,15 @@ class Finder {
         const auto errors =
             source_.parse_part(statement.first, end, statement.head(), tail, mistake.edits);
         if (errors.empty()) return true;
-        return !mistake.ends_statement && !mistake.has_to_parse && errors.front().token > token;
+        const std::size_t parsed = token + (mistake.has_to_go_on ? 1 : 0);
+        return !mistake.ends_statement && !mistake.has_to_parse && errors.front().token > parsed;
     }
 
     // Takes the statement out; the whole declaration, where it opens a record.
     void give_up(const Statement& statement) {
         const std::size_t end = statement.opens_record ? statement.whole_end : statement.end;
         source_.drop(statement.first, std::max(end, statement.first));
-        if (!statement.is_rule())
+        if (!statement.is_rule() && !declares_nothing_)
             for (std::size_t i = statement.first; i < std::min(end, text_.size()); ++i)
                 if (text_.tokens()[i].kind == TokenKind::word && !is_reserved(text_.word(i)))
                     faults_.lost_names.emplace(text_.word(i));
@@ -217,7 +224,8 @@ class Finder {
 
     EditedSource& source_;
     const SourceText& text_;
-    SectionWords sections_;
+    MeantWords words_;
+    bool declares_nothing_ = false; // the statement that is given up
     std::vector<Statement> statements_;
     std::size_t next_ = 0; // the first statement that is not parsed yet
     unsigned searches_ = 0;

@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-#include "similar.h"
+#include "foreign_forms.h"
 
 namespace norvane::driver {
 namespace {
@@ -30,14 +30,16 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"implies", "->", ""},
     {"iff", "<->", ""},
     {"exists", "exist", ""},
+    {"for", "forall", ""},
+    {"foreach", "forall", ""},
+    {"is", "=", "", false},
+    {"end", "", "no statement of a model has an 'end'"},
     {"mod", "", "there is no remainder of a division"},
     {"div", "", "integers have no division"},
     {"'", "", "texts and labels are in double quotes"},
 });
 
 constexpr auto marks = std::to_array<std::string_view>({")", "]", ",", ":", "then", "of", "|"});
-constexpr auto section_words =
-    std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
 class Search : MistakeSearch {
   public:
     using MistakeSearch::MistakeSearch;
@@ -46,6 +48,7 @@ class Search : MistakeSearch {
         open_string();
         comment();
         replaced_words(foreign_words);
+        std::ranges::move(foreign_forms(error_), std::back_inserter(found_));
         declared_with_equals();
         range_from_one();
         loop_body();
@@ -233,19 +236,6 @@ class Search : MistakeSearch {
 
 std::vector<Mistake> possible_mistakes(const SyntaxError& error) {
     return Search(error).run();
-}
-
-// No statement has a name and then another word that can begin one.
-std::string_view misspelt_section(const SourceText& source, std::size_t token) {
-    if (token + 1 >= source.size() || source.tokens()[token].kind != TokenKind::word ||
-        source.tokens()[token + 1].kind != TokenKind::word)
-        return {};
-    const std::string_view word = source.word(token);
-    const std::string_view next = source.word(token + 1);
-    const std::string_view before = token > 0 ? source.word(token - 1) : ";";
-    const bool begins = before == ";" || is_section_word(before);
-    if (!begins || is_reserved(word) || may_follow_a_name(next)) return {};
-    return most_similar(word, section_words);
 }
 
 } // namespace norvane::driver

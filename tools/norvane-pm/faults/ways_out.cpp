@@ -4,6 +4,7 @@
 #include <array>
 
 #include "mistakes.h"
+#include "similar.h"
 
 namespace norvane::driver {
 namespace {
@@ -44,6 +45,38 @@ bool is_unbounded_name(const Expr* expr) {
             expr->type == ETYPE_STRING);
 }
 
+bool is_logical(const Expr* expr) {
+    switch (expr->opr) {
+    case OPR_AND:
+    case OPR_OR:
+    case OPR_XOR:
+    case OPR_IMPLIES:
+    case OPR_BIIMPLIES: return true;
+    default: return false;
+    }
+}
+
+// The other side of a comparison that has a name on one side; null for another expression.
+const Expr* compared_with(const Expr* expr, const IdCon* path) {
+    if (expr->structure != EXPR_BINARY || !is_comparison(expr)) return nullptr;
+    const Expr* left = expr->args.binargs.leftarg;
+    const Expr* right = expr->args.binargs.rightarg;
+    const auto is_path = [path](const Expr* side) {
+        return side->structure == EXPR_IDCONSTRUCTOR && side->args.idcon == path;
+    };
+    if (is_path(left)) return right;
+    return is_path(right) ? left : nullptr;
+}
+
+// The comparison that comes last on the left of `or 4`; null where there is none.
+const Expr* last_comparison(const Expr* expr) {
+    while (expr->structure == EXPR_BINARY && is_logical(expr))
+        expr = expr->args.binargs.rightarg;
+    const bool names_value = expr->structure == EXPR_BINARY && is_comparison(expr) &&
+                             expr->args.binargs.leftarg->structure == EXPR_IDCONSTRUCTOR;
+    return names_value ? expr : nullptr;
+}
+
 const char* simple_name(const Expr* expr) {
     const bool is_simple =
         expr->structure == EXPR_IDCONSTRUCTOR && expr->args.idcon->contype == IDCON_SIMPLE;
@@ -65,9 +98,9 @@ WaysOut::WaysOut(const Project* project, SymbolTable* table, RecordPlaces& place
 }
 
 void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* root,
-                      const Subject& subject, TokenRange range) {
+                      const Expr* operand, const Subject& subject, TokenRange range) {
     if (report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR")
-        return undeclared(found, quoted_name(report.message), subject, range);
+        return undeclared(found, quoted_name(report.message), operand, subject, range);
     if (report.name == "ERR_NOT_RECORD" && is_array(std::string(quoted_name(report.message))))
         say(found, "it is an array: its elements are records, such as [0]");
     const Expr* expr = subject.expr;
@@ -76,9 +109,18 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
         say(found, "a rule is about variables: name one of this type");
     if (report.name == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
         say(found, "compare it with SOME or NONE");
+    if (report.name == "ERR_DOMAIN_TYPE" && expr) declared_here(found, expr);
     if (report.name == "ERR_DOMAIN_NOT_STATIC" || report.name == "ERR_ARRAY_NOT_STATIC" ||
         report.name == "ERR_EXPR_NOT_STATIC" || report.name == "ERR_INDEX_NOT_STATIC")
         say(found, "only constants and numbers are known when the model is checked");
+}
+
+void WaysOut::declared_here(PlacedFinding& found, const Expr* expr) {
+    const char* name = simple_name(expr);
+    const auto declared = name ? declared_.find(name) : declared_.end();
+    if (declared == declared_.end()) return;
+    if (const Declared* place = places_.find(declared->second.declaration))
+        found.finding.notes.push_back({text_.place(place->name), "declared here"});
 }
 
 bool WaysOut::is_array(std::string name) {
@@ -87,8 +129,8 @@ bool WaysOut::is_array(std::string name) {
     return status == 0 && namedata->ndtype == ND_VARIABLE && namedata->typecon->contype == TC_ARRAY;
 }
 
-void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
-                         TokenRange range) {
+void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
+                         const Subject& subject, TokenRange range) {
     if (!subject.idcon) return;
     const std::string_view instead = value_instead_of(name);
     if (!instead.empty()) {
@@ -101,6 +143,10 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
         const PolyHash* environment = environment_of(subject.path, subject.idcon);
         std::vector<std::string_view> names;
         if (environment) add_names(environment, names, false);
+        if (names.size() == 1 && names.front() == "SOME") {
+            say(found, "write '.SOME' after the name of an optional for its value");
+            return insert_before(text_, found, range.first, "SOME.", false);
+        }
         suggestions_.suggest(found, name, range.first, names);
         return;
     }
@@ -113,6 +159,21 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Subj
                    is_variable ? "the variable is not visible here" : "declare it before its use");
     }
     suggest_visible(found, name, range.first, false);
+    if (found.finding.hint.empty()) unknown_value(found, name, operand, subject, range);
+}
+
+// A name that is similar to none: a text, or the index of a loop that is not there.
+void WaysOut::unknown_value(PlacedFinding& found, std::string_view name, const Expr* operand,
+                            const Subject& subject, TokenRange range) {
+    const bool is_index = range.first > 0 && range.last + 1 < text_.size() &&
+                          text_.word(range.first - 1) == "[" && text_.word(range.last + 1) == "]";
+    if (is_index) return say(found, "only a loop has an index, or write a number");
+    const Expr* other = compared_with(operand, subject.path);
+    if (other && other->type == ETYPE_BOOL) return say(found, "a boolean is true or false");
+    if (!other || other->type != ETYPE_STRING) return;
+    const std::string text = "\"" + std::string(name) + "\"";
+    say(found, "a text stands in quotes: " + text);
+    replace(text_, found, range, text, false);
 }
 
 void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRange range) {
@@ -125,8 +186,11 @@ void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRan
     if (later != declared_.end()) {
         const Declared* declared = places_.find(later->second.declaration);
         if (declared) found.finding.notes.push_back({text_.place(declared->name), "declared here"});
-        if (later->second.kind == ND_TYPE) say(found, "declare it before its use");
-        return;
+        if (later->second.kind != ND_TYPE) return;
+        const bool is_own =
+            declared && declared->range.first <= range.first && range.first <= declared->range.last;
+        return say(found,
+                   is_own ? "a type cannot have itself as a part" : "declare it before its use");
     }
     suggest_visible(found, name, range.first, true);
 }
@@ -178,8 +242,13 @@ const PolyHash* WaysOut::environment_of(IdCon* path, const IdCon* step) try {
 void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binary) {
     const Expr* left = binary->args.binargs.leftarg;
     const Expr* right = binary->args.binargs.rightarg;
-    if (optional_operand(found, root, left, right) || optional_operand(found, root, right, left))
+    const bool is_condition = is_logical(binary);
+    if (optional_operand(found, root, left, right, is_condition) ||
+        optional_operand(found, root, right, left, is_condition))
         return;
+    if (is_logical(binary)) return incomplete_comparison(found, root, binary);
+    if (left->type == ETYPE_SUM && right->structure == EXPR_STRING_CONST)
+        return label_of(found, left, right);
     if (binary->opr == OPR_DIV && left->type == ETYPE_INT)
         return say(found, "integers have no division: multiply the other side instead");
     if (left->type == ETYPE_SUM && right->type == ETYPE_SUM) {
@@ -212,7 +281,7 @@ void WaysOut::unbounded_operands(PlacedFinding& found, const Expr* binary) {
 
 // `ram > 8` where ram is optional.
 bool WaysOut::optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
-                               const Expr* other) {
+                               const Expr* other, bool is_condition) {
     const char* name = simple_name(operand);
     const bool is_word =
         name && (std::string_view(name) == "SOME" || std::string_view(name) == "NONE");
@@ -221,9 +290,55 @@ bool WaysOut::optional_operand(PlacedFinding& found, const Expr* root, const Exp
         return false;
     const auto range = places_.find_part(root, operand);
     if (!range) return false;
+    if (is_condition) {
+        say(found, "write ' = SOME' after the name of an optional for whether it is there");
+        insert_after(text_, found, range->last, " = SOME", false);
+        return true;
+    }
     say(found, "write '.SOME' after the name of an optional for its value");
     insert_after(text_, found, range->last, ".SOME", false);
     return true;
+}
+
+// `slots = 2 or 4`.
+void WaysOut::incomplete_comparison(PlacedFinding& found, const Expr* root, const Expr* binary) {
+    const Expr* right = binary->args.binargs.rightarg;
+    const Expr* before = last_comparison(binary->args.binargs.leftarg);
+    const bool joins = binary->opr == OPR_AND || binary->opr == OPR_OR || binary->opr == OPR_XOR;
+    if (!joins || !before || right->type == ETYPE_BOOL || is_comparison(right)) return;
+    const auto name = places_.find_part(root, before->args.binargs.leftarg);
+    const auto value = places_.find_part(root, right);
+    if (!name || !value) return;
+    std::string missing;
+    for (std::size_t i = name->first; i <= name->last; ++i)
+        missing += text_.word(i);
+    missing += " " + std::string(text_.word(name->last + 1)) + " ";
+    say(found, "it joins whole comparisons: write '" + missing + "' again");
+    insert_before(text_, found, value->first, missing, false);
+}
+
+// `cover = "grey"` where that is no label of the enumeration.
+void WaysOut::label_of(PlacedFinding& found, const Expr* variable, const Expr* text) {
+    const char* name = simple_name(variable);
+    NameData* namedata = nullptr;
+    if (!name ||
+        call([&] { return symtbl_lookup(table_, const_cast<char*>(name), 0, &namedata); }) != 0)
+        return;
+    const TypeCon* typecon = namedata->typecon;
+    while (typecon && typecon->contype == TC_NAMED) {
+        const int status =
+            call([&] { return symtbl_lookup(table_, typecon->values.name, 0, &namedata); });
+        typecon = status == 0 && namedata->ndtype == ND_TYPE ? namedata->typecon : nullptr;
+    }
+    if (!typecon || typecon->contype != TC_SUM) return;
+    std::vector<std::string_view> labels;
+    for (const char* label : items<char>(typecon->values.labels))
+        labels.emplace_back(label);
+    const std::string_view similar = most_similar(text->args.str, labels);
+    say(found, "\"" + std::string(text->args.str) + "\" is no label of " + in_quotes(name) +
+                   (similar.empty() ? "" : ": did you mean " + in_quotes(similar) + "?"));
+    if (const auto range = places_.find_type(typecon))
+        found.finding.notes.push_back({text_.place(*range), "its labels are declared here"});
 }
 
 void WaysOut::labels(PlacedFinding& found, const Expr* label) {

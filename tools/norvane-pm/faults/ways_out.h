@@ -19,8 +19,9 @@ class WaysOut {
     WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
             const SourceText& text);
 
-    // Adds to a fault of an expression, while the names that it sees are in the table.
-    void explain(PlacedFinding& found, const Report& report, const Expr* root,
+    // Adds to a fault of an expression, while the names that it sees are in the table. The operand
+    // is the part of the expression that was checked by itself.
+    void explain(PlacedFinding& found, const Report& report, const Expr* root, const Expr* operand,
                  const Subject& subject, TokenRange range);
     // Adds to a name that is no type.
     void explain_type(PlacedFinding& found, std::string_view name, TokenRange range);
@@ -31,13 +32,18 @@ class WaysOut {
         NameDataType kind; // ND_INT for a constant
     };
 
-    void undeclared(PlacedFinding& found, std::string_view name, const Subject& subject,
-                    TokenRange range);
+    void undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
+                    const Subject& subject, TokenRange range);
+    void unknown_value(PlacedFinding& found, std::string_view name, const Expr* operand,
+                       const Subject& subject, TokenRange range);
     void operands(PlacedFinding& found, const Expr* root, const Expr* binary);
     void unbounded_operands(PlacedFinding& found, const Expr* binary);
     bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
-                          const Expr* other);
+                          const Expr* other, bool is_condition);
+    void incomplete_comparison(PlacedFinding& found, const Expr* root, const Expr* binary);
+    void label_of(PlacedFinding& found, const Expr* variable, const Expr* text);
     void labels(PlacedFinding& found, const Expr* label);
+    void declared_here(PlacedFinding& found, const Expr* expr);
     bool is_array(std::string name);
     void suggest_visible(PlacedFinding& found, std::string_view name, std::size_t token,
                          bool types);

@@ -51,7 +51,8 @@ bool is_about_missing_name(const Finding& finding) {
     for (const char* name : {"ERR_ID_UNDECLARED", "ERR_TYPE_UNDEF", "ERR_ILLEGAL_ARRAY_VAR",
                              "ERR_NO_VARS", "ERR_NO_PUBLIC_VARS", "ERR_CPP"})
         if (finding.name == name) return true;
-    return finding.message.starts_with("unexpected '('");
+    const std::string_view message = finding.message;
+    return message.starts_with("unexpected '('") || message.ends_with("is no macro");
 }
 
 Severity severity_of(const OsPreprocessorMessage& message) {

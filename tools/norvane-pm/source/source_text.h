@@ -42,7 +42,9 @@ class SourceText {
     bool ends_in_comment() const { return scan_.comment_depth > 0; }
 
     // Whether a macro has put the token there: what stands at its place is something else.
-    bool is_from_macro(std::size_t token) const { return !origin(token).macro.empty(); }
+    bool is_from_macro(std::size_t token) const { return !macro_of(token).empty(); }
+    // The macro that has put the token there; empty for none.
+    const std::string& macro_of(std::size_t token) const { return origin(token).macro; }
 
     // Whether the token is the first one on its line of the preprocessor's text.
     bool begins_line(std::size_t token) const;

@@ -1,0 +1,336 @@
+#include "foreign_forms.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace norvane::driver {
+namespace {
+
+constexpr auto built_in_types =
+    std::to_array<std::string_view>({"boolean", "integer", "float", "string"});
+constexpr auto loop_words = std::to_array<std::string_view>({"forall", "exist", "sum", "product"});
+// Only rules have them.
+constexpr auto marks_of_rules =
+    std::to_array<std::string_view>({"->", "<->", "<", "<=", ">", ">=", "<>", "and", "or", "xor",
+                                     "not", "if", "case", "forall", "exist"});
+
+template <std::size_t N>
+bool is_one_of(std::string_view word, const std::array<std::string_view, N>& words) {
+    return std::ranges::find(words, word) != words.end();
+}
+
+class Search : MistakeSearch {
+  public:
+    using MistakeSearch::MistakeSearch;
+
+    std::vector<Mistake> run() {
+        if (error_.statement.is_rule())
+            in_rule();
+        else
+            in_declaration();
+        number_with_commas();
+        return std::move(found_);
+    }
+
+  private:
+    void in_rule() {
+        loop_over_values();
+        loop_without_brackets();
+        loop_in_parentheses();
+        condition_with_colon();
+        point_before_digits();
+        number_with_unit();
+        macro_with_space();
+        call();
+    }
+    void in_declaration() {
+        rule_among_declarations();
+        macro_with_equals();
+        type_before_name();
+        name_of_two_words();
+        question_mark();
+        numbers_as_labels();
+        array_after_type();
+        array_of_range();
+    }
+
+    bool is_name(int offset) const {
+        const std::size_t at = token() + static_cast<std::size_t>(offset);
+        return at < source_.size() && source_.tokens()[at].kind == TokenKind::word &&
+               !is_reserved(source_.word(at));
+    }
+    bool is_number(int offset) const {
+        const std::size_t at = token() + static_cast<std::size_t>(offset);
+        return at < source_.size() && source_.tokens()[at].kind == TokenKind::number;
+    }
+    bool is_type_word(int offset) const {
+        return is_name(offset) || is_one_of(error_.word(offset), built_in_types);
+    }
+    bool touches_the_one_before(std::size_t at) const {
+        const Token& before = source_.tokens()[at - 1];
+        return source_.tokens()[at].offset == before.offset + before.length;
+    }
+    // The bracket that closes the one at `open`; the statement's end if there is none.
+    std::size_t closing(std::size_t open) const {
+        unsigned depth = 0;
+        for (std::size_t i = open; i < error_.statement.end; ++i) {
+            const std::string_view word = source_.word(i);
+            if (word == "(" || word == "[") ++depth;
+            if ((word == ")" || word == "]") && --depth == 0) return i;
+        }
+        return error_.statement.end;
+    }
+    std::string text_of(std::size_t first, std::size_t end) const {
+        std::string text;
+        for (std::size_t i = first; i < end; ++i) {
+            if (i > first && !touches_the_one_before(i)) text += ' ';
+            text += source_.word(i);
+        }
+        return text;
+    }
+
+    Mistake at(TokenRange range, std::string message, std::string hint) const {
+        Mistake mistake = mistake_at(range.first);
+        mistake.range = range;
+        mistake.message = std::move(message);
+        mistake.hint = std::move(hint);
+        return mistake;
+    }
+    // Some tokens as a whole stand for a text.
+    void rewrite(TokenRange range, std::string message, std::string hint, const std::string& text,
+                 bool is_certain) {
+        Mistake mistake = at(range, std::move(message), std::move(hint));
+        for (std::size_t i = range.first; i <= range.last; ++i)
+            mistake.edits[i] = instead("");
+        mistake.edits[range.first] = instead(text);
+        mistake.instead = text;
+        mistake.is_certain = is_certain;
+        mistake.has_to_parse = true;
+        add(std::move(mistake));
+    }
+    std::string unexpected(int offset = 0) const {
+        return "unexpected " + in_quotes(error_.word(offset));
+    }
+
+    // Rules.
+
+    // forall p in pumps : (...)
+    void loop_over_values() {
+        if (error_.word(-1) != "in" || !is_name(0)) return;
+        add(at({token(), token()}, unexpected(),
+               "a loop goes over numbers, which may be indices: forall i in [0..2] : (" +
+                   std::string(error_.word()) + "[i] ...)"));
+    }
+
+    // forall i in 0..2 : (...)
+    void loop_without_brackets() {
+        if (error_.word(-1) != "in" || error_.word(1) != ".." || token() + 2 >= source_.size())
+            return;
+        const TokenRange range{token(), token() + 2};
+        const std::string text = "[" + text_of(range.first, range.last + 1) + "]";
+        rewrite(range, unexpected(), "write " + text, text, true);
+    }
+
+    // sum(i in [0..2] : n)
+    void loop_in_parentheses() {
+        if (error_.word() != "(" || !is_one_of(error_.word(-1), loop_words)) return;
+        const std::size_t end = closing(token());
+        std::size_t colon = token();
+        while (colon < end && source_.word(colon) != ":")
+            ++colon;
+        if (colon >= end) return;
+        Mistake mistake =
+            at({token() - 1, token()}, unexpected(),
+               "a loop is '" + std::string(error_.word(-1)) + " i in [0..2] : (...)'");
+        mistake.edits[token()] = instead("");
+        mistake.edits[colon].after = "(";
+        mistake.has_to_parse = true;
+        add(std::move(mistake));
+    }
+
+    // if a : b
+    void condition_with_colon() {
+        if (error_.word() != ":") return;
+        for (std::size_t i = token(); i-- > error_.statement.first;) {
+            if (source_.word(i) == "then" || source_.word(i) == "case") return;
+            if (source_.word(i) == "if") return other_mark("then", "write 'then'");
+        }
+    }
+
+    // .5
+    void point_before_digits() {
+        if (error_.word() != "." || !is_number(1)) return;
+        const std::string text = "0." + std::string(error_.word(1));
+        rewrite({token(), token() + 1}, "a number begins with a digit", "write " + text, text,
+                true);
+    }
+
+    // 20t; what stands apart from the number is rather the next statement, or an operator is
+    // missing
+    void number_with_unit() {
+        if (!is_number(-1) || !is_name(0) || !touches_the_one_before(token())) return;
+        rewrite({token(), token()}, unexpected(), "numbers have no units", "", false);
+    }
+
+    // load(3), and needs(a, b), which a macro could do
+    void call() {
+        if (error_.word() != "(" || !is_name(-1)) return;
+        const std::size_t end = closing(token());
+        const std::string_view name = error_.word(-1);
+        const bool is_index = end == token() + 2 && end + 1 < source_.size() &&
+                              (is_number(1) || source_.word(end + 1) == ".");
+        if (is_index) {
+            Mistake mistake = at({token(), end}, unexpected(), "an index stands in '[' and ']'");
+            mistake.edits[token()] = instead("[");
+            mistake.edits[end] = instead("]");
+            mistake.is_certain = true;
+            add(std::move(mistake));
+        }
+        add(at({token() - 1, token() - 1},
+               in_quotes(name) + " is used like a function, but is no macro",
+               "define it by #define or include the file that does: there are no functions"));
+    }
+
+    // #define NEEDS (a, b)
+    void macro_with_space() {
+        if (error_.word() != "," || !source_.is_from_macro(token())) return;
+        add(at({token(), token()}, unexpected(),
+               "if " + in_quotes(source_.macro_of(token())) +
+                   " takes arguments, no space stands before the '(' of its definition"));
+    }
+
+    // Declarations.
+
+    // It declares nothing, so the names in it are not lost.
+    void rule_among_declarations() {
+        const bool follows = is_one_of(error_.word(), marks_of_rules) || error_.word() == "=" ||
+                             error_.word() == "." || error_.word() == "[";
+        const bool names = token() == error_.statement.first || error_.word(-1) != ":";
+        const auto is_mark = [this](std::size_t i) {
+            return is_one_of(source_.word(i), marks_of_rules);
+        };
+        if (!follows || !names) return;
+        for (std::size_t i = error_.statement.first; i < error_.statement.end; ++i) {
+            if (source_.word(i) == ":" && i < token()) return;
+            if (!is_mark(i)) continue;
+            Mistake mistake =
+                at({error_.statement.first, error_.statement.end - 1}, "a rule among declarations",
+                   error_.statement.depth > 0
+                       ? "the rules of a record come after its fields and 'rule'"
+                       : "rules come after the word 'rule'");
+            mistake.declares_nothing = true;
+            return add(std::move(mistake));
+        }
+    }
+
+    // #define N = 3
+    void macro_with_equals() {
+        const std::string& macro = is_at_end() ? std::string() : source_.macro_of(token());
+        if (error_.word() != "=" || macro.empty()) return;
+        Mistake mistake = at({token(), token()}, unexpected(),
+                             "take the '=' out of the definition of " + in_quotes(macro));
+        mistake.edits[token()] = instead("");
+        add(std::move(mistake));
+    }
+
+    // string brand;
+    void type_before_name() {
+        const int type = is_one_of(error_.word(), built_in_types) ? 0 : -1;
+        const std::size_t first = token() + static_cast<std::size_t>(type);
+        if (!is_type_word(type) || !is_name(type + 1)) return;
+        if (first + 2 >= source_.size() || source_.word(first + 2) != ";") return;
+        const std::string text =
+            std::string(error_.word(type + 1)) + " : " + std::string(error_.word(type));
+        rewrite({first, first + 1}, "the type comes after the name", "write " + text, text,
+                type == 0);
+    }
+
+    // max torque : float;
+    void name_of_two_words() {
+        if (!is_name(-1) || !is_name(0) || error_.word(1) != ":") return;
+        const std::string text = std::string(error_.word(-1)) + "_" + std::string(error_.word());
+        rewrite({token() - 1, token()}, "a name is one word",
+                "write " + text + ", or ',' between two names", text, false);
+    }
+
+    // disk? : boolean;
+    void question_mark() {
+        if (error_.word() != "?" || error_.word(1) != ":") return;
+        Mistake mistake = at({token(), token()}, unexpected(),
+                             "write 'optional' before the type of what need not be there");
+        mistake.edits[token()] = instead("");
+        mistake.edits[token() + 1].after = "optional";
+        mistake.has_to_parse = true;
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    // [13, 14, 16]
+    void numbers_as_labels() {
+        const std::string_view mark = error_.word();
+        if ((mark != "," && mark != "|" && mark != "]") || !is_number(-1)) return;
+        std::size_t open = token() - 1;
+        while (open > error_.statement.first && source_.word(open) != "[")
+            --open;
+        const std::size_t end = closing(open);
+        if (end >= error_.statement.end) return;
+        Mistake mistake = at({open + 1, end - 1}, "a number is no label",
+                             "write it in quotes, or take a range such as [0..16] and a rule");
+        for (std::size_t i = open + 1; i < end; ++i) {
+            const bool is_label = source_.tokens()[i].kind == TokenKind::number;
+            if (is_label) mistake.edits[i] = instead("\"" + std::string(source_.word(i)) + "\"");
+        }
+        mistake.has_to_parse = true;
+        add(std::move(mistake));
+    }
+
+    // pumps : Pump[3];
+    void array_after_type() {
+        if (error_.word() != "[" || !is_type_word(-1)) return;
+        const std::size_t end = closing(token());
+        if (end >= error_.statement.end || end == token() + 1) return;
+        const std::string text =
+            "array " + text_of(token() + 1, end) + " of " + std::string(error_.word(-1));
+        rewrite({token() - 1, end}, "the size of an array comes before the type", "write " + text,
+                text, true);
+    }
+
+    // array [0..2] of Pump, array[3] of Pump
+    void array_of_range() {
+        if (error_.word() != "[" || error_.word(-1) != "array") return;
+        const std::size_t end = closing(token());
+        if (end >= error_.statement.end || end == token() + 1) return;
+        const bool is_range = error_.word(1) == "0" && error_.word(2) == "..";
+        std::string size = text_of(token() + (is_range ? 3 : 1), end);
+        if (is_range) {
+            int last = 0;
+            const auto [after, problem] =
+                std::from_chars(size.data(), size.data() + size.size(), last);
+            const bool is_literal =
+                problem == std::errc() && after == size.data() + size.size() && last < 1000000;
+            size = is_literal ? std::to_string(last + 1) : size + " + 1";
+        }
+        rewrite({token(), end}, "an array has a size and no range", "write array " + size + " of",
+                size, true);
+    }
+
+    // 1,000
+    void number_with_commas() {
+        const bool is_long = error_.word() == "," && is_number(-1) && is_number(1) &&
+                             error_.word(1).size() == 3 && touches_the_one_before(token()) &&
+                             touches_the_one_before(token() + 1);
+        if (!is_long) return;
+        const std::string text = std::string(error_.word(-1)) + std::string(error_.word(1));
+        rewrite({token() - 1, token() + 1}, "a number has no ',' in it", "write " + text, text,
+                true);
+    }
+};
+
+} // namespace
+
+std::vector<Mistake> foreign_forms(const SyntaxError& error) {
+    return Search(error).run();
+}
+
+} // namespace norvane::driver

@@ -1,0 +1,27 @@
+// Words and marks that are taken for others before anything is parsed: those of other languages,
+// and misspelt ones, that tell the parser how the source is divided.
+#ifndef NORVANE_PM_MISREAD_WORDS_H
+#define NORVANE_PM_MISREAD_WORDS_H
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "source_text.h"
+
+namespace norvane::driver {
+
+struct Misread {
+    TokenRange range; // what it is about
+    std::string message;
+    std::string hint;
+    std::vector<std::pair<std::size_t, std::string_view>> words; // tokens, and what is meant
+};
+
+// In the order of the source. No source that parses has one.
+std::vector<Misread> misread_words(const SourceText& source);
+
+} // namespace norvane::driver
+
+#endif
