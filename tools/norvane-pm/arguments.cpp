@@ -21,6 +21,7 @@
 #include "languages.h"
 #include "models.h"
 #include "packages.h"
+#include "report.h"
 #include "serve.h"
 #include "session.h"
 #include "side_data.h"
@@ -327,6 +328,25 @@ void describe_diff(CLI::App& command, Options& options) {
                "have the same products");
 }
 
+void add_output(CLI::App& command, Options& options) {
+    add_text(command, "-o,--output", "FILE", options.output,
+             "Write to FILE and not to standard output");
+}
+
+void describe_report(CLI::App& command, Options& options) {
+    describe_checked_model(command, options);
+    add_output(command, options);
+    add_solver(command, options,
+               "Add what z3 or cvc5, or a program that is called like one of them, answers");
+}
+
+void describe_graph(CLI::App& command, Options& options) {
+    describe_checked_model(command, options);
+    add_output(command, options);
+    command.add_flag("--dot")->description(
+        "Write it in the language of Graphviz, as without this option");
+}
+
 void describe_convert(CLI::App& command, Options& options) {
     add_model(command, options, report_formats(), "FROM");
     add_argument(command, "TO", options.output, "The file to be written");
@@ -396,8 +416,7 @@ void describe_presentation_merge(CLI::App& command, Options& options) {
     command.add_option("FILE", options.presentations, "The presentations")
         ->required()
         ->type_name("");
-    add_text(command, "-o,--output", "FILE", options.output,
-             "Write to FILE and not to standard output");
+    add_output(command, options);
 }
 
 void describe_order_list(CLI::App& command, Options& options) {
@@ -500,6 +519,9 @@ constexpr Row commands[] = {
      describe_analyse, analyse},
     {"", "diff", "Tell which variables, values and rules of a model came, went or changed",
      describe_diff, diff},
+    {"", "report", "Write a page of HTML about a model", describe_report, write_report},
+    {"", "graph", "Write the graph of a model's rules and the variables that they name",
+     describe_graph, write_graph},
     {"", "convert",
      "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
      "say",

@@ -24,6 +24,8 @@ _norvane_pm() {
         [rules]="$model --warning --no-simplify --origin --labels --to"
         [analyse]="$model --warning --assume --example --count --solver --time-limit"
         [diff]="$model --warning --solver --time-limit"
+        [report]="$model --warning --output --solver --time-limit"
+        [graph]="$model --warning --output --dot"
         [convert]="$model --to"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
@@ -102,7 +104,7 @@ _norvane_pm() {
         if [[ $current == -* ]]; then
             words="${options[${command:--}]:-} --help"
         elif [[ -z $command ]]; then
-            words='info check print simplify variables rules analyse diff convert calc presentation
+            words='info check print simplify variables rules analyse diff report graph convert calc presentation
                 var-order workspace package explain lsp'
         elif [[ -n ${subcommands[$command]:-} ]]; then
             words=${subcommands[$command]}

@@ -23,17 +23,18 @@ bool concerns(const Warned& warned, Made made) {
 } // namespace
 
 // What has no result at all is told when that turns out, since a loop may never come to it.
-void show_warnings(Session& session, const CheckedModel& model, Made made) {
+std::vector<Finding> show_warnings(Session& session, const CheckedModel& model, Made made) {
     const Selection& selection = session.options.warnings;
     std::vector<Warned> all = find_warnings(model, selection);
     if (made != Made::nothing)
         std::erase_if(all, [](const Warned& w) { return w.warning == Warning::unsupported; });
-    if (all.empty()) return;
+    if (all.empty()) return {};
     // Only now, as it takes another run of the preprocessor.
     const std::unique_ptr<SourceText> source = read_source(session);
     std::unique_ptr<NodePlaces> places;
     if (source) places = std::make_unique<NodePlaces>(model.get(), *source);
     bool is_at_fault = false;
+    std::vector<Finding> shown;
     for (Warned& warned : all) {
         if (places) places->place(warned.finding, warned.node);
         if (selection.is_error(warned.warning, concerns(warned, made))) {
@@ -41,8 +42,10 @@ void show_warnings(Session& session, const CheckedModel& model, Made made) {
             is_at_fault = true;
         }
         session.diagnostics.report(warned.finding);
+        shown.push_back(std::move(warned.finding));
     }
     if (is_at_fault) throw InputAtFault();
+    return shown;
 }
 
 bool report_stop(Session& session, const InternalFailure& failure) try {
