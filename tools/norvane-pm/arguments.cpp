@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <sstream>
 #include <string_view>
 
@@ -24,9 +25,11 @@
 #include "report.h"
 #include "serve.h"
 #include "session.h"
+#include "several_files.h"
 #include "side_data.h"
 #include "similar.h"
 #include "workspace.h"
+#include "workspace_builds.h"
 
 namespace norvane::driver {
 namespace {
@@ -111,12 +114,17 @@ void add_format(CLI::App& command, Options& options, const Formats& formats) {
         {{"auto", Color::automatic}, {"always", Color::always}, {"never", Color::never}});
 }
 
+void add_quiet(CLI::App& command, Options& options) {
+    command.add_flag("-q,--quiet", options.quiet, "Show errors, and no warnings and notes");
+}
+
 // For a command that reads files, and may have something to report.
 void add_report_options(CLI::App& command, Options& options, const Formats& formats) {
     command.footer(std::string("A file whose name is - is standard input, or, where it is "
                                "written, standard output.\n") +
                    footer);
     add_format(command, options, formats);
+    add_quiet(command, options);
 }
 
 bool is_name_character(char c) {
@@ -222,16 +230,44 @@ void add_max_errors(CLI::App& command, Options& options) {
         ->type_name("N");
 }
 
-void add_model(CLI::App& command, Options& options, const Formats& formats,
-               const char* argument = "FILE") {
+void add_model_options(CLI::App& command, Options& options, const Formats& formats) {
     add_report_options(command, options, formats);
-    add_argument(command, argument, options.file, "The product model");
     add_preprocessor_options(command, options);
     add_model_form(command, "--from", "The format of the model, whatever its extension says",
                    options.from);
     add_max_errors(command, options);
     add_max_nodes(command, options);
     add_dependencies(command, options);
+}
+
+void add_model(CLI::App& command, Options& options, const Formats& formats,
+               const char* argument = "FILE") {
+    add_model_options(command, options, formats);
+    add_argument(command, argument, options.file, "The product model");
+}
+
+void add_jobs(CLI::App& command, Options& options) {
+    command.add_option("-j,--jobs", options.jobs, "Work on up to N models at a time (1)")
+        ->check(CLI::Range(1u, 1000u, ""))
+        ->type_name("N");
+}
+
+// For a command that takes several models.
+void add_models(CLI::App& command, Options& options, const Formats& formats, const char* help) {
+    add_model_options(command, options, formats);
+    command.add_option("FILE", options.files, help)->required()->type_name("");
+    add_jobs(command, options);
+}
+
+void add_output(CLI::App& command, Options& options,
+                const char* help = "Write to FILE and not to standard output") {
+    add_text(command, "-o,--output", "FILE", options.output, help);
+}
+
+void add_output_of_models(CLI::App& command, Options& options) {
+    add_output(
+        command, options,
+        "Write to FILE and not to standard output; for several models, into the directory FILE");
 }
 
 void add_warnings(CLI::App& command, Options& options) {
@@ -247,12 +283,29 @@ void add_warnings(CLI::App& command, Options& options) {
             "-Wno-error=NAME")
         ->type_name("WORD")
         ->trigger_on_parse();
+    command.add_flag_callback(
+        "--werror", [&options] { options.warnings.take("error"); }, "The same as -Werror");
+}
+
+// The file of a command that was given one, and those of one that was given several.
+void settle_files(Options& options) {
+    const bool names_result =
+        options.takes_result && options.output == "-" && options.files.size() == 2;
+    if (names_result) {
+        options.output = options.files[1];
+        options.files.pop_back();
+    }
+    std::error_code error;
+    const bool is_single = names_result || !std::filesystem::is_directory(options.output, error);
+    if (options.files.size() != 1 || !is_single) return;
+    options.file = options.files[0];
+    options.files.clear();
 }
 
 // Commands on models. ----------------------------------------------------------------------------
 
 void describe_check(CLI::App& command, Options& options) {
-    add_model(command, options, report_formats());
+    add_models(command, options, report_formats(), "The product models");
     command.add_flag(
         "--fix", options.fix,
         "Correct in the model's files what is certain, and print the differences; then "
@@ -277,7 +330,8 @@ void describe_variables(CLI::App& command, Options& options) {
 }
 
 void describe_rules(CLI::App& command, Options& options) {
-    add_model(command, options, all_formats());
+    add_models(command, options, all_formats(), "The product models");
+    add_output_of_models(command, options);
     add_warnings(command, options);
     command.add_flag("--no-simplify", options.as_written,
                      "Print the rules as they are written, loops, cases and names included");
@@ -328,11 +382,6 @@ void describe_diff(CLI::App& command, Options& options) {
                "have the same products");
 }
 
-void add_output(CLI::App& command, Options& options) {
-    add_text(command, "-o,--output", "FILE", options.output,
-             "Write to FILE and not to standard output");
-}
-
 void describe_report(CLI::App& command, Options& options) {
     describe_checked_model(command, options);
     add_output(command, options);
@@ -348,8 +397,10 @@ void describe_graph(CLI::App& command, Options& options) {
 }
 
 void describe_convert(CLI::App& command, Options& options) {
-    add_model(command, options, report_formats(), "FROM");
-    add_argument(command, "TO", options.output, "The file to be written");
+    add_models(command, options, report_formats(),
+               "The product model and the file to be written; with -o, models");
+    add_output_of_models(command, options);
+    options.takes_result = true;
     add_model_form(command, "--to", "The format to write, whatever the extension says", options.to);
 }
 
@@ -457,6 +508,25 @@ void add_package_options(CLI::App& command, Options& options) {
     add_text(command, "--type", "TYPE", options.type, "The type of the model (StandardMu)");
 }
 
+void describe_check_workspace(CLI::App& command, Options& options) {
+    add_format(command, options, report_formats());
+    add_quiet(command, options);
+    add_argument(command, "FILE", options.file, "The workspace");
+    add_max_errors(command, options);
+    add_max_nodes(command, options);
+    add_warnings(command, options);
+    add_jobs(command, options);
+}
+
+void describe_ninja(CLI::App& command, Options& options) {
+    describe_show(command, options);
+    add_text(command, "-o,--output", "FILE", options.output,
+             "Write to FILE and not to standard output");
+    options.build_directory = "build";
+    add_text(command, "--build-dir", "DIR", options.build_directory,
+             "The directory of the results (build)");
+}
+
 void describe_pack_project(CLI::App& command, Options& options) {
     describe_show(command, options);
     add_argument(command, "PROJECT", options.project, "The name of the project");
@@ -503,7 +573,7 @@ struct Row {
 
 constexpr Row commands[] = {
     {"", "info", "Load a model or a calculation and count what it declares", describe_model, info},
-    {"", "check", "Check a model", describe_check, check},
+    {"", "check", "Check models", describe_check, check_files},
     {"", "print", "Load a model and print it as one source, includes and macros resolved",
      describe_model, print},
     {"", "simplify",
@@ -513,7 +583,8 @@ constexpr Row commands[] = {
     {"", "variables",
      "Check a model and list the variables of its flat rules, with what their values stand for",
      describe_variables, variables},
-    {"", "rules", "Check a model and print its flat rules, one a line", describe_rules, rules},
+    {"", "rules", "Check models and print their flat rules, one a line", describe_rules,
+     print_rules_of_files},
     {"", "analyse",
      "Ask a solver whether a model has products, and what its rules exclude, decide and repeat",
      describe_analyse, analyse},
@@ -523,9 +594,9 @@ constexpr Row commands[] = {
     {"", "graph", "Write the graph of a model's rules and the variables that they name",
      describe_graph, write_graph},
     {"", "convert",
-     "Write a model in another form, unchecked: as source or as XML, as the extensions pm and xml "
+     "Write models in another form, unchecked: as source or as XML, as the extensions pm and xml "
      "say",
-     describe_convert, convert},
+     describe_convert, convert_files},
     {"calc", "check", "Check a calculation against its model", describe_calc_check,
      check_calculation},
     {"calc", "print", "Print a calculation as source, every operation in brackets",
@@ -550,6 +621,13 @@ constexpr Row commands[] = {
      "Print the command lines of a project's tools, to be run in order in the current directory: "
      "for a shell, or as arrays of arguments",
      describe_commands, list_commands},
+    {"workspace", "check", "Check the models of all projects", describe_check_workspace,
+     check_workspace},
+    {"workspace", "ninja",
+     "Write a build file for ninja that checks the models of all projects, writes their flat rules "
+     "and "
+     "their XML, and makes their packages",
+     describe_ninja, write_ninja_file},
     {"workspace", "package", "Make the package of a project, from and in the current directory",
      describe_pack_project, pack_project},
     {"package", "list", "List the members of a package, each after its size", describe_package_list,
@@ -708,6 +786,7 @@ Invocation parse_arguments(int argc, char** argv) {
     describe(app, invocation, words);
     try {
         app.parse(static_cast<int>(arguments.size()), arguments.data());
+        settle_files(invocation.options);
     } catch (const CLI::Success& asked) {
         std::ostringstream out;
         out.exceptions(std::ios::badbit); // streams are silent about lack of memory

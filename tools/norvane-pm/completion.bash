@@ -6,39 +6,41 @@ _norvane_pm() {
         [calc]='check print convert builtins'
         [presentation]='list get merge'
         [var-order]='list check'
-        [workspace]='show commands package'
+        [workspace]='show commands check ninja package'
         [package]='list make'
     )
     local dependencies='--dependencies --dependency-file --dependency-target --quoted-target --phony-targets'
-    local model="--format --color --include-dir --define --undefine --from --first
+    local model="--format --color --quiet --include-dir --define --undefine --from --first
         --max-errors --max-nodes $dependencies"
-    local calculation="--format --color --from --of $dependencies"
+    local calculation="--format --color --quiet --from --of $dependencies"
     local package='--format --color --debug --type'
     local -A options=(
         [-]='--version'
         [info]=$model
-        [check]="$model --fix --warning"
+        [check]="$model --fix --warning --werror --jobs"
         [print]=$model
-        [simplify]="$model --warning"
-        [variables]="$model --warning"
-        [rules]="$model --warning --no-simplify --origin --labels --to"
-        [analyse]="$model --warning --assume --example --count --solver --time-limit"
-        [diff]="$model --warning --solver --time-limit"
-        [report]="$model --warning --output --solver --time-limit"
-        [graph]="$model --warning --output --dot"
-        [convert]="$model --to"
+        [simplify]="$model --warning --werror"
+        [variables]="$model --warning --werror"
+        [rules]="$model --warning --werror --no-simplify --origin --labels --to --jobs --output"
+        [analyse]="$model --warning --werror --assume --example --count --solver --time-limit"
+        [diff]="$model --warning --werror --solver --time-limit"
+        [report]="$model --warning --werror --output --solver --time-limit"
+        [graph]="$model --warning --werror --output --dot"
+        [convert]="$model --to --jobs --output"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
         [calc print]=$calculation
         [calc convert]="$calculation --to --no-lines"
         [calc builtins]='--format --color'
-        [presentation list]='--format --color'
-        [presentation get]='--format --color'
-        [presentation merge]='--format --color --output'
-        [var-order list]='--format --color'
+        [presentation list]='--format --color --quiet'
+        [presentation get]='--format --color --quiet'
+        [presentation merge]='--format --color --quiet --output'
+        [var-order list]='--format --color --quiet'
         [var-order check]=$model
         [workspace show]='--format --color'
         [workspace commands]='--format --color --arg --order --arg2 --mu-compile-stats --bin-dir'
+        [workspace check]='--format --color --quiet --first --max-errors --max-nodes --warning --werror --jobs'
+        [workspace ninja]='--format --color --output --build-dir'
         [workspace package]=$package
         [package list]='--format --color'
         [package make]="$package --build-dir --output-dir"
@@ -47,7 +49,7 @@ _norvane_pm() {
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
-        --max-nodes -W --warning --assume --solver --time-limit
+        --max-nodes -W --warning --assume --solver --time-limit -j --jobs
         --dependency-file --dependency-target --quoted-target '
 
     # The words before the cursor; bash splits --option=value into three words.
@@ -72,7 +74,8 @@ _norvane_pm() {
     case $previous in
     --format)
         case $command in
-        check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check)
+        check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check | \
+            workspace\ check)
             words='text gcc json sarif'
             ;;
         calc\ builtins | workspace* | package* | variables | analyse | diff) words='text json' ;;

@@ -102,17 +102,15 @@ void write_flat_rules(Session& session) {
     const CheckedModel& model = load_and_check_model(session);
     show_warnings(session, model, Made::rules);
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);
-    session.begin(Step::print, session.subject);
     const FlatModel flat(model);
     try {
-        write_rules(flat, rules, what, stdout);
+        session.print_output([&](std::FILE* to) { write_rules(flat, rules, what, to); });
     } catch (const Unwritten& unwritten) {
         Report report;
         report.set_title(unwritten.text);
         session.diagnostics.report(report);
         throw InputAtFault();
     }
-    results_refused();
 }
 
 } // namespace norvane::driver

@@ -47,17 +47,17 @@ void print_model(Session& session, const Model& model, const std::string& subjec
 
 // The origin of a rule, as every message about it begins. It differs from the last rule's, as the
 // rules of a record follow each other, once for each instance; so it is not cached.
-void print_origin(const CheckedModel& model, const RuleDecl* origin) {
+void print_origin(const CheckedModel& model, const RuleDecl* origin, std::FILE* to) {
     static char position[MESSAGE_BUFFER_SIZE];
     proj_line_information(model.get()->line_info, origin->linenumber, position);
-    std::fputs(position, stdout);
+    std::fputs(position, to);
 }
 
 // A rule as it is written may hold a case, which is printed on several lines.
-void print_on_one_line(Expr* rule, UtilString* text) {
+void print_on_one_line(Expr* rule, UtilString* text, std::FILE* to) {
     ppm_printn_expr_str(rule, text, -1);
     std::replace(text->text, text->text + text->length, '\n', ' ');
-    std::fwrite(text->text, 1, text->length, stdout);
+    std::fwrite(text->text, 1, text->length, to);
 }
 
 struct DeleteText {
@@ -65,15 +65,17 @@ struct DeleteText {
 };
 
 // In a frame as a whole, since a frame for each of millions of rules would take its time.
-void print_rules(const CheckedModel& model, const FlatRules& rules, UtilString* text) {
+void print_rules(const CheckedModel& model, const FlatRules& rules, UtilString* text,
+                 ResultFile& output) {
+    std::FILE* const to = output.stream();
     for (const FlatRule rule : rules) {
-        if (rule.origin) print_origin(model, rule.origin);
+        if (rule.origin) print_origin(model, rule.origin, to);
         if (text)
-            print_on_one_line(rule.expr, text);
+            print_on_one_line(rule.expr, text, to);
         else
-            ppm_print_expr(stdout, rule.expr);
-        putc_unlocked('\n', stdout);
-        if (results_refused()) return;
+            ppm_print_expr(to, rule.expr);
+        putc_unlocked('\n', to);
+        if (output.refused()) return;
     }
 }
 
@@ -108,10 +110,11 @@ void rules(Session& session) {
     const FlatRules& flat = expand_rules(
         session, model, options.as_written ? RuleForm::as_written : RuleForm::simplified,
         options.with_origin ? RuleOrigins::kept : RuleOrigins::dropped);
-    session.begin(Step::print, session.subject);
     std::unique_ptr<UtilString, DeleteText> text;
     if (options.as_written) text.reset(call([] { return ustr_new(); }));
-    call([&model, &flat, buffer = text.get()] { print_rules(model, flat, buffer); });
+    session.print_output([&](std::FILE*) {
+        call([&, buffer = text.get()] { print_rules(model, flat, buffer, session.output); });
+    });
 }
 
 void convert(Session& session) {

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "output.h"
+#include "shell_word.h"
 #include "text.h"
 
 namespace norvane::driver {
@@ -147,18 +148,6 @@ std::string without_quotes(std::string text) {
 // An argument as a program receives it.
 std::string argument(const char* text) {
     return without_quotes(to_utf8(text));
-}
-
-// An argument quoted so that a shell passes on this text.
-std::string for_shell(const std::string& text) {
-    constexpr std::string_view plain =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-        "_-+=,./:@%^";
-    if (!text.empty() && text.find_first_not_of(plain) == std::string::npos) return text;
-    std::string quoted = "'";
-    for (const char c : text)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
 }
 
 void print_command(char* const* argv, Format format) {

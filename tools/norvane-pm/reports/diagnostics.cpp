@@ -76,12 +76,13 @@ void split_line(Finding& finding) {
 
 } // namespace
 
-Diagnostics::Diagnostics(Format format, Color color)
-    : format_(format), is_colored_(is_to_be_colored(format, color)),
-      shows_progress_(has_terminal()) {
+Diagnostics::Diagnostics(const ReportStyle& style)
+    : format_(style.format), is_colored_(is_to_be_colored(style.format, style.color)),
+      errors_only_(style.errors_only), is_part_(style.is_part),
+      shows_progress_(has_terminal() && !errors_only_) {
     if (shows_progress_) msg_set_progress_sink(progress, this);
     os_set_preprocessor_sink(preprocessor, this);
-    if (format_ == Format::sarif) write(sarif_start());
+    if (format_ == Format::sarif && !is_part_) write(sarif_start());
 }
 
 Diagnostics::~Diagnostics() {
@@ -95,6 +96,7 @@ void Diagnostics::close(bool succeeded) {
     show_pending();
     if (!succeeded && !has_reported_)
         say("cannot make a temporary file (see TMPDIR in the environment)");
+    if (is_part_) return;
     if (!explained_.empty() && format_ == Format::text)
         write("For more: norvane-pm explain " + explained_ + "\n");
     if (format_ == Format::sarif) write(sarif_end(true));
@@ -104,7 +106,7 @@ void Diagnostics::close_after_failure() {
     show_pending();
     clear_progress();
     shows_progress_ = false;
-    if (format_ == Format::sarif) write(sarif_end(false));
+    if (format_ == Format::sarif && !is_part_) write(sarif_end(false));
 }
 
 void Diagnostics::begin(std::string_view doing, std::string_view file) {
@@ -137,7 +139,21 @@ void Diagnostics::show_pending() {
     show(finding);
 }
 
+void Diagnostics::add(std::string_view rendered) {
+    if (rendered.empty()) return;
+    clear_progress();
+    if (format_ == Format::sarif && has_reported_) write(",");
+    write(rendered);
+    has_reported_ = true;
+}
+
+void Diagnostics::sum_up(const std::string& text) {
+    clear_progress();
+    if (format_ == Format::text && !errors_only_) write(text + "\n");
+}
+
 void Diagnostics::show(const Finding& finding) {
+    if (errors_only_ && finding.severity != Severity::error) return;
     clear_progress();
     write(rendered(finding));
     has_reported_ = true;

@@ -19,7 +19,7 @@ namespace norvane::driver {
 // a line that is gone afterwards. There is one at a time.
 class Diagnostics {
   public:
-    Diagnostics(Format format, Color color);
+    explicit Diagnostics(const ReportStyle& style);
     ~Diagnostics();
     Diagnostics(const Diagnostics&) = delete;
     Diagnostics& operator=(const Diagnostics&) = delete;
@@ -40,6 +40,11 @@ class Diagnostics {
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});
 
+    // Adds reports that another run has made as a part of these.
+    void add(std::string_view rendered);
+    // Says how several runs have ended, to a person.
+    void sum_up(const std::string& text);
+
     // A report of the library as a finding, with the place that it names, in plain words. `word` is
     // what stands in the source where the parser met what it did not expect, if that is known.
     Finding finding_of(const Report& report, std::string_view word = {}) const;
@@ -51,6 +56,7 @@ class Diagnostics {
     Format format() const { return format_; }
     // Whether a report is about a name that may be declared elsewhere.
     bool misses_names() const { return misses_names_; }
+    bool is_colored() const { return is_colored_; }
 
   private:
     static void progress(const MsgProgress* event, void* user);
@@ -63,6 +69,8 @@ class Diagnostics {
 
     Format format_;
     bool is_colored_;
+    bool errors_only_;
+    bool is_part_;
     bool shows_progress_;
     bool progress_shown_ = false;
     std::string file_;               // that is being worked on

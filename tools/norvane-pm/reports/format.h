@@ -8,6 +8,14 @@ enum class Format { text, gcc, json, sarif };
 
 enum class Color { automatic, always, never };
 
+struct ReportStyle {
+    Format format;
+    Color color;
+    bool errors_only = false;
+    // The reports are a part of those of several runs, which another process begins and ends.
+    bool is_part = false;
+};
+
 } // namespace norvane::driver
 
 #endif

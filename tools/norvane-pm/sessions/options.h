@@ -23,8 +23,13 @@ enum class CalcForm { unknown, source, xml, package };
 struct Options {
     Format format = Format::text;
     Color color = Color::automatic;
-    std::string file;       // the model, the presentation, the workspace or the package
-    std::string other_file; // the model that it is compared with
+    bool quiet = false;             // shows errors alone
+    bool is_part = false;           // of several runs
+    std::string file;               // the model, the presentation, the workspace or the package
+    std::string other_file;         // the model that it is compared with
+    std::vector<std::string> files; // several models in its place, each of which gets a run
+    bool takes_result = false;      // as the second of two files
+    unsigned jobs = 1;              // runs at a time
     ModelForm from = ModelForm::unknown;
     std::vector<std::string> cpp_args; // "-IDIR", "-DNAME=VALUE", "-UNAME", in the order given
     bool first = false;                // report no more than the library

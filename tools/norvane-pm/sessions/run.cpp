@@ -30,7 +30,8 @@ void point_to_whole(Session& session) {
 int status_of(Session& session, void (*command)(Session&)) {
     try {
         const Watch watch(session);
-        if (session.options.has_dependencies) session.dependencies.emplace(session.options);
+        if (session.options.has_dependencies && session.options.files.empty())
+            session.dependencies.emplace(session.options);
         command(session);
         session.write_dependencies();
         return STATUS_OK;
@@ -39,6 +40,8 @@ int status_of(Session& session, void (*command)(Session&)) {
     } catch (const InputAtFault&) {
         point_to_whole(session);
         return STATUS_INPUT_AT_FAULT;
+    } catch (const EndedWith& worst) {
+        return worst.status;
     } catch (const WrongUsage& wrong) {
         session.diagnostics.say(wrong.text, wrong.hint);
         return STATUS_WRONG_USAGE;

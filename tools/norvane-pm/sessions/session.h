@@ -34,6 +34,11 @@ struct WrongUsage {
     std::string hint = {};
 };
 
+// The runs that a command has made have ended with this status at the worst, and have reported why.
+struct EndedWith {
+    int status;
+};
+
 enum class Step { load, check, simplify, expand, check_functions, ask, print, write, pack };
 
 // "loading", ..., as in "while loading the model".
@@ -45,7 +50,8 @@ std::string input_name(const std::string& file);
 class Session {
   public:
     explicit Session(const Options& what)
-        : options(what), diagnostics(what.format, what.color), model_file(what.file) {}
+        : options(what), diagnostics({what.format, what.color, what.quiet, what.is_part}),
+          model_file(what.file) {}
 
     // Notes the step and the file that it works on, for a failure in it and for reports that name
     // no place, and shows it where progress is shown.
@@ -82,6 +88,16 @@ class Session {
     void write_output(Write write) {
         open_output();
         write(output.stream());
+        output.refused();
+        close_output();
+    }
+    // The same for what is printed of the subject: a failure in it is one of that subject.
+    template <typename Print>
+    void print_output(Print print) {
+        const std::string printed = subject;
+        open_output();
+        begin(Step::print, printed);
+        print(output.stream());
         output.refused();
         close_output();
     }

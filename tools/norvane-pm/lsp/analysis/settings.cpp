@@ -8,6 +8,7 @@
 
 #include "includes.h"
 #include "selection.h"
+#include "workspace_models.h"
 
 namespace norvane::driver::lsp {
 namespace {
@@ -30,18 +31,16 @@ bool lists(const PolyList* files, const fs::path& directory, const std::string& 
 
 std::optional<Settings> from_project(const ZEBProject* project, const fs::path& directory,
                                      const Document& document) {
-    if (!project->main_file) return {};
+    const ProjectModel model = model_of(project);
+    if (model.file.empty()) return {};
     Settings settings;
-    settings.model = below(directory, project->main_file);
+    settings.model = (directory / model.file).lexically_normal();
     const PolyList* listed = document.is_calculation ? project->calc_files : project->pm_files;
     const bool is_main = !document.is_calculation && settings.model == document.path;
     if (!is_main && !lists(listed, directory, document.path)) return {};
-    for (const char* name : items<char>(project->includes))
-        settings.directories.push_back(below(directory, name));
-    for (const auto [name, value] : pairs<char, char>(project->defines)) {
-        const std::string text = codepage_to_utf8(value);
-        settings.macros.push_back("-D" + codepage_to_utf8(name) + (text.empty() ? "" : "=" + text));
-    }
+    for (const std::string& name : model.directories)
+        settings.directories.push_back((directory / name).lexically_normal());
+    settings.macros = model.macros;
     return settings;
 }
 

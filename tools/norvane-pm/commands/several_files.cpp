@@ -1,0 +1,94 @@
+#include "several_files.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "forms.h"
+#include "languages.h"
+#include "models.h"
+#include "run_all.h"
+
+namespace norvane::driver {
+namespace {
+
+// What goes with one result is refused where there are several.
+void check_usage(const Options& options) {
+    if (std::ranges::find(options.files, "-") != options.files.end())
+        throw WrongUsage{"standard input cannot be one of several models: -"};
+    if (!options.dependency_file.empty() || !options.dependency_targets.empty())
+        throw WrongUsage{"-MF, -MT and -MQ go with one model, and not with several"};
+    std::error_code error;
+    if (options.output != "-" && !std::filesystem::is_directory(options.output, error))
+        throw WrongUsage{"-o takes a directory where there are several models, and this is none: " +
+                         options.output};
+}
+
+const char* extension_of(const Options& options) {
+    switch (options.language) {
+    case Language::text: return options.format == Format::json ? ".json" : ".rules";
+    case Language::json: return ".json";
+    case Language::smtlib: return ".smt2";
+    case Language::minizinc: return ".mzn";
+    case Language::asp: return ".lp";
+    case Language::dimacs: return ".cnf";
+    case Language::opb: return ".opb";
+    case Language::pm: return ".pm";
+    }
+    return "";
+}
+
+std::vector<Run> runs_of(const Options& options, void (*command)(Session&),
+                         const std::string& extension) {
+    std::vector<Run> runs;
+    std::set<std::string> results;
+    for (const std::string& file : options.files) {
+        Run run{file, options, command};
+        run.options.files.clear();
+        run.options.file = file;
+        if (options.output != "-") {
+            const std::filesystem::path name =
+                std::filesystem::path(file).filename().replace_extension(extension);
+            run.options.output = options.output / name;
+            std::error_code error;
+            if (std::filesystem::equivalent(file, run.options.output, error))
+                throw WrongUsage{"the result would replace the model: " + file};
+            if (!results.insert(run.options.output).second)
+                throw WrongUsage{"two models would write the same file: " + run.options.output};
+        }
+        runs.push_back(std::move(run));
+    }
+    return runs;
+}
+
+void run_for_each(Session& session, void (*command)(Session&), const std::string& extension) {
+    check_usage(session.options);
+    run_all(session, runs_of(session.options, command, extension));
+}
+
+} // namespace
+
+void check_files(Session& session) {
+    if (session.options.files.empty()) return check(session);
+    run_for_each(session, check, "");
+}
+
+void print_rules_of_files(Session& session) {
+    const Options& options = session.options;
+    if (options.files.empty()) return rules(session);
+    run_for_each(session, rules, extension_of(options));
+}
+
+void convert_files(Session& session) {
+    const Options& options = session.options;
+    if (options.files.empty()) return convert(session);
+    if (options.output == "-")
+        throw WrongUsage{"several models need -o and the directory to write to"};
+    if (options.to == ModelForm::unknown)
+        throw WrongUsage{
+            "the names of several models do not tell the output format; use --to=pm or "
+            "--to=xml"};
+    run_for_each(session, convert, options.to == ModelForm::xml ? ".xml" : ".pm");
+}
+
+} // namespace norvane::driver

@@ -1,0 +1,213 @@
+// Names in a workspace are those of files in the current directory, as they are for the tools.
+#include "workspace_builds.h"
+
+#include <filesystem>
+#include <set>
+
+#include "forms.h"
+#include "models.h"
+#include "run_all.h"
+#include "shell_word.h"
+#include "workspace.h"
+#include "workspace_models.h"
+
+namespace norvane::driver {
+namespace {
+
+// The projects in the order of the workspace. Throws an InputAtFault after a report for each that
+// has no main file.
+std::vector<ProjectModel> models_of(Session& session, const Workspace& workspace) {
+    std::vector<ProjectModel> models;
+    bool are_good = true;
+    for (const ZEBProject* project : workspace.projects()) {
+        models.push_back(model_of(project));
+        if (!models.back().file.empty()) continue;
+        session.diagnostics.say(session.options.file + ": the project '" + models.back().project +
+                                "' has no main file");
+        are_good = false;
+    }
+    if (!are_good) throw InputAtFault();
+    return models;
+}
+
+bool is_xml(const ProjectModel& model) {
+    return model_form(ModelForm::unknown, model.file) == ModelForm::xml;
+}
+
+// What the preprocessor takes; nothing where it does not run.
+std::vector<std::string> cpp_args(const ProjectModel& model) {
+    std::vector<std::string> args;
+    if (is_xml(model)) return args;
+    for (const std::string& directory : model.directories)
+        args.push_back("-I" + directory);
+    args.insert(args.end(), model.macros.begin(), model.macros.end());
+    return args;
+}
+
+// A build file of ninja. -------------------------------------------------------------------------
+
+// A name as ninja reads it in a list of files.
+std::string path_for_ninja(const std::string& name) {
+    std::string escaped;
+    for (const char c : name) {
+        if (c == '$' || c == ' ' || c == ':') escaped += '$';
+        escaped += c;
+    }
+    return escaped;
+}
+
+// A text as ninja reads it after "=".
+std::string value_for_ninja(const std::string& text) {
+    std::string escaped;
+    for (const char c : text)
+        escaped += c == '$' ? std::string("$$") : std::string(1, c);
+    return escaped;
+}
+
+// Checked for each project before anything is written: results are named after projects, and a
+// build file has no way to write a line feed.
+class NameCheck {
+  public:
+    explicit NameCheck(Session& session) : session_(session) {}
+
+    void operator()(const ProjectModel& model) {
+        const std::string& name = model.project;
+        const bool is_plain =
+            !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+        if (!is_plain) refuse("the name of the project '" + name + "' is no name of a file");
+        if (!names_.insert(name).second) refuse("there are two projects '" + name + "'");
+        std::string all = name + model.file;
+        for (const std::string& argument : cpp_args(model))
+            all += argument;
+        if (all.find('\n') != std::string::npos)
+            refuse("the project '" + name + "' has a line feed in a name or a macro");
+    }
+
+  private:
+    void refuse(const std::string& why) const {
+        session_.diagnostics.say(session_.options.file + ": " + why);
+        throw InputAtFault();
+    }
+
+    Session& session_;
+    std::set<std::string> names_;
+};
+
+class NinjaFile {
+  public:
+    explicit NinjaFile(const Options& options) : options_(options) {
+        const std::string file = for_ninja_command(options.file);
+        const std::string directory = for_ninja_command(options.build_directory);
+        text_ =
+            "# The models of a workspace: checked, as flat rules, and as XML. \"ninja packages\" "
+            "packs what\n# a compiler has made of them. \"norvane-pm workspace ninja\" writes "
+            "this file.\n"
+            "ninja_required_version = 1.8\n"
+            "builddir = " +
+            value_for_ninja(options.build_directory) +
+            "\n"
+            "norvane_pm = norvane-pm\n";
+        add_rule("check", "check $flags -MD -MF $out.d -MQ $out $in && touch $out", true);
+        // The check has shown the warnings.
+        add_rule("rules", "rules -q $flags -MD -MF $out.d -o $out $in", true);
+        add_rule("xml", "convert -q $flags --to=xml -MD -MF $out.d -o $out $in", true);
+        add_rule("package", "workspace package " + file + " $project", false);
+        add_rule("workspace", "workspace ninja --build-dir " + directory + " -o $out $in", false);
+        if (options.output != "-")
+            text_ += "  generator = 1\nbuild " + path_for_ninja(options.output) + ": workspace " +
+                     path_for_ninja(options.file) + "\n";
+    }
+
+    void add(const ProjectModel& model) {
+        add_build(checks_, model, ".checked", "check");
+        add_build(rules_, model, ".rules", "rules");
+        if (!is_xml(model)) add_build(documents_, model, ".xml", "xml");
+    }
+
+    // A package has what lies beside the compiled model when it is made.
+    void add_package(const ProjectModel& model, const std::vector<std::string>& more) {
+        const std::string package = path_for_ninja(model.project + ".mub");
+        text_ += "build " + package + ": package " + path_for_ninja(model.project + ".mu") + " | " +
+                 path_for_ninja(options_.file);
+        std::error_code error;
+        for (const std::string& file : more)
+            if (std::filesystem::is_regular_file(file, error)) text_ += " " + path_for_ninja(file);
+        text_ += "\n  project = " + for_ninja_command(model.project) + "\n";
+        packages_ += " " + package;
+    }
+
+    std::string text() const {
+        return text_ + "build check: phony" + checks_ + "\nbuild rules: phony" + rules_ +
+               "\nbuild xml: phony" + documents_ + "\nbuild packages: phony" + packages_ +
+               "\ndefault check rules xml\n";
+    }
+
+  private:
+    static std::string for_ninja_command(const std::string& word) {
+        return value_for_ninja(for_shell(word));
+    }
+
+    void add_rule(const std::string& name, const std::string& command, bool has_dependencies) {
+        text_ += "rule " + name + "\n  command = $norvane_pm " + command + "\n";
+        if (has_dependencies) text_ += "  depfile = $out.d\n  deps = gcc\n";
+    }
+
+    void add_build(std::string& group, const ProjectModel& model, const char* extension,
+                   const char* rule) {
+        const std::string result = path_for_ninja(std::filesystem::path(options_.build_directory) /
+                                                  (model.project + extension));
+        text_ += "build " + result + ": " + rule + " " + path_for_ninja(model.file) + "\n";
+        std::string flags;
+        for (const std::string& argument : cpp_args(model))
+            flags += " " + for_ninja_command(argument);
+        if (!flags.empty()) text_ += "  flags =" + flags + "\n";
+        group += " " + result;
+    }
+
+    const Options& options_;
+    std::string text_;
+    std::string checks_, rules_, documents_, packages_; // results
+};
+
+// What a package takes beside the compiled model, where it is there.
+std::vector<std::string> package_files(const ZEBProject* project, const std::string& name) {
+    std::vector<std::string> files = {name + ".clx", name + ".tbl"};
+    for (const char* file : items<char>(project->fileincludes))
+        files.push_back(codepage_to_utf8(file));
+    return files;
+}
+
+} // namespace
+
+void check_workspace(Session& session) {
+    const Options& options = session.options;
+    std::vector<Run> runs;
+    for (const ProjectModel& model : models_of(session, load_workspace(session))) {
+        Run run{model.project, options, check};
+        run.options.file = model.file;
+        run.options.cpp_args = cpp_args(model);
+        runs.push_back(std::move(run));
+    }
+    run_all(session, std::move(runs));
+}
+
+void write_ninja_file(Session& session) {
+    const Workspace& workspace = load_workspace(session);
+    const std::vector<ProjectModel> models = models_of(session, workspace);
+    NameCheck check_names(session);
+    for (const ProjectModel& model : models)
+        check_names(model);
+    NinjaFile file(session.options);
+    for (const ProjectModel& model : models)
+        file.add(model);
+    std::size_t i = 0;
+    for (const ZEBProject* project : workspace.projects()) {
+        file.add_package(models[i], package_files(project, models[i].project));
+        ++i;
+    }
+    const std::string text = file.text();
+    session.write_output(
+        [&text](std::FILE* stream) { std::fwrite(text.data(), 1, text.size(), stream); });
+}
+
+} // namespace norvane::driver
