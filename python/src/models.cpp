@@ -1,9 +1,13 @@
 // Models: reading, checking, the finite form and the flat rules.
 #include "models.h"
 
+#include <cstdlib>
+#include <filesystem>
 #include <new>
 
 #include <pybind11/stl.h>
+
+#include "norvane/base/util.h"
 
 #include "expressions.h"
 
@@ -57,6 +61,29 @@ class PreprocessorReports {
     }
 };
 
+// Where the library writes while this lives: what a failed preprocessor has written stays there.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory() {
+        std::error_code error;
+        std::string name = std::filesystem::temp_directory_path(error) / "norvane-XXXXXX";
+        if (error || !mkdtemp(name.data())) return; // the library writes where it can, or says why
+        name_ = std::move(name);
+        util_set_temp_directory(name_.c_str());
+    }
+    ~TemporaryDirectory() {
+        if (name_.empty()) return;
+        util_set_temp_directory(nullptr);
+        std::error_code ignored;
+        std::filesystem::remove_all(name_, ignored);
+    }
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  private:
+    std::string name_;
+};
+
 // The library says only that the preprocessor failed, which its own messages explain.
 std::vector<Report> with_reasons(std::vector<Report> reasons, const std::vector<Report>& reports) {
     for (const Report& report : reports)
@@ -69,6 +96,7 @@ SharedModel load(const std::string& file, const std::vector<std::string>& cpp_ar
     Result<Model> result = locked([&] {
         if (is_xml(file)) return Model::from_xml(file);
         PreprocessorReports preprocessor;
+        const TemporaryDirectory of_the_preprocessor;
         Result<Model> read = Model::from_source(file, cpp_args);
         reasons = std::move(preprocessor.reports);
         return read;

@@ -170,6 +170,9 @@ TEST(FileNames, OfTemporaryFilesAreNewAndCreateNothing) {
 
     setenv("TMPDIR", (directory.path() + "/missing").c_str(), 1);
     EXPECT_FALSE(util_temp_filename(".pm"));
+    util_set_temp_directory(directory.path().c_str());
+    EXPECT_TRUE(std::string(Text(util_temp_filename(".pm")).get()).starts_with(directory.path()));
+    util_set_temp_directory(nullptr);
     unsetenv("TMPDIR");
     EXPECT_TRUE(std::string(Text(util_temp_filename(".clx")).get()).starts_with("/tmp/"));
     if (set) setenv("TMPDIR", before.c_str(), 1);

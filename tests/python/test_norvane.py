@@ -5,6 +5,7 @@ import re
 import tempfile
 import threading
 import unittest
+from unittest import mock
 
 import norvane
 
@@ -17,6 +18,9 @@ class Models(unittest.TestCase):
         self.addCleanup(directory.cleanup)
         self.addCleanup(os.chdir, os.getcwd())
         os.chdir(directory.name)
+        temporary = mock.patch.dict(os.environ, TMPDIR=directory.name)  # where nothing may be left
+        temporary.start()
+        self.addCleanup(temporary.stop)
 
     def load(self, source, **options):
         with open('model.pm', 'w', encoding='cp1252') as file:
@@ -39,6 +43,7 @@ class Models(unittest.TestCase):
             self.assertIn(report.message, str(caught.exception))
         with self.assertRaises(norvane.ModelError):
             norvane.load('nowhere.pm')
+        self.assertEqual(os.listdir('.'), ['model.pm'])
 
     def test_failures_of_the_library_leave_all_else_alone(self):
         good = self.load('variable a : boolean; rule a;')

@@ -21,6 +21,9 @@ namespace {
 // The longest texts are those of the smallest normal numbers, with some 330 characters.
 char double_text[512];
 
+// What the host has set, or null.
+const char* temp_directory = nullptr;
+
 struct Extension {
     std::string_view text; // in lower case
     int filetype;
@@ -91,7 +94,7 @@ const char* util_double_to_str(double value) {
 
 char* util_temp_filename(const char* extension) {
     NORVANE_ASSERT(extension);
-    const char* directory = std::getenv("TMPDIR");
+    const char* directory = temp_directory ? temp_directory : std::getenv("TMPDIR");
     if (!str_is_set(directory)) directory = "/tmp";
     if (!is_directory(directory)) return nullptr;
 
@@ -105,6 +108,10 @@ char* util_temp_filename(const char* extension) {
         if (!exists(path)) return path;
         std::free(path);
     }
+}
+
+void util_set_temp_directory(const char* directory) {
+    temp_directory = directory;
 }
 
 int util_get_filetype(const char* path) {

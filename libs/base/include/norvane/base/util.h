@@ -17,6 +17,10 @@ NORVANE_BASE_API const char* util_double_to_str(double value);
  * if the directory does not exist or the system has no random bytes. */
 NORVANE_BASE_API char* util_temp_filename(const char* extension);
 
+/* Lets util_temp_filename name files in this directory instead, for hosts that remove all that the
+ * library leaves there. Borrowed until the next call; null, the default, ends it. */
+NORVANE_BASE_API void util_set_temp_directory(const char* directory);
+
 /* The type of a file by its extension, in upper or lower case; FILETYPE_UNKNOWN for others. */
 enum {
     FILETYPE_UNKNOWN = 0,
