@@ -336,6 +336,7 @@ inline ExprStructure structure_of(const Expr* expr) {
     return static_cast<ExprStructure>(expr->structure);
 }
 
+// The same for types.
 inline ConType kind_of(const TypeCon* typecon) {
     return static_cast<ConType>(typecon->contype);
 }
