@@ -20,6 +20,15 @@ void append_line(std::string& text, std::string_view word) {
     text += '\n';
 }
 
+// A token with two edits: the second one changes what the first has made.
+Edit merged(const Edit& first, const Edit& second) {
+    const auto joined = [](const std::string& a, const std::string& b) {
+        return a.empty() || b.empty() ? a + b : a + " " + b;
+    };
+    return {joined(first.before, second.before), second.instead ? second.instead : first.instead,
+            joined(first.after, second.after)};
+}
+
 } // namespace
 
 void EditedTokens::end_open_token(bool (*is_ended)(), void (*load)(const char* text)) {
@@ -32,9 +41,13 @@ void EditedTokens::end_open_token(bool (*is_ended)(), void (*load)(const char* t
 void EditedTokens::append_token(std::string& text, std::size_t token, const Edits* more) const {
     if (dropped_[token]) return append_line(text, "");
     const Edit* edit = nullptr;
+    Edit both;
     if (const auto found = edits_.find(token); found != edits_.end()) edit = &found->second;
     if (more)
-        if (const auto found = more->find(token); found != more->end()) edit = &found->second;
+        if (const auto found = more->find(token); found != more->end()) {
+            both = edit ? merged(*edit, found->second) : found->second;
+            edit = &both;
+        }
     if (!edit) return append_line(text, source_.word(token));
     const std::string_view word = edit->instead ? *edit->instead : source_.word(token);
     append_line(text, edit->before + " " + std::string(word) + " " + edit->after);
@@ -42,7 +55,7 @@ void EditedTokens::append_token(std::string& text, std::size_t token, const Edit
 
 void EditedTokens::add(const Edits& edits) {
     for (const auto& [token, edit] : edits)
-        edits_[token] = edit;
+        edits_[token] = merged(edits_[token], edit);
 }
 
 void EditedTokens::drop(std::size_t first, std::size_t end) {

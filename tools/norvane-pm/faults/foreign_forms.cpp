@@ -67,10 +67,6 @@ class Search : MistakeSearch {
     bool is_type_word(int offset) const {
         return is_name(offset) || is_one_of(error_.word(offset), built_in_types);
     }
-    bool touches_the_one_before(std::size_t at) const {
-        const Token& before = source_.tokens()[at - 1];
-        return source_.tokens()[at].offset == before.offset + before.length;
-    }
     // The bracket that closes the one at `open`; the statement's end if there is none.
     std::size_t closing(std::size_t open) const {
         unsigned depth = 0;
@@ -84,7 +80,7 @@ class Search : MistakeSearch {
     std::string text_of(std::size_t first, std::size_t end) const {
         std::string text;
         for (std::size_t i = first; i < end; ++i) {
-            if (i > first && !touches_the_one_before(i)) text += ' ';
+            if (i > first && !source_.touches_the_one_before(i)) text += ' ';
             text += source_.word(i);
         }
         return text;
@@ -105,7 +101,7 @@ class Search : MistakeSearch {
             mistake.edits[i] = instead("");
         mistake.edits[range.first] = instead(text);
         mistake.instead = text;
-        mistake.is_certain = is_certain;
+        mistake.is_certain = is_certain && source_.is_free_of_comments(range);
         mistake.has_to_parse = true;
         add(std::move(mistake));
     }
@@ -169,16 +165,27 @@ class Search : MistakeSearch {
     // 20t; what stands apart from the number is rather the next statement, or an operator is
     // missing
     void number_with_unit() {
-        if (!is_number(-1) || !is_name(0) || !touches_the_one_before(token())) return;
+        if (!is_number(-1) || !is_name(0) || !source_.touches_the_one_before(token())) return;
+        const std::string_view digits = "0123456789";
+        if (error_.word().find_first_of(digits) != std::string_view::npos) return; // 0x10, 1e3
         rewrite({token(), token()}, unexpected(), "numbers have no units", "", false);
+    }
+
+    bool is_array(std::string_view name) const {
+        for (std::size_t i = 0; i + 2 < source_.size(); ++i) {
+            if (source_.word(i) != name) continue;
+            if (source_.word(i + 1) == "[") return true;
+            if (source_.word(i + 1) == ":" && source_.word(i + 2) == "array") return true;
+        }
+        return false;
     }
 
     // load(3), and needs(a, b), which a macro could do
     void call() {
-        if (error_.word() != "(" || !is_name(-1)) return;
+        if (error_.word() != "(" || !is_name(-1) || error_.word(-1).starts_with("for")) return;
         const std::size_t end = closing(token());
         const std::string_view name = error_.word(-1);
-        const bool is_index = end == token() + 2 && end + 1 < source_.size() &&
+        const bool is_index = end == token() + 2 && end + 1 < source_.size() && is_array(name) &&
                               (is_number(1) || source_.word(end + 1) == ".");
         if (is_index) {
             Mistake mistake = at({token(), end}, unexpected(), "an index stands in '[' and ']'");
@@ -315,15 +322,17 @@ class Search : MistakeSearch {
                 size, true);
     }
 
-    // 1,000
+    // 1,000, where the comma may also be that of decimals
     void number_with_commas() {
-        const bool is_long = error_.word() == "," && is_number(-1) && is_number(1) &&
-                             error_.word(1).size() == 3 && touches_the_one_before(token()) &&
-                             touches_the_one_before(token() + 1);
+        const bool is_long =
+            error_.word() == "," && is_number(-1) && is_number(1) && error_.word(1).size() == 3 &&
+            source_.touches_the_one_before(token()) && source_.touches_the_one_before(token() + 1);
         if (!is_long) return;
         const std::string text = std::string(error_.word(-1)) + std::string(error_.word(1));
-        rewrite({token() - 1, token() + 1}, "a number has no ',' in it", "write " + text, text,
-                true);
+        const std::string decimal =
+            std::string(error_.word(-1)) + "." + std::string(error_.word(1));
+        rewrite({token() - 1, token() + 1}, "a number has no ',' in it",
+                "write " + text + " or " + decimal, text, false);
     }
 };
 

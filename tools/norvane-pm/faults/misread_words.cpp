@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <unordered_set>
 
 #include "mistakes.h"
 #include "similar.h"
@@ -19,7 +20,11 @@ constexpr auto infix_marks =
 
 class Search {
   public:
-    explicit Search(const SourceText& source) : source_(source) {}
+    explicit Search(const SourceText& source) : source_(source) {
+        for (std::size_t i = 0; i < source_.size(); ++i)
+            if (is_word(i) && (!begins_statement(i) || word(i + 1) == ":" || word(i + 1) == ","))
+                names_.insert(word(i));
+    }
 
     std::vector<Misread> run() {
         for (std::size_t i = 0; i < source_.size(); ++i) {
@@ -28,7 +33,11 @@ class Search {
             labels_by_semicolons(i);
             record(i);
             semicolon_within(i);
+            if (is_section_word(word(i))) is_in_rules_ = word(i) == "rule";
+            if (word(i) == "}") is_in_rules_ = false;
         }
+        std::ranges::stable_sort(found_, {},
+                                 [](const Misread& misread) { return misread.range.first; });
         return std::move(found_);
     }
 
@@ -49,19 +58,27 @@ class Search {
         return before == ":" || before == "of" || before == "optional";
     }
 
+    bool begins_statement(std::size_t at) const {
+        const std::string_view before = at > 0 ? word(at - 1) : ";";
+        return before == ";" || is_section_word(before);
+    }
+    std::string_view section_meant_by(std::string_view said) const {
+        if (said.starts_with("constraint")) return "rule";
+        return most_similar(said, section_words);
+    }
+
     // No statement has a name and then another word that can begin one.
     void section(std::size_t at) {
-        const std::string_view before = at > 0 ? word(at - 1) : ";";
-        const bool begins = before == ";" || is_section_word(before);
-        if (!begins || !is_word(at) || !is_word(at + 1) || is_reserved(word(at)) ||
-            may_follow_a_name(word(at + 1)))
+        if (!begins_statement(at) || names_.contains(word(at)) || !is_word(at) ||
+            !is_word(at + 1) || is_reserved(word(at)) || may_follow_a_name(word(at + 1)))
             return;
-        const std::string_view meant = most_similar(word(at), section_words);
+        const std::string_view meant = section_meant_by(word(at));
         if (meant.empty()) return;
         found_.push_back({{at, at},
                           "unexpected " + in_quotes(word(at)),
                           "did you mean " + in_quotes(meant) + "?",
-                          {{at, meant}}});
+                          {{at, meant}},
+                          true});
     }
 
     // The end of a list of labels; nothing for another list.
@@ -82,7 +99,8 @@ class Search {
         found_.push_back({{at, *end},
                           "labels in braces",
                           "the labels of an enumeration stand in '[' and ']'",
-                          {{at, "["}, {*end, "]"}}});
+                          {{at, "["}, {*end, "]"}},
+                          true});
     }
 
     // [red; green]
@@ -90,7 +108,7 @@ class Search {
         if (word(at) != "[" || !is_type(at)) return;
         const auto end = end_of_labels(at, "]", {";", ",", "|"});
         if (!end) return;
-        Misread misread{{*end, at}, "unexpected ';'", "labels are separated by ','", {}};
+        Misread misread{{*end, at}, "unexpected ';'", "labels are separated by ','", {}, true};
         for (std::size_t i = at; i < *end; ++i) {
             if (word(i) != ";") continue;
             misread.range = {std::min(misread.range.first, i), i};
@@ -102,33 +120,52 @@ class Search {
 
     // T : record a : boolean; end;
     void record(std::size_t at) {
+        if (is_section_word(word(at)) && word(at) != "rule") open_records_.clear();
+        if (word(at) == "end") return end_of_record(at);
         if ((word(at) != "record" && word(at) != "struct") || !is_type(at)) return;
-        const std::string hint = "a record is '{ ... }'";
-        const std::string message = "unexpected " + in_quotes(word(at));
-        if (word(at + 1) == "{") return found_.push_back({{at, at}, message, hint, {{at, ""}}});
-        const bool has_fields = is_word(at + 1);
-        if (!has_fields) return;
-        for (std::size_t i = at + 1; i < source_.size(); ++i) {
-            if (is_section_word(word(i)) && word(i) != "rule") return;
-            if (word(i) == "end")
-                return found_.push_back({{at, at}, message, hint, {{at, "{"}, {i, "}"}}});
-        }
+        if (word(at + 1) == "{")
+            found_.push_back(record_by(at, {{at, ""}}));
+        else if (is_word(at + 1))
+            open_records_.push_back(at);
+    }
+    void end_of_record(std::size_t at) {
+        const bool may_follow = at + 1 == source_.size() || word(at + 1) == ";" ||
+                                word(at + 1) == "}" || is_section_word(word(at + 1));
+        if (open_records_.empty() || word(at - 1) != ";" || !may_follow) return;
+        const std::size_t open = open_records_.back();
+        open_records_.pop_back();
+        found_.push_back(record_by(open, {{open, "{"}, {at, "}"}}));
+    }
+    Misread record_by(std::size_t at,
+                      std::vector<std::pair<std::size_t, std::string_view>> words) const {
+        return {{at, at},
+                "unexpected " + in_quotes(word(at)),
+                "a record is '{ ... }'",
+                std::move(words),
+                true};
     }
 
-    // a > 3; -> b, often by a macro
+    // a > 3; -> b, often by a macro. What goes on may also have lost its beginning, which no other
+    // file has.
     void semicolon_within(std::size_t at) {
-        if (word(at) != ";" || std::ranges::find(infix_marks, word(at + 1)) == infix_marks.end())
+        if (!is_in_rules_ || word(at) != ";" ||
+            std::ranges::find(infix_marks, word(at + 1)) == infix_marks.end())
             return;
+        if (source_.place(at).file != source_.place(at + 1).file) return;
         const std::string& macro = source_.macro_of(at);
         found_.push_back({{at, at},
                           "unexpected ';'",
                           macro.empty()
                               ? "take it out"
                               : "take the ';' out of the definition of " + in_quotes(macro),
-                          {{at, ""}}});
+                          {{at, ""}},
+                          word(at + 1) == "then" || word(at + 1) == "else"});
     }
 
     const SourceText& source_;
+    std::unordered_set<std::string_view> names_; // words that stand where no section begins
+    std::vector<std::size_t> open_records_;
+    bool is_in_rules_ = false;
     std::vector<Misread> found_;
 };
 

@@ -17,6 +17,7 @@ struct Misread {
     std::string message;
     std::string hint;
     std::vector<std::pair<std::size_t, std::string_view>> words; // tokens, and what is meant
+    bool is_certain = true; // what is meant can be nothing else
 };
 
 // In the order of the source. No source that parses has one.

@@ -54,12 +54,17 @@ PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
         found.finding.hint = "a comment after this place has no end";
     if (!mistake) return found;
     found.finding.hint = mistake->hint;
+    // One half of a pair is never written without the other.
+    const bool is_certain =
+        mistake->is_certain && std::ranges::none_of(mistake->edits, [&source](const auto& edit) {
+            return source.is_from_macro(edit.first);
+        });
     if (mistake->ends_statement) found.finding.place = source.place_after(mistake->range.last);
     if (mistake->instead)
-        replace(source, found, mistake->range, *mistake->instead, mistake->is_certain);
+        replace(source, found, mistake->range, *mistake->instead, is_certain);
     else
         for (const auto& [at, edit] : mistake->edits)
-            add_replacement(source, found, at, edit, mistake->is_certain);
+            add_replacement(source, found, at, edit, is_certain);
     return found;
 }
 
@@ -106,7 +111,8 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     mistake.message = "unexpected " + in_quotes(word);
     mistake.hint = "did you mean " + in_quotes(keyword) + "?";
     mistake.edits[at] = instead(keyword);
-    mistake.is_certain = true;
+    // A word that stands elsewhere, too, is more likely a name.
+    mistake.is_certain = same != keywords.end() || !source_.stands_elsewhere(at);
     mistake.has_to_go_on = same == keywords.end();
     add(std::move(mistake));
 }

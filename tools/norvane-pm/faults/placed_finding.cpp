@@ -36,11 +36,36 @@ void add(PlacedFinding& found, const Place& place, std::string text, bool is_cer
         found.finding.replacements.push_back({place, std::move(text), is_certain});
 }
 
+bool is_part_of_a_name(char c) {
+    return c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+// With spaces where the text and what it touches would be read as one word.
+std::string set_apart(std::string text, std::string_view before, std::string_view after) {
+    const bool joins_before = !before.empty() && is_part_of_a_name(before.back());
+    const bool joins_after = !after.empty() && is_part_of_a_name(after.front());
+    if (text.empty()) return joins_before && joins_after ? " " : "";
+    if (joins_before && is_part_of_a_name(text.front())) text.insert(0, " ");
+    if (joins_after && is_part_of_a_name(text.back())) text += ' ';
+    return text;
+}
+
+// The word that ends where the token begins; none if space is between them.
+std::string_view touching_before(const SourceText& source, std::size_t token) {
+    return source.touches_the_one_before(token) ? source.word(token - 1) : "";
+}
+std::string_view touching_after(const SourceText& source, std::size_t token) {
+    const std::size_t next = token + 1;
+    return next < source.size() && source.touches_the_one_before(next) ? source.word(next) : "";
+}
+
 } // namespace
 
 void replace(const SourceText& source, PlacedFinding& found, TokenRange range, std::string text,
              bool is_certain) {
     if (source.is_from_macro(range.first) || source.is_from_macro(range.last)) return;
+    text = set_apart(std::move(text), touching_before(source, range.first),
+                     touching_after(source, range.last));
     add(found, source.place(range), std::move(text), is_certain);
 }
 
@@ -50,12 +75,14 @@ void insert_before(const SourceText& source, PlacedFinding& found, std::size_t t
     Place place = source.place(token);
     place.end_line = place.line;
     place.end_column = place.column;
+    text = set_apart(std::move(text), touching_before(source, token), source.word(token));
     add(found, place, std::move(text), is_certain);
 }
 
 void insert_after(const SourceText& source, PlacedFinding& found, std::size_t token,
                   std::string text, bool is_certain) {
     if (source.is_from_macro(token)) return;
+    text = set_apart(std::move(text), source.word(token), touching_after(source, token));
     add(found, source.place_after(token), std::move(text), is_certain);
 }
 

@@ -54,10 +54,14 @@ class Finder {
         for (const Misread& misread : misread_words(text_)) {
             PlacedFinding found = error_at(text_, misread.range, "ERR_PARSER", misread.message);
             found.finding.hint = misread.hint;
+            const bool is_certain =
+                misread.is_certain && std::ranges::none_of(misread.words, [this](const auto& word) {
+                    return text_.is_from_macro(word.first);
+                });
             for (const auto& [token, word] : misread.words) {
                 words_[token] = word;
                 source_.edit(token, {"", std::string(word), ""});
-                replace(text_, found, {token, token}, std::string(word), true);
+                replace(text_, found, {token, token}, std::string(word), is_certain);
             }
             faults_.findings.push_back(std::move(found));
         }
@@ -172,12 +176,11 @@ class Finder {
                 is_explained = true;
                 declares_nothing_ = mistake.declares_nothing;
                 if (declares_nothing_) return false;
-                continue;
+            } else if (!(is_explained && mistake.is_guess) &&
+                       helps(statement, error.token, mistake)) {
+                apply(mistake, statement, error);
+                return true;
             }
-            if (is_explained && mistake.is_guess) continue;
-            if (!helps(statement, error.token, mistake)) continue;
-            apply(mistake, statement, error);
-            return true;
         }
         return false;
     }

@@ -169,18 +169,16 @@ class Search : MistakeSearch {
         if (before != "[" && before != ",") return {};
         return entry;
     }
-    bool is_touching_the_one_before(std::size_t at) const {
-        const Token& before = source_.tokens()[at - 1];
-        return source_.tokens()[at].offset == before.offset + before.length;
-    }
     // The text of tokens that could be one label; nothing for those that could not.
     std::optional<std::string> label_of(TokenRange range) const {
         std::string label;
         for (std::size_t i = range.first; i <= range.last; ++i) {
             const std::string_view word = source_.word(i);
-            if (source_.tokens()[i].kind == TokenKind::string || word == ":" || word == "..")
+            const TokenKind kind = source_.tokens()[i].kind;
+            if (kind == TokenKind::string || word == ":" || word == ".." || word == "." ||
+                is_section_word(word))
                 return {};
-            if (i > range.first && !is_touching_the_one_before(i)) label += ' ';
+            if (i > range.first && !source_.touches_the_one_before(i)) label += ' ';
             label += word;
         }
         return label;
@@ -201,7 +199,7 @@ class Search : MistakeSearch {
             mistake.edits[i] = instead("");
         mistake.edits[range->first] = instead(quoted_label);
         mistake.instead = quoted_label;
-        mistake.is_certain = true;
+        mistake.is_certain = source_.is_free_of_comments(*range);
         add(std::move(mistake));
     }
 

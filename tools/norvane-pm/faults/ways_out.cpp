@@ -308,7 +308,9 @@ void WaysOut::incomplete_comparison(PlacedFinding& found, const Expr* root, cons
     if (!joins || !before || right->type == ETYPE_BOOL || is_comparison(right)) return;
     const auto name = places_.find_part(root, before->args.binargs.leftarg);
     const auto value = places_.find_part(root, right);
-    if (!name || !value) return;
+    // `n <> 2 or n <> 3` would always hold.
+    const bool is_meant = before->opr != OPR_NEQ || binary->opr == OPR_AND;
+    if (!name || !value || !is_meant) return;
     std::string missing;
     for (std::size_t i = name->first; i <= name->last; ++i)
         missing += text_.word(i);

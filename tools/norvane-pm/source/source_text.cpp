@@ -242,6 +242,21 @@ const SourceText::Segment& SourceText::segment_of(std::size_t offset) const {
     return after[-1];
 }
 
+bool SourceText::is_free_of_comments(TokenRange range) const {
+    for (std::size_t i = range.first; i < range.last; ++i) {
+        const auto between =
+            std::string_view(text_).substr(end_of(i), scan_.tokens[i + 1].offset - end_of(i));
+        if (between.find_first_not_of(" \t\r\n\f\v") != between.npos) return false;
+    }
+    return true;
+}
+
+bool SourceText::stands_elsewhere(std::size_t token) const {
+    for (std::size_t i = 0; i < size(); ++i)
+        if (i != token && word(i) == word(token)) return true;
+    return false;
+}
+
 bool SourceText::begins_line(std::size_t token) const {
     return token == 0 ||
            row_of(scan_.tokens[token - 1].offset) != row_of(scan_.tokens[token].offset);

@@ -46,6 +46,15 @@ class SourceText {
     // The macro that has put the token there; empty for none.
     const std::string& macro_of(std::size_t token) const { return origin(token).macro; }
 
+    // Whether nothing stands between the token and the one before it.
+    bool touches_the_one_before(std::size_t token) const {
+        return token > 0 && scan_.tokens[token].offset == end_of(token - 1);
+    }
+    // Whether nothing but space stands between the tokens: no comment.
+    bool is_free_of_comments(TokenRange range) const;
+    // Whether another token is this word, too.
+    bool stands_elsewhere(std::size_t token) const;
+
     // Whether the token is the first one on its line of the preprocessor's text.
     bool begins_line(std::size_t token) const;
 
@@ -81,6 +90,9 @@ class SourceText {
         std::vector<Origin> origins;
     };
 
+    std::size_t end_of(std::size_t token) const {
+        return scan_.tokens[token].offset + scan_.tokens[token].length;
+    }
     void find_segments();
     void add_segment(std::size_t offset, std::string file, unsigned line);
     std::size_t row_of(std::size_t offset) const;
