@@ -129,4 +129,14 @@ void ResultFile::discard() {
     temporary_.clear();
 }
 
+bool would_replace(const std::string& result, const std::string& file) {
+    namespace fs = std::filesystem;
+    if (result == "-" || file == "-" || file.empty()) return false;
+    std::error_code error;
+    if (fs::exists(result, error))
+        return fs::is_regular_file(result, error) && fs::equivalent(result, file, error);
+    const fs::path target = fs::weakly_canonical(fs::absolute(result, error), error);
+    return !error && target == fs::weakly_canonical(fs::absolute(file, error), error);
+}
+
 } // namespace norvane::driver

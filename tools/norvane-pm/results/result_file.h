@@ -45,6 +45,10 @@ class ResultFile {
     int error_ = 0;
 };
 
+// True if a result of the first name would take the place of the second file, by whatever names. A
+// device or a pipe is written to, and not replaced; "-" is no file.
+bool would_replace(const std::string& result, const std::string& file);
+
 } // namespace norvane::driver
 
 #endif

@@ -6,6 +6,7 @@
 #include "norvane/base/os.h"
 
 #include "dependency_rule.h"
+#include "result_file.h"
 #include "session.h"
 
 namespace norvane::driver {
@@ -25,7 +26,7 @@ std::string default_file(const Options& options) {
 } // namespace
 
 Dependencies::Dependencies(const Options& options)
-    : file_(options.dependency_file), targets_(options.dependency_targets),
+    : file_(options.dependency_file), result_(options.output), targets_(options.dependency_targets),
       with_phony_(options.has_phony_targets) {
     if (file_.empty()) file_ = default_file(options);
     if (targets_.empty() && options.output == "-")
@@ -44,6 +45,16 @@ Dependencies::~Dependencies() {
 void Dependencies::add(const std::string& file) {
     if (file != input_name("-") && std::ranges::find(files_, file) == files_.end())
         files_.push_back(file);
+}
+
+void Dependencies::check_file() const {
+    const char* way_out = "name another file with -MF";
+    if (would_replace(file_, result_))
+        throw WrongUsage{"the dependencies and the result would be one file: " + file_, way_out};
+    for (const std::string& read : files_)
+        if (would_replace(file_, read))
+            throw WrongUsage{"the dependencies would replace a file that was read: " + read,
+                             way_out};
 }
 
 std::string Dependencies::rule() const {

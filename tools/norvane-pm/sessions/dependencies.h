@@ -21,11 +21,15 @@ class Dependencies {
 
     void add(const std::string& file);
 
+    // Throws a WrongUsage if the rule would replace a file that was read, or be the result.
+    void check_file() const;
+
     const std::string& file() const { return file_; } // that the rule goes to
     std::string rule() const;
 
   private:
     std::string file_;
+    std::string result_;
     std::vector<std::string> targets_;
     bool with_phony_;
     std::vector<std::string> files_;

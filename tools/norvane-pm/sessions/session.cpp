@@ -68,6 +68,7 @@ void Session::close_output() {
 
 void Session::write_dependencies() {
     if (!dependencies) return;
+    dependencies->check_file();
     const std::string name = dependencies->file();
     const std::string rule = dependencies->rule();
     dependencies.reset();
