@@ -64,11 +64,24 @@ std::string value_for_ninja(const std::string& text) {
     return escaped;
 }
 
-// Checked for each project before anything is written: results are named after projects, and a
-// build file has no way to write a line feed.
+// The file that a name stands for, whatever way the name takes to it.
+std::filesystem::path whole_path(const std::filesystem::path& name) {
+    std::error_code error;
+    std::filesystem::path whole = std::filesystem::weakly_canonical(absolute(name), error);
+    return error ? absolute(name).lexically_normal() : whole;
+}
+
+// Checked for each project before anything is written: results are named after projects, so one
+// may have the name of a source, which it would replace; and a build file has no way to write a
+// line feed.
 class NameCheck {
   public:
-    explicit NameCheck(Session& session) : session_(session) {}
+    NameCheck(Session& session, const std::vector<ProjectModel>& models) : session_(session) {
+        sources_.insert(whole_path(session.options.file));
+        for (const ProjectModel& model : models)
+            sources_.insert(whole_path(model.file));
+        if (session.options.output != "-") check_result(session.options.output);
+    }
 
     void operator()(const ProjectModel& model) {
         const std::string& name = model.project;
@@ -81,15 +94,25 @@ class NameCheck {
             all += argument;
         if (all.find('\n') != std::string::npos)
             refuse("the project '" + name + "' has a line feed in a name or a macro");
+        const std::filesystem::path directory = session_.options.build_directory;
+        check_result(directory / (name + ".checked"));
+        check_result(directory / (name + ".rules"));
+        if (!is_xml(model)) check_result(directory / (name + ".xml"));
+        check_result(name + ".mub");
     }
 
   private:
+    void check_result(const std::filesystem::path& result) const {
+        if (sources_.contains(whole_path(result)))
+            refuse("'" + result.string() + "' would be replaced, but other files are made from it");
+    }
     void refuse(const std::string& why) const {
         session_.diagnostics.say(session_.options.file + ": " + why);
         throw InputAtFault();
     }
 
     Session& session_;
+    std::set<std::filesystem::path> sources_;
     std::set<std::string> names_;
 };
 
@@ -194,7 +217,7 @@ void check_workspace(Session& session) {
 void write_ninja_file(Session& session) {
     const Workspace& workspace = load_workspace(session);
     const std::vector<ProjectModel> models = models_of(session, workspace);
-    NameCheck check_names(session);
+    NameCheck check_names(session, models);
     for (const ProjectModel& model : models)
         check_names(model);
     NinjaFile file(session.options);
