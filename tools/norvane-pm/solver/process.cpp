@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -202,7 +203,7 @@ std::string SolverProcess::answer() {
     while (received_.size() == looked_at || !take_answer(taken)) {
         looked_at = received_.size();
         if (looked_at > longest_answer) fail("gives an answer without an end");
-        if (has_ended_) fail("has ended");
+        if (has_ended_) fail_at_the_end();
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
         if (left <= 0 || is_late_)
@@ -215,17 +216,33 @@ std::string SolverProcess::answer() {
     return taken;
 }
 
-void SolverProcess::fail(const std::string& what) {
-    std::string text = "the solver " + name_ + " " + what;
-    int status = 0;
-    if (has_ended_ && waitpid(child_, &status, 0) == child_) {
-        child_ = -1;
-        if (WIFSIGNALED(status))
-            text += ", killed by signal " + std::to_string(WTERMSIG(status));
-        else
-            text += " with status " + std::to_string(WEXITSTATUS(status));
+// The status of a solver that has ended, which may take a moment after its last answer. One that
+// closes its output and lives on has none.
+std::optional<int> SolverProcess::status_of_the_end() {
+    const auto deadline = Clock::now() + std::chrono::seconds(1);
+    while (Clock::now() < deadline) {
+        int status = 0;
+        const pid_t ended = waitpid(child_, &status, WNOHANG);
+        if (ended == child_) {
+            child_ = -1;
+            return status;
+        }
+        if (ended < 0 && errno != EINTR) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    throw SolverFault{text};
+    return {};
+}
+
+void SolverProcess::fail_at_the_end() {
+    const auto status = status_of_the_end();
+    if (!status) fail("has closed its input or its output");
+    if (WIFSIGNALED(*status))
+        fail("has ended, killed by signal " + std::to_string(WTERMSIG(*status)));
+    fail("has ended with status " + std::to_string(WEXITSTATUS(*status)));
+}
+
+void SolverProcess::fail(const std::string& what) const {
+    throw SolverFault{"the solver " + name_ + " " + what};
 }
 
 } // namespace norvane::driver

@@ -3,6 +3,7 @@
 #define NORVANE_PM_PROCESS_H
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,7 +42,9 @@ class SolverProcess {
     void read_some();
     bool take_answer(std::string& taken);
     void stop();
-    [[noreturn]] void fail(const std::string& what);
+    std::optional<int> status_of_the_end();
+    [[noreturn]] void fail_at_the_end();
+    [[noreturn]] void fail(const std::string& what) const;
 
     std::string name_;
     unsigned seconds_;
@@ -50,7 +53,7 @@ class SolverProcess {
     int from_child_ = -1;
     std::string unsent_;
     std::string received_;
-    bool has_ended_ = false; // it closed its output
+    bool has_ended_ = false; // it closed its output or its input
     bool is_late_ = false;
 };
 
