@@ -135,6 +135,7 @@ class Analysis {
                             const std::vector<unsigned>& possible,
                             const std::optional<Questions::Contradiction>& why);
     void tell_redundant_rules();
+    void tell_open(std::size_t count, const std::string& what, const std::string& why);
 
     Session& session_;
     const FlatModel& flat_;
@@ -237,9 +238,9 @@ void Analysis::tell_values() {
     if (!is_any) heading("  none");
     const auto unknown =
         std::ranges::count_if(values, [](const PossibleValues& of) { return !of.is_known; });
-    if (unknown > 0)
-        heading("    (" + std::to_string(unknown) + " variables with more than " +
-                std::to_string(most_values) + " values, or without an answer in time)");
+    tell_open(static_cast<std::size_t>(unknown), "variable",
+              "with more than " + std::to_string(most_values) +
+                  " values, or without an answer in time");
 }
 
 // Neighbours are told together: a range loses its ends, mostly.
@@ -302,7 +303,17 @@ void Analysis::tell_redundant_rules() {
             line("  " + rule_text(rule));
     });
     if (!is_any) heading("  none");
-    if (unknown > 0) heading("    (" + std::to_string(unknown) + " without an answer in time)");
+    tell_open(unknown, "rule", "without an answer in time");
+}
+
+// Whoever reads the answers must not take what was left open for a "no".
+void Analysis::tell_open(std::size_t count, const std::string& what, const std::string& why) {
+    if (count == 0) return;
+    const std::string number = std::to_string(count);
+    if (is_json())
+        line("{\"answer\":\"open\",\"" + what + "s\":" + number + "}");
+    else
+        line("    (" + number + " " + what + (count == 1 ? " " : "s ") + why + ")");
 }
 
 } // namespace

@@ -37,7 +37,7 @@ void find_excluded(Questions& questions, const Product& product, Answers& answer
     for (std::size_t variable = 0; variable < values.size(); ++variable) {
         const bool is_large = values[variable].is_possible.empty();
         answers.has_large = answers.has_large || is_large;
-        answers.open_questions += !values[variable].is_known && !is_large;
+        answers.open_variables += !values[variable].is_known && !is_large;
         const std::vector<unsigned> impossible = impossible_values(values[variable]);
         if (impossible.empty()) continue;
         const auto why = questions.why_not(variable, impossible);
@@ -63,7 +63,7 @@ Answers ask_solver(Session& session, const Terms& terms, const FlatRules& rules)
     find_excluded(questions, product, answers);
     questions.redundant_rules([&answers](std::size_t rule, Verdict differs) {
         if (differs == Verdict::no) answers.redundant.push_back(rule);
-        answers.open_questions += differs == Verdict::unknown;
+        answers.open_rules += differs == Verdict::unknown;
     });
     return answers;
 }

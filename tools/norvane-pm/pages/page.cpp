@@ -172,17 +172,20 @@ void Page::answers(const Answers& of) {
         return;
     }
     out_ << "There are products.</p>\n<p>";
-    if (of.excluded.empty())
-        out_ << "Each value of each variable is in some product.";
-    else
+    if (!of.excluded.empty())
         out_ << "Some values of these are in no product: ";
+    else if (of.has_large || of.open_variables > 0)
+        out_ << "No value is known to be in no product.";
+    else
+        out_ << "Each value of each variable is in some product.";
     Numbers variables;
     for (const Answers::Excluded& excluded : of.excluded)
         variables.push_back(excluded.variable);
     links(variables, [this](std::size_t variable) { variable_link(variable); });
     out_ << "</p>\n<p>";
     if (of.redundant.empty()) {
-        out_ << "No rule follows from the others.";
+        out_ << (of.open_rules > 0 ? "No rule is known to follow from the others."
+                                   : "No rule follows from the others.");
     } else {
         out_ << "Each of these follows from all other rules: ";
         rule_links(of.redundant);
@@ -190,9 +193,8 @@ void Page::answers(const Answers& of) {
     out_ << "</p>\n";
     if (of.has_large)
         out_ << "<p class=\"soft\">Variables with many values were not asked about.</p>\n";
-    if (of.open_questions > 0)
-        out_ << "<p class=\"soft\">Questions without an answer in time: " << of.open_questions
-             << ".</p>\n";
+    if (const std::size_t open = of.open_variables + of.open_rules; open > 0)
+        out_ << "<p class=\"soft\">Questions without an answer in time: " << open << ".</p>\n";
     out_ << "</section>\n";
 }
 

@@ -30,7 +30,9 @@ struct Answers {
     std::vector<Excluded> excluded;
     std::vector<std::size_t> redundant;
     bool has_large = false; // variables with more values than were asked about
-    std::size_t open_questions = 0;
+    // Without an answer in time.
+    std::size_t open_variables = 0;
+    std::size_t open_rules = 0;
 };
 
 struct PageContents {
