@@ -4,7 +4,6 @@
 #include <cstring>
 #include <map>
 
-#include "model_files.h"
 #include "output.h"
 #include "source_files.h"
 
@@ -89,10 +88,9 @@ void fix_file(Session& session, const std::string& file, const OfFile& lines) {
 } // namespace
 
 // Of files that a line directive names, no line is changed: the directive may name any file.
-void apply_fixes(Session& session, const std::vector<Finding>& findings) {
+void apply_fixes(Session& session, const ModelFiles& own, const std::vector<Finding>& findings) {
     const auto fixes = certain_ones(findings);
     if (fixes.empty()) return;
-    const ModelFiles own(session.options.file, session.options.cpp_args);
     if (own.doubt()) {
         Finding note;
         note.severity = Severity::note;

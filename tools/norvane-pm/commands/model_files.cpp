@@ -32,13 +32,13 @@ std::string_view quoted_name(std::string_view text) {
     return end == std::string_view::npos ? std::string_view() : text.substr(1, end - 1);
 }
 
-std::optional<std::pair<dev_t, ino_t>> id_of(const std::string& file) {
+} // namespace
+
+std::optional<ModelFiles::Id> ModelFiles::id_of(const std::string& file) {
     struct stat info = {};
     if (stat(file.c_str(), &info) != 0) return std::nullopt;
-    return std::pair(info.st_dev, info.st_ino);
+    return Id(info.st_dev, info.st_ino, info.st_mtim.tv_sec, info.st_mtim.tv_nsec);
 }
-
-} // namespace
 
 ModelFiles::ModelFiles(const std::string& file, const std::vector<std::string>& cpp_args) {
     for (const std::string& argument : cpp_args)

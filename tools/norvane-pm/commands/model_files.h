@@ -5,10 +5,11 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include <sys/types.h>
+#include <time.h>
 
 #include "finding.h"
 
@@ -20,13 +21,16 @@ class ModelFiles {
   public:
     ModelFiles(const std::string& file, const std::vector<std::string>& cpp_args);
 
+    // False also for one that has changed since.
     bool contain(const std::string& file) const;
     // A line that may give others the name of a file that they are not in.
     const std::optional<Place>& doubt() const { return doubt_; }
 
   private:
-    using Id = std::pair<dev_t, ino_t>;
+    // Of a file and its state: one that is replaced or written to gets another.
+    using Id = std::tuple<dev_t, ino_t, time_t, long>;
 
+    static std::optional<Id> id_of(const std::string& file);
     void add(const std::string& file);
     void add_directive(const std::string& file, std::string_view line, unsigned number);
 

@@ -23,6 +23,7 @@ void fix(Session& session) {
     check_model_usage(session);
     if (options.file == "-") throw WrongUsage{"--fix changes a file, and not standard input: -"};
     session.begin(Step::load, options.file);
+    const ModelFiles own(options.file, options.cpp_args);
     ModelReports held(session, ModelReports::Warnings::dropped);
     Result<Model> read = read_model(session, options.file, held.sink());
     if (read) {
@@ -34,7 +35,7 @@ void fix(Session& session) {
         session.project = nullptr;
         if (is_good) return;
     }
-    if (held.are_faults()) return apply_fixes(session, held.findings());
+    if (held.are_faults()) return apply_fixes(session, own, held.findings());
     held.show();
     throw InputAtFault();
 }

@@ -62,8 +62,11 @@ std::vector<Run> runs_of(const Options& options, void (*command)(Session&),
 }
 
 void run_for_each(Session& session, void (*command)(Session&), const std::string& extension) {
-    check_usage(session.options);
-    run_all(session, runs_of(session.options, command, extension));
+    const Options& options = session.options;
+    check_usage(options);
+    // Models may share the files that are corrected, and each is to load what the last one left.
+    const unsigned most_at_a_time = options.fix ? 1 : options.jobs;
+    run_all(session, runs_of(options, command, extension), most_at_a_time);
 }
 
 } // namespace

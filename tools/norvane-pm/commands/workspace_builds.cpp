@@ -211,7 +211,7 @@ void check_workspace(Session& session) {
         run.options.cpp_args = cpp_args(model);
         runs.push_back(std::move(run));
     }
-    run_all(session, std::move(runs));
+    run_all(session, std::move(runs), session.options.jobs);
 }
 
 void write_ninja_file(Session& session) {

@@ -50,6 +50,7 @@ std::string sudden_end(int status) {
 int show(Session& session, const Run& run, const EndedRun& ended) {
     session.diagnostics.add(ended.reports());
     ended.copy_results(stdout);
+    std::fflush(stdout); // before the reports of the next, which would inherit what is buffered
     results_refused();
     const std::string sudden = sudden_end(ended.status());
     if (sudden.empty()) return WEXITSTATUS(ended.status());
@@ -68,20 +69,20 @@ void adapt(Options& options, const Diagnostics& diagnostics) {
 
 } // namespace
 
-void run_all(Session& session, std::vector<Run> runs) {
+void run_all(Session& session, std::vector<Run> runs, unsigned most_at_a_time) {
     for (Run& run : runs)
         adapt(run.options, session.diagnostics);
     Count count;
     int worst = STATUS_OK;
-    Processes processes(runs, session.options.jobs);
-    for (std::size_t i = 0; i < runs.size(); ++i) {
+    Processes processes(runs, most_at_a_time);
+    for (std::size_t i = 0; i < runs.size() && !results_refused(); ++i) {
         session.diagnostics.show_progress(std::to_string(processes.ended()) + " of " +
                                           std::to_string(runs.size()) + " done");
         const int status = show(session, runs[i], processes.wait_for(i));
         count.add(status);
         worst = std::max(worst, status);
     }
-    session.diagnostics.sum_up(summary(count));
+    if (!results_refused()) session.diagnostics.sum_up(summary(count));
     if (worst != STATUS_OK) throw EndedWith{worst};
 }
 

@@ -8,9 +8,9 @@
 
 namespace norvane::driver {
 
-// Makes the runs, as many at a time as the session's options say, and writes what each has written
+// Makes the runs, up to `most_at_a_time`, and writes what each has written
 // in their order. Ends with a line that counts them, and throws what the worst of them asks for.
-void run_all(Session& session, std::vector<Run> runs);
+void run_all(Session& session, std::vector<Run> runs, unsigned most_at_a_time);
 
 } // namespace norvane::driver
 
