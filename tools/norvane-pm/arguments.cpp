@@ -18,6 +18,7 @@
 #include "differences.h"
 #include "explain.h"
 #include "flat_rules.h"
+#include "forms.h"
 #include "info.h"
 #include "languages.h"
 #include "models.h"
@@ -287,6 +288,17 @@ void add_warnings(CLI::App& command, Options& options) {
         "--werror", [&options] { options.warnings.take("error"); }, "The same as -Werror");
 }
 
+// Where the form that is asked for is not that of the name, the second file is likely to be meant
+// as another model.
+void check_name_of_result(const Options& options) {
+    const ModelForm form = model_form(ModelForm::unknown, options.output);
+    if (options.to == ModelForm::unknown || form == ModelForm::unknown || options.to == form)
+        return;
+    throw CLI::ValidationError(options.output,
+                               "--to asks for another form than this name does, which is that of "
+                               "the result; -o names a result, or a directory for several");
+}
+
 // The file of a command that was given one, and those of one that was given several.
 void settle_files(Options& options) {
     const bool names_result =
@@ -294,6 +306,7 @@ void settle_files(Options& options) {
     if (names_result) {
         options.output = options.files[1];
         options.files.pop_back();
+        check_name_of_result(options);
     }
     std::error_code error;
     const bool is_single = names_result || !std::filesystem::is_directory(options.output, error);
