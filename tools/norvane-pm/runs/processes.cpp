@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <exception>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -15,6 +16,7 @@
 #include "output.h"
 #include "run.h"
 #include "status.h"
+#include "temporaries.h"
 
 namespace norvane::driver {
 namespace {
@@ -29,10 +31,10 @@ constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
     throw std::system_error(errno, std::generic_category(), what);
 }
 
-int file_in_memory(const char* name) {
-    const int file = memfd_create(name, MFD_CLOEXEC);
-    if (file < 0) fail("cannot make a file in memory");
-    return file;
+// Makes the file in memory, if there is none yet.
+bool make_file(int& file, const char* name) {
+    if (file < 0) file = memfd_create(name, MFD_CLOEXEC);
+    return file >= 0;
 }
 
 // Calls `take(data, size)` with the whole file, piece by piece.
@@ -44,18 +46,34 @@ void read_all(int file, Take take) {
         take(buffer, static_cast<std::size_t>(size));
 }
 
-// The signals that end this process and whose sender means it: nohup, for one, has some ignored.
+// The signals that end this process and whose sender means it: nohup, for one, has some ignored,
+// and other callers have some blocked.
 sigset_t signals_to_watch() {
     sigset_t watched;
+    sigset_t blocked;
+    sigprocmask(SIG_BLOCK, nullptr, &blocked);
     sigemptyset(&watched);
     sigaddset(&watched, SIGCHLD);
     for (const int signal : ending_signals) {
         struct sigaction now = {};
-        if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler != SIG_IGN)
+        if (sigaction(signal, nullptr, &now) == 0 && now.sa_handler != SIG_IGN &&
+            sigismember(&blocked, signal) == 0)
             sigaddset(&watched, signal);
     }
     return watched;
 }
+
+// Signals that wait while this lives, and act after it.
+class BlockedSignals {
+  public:
+    explicit BlockedSignals(const sigset_t& signals) { sigprocmask(SIG_BLOCK, &signals, &before_); }
+    ~BlockedSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+    BlockedSignals(const BlockedSignals&) = delete;
+    BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+  private:
+    sigset_t before_;
+};
 
 } // namespace
 
@@ -77,44 +95,50 @@ std::string EndedRun::reports() const {
 
 Processes::Processes(const std::vector<Run>& runs, unsigned most_at_a_time)
     : runs_(runs), most_(std::max(most_at_a_time, 1u)), processes_(runs.size()),
-      watched_(signals_to_watch()) {
-    sigprocmask(SIG_BLOCK, &watched_, &before_);
-}
+      watched_(signals_to_watch()) {}
 
 Processes::~Processes() {
     stop();
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
-void Processes::start_next() {
+// Where the system refuses, what has been made is kept for the next attempt.
+bool Processes::start_next() {
     Process& process = processes_[started_];
-    process.results = file_in_memory("results");
-    process.reports = file_in_memory("reports");
+    if (!make_file(process.results, "results") || !make_file(process.reports, "reports"))
+        return false;
     const pid_t parent = getpid();
-    process.id = fork();
-    if (process.id == 0) work(runs_[started_], process, parent);
-    if (process.id < 0) {
-        process.id = 0;
-        fail("cannot start a process");
-    }
+    const pid_t id = fork();
+    if (id == 0) work(runs_[started_], process, parent);
+    if (id < 0) return false;
+    process.id = id;
     ++started_;
+    return true;
 }
 
-// In the new process. A run that is told to end removes its temporary files.
+// In the new process. A run that is told to end removes its temporary files; it is told so even
+// where our caller has us ignore that.
 void Processes::work(const Run& run, const Process& process, pid_t parent) const {
+    std::signal(SIGTERM, SIG_DFL);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != parent) std::_Exit(STATUS_INTERNAL_FAILURE); // it has ended meanwhile
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    sigset_t acting = watched_;
+    sigaddset(&acting, SIGTERM);
+    sigprocmask(SIG_UNBLOCK, &acting, nullptr);
     const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
     dup2(nothing, STDIN_FILENO);
     dup2(process.results, STDOUT_FILENO);
     dup2(process.reports, STDERR_FILENO);
-    int status = EndedRun::no_status;
+    for (const Process& other : processes_) { // the run may need as many as we hold
+        if (other.results >= 0) close(other.results);
+        if (other.reports >= 0) close(other.reports);
+    }
+    int status = STATUS_INTERNAL_FAILURE;
     try {
         status = run_command(run.options, run.command);
-    } catch (const std::exception&) {
-        // The status says that the run has no report of it.
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "norvane-pm: internal failure: %s\n", e.what());
     }
+    remove_temporaries(); // an exception may have kept their owner from it
     std::exit(leave(status));
 }
 
@@ -140,20 +164,27 @@ void Processes::stop() {
     }
 }
 
-EndedRun Processes::wait_for(std::size_t number) {
+int Processes::wait(std::size_t number) {
+    const BlockedSignals blocked(watched_);
     for (;;) {
         reap();
         const std::size_t end = std::min(runs_.size(), number + most_ahead);
-        while (started_ < end && started_ - ended_ < most_)
-            start_next();
-        const Process& process = processes_[number];
-        if (process.has_ended) return {process.status, process.results, process.reports};
+        while (started_ < end && started_ - ended_ < most_ && start_next()) {
+        }
+        if (started_ <= number) fail("cannot start a process");
+        if (processes_[number].has_ended) return 0;
         const int signal = sigwaitinfo(&watched_, nullptr);
-        if (signal <= 0 || signal == SIGCHLD) continue;
+        if (signal > 0 && signal != SIGCHLD) return signal;
+    }
+}
+
+EndedRun Processes::wait_for(std::size_t number) {
+    while (const int signal = wait(number)) {
         stop();
-        sigprocmask(SIG_SETMASK, &before_, nullptr);
         std::raise(signal);
     }
+    Process& process = processes_[number];
+    return {process.status, std::exchange(process.results, -1), std::exchange(process.reports, -1)};
 }
 
 } // namespace norvane::driver

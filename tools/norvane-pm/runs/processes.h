@@ -30,9 +30,6 @@ class EndedRun {
     EndedRun& operator=(const EndedRun&) = delete;
     ~EndedRun();
 
-    // The exit status of a run that could not report its failure.
-    static constexpr int no_status = 4;
-
     int status() const { return status_; }
     void copy_results(std::FILE* to) const;
     std::string reports() const;
@@ -43,17 +40,18 @@ class EndedRun {
     int reports_;
 };
 
-// Starts the runs in their order, some at a time. A signal that ends this process ends them first,
-// and they end with it if it is killed. What they have written stays in memory until it is fetched.
+// Starts the runs in their order, some at a time. A signal that ends this process ends them too,
+// and so does its being killed. What they have written stays in memory until it is fetched.
 class Processes {
   public:
-    // Throws std::system_error where the system refuses a process.
     Processes(const std::vector<Run>& runs, unsigned most_at_a_time);
     ~Processes(); // stops those that are left
     Processes(const Processes&) = delete;
     Processes& operator=(const Processes&) = delete;
 
-    // Waits for the run of this number; to be called once for each.
+    // Waits for the run of this number; to be called once for each, in their order. Where the
+    // system refuses further processes or files, there are fewer at a time; throws
+    // std::system_error where it refuses even one.
     EndedRun wait_for(std::size_t number);
     std::size_t ended() const { return ended_; }
 
@@ -65,7 +63,9 @@ class Processes {
         bool has_ended = false;
         int status = 0;
     };
-    void start_next();
+    bool start_next();
+    // Until the run has ended: 0; or until a signal that is to end this process, which it returns.
+    int wait(std::size_t number);
     void reap();
     void stop();
     [[noreturn]] void work(const Run& run, const Process& process, pid_t parent) const;
@@ -75,8 +75,7 @@ class Processes {
     std::vector<Process> processes_;
     std::size_t started_ = 0;
     std::size_t ended_ = 0;
-    sigset_t watched_; // signals, which wait until they are asked for
-    sigset_t before_;
+    sigset_t watched_; // the signals that wait() looks for
 };
 
 } // namespace norvane::driver
