@@ -1,6 +1,7 @@
 // Names in a workspace are those of files in the current directory, as they are for the tools.
 #include "workspace_builds.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 
@@ -21,7 +22,8 @@ std::vector<ProjectModel> models_of(Session& session, const Workspace& workspace
     bool are_good = true;
     for (const ZEBProject* project : workspace.projects()) {
         models.push_back(model_of(project));
-        if (!models.back().file.empty()) continue;
+        const std::string& file = models.back().file;
+        if (!file.empty() && file != "-") continue; // standard input is no file of a project
         session.diagnostics.say(session.options.file + ": the project '" + models.back().project +
                                 "' has no main file");
         are_good = false;
@@ -72,14 +74,17 @@ std::filesystem::path whole_path(const std::filesystem::path& name) {
 }
 
 // Checked for each project before anything is written: results are named after projects, so one
-// may have the name of a source, which it would replace; and a build file has no way to write a
-// line feed.
+// may have the name of a source, which it would replace; and a build file has no way to write some
+// characters.
 class NameCheck {
   public:
     NameCheck(Session& session, const std::vector<ProjectModel>& models) : session_(session) {
         sources_.insert(whole_path(session.options.file));
         for (const ProjectModel& model : models)
             sources_.insert(whole_path(model.file));
+        check_name(session.options.file);
+        check_name(session.options.build_directory);
+        check_name(session.options.output);
         if (session.options.output != "-") check_result(session.options.output);
     }
 
@@ -89,11 +94,10 @@ class NameCheck {
             !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
         if (!is_plain) refuse("the name of the project '" + name + "' is no name of a file");
         if (!names_.insert(name).second) refuse("there are two projects '" + name + "'");
-        std::string all = name + model.file;
+        check_name(name);
+        check_name(model.file);
         for (const std::string& argument : cpp_args(model))
-            all += argument;
-        if (all.find('\n') != std::string::npos)
-            refuse("the project '" + name + "' has a line feed in a name or a macro");
+            check_text(argument);
         const std::filesystem::path directory = session_.options.build_directory;
         check_result(directory / (name + ".checked"));
         check_result(directory / (name + ".rules"));
@@ -101,7 +105,17 @@ class NameCheck {
         check_result(name + ".mub");
     }
 
+    void check_name(const std::string& name) const {
+        if (name.find('|') != std::string::npos)
+            refuse("ninja has no spelling for the '|' in the name '" + name + "'");
+        check_text(name);
+    }
+
   private:
+    void check_text(const std::string& text) const {
+        if (text.find_first_of("\r\n") != std::string::npos)
+            refuse("ninja has no spelling for the end of a line in '" + text + "'");
+    }
     void check_result(const std::filesystem::path& result) const {
         if (sources_.contains(whole_path(result)))
             refuse("'" + result.string() + "' would be replaced, but other files are made from it");
@@ -130,12 +144,13 @@ class NinjaFile {
             value_for_ninja(options.build_directory) +
             "\n"
             "norvane_pm = norvane-pm\n";
-        add_rule("check", "check $flags -MD -MF $out.d -MQ $out $in && touch $out", true);
+        // A name may begin with a dash: "--" ends the options, and theirs follow without a blank.
+        add_rule("check", "check $flags -MD -MF$out.d -MQ$out -- $in && touch -- $out", true);
         // The check has shown the warnings.
-        add_rule("rules", "rules -q $flags -MD -MF $out.d -o $out $in", true);
-        add_rule("xml", "convert -q $flags --to=xml -MD -MF $out.d -o $out $in", true);
-        add_rule("package", "workspace package " + file + " $project", false);
-        add_rule("workspace", "workspace ninja --build-dir " + directory + " -o $out $in", false);
+        add_rule("rules", "rules -q $flags -MD -MF$out.d -o$out -- $in", true);
+        add_rule("xml", "convert -q $flags --to=xml -MD -MF$out.d -o$out -- $in", true);
+        add_rule("package", "workspace package -- " + file + " $project", false);
+        add_rule("workspace", "workspace ninja --build-dir=" + directory + " -o$out -- $in", false);
         if (options.output != "-")
             text_ += "  generator = 1\nbuild " + path_for_ninja(options.output) + ": workspace " +
                      path_for_ninja(options.file) + "\n";
@@ -225,7 +240,9 @@ void write_ninja_file(Session& session) {
         file.add(model);
     std::size_t i = 0;
     for (const ZEBProject* project : workspace.projects()) {
-        file.add_package(models[i], package_files(project, models[i].project));
+        const std::vector<std::string> more = package_files(project, models[i].project);
+        std::ranges::for_each(more, [&](const std::string& name) { check_names.check_name(name); });
+        file.add_package(models[i], more);
         ++i;
     }
     const std::string text = file.text();
