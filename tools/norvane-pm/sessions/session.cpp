@@ -58,9 +58,6 @@ void Session::close_result(const std::string& name) {
 }
 
 void Session::open_output() {
-    for (const std::string& input : {options.file, options.calculation})
-        if (would_replace(options.output, input))
-            throw WrongUsage{"the result would replace the input: " + input};
     write_dependencies();
     open_result(options.output);
 }
