@@ -1,6 +1,7 @@
 #include "analyse.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <vector>
 
@@ -13,10 +14,11 @@
 namespace norvane::driver::lsp {
 namespace {
 
+// The shortest that stands for this value and no other, and is no integer.
 std::string number_text(double value) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
+    char digits[32];
+    std::string text(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    return text.find_first_of(".en") == text.npos ? text + ".0" : text;
 }
 
 std::string value_text(const NameData& constant) {

@@ -41,9 +41,8 @@ std::vector<std::string> classes_of(const std::vector<std::string>& cuts) {
         classes.push_back("any other text");
         return classes;
     }
-    for (const std::string& cut : cuts)
-        if (cut.find_first_of(".eni") != cut.npos) return of_floats(cuts);
-    return of_integers(cuts);
+    const bool is_integer = cuts.front().find_first_of(".en") == std::string::npos;
+    return is_integer ? of_integers(cuts) : of_floats(cuts);
 }
 
 } // namespace norvane::driver::lsp

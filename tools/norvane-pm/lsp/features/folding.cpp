@@ -10,18 +10,20 @@ namespace {
 
 class Folding {
   public:
-    explicit Folding(const Lines& lines) : lines_(lines) {}
+    explicit Folding(const Document& document)
+        : lines_(document.lines),
+          language_(document.is_calculation ? Language::calculation : Language::model) {}
 
     Json find() {
         comments();
         std::vector<std::size_t> open;
         std::size_t section = none_;
         std::size_t last = 0;
-        const Scan found = scan(lines_.text());
+        const Scan found = scan(lines_.text(), 0, language_);
         for (const Token& token : found.tokens) {
             const std::string_view word =
                 std::string_view(lines_.text()).substr(token.offset, token.length);
-            if (open.empty() && is_section_word(word)) {
+            if (open.empty() && language_ == Language::model && is_section_word(word)) {
                 end_section(section, last);
                 section = token.offset;
             }
@@ -63,13 +65,14 @@ class Folding {
 
     static constexpr std::size_t none_ = static_cast<std::size_t>(-1);
     const Lines& lines_;
+    const Language language_;
     Json ranges_ = Json::array();
 };
 
 } // namespace
 
 Json folding_ranges(const Context& context) {
-    return Folding(context.document.lines).find();
+    return Folding(context.document).find();
 }
 
 } // namespace norvane::driver::lsp

@@ -6,6 +6,22 @@
 #include "unit.h"
 
 namespace norvane::driver::lsp {
+namespace {
+
+// Comments of one line each, above each other: the last begins at `line` and ends before `end`.
+std::string line_comments(const std::string& text, std::size_t line, std::size_t end) {
+    std::string comment;
+    for (;;) {
+        const std::size_t begin = text.find_first_not_of(" \t", line);
+        if (begin >= end || text.compare(begin, 2, "//") != 0) return comment;
+        comment.insert(0, text.substr(begin + 2, end - begin - 2) + "\n");
+        if (line < 2) return comment;
+        end = line - 1;
+        line = text.rfind('\n', end - 1) + 1; // 0 where there is none
+    }
+}
+
+} // namespace
 
 Range range_of(const Spot& spot, const Documents& documents) {
     return range_of(spot, spot, documents);
@@ -54,7 +70,7 @@ std::string comment_above(const Symbol& symbol, const Documents& documents) {
     if (end == text.npos) return "";
     const std::size_t line = text.rfind('\n', end) + 1; // 0 where there is none
     const std::size_t words = text.find_first_not_of(" \t", line);
-    if (text.compare(words, 2, "//") == 0) return text.substr(words + 2, end - words - 1);
+    if (text.compare(words, 2, "//") == 0) return line_comments(text, line, end + 1);
     if (end < 1 || text.compare(end - 1, 2, "*/") != 0) return "";
     const std::size_t open = text.rfind("/*", end);
     if (open == text.npos) return "";

@@ -16,9 +16,9 @@ namespace {
     throw RequestError{ErrorCode::request_failed, why};
 }
 
-bool is_plain_name(std::string_view name) {
+bool is_plain_name(std::string_view name, Language language) {
     return !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0])) &&
-           !is_reserved(name) && std::ranges::all_of(name, [](char c) {
+           !is_reserved(name, language) && std::ranges::all_of(name, [](char c) {
                return c == '_' || (static_cast<unsigned char>(c) < 0x80 &&
                                    std::isalnum(static_cast<unsigned char>(c)));
            });
@@ -45,18 +45,39 @@ std::string word_text(const Spot& spot, const Documents& documents) {
     return lines->text().substr(begin, lines->offset(range.end) - begin);
 }
 
+Language language_of(const Context& context) {
+    return context.unit.is_calculation() ? Language::calculation : Language::model;
+}
+
+// Macros that stand in no file: those of the settings, and what the preprocessor defines itself.
+void check_macros(const Context& context, const std::string& new_name) {
+    if (context.unit.is_calculation()) return;
+    if (new_name.starts_with("__")) refuse("names that begin with '__' are the preprocessor's");
+    for (const std::string& option : context.unit.settings().macros)
+        if (option == "-D" + new_name || option.starts_with("-D" + new_name + "="))
+            refuse("'" + new_name + "' is a macro of the settings");
+}
+
 std::string place_text(const Spot& spot) {
     return *spot.file + ":" + std::to_string(spot.line);
 }
 
+// Also of a label that the word gives in quotes.
+bool is_name(const Word& word, std::string_view name, bool is_label) {
+    if (word.kind != TokenKind::string) return word.text == name;
+    return is_label && word.text.substr(1, word.text.size() - 2) == name;
+}
+
 // A name in a part that a condition leaves out, or in a macro, would keep its old form; and where
 // the new one stands already, it would get another meaning.
-void check_words(const Context& context, const std::string& old_name, const std::string& new_name) {
+void check_words(const Context& context, const Symbol& symbol, const std::string& new_name) {
+    const std::string old_name(symbol.name);
+    const bool is_label = symbol.kind == SymbolKind::label;
     const auto check = [&](const Word& word) {
-        if (word.text == new_name)
+        if (is_name(word, new_name, is_label))
             refuse("'" + new_name + "' stands at " + place_text(word.spot) + " already");
         const Spot& spot = word.spot;
-        if (word.text == old_name && !context.unit.names().at(*spot.file, spot.line, spot.column))
+        if (is_name(word, old_name, is_label) && !context.unit.names().at(*spot.file, spot.line, spot.column))
             refuse("'" + old_name + "' stands at " + place_text(spot) +
                    " too, in a macro, in a part that is left out, or with an unknown meaning");
     };
@@ -84,11 +105,12 @@ Json rename(const Context& context) {
     const Symbol& symbol = renamed_symbol(context);
     const std::string new_name = text_of(member(context.params, "newName"));
     const bool is_label = symbol.kind == SymbolKind::label;
-    const bool is_plain = is_plain_name(new_name);
+    const bool is_plain = is_plain_name(new_name, language_of(context));
     if (!is_plain &&
         (!is_label || new_name.empty() || new_name.find_first_of("\"\\\n") != new_name.npos))
         refuse("'" + new_name + "' cannot be a name");
-    check_words(context, std::string(symbol.name), new_name);
+    check_macros(context, new_name);
+    check_words(context, symbol, new_name);
     const std::size_t number = name_at(context)->symbol;
     Json changes = Json::object();
     for (const Occurrence& each : context.unit.names().of_symbol(number)) {

@@ -10,11 +10,6 @@ namespace {
 constexpr auto type_words =
     std::to_array<std::string_view>({"integer", "string", "boolean", "float", "void"});
 
-constexpr auto reserved = std::to_array<std::string_view>(
-    {"and",    "boolean", "break",  "case", "default", "do",        "else",  "external",
-     "false",  "float",   "for",    "if",   "integer", "namespace", "not",   "or",
-     "return", "string",  "switch", "then", "true",    "void",      "while", "xor"});
-
 class CalculationReader {
   public:
     CalculationReader(NameIndex& index, const Words& words) : index_(index), words_(words) {}
@@ -46,7 +41,7 @@ class CalculationReader {
     }
     bool is_type() const { return std::ranges::count(type_words, text()) > 0; }
     static bool is_name(const Word& word) {
-        return word.kind == TokenKind::word && std::ranges::count(reserved, word.text) == 0;
+        return word.kind == TokenKind::word && !is_reserved(word.text, Language::calculation);
     }
 
     std::size_t declare(SymbolKind kind, std::size_t first, std::size_t word,
@@ -138,6 +133,13 @@ class CalculationReader {
                 ++at_;
             }
         }
+        while (!open_calls_.empty())
+            close_call(words_[at_ - 1].spot);
+    }
+
+    void close_call(const Spot& spot) {
+        if (open_calls_.back() != none) index_.calls[open_calls_.back()].close = spot;
+        open_calls_.pop_back();
     }
 
     void bracket() {
@@ -146,9 +148,11 @@ class CalculationReader {
         if (open_calls_.empty()) return;
         if (word == "," && open_calls_.back() != none)
             index_.calls[open_calls_.back()].commas.push_back(words_[at_].spot);
-        if (word != ")") return;
-        if (open_calls_.back() != none) index_.calls[open_calls_.back()].close = words_[at_].spot;
-        open_calls_.pop_back();
+        if (word == ")") return close_call(words_[at_].spot);
+        if (word != ";" && word != "}") return;
+        // A call without its bracket ends with the statement; a semicolon may be that of a loop.
+        while (!open_calls_.empty() && open_calls_.back() != none)
+            close_call(words_[at_].spot);
     }
 
     // A local name, a call, or a path into the model.

@@ -10,7 +10,7 @@ namespace {
 
 // The name in "define NAME"; none for another directive.
 bool is_definition(const std::vector<Word>& words, std::size_t i, std::string_view text) {
-    if (i == 0 || words[i - 1].text != "define") return false;
+    if (i == 0 || words[i - 1].text != "define" || words[i].kind != TokenKind::word) return false;
     const auto* begin = text.data();
     const std::size_t define = static_cast<std::size_t>(words[i - 1].text.data() - begin);
     const std::size_t hash = text.rfind('#', define);
@@ -39,7 +39,7 @@ std::vector<Word> words_in_file(const std::string* file, std::string_view text) 
             ++line;
             start = at + 1;
         }
-        if (token.kind != TokenKind::word) return;
+        if (token.kind != TokenKind::word && token.kind != TokenKind::string) return;
         const auto column = static_cast<unsigned>(offset - start + 1);
         words.push_back({text.substr(offset, token.length),
                          token.kind,

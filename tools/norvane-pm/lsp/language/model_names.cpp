@@ -302,7 +302,9 @@ class ModelReader {
 
     void read(const Expression& expression) {
         loops_.clear();
+        cases_.clear();
         last_type_ = nullptr;
+        label_before_ = none;
         scope_ = expression.scope;
         container_ = expression.container;
         read(expression.first, expression.end);
@@ -323,7 +325,7 @@ class ModelReader {
             else if (words_[at_].kind == TokenKind::string)
                 label_text();
             else
-                ++at_;
+                mark();
         }
         --depth_;
     }
@@ -425,6 +427,8 @@ class ModelReader {
             type = indices(type, end);
         }
         last_type_ = index_.real(type);
+        if (label_before_ != none) add_label(label_before_, last_type_);
+        label_before_ = none;
     }
 
     std::size_t step(std::size_t type) {
@@ -439,15 +443,31 @@ class ModelReader {
         return index_.symbols[field].type;
     }
 
-    // A text that is compared with an enumeration is a label, if that has it.
+    // What is neither a name nor a text.
+    void mark() {
+        if (text() == "of") cases_.push_back(last_type_);
+        if (text() == "esac" && !cases_.empty()) cases_.pop_back();
+        ++at_;
+    }
+
+    // A text that is compared with an enumeration, on either side, is a label if that has it.
     void label_text() {
         const std::string_view before = at_ > 0 ? words_[at_ - 1].text : "";
-        const bool is_compared = before == "=" || before == "<>" || before == "of" || before == "|";
-        const std::string_view name = unquoted(text());
-        if (is_compared && last_type_ && last_type_->kind == TypeNode::Kind::enumeration)
-            if (const std::size_t label = index_.field_of(*last_type_, name); label != none)
-                index_.add(words_[at_].spot, label, false);
+        if (is_comparison(before))
+            add_label(at_, last_type_);
+        else if (is_comparison(text(1)))
+            label_before_ = at_;
+        else if ((before == "of" || before == "|") && !cases_.empty())
+            add_label(at_, cases_.back());
         ++at_;
+    }
+
+    static bool is_comparison(std::string_view word) { return word == "=" || word == "<>"; }
+
+    void add_label(std::size_t word, const TypeNode* type) {
+        if (!type || type->kind != TypeNode::Kind::enumeration) return;
+        const std::size_t label = index_.field_of(*type, unquoted(words_[word].text));
+        if (label != none) index_.add(words_[word].spot, label, false);
     }
 
     static constexpr unsigned deepest = 200; // brackets or types that a modeller nests
@@ -466,7 +486,9 @@ class ModelReader {
     std::size_t scope_ = 0;
     std::size_t container_ = none;
     std::vector<Loop> loops_;
+    std::vector<const TypeNode*> cases_;  // of what each asks, the innermost last
     const TypeNode* last_type_ = nullptr; // of the path before
+    std::size_t label_before_ = none;     // the word of a text that is compared with the next path
 };
 
 } // namespace

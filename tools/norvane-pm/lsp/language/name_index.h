@@ -121,8 +121,8 @@ class NameIndex {
 
 // Reads the names of a model's words into the index, which must be empty.
 void read_model_names(NameIndex& index, const Words& words);
-// The words of a file as it is, before the preprocessor: those of directives too, without those in
-// comments and texts.
+// The words and texts of a file as it is, before the preprocessor: those of directives too, without
+// those in comments.
 std::vector<Word> words_in_file(const std::string* file, std::string_view text);
 // Adds the macros that a file defines, and their uses in it. All files' definitions come first.
 void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text);

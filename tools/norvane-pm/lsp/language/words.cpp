@@ -6,39 +6,12 @@
 namespace norvane::driver::lsp {
 namespace {
 
-// Of the text that begins with a quote: its closing quote, or the end of the line.
-std::size_t end_of_quoted(const std::string& text, std::size_t at) {
-    for (++at; at < text.size() && text[at] != '"' && text[at] != '\n'; ++at)
-        if (text[at] == '\\') ++at;
-    return at;
-}
-
-// Of the comment that begins here; where there is none, its begin.
-std::size_t end_of_comment(const std::string& text, std::size_t at) {
-    if (text.compare(at, 2, "//") == 0) return std::min(text.find('\n', at), text.size());
-    if (text.compare(at, 2, "/*") != 0) return at;
-    const std::size_t end = text.find("*/", at + 2);
-    return end == text.npos ? text.size() : end + 2;
-}
-
-void blank(std::string& text, std::size_t from, std::size_t end) {
-    for (; from < end; ++from)
-        if (text[from] != '\n') text[from] = ' ';
-}
-
-// Blanks in the place of comments, so that the scanner of models can take the text.
-void blank_comments(std::string& text) {
-    for (std::size_t at = 0; at < text.size(); ++at)
-        if (text[at] == '"')
-            at = end_of_quoted(text, at);
-        else
-            blank(text, at, end_of_comment(text, at));
-}
-
 // An argument of a macro stands where the macro is used.
 bool stands_at(std::string_view word, const Place& place, SourceFiles& files) {
     const std::string_view rest = files.rest(place.file, place.line);
-    return rest.substr(std::min<std::size_t>(place.column - 1, rest.size())).starts_with(word);
+    const std::string_view here = rest.substr(std::min<std::size_t>(place.column - 1, rest.size()));
+    const Scan found = scan(here.substr(0, here.find('\n')));
+    return !found.tokens.empty() && here.substr(0, found.tokens.front().length) == word;
 }
 
 } // namespace
@@ -70,12 +43,11 @@ Words::Words(const SourceText& source, SourceFiles& files) {
 }
 
 Words::Words(const std::string& file, std::string text) : text_(std::move(text)) {
-    blank_comments(text_);
     const std::string* const file_name = name(file);
     unsigned line = 1;
     std::size_t start = 0; // of the line
     std::size_t at = 0;
-    for (const Token& token : scan(text_).tokens) {
+    for (const Token& token : scan(text_, 0, Language::calculation).tokens) {
         for (; at < token.offset; ++at) {
             if (text_[at] != '\n') continue;
             ++line;

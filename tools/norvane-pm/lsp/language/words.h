@@ -33,7 +33,7 @@ class Words {
   public:
     // Of a model after the preprocessor, and the files that it was made from.
     Words(const SourceText& source, SourceFiles& files);
-    // The words of a calculation, which has no preprocessor and its own form of comments.
+    // The words of a calculation, which has no preprocessor.
     Words(const std::string& file, std::string text);
     Words(const Words&) = delete;
     Words& operator=(const Words&) = delete;
