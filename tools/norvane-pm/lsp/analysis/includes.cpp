@@ -22,19 +22,30 @@ bool skip(std::string_view& line, std::string_view word) {
     return is_there;
 }
 
+// "define NAME".
+bool skip_definition(std::string_view& line) {
+    if (!skip(line, "define")) return false;
+    skip_blanks(line);
+    line.remove_prefix(std::min(line.find_first_of(" \t"), line.size()));
+    return true;
+}
+
 bool is_there(const std::string& path, const Documents& documents) {
     std::error_code error;
     return documents.find(path) || fs::is_regular_file(path, error);
 }
 
 std::string look_up(const std::string& name, const std::string& includer,
-                    const std::vector<std::string>& directories, const Documents& documents) {
+                    const std::vector<std::string>& directories, const Documents& documents,
+                    std::set<std::string>* missing) {
     std::vector<fs::path> places;
     if (!name.starts_with('/')) places.push_back(fs::path(includer).parent_path());
     places.insert(places.end(), directories.begin(), directories.end());
-    for (const fs::path& place : places)
-        if (std::string path = (place / name).lexically_normal(); is_there(path, documents))
-            return path;
+    for (const fs::path& place : places) {
+        std::string path = (place / name).lexically_normal();
+        if (is_there(path, documents)) return path;
+        if (missing) missing->insert(std::move(path));
+    }
     return "";
 }
 
@@ -53,7 +64,7 @@ std::vector<std::string> included_names(std::string_view source) {
     for (std::size_t at = source.find('#'); at < source.size(); at = source.find('#', at + 1)) {
         std::string_view line = source.substr(at + 1);
         line = line.substr(0, line.find('\n'));
-        if (!skip(line, "include")) continue;
+        if (!skip(line, "include") && !skip_definition(line)) continue;
         skip_blanks(line);
         if (line.empty() || (line[0] != '"' && line[0] != '<')) continue;
         const std::size_t end = line.find(line[0] == '<' ? '>' : '"', 1);
@@ -63,7 +74,7 @@ std::vector<std::string> included_names(std::string_view source) {
 }
 
 SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
-                     const Documents& documents) {
+                     const Documents& documents, std::set<std::string>* missing) {
     SourceSet sources;
     std::vector<std::string> pending = {file};
     while (!pending.empty() && sources.size() < most_files) {
@@ -74,7 +85,8 @@ SourceSet sources_of(const std::string& file, const std::vector<std::string>& di
         if (!bytes) continue;
         const std::string& text = sources[path] = *std::move(bytes);
         for (const std::string& name : included_names(text))
-            if (std::string found = look_up(name, path, directories, documents); !found.empty())
+            if (std::string found = look_up(name, path, directories, documents, missing);
+                !found.empty())
                 pending.push_back(std::move(found));
     }
     return sources;

@@ -3,6 +3,7 @@
 #define NORVANE_PM_LSP_INCLUDES_H
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,7 +12,8 @@
 
 namespace norvane::driver::lsp {
 
-// The names that a source includes, in quotes or in angle brackets.
+// The names that a source includes, in quotes or in angle brackets; also texts that its macros stand
+// for, which an include may name.
 std::vector<std::string> included_names(std::string_view source);
 
 // The bytes of each file, by path, as the client has it or as it is on disk.
@@ -19,8 +21,9 @@ using SourceSet = std::map<std::string, std::string>;
 
 // The file and all that it includes, whether a condition leaves it out or not. Each name is looked
 // up as the preprocessor does it: beside the file that includes it, then in `directories`.
+// `missing` takes the files that would be read instead of others, or at all, if they were there.
 SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
-                     const Documents& documents);
+                     const Documents& documents, std::set<std::string>* missing = nullptr);
 
 // A file in the same directory, or an open document, that includes the file; empty for none.
 std::string includer_of(const std::string& file, const Documents& documents);

@@ -24,12 +24,23 @@ void write(const fs::path& file, const std::string& bytes) {
     if (!stream) fail("cannot write " + file.string());
 }
 
+// "directory/../file" is found only where there is such a directory.
+void add_directories(const fs::path& place, const std::string& source) {
+    for (const fs::path name : included_names(source)) {
+        fs::path path = place;
+        for (const fs::path& step : name.parent_path()) {
+            path /= step;
+            if (!name.is_absolute()) fs::create_directory(path);
+        }
+    }
+}
+
 } // namespace
 
 PrivateDirectory::PrivateDirectory() {
     const char* place = std::getenv("TMPDIR");
     path_ = std::string(place && *place ? place : "/tmp") + "/norvane-XXXXXX";
-    if (!mkdtemp(path_.data())) fail("cannot make a directory for temporary files");
+    if (!mkdtemp(path_.data())) fail("cannot make a directory for temporary files (see TMPDIR in the environment)");
 }
 
 PrivateDirectory::~PrivateDirectory() {
@@ -46,6 +57,7 @@ void Overlay::add(const SourceSet& sources, const Documents& documents) {
     for (const auto& [file, bytes] : sources) {
         const fs::path here = path(file);
         fs::create_directories(here.parent_path());
+        add_directories(here.parent_path(), bytes);
         if (fs::is_symlink(here) || fs::exists(here)) continue;
         if (documents.find(file))
             write(here, bytes);

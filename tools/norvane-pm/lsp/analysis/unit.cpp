@@ -25,15 +25,31 @@ Finding finding_about(const std::string& file, Severity severity, std::string me
 
 } // namespace
 
-void Unit::mark_changed() {
-    is_changed_ = true;
+Unit::Input Unit::read_input(const Documents& documents) const {
+    Input input;
+    if (!settings_.model.empty())
+        input.sources =
+            sources_of(settings_.model, settings_.directories, documents, &input.missing);
+    if (is_calculation())
+        if (auto bytes = documents.bytes(calculation_))
+            input.sources[calculation_] = *std::move(bytes);
+    return input;
+}
+
+bool Unit::settle(const Documents& documents) {
+    is_changed_ = false;
+    Input input = read_input(documents);
+    if (input == input_) return true;
+    input_ = std::move(input);
+    needs_run_ = true;
     worker_.reset();
     overlay_.reset();
+    return false;
 }
 
 bool Unit::is_too_large() const {
     std::size_t size = 0;
-    for (const auto& [path, bytes] : sources_)
+    for (const auto& [path, bytes] : input_.sources)
         size += bytes.size();
     return size > largest_model;
 }
@@ -66,12 +82,7 @@ Job Unit::job(const Documents&) const {
 }
 
 void Unit::start(const Documents& documents, const std::string& directory) {
-    sources_.clear();
-    if (!settings_.model.empty())
-        sources_ = sources_of(settings_.model, settings_.directories, documents);
-    if (is_calculation())
-        if (auto bytes = documents.bytes(calculation_)) sources_[calculation_] = *std::move(bytes);
-    is_changed_ = false;
+    needs_run_ = false;
     if (is_too_large()) {
         Result nothing;
         nothing.findings = {finding_about(file(), Severity::note,
@@ -81,7 +92,7 @@ void Unit::start(const Documents& documents, const std::string& directory) {
     }
     static unsigned count = 0;
     overlay_ = std::make_unique<Overlay>(directory + "/run" + std::to_string(++count));
-    overlay_->add(sources_, documents);
+    overlay_->add(input_.sources, documents);
     Job what = job(documents);
     what.directory = overlay_->root();
     worker_ = std::make_unique<Worker>(what);
@@ -96,19 +107,19 @@ bool Unit::read_worker() {
     return true;
 }
 
-void Unit::give_up() {
+void Unit::give_up(const std::string& why) {
     worker_.reset();
     overlay_.reset();
     Result nothing;
-    nothing.findings = {finding_about(file(), Severity::warning, "the check takes too long")};
+    nothing.findings = {finding_about(file(), Severity::warning, why)};
     finish(std::move(nothing));
 }
 
 void Unit::read_model(NameIndex& index) const {
-    const auto model = sources_.find(settings_.model);
-    if (model == sources_.end()) return;
+    const auto model = input_.sources.find(settings_.model);
+    if (model == input_.sources.end()) return;
     SourceFiles files;
-    for (const auto& [path, bytes] : sources_)
+    for (const auto& [path, bytes] : input_.sources)
         files.set(path, bytes);
     // Where the preprocessor has failed, the main file alone is better than nothing.
     auto source = std::make_unique<SourceText>(result_.has_text ? result_.text : model->second,
@@ -122,15 +133,15 @@ void Unit::read_model(NameIndex& index) const {
 
 // All definitions come before the uses.
 void Unit::read_macros(NameIndex& index) const {
-    for (const auto& [path, bytes] : sources_)
+    for (const auto& [path, bytes] : input_.sources)
         if (path != calculation_) read_macro_definitions(index, path, bytes);
-    for (const auto& [path, bytes] : sources_)
+    for (const auto& [path, bytes] : input_.sources)
         if (path != calculation_) read_macro_uses(index, path, bytes);
 }
 
 void Unit::read_calculation(NameIndex& index) const {
-    const auto own = sources_.find(calculation_);
-    if (own == sources_.end()) return;
+    const auto own = input_.sources.find(calculation_);
+    if (own == input_.sources.end()) return;
     auto words = std::make_unique<Words>(calculation_, own->second);
     read_calculation_names(index, *words);
     index.hold(std::move(words));

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "includes.h"
@@ -31,27 +32,39 @@ class Unit {
 
     // Whether a change of the file may change what is found: as far as the last run knows.
     bool reads(const std::string& path) const {
-        return path == file() || path == settings_.model || sources_.contains(path);
+        return path == file() || path == settings_.model || input_.sources.contains(path) ||
+               input_.missing.contains(path);
     }
-    // A run that is going on is out of date: it is stopped, and its results are never shown.
-    void mark_changed();
-    bool needs_run() const { return is_changed_ && !worker_; }
-    bool is_up_to_date() const { return !is_changed_ && !worker_; }
+    void mark_changed() { is_changed_ = true; }
+    bool is_changed() const { return is_changed_; }
+    // Reads the files after a change. A run whose text is out of date is stopped, and its results
+    // are never shown. True if the text is what it was.
+    bool settle(const Documents& documents);
+    bool needs_run() const { return needs_run_; }
+    bool is_up_to_date() const { return !is_changed_ && !needs_run_ && !worker_; }
 
-    // Starts a run on the documents as they are.
+    // Starts a run, after settle().
     void start(const Documents& documents, const std::string& directory);
     // What the run found, when it has ended; to be called when descriptor() is readable.
     Worker* worker() const { return worker_.get(); }
     bool read_worker();
-    void give_up();
+    // Ends without a result.
+    void give_up(const std::string& why);
 
     const Result& result() const { return result_; }
     // The files of the model, and the calculation, as the run has read them.
-    const SourceSet& sources() const { return sources_; }
+    const SourceSet& sources() const { return input_.sources; }
     // The names in them; made when they are first asked for after a run.
     const NameIndex& names() const;
 
   private:
+    struct Input {
+        SourceSet sources;
+        std::set<std::string> missing; // that would be read if they were there
+        bool operator==(const Input&) const = default;
+    };
+
+    Input read_input(const Documents& documents) const;
     Job job(const Documents& documents) const;
     bool is_too_large() const;
     void finish(Result result);
@@ -62,7 +75,8 @@ class Unit {
     Settings settings_;
     std::string calculation_;
     bool is_changed_ = true;
-    SourceSet sources_;
+    bool needs_run_ = true;
+    Input input_;
     Result result_;
     mutable std::unique_ptr<NameIndex> names_;
     std::unique_ptr<Overlay> overlay_;

@@ -44,6 +44,8 @@ class ModelCompletion {
 
     Json complete() {
         if (place_.is_code()) offer();
+        if (place_.is_text())
+            if (const TypeNode* type = expected_type()) items_.add_quoted_labels(*type, names_);
         return items_.take();
     }
 
@@ -114,8 +116,7 @@ class ModelCompletion {
         if (arms_of) items_.add_labels(*arms_of, names_);
         if (place_.back() == "|") items_.add_words(std::to_array({"default"}));
         if (arms_of && arms_of->kind == TypeNode::Kind::enumeration) return;
-        const TypeNode* compared =
-            place_.follows_comparison() ? place_.type_before_last() : nullptr;
+        const TypeNode* compared = compared_type();
         if (compared) items_.add_labels(*compared, names_);
         if (!compared && place_.follows_comparison())
             items_.add_words(std::to_array({"SOME", "NONE"}));
@@ -142,6 +143,16 @@ class ModelCompletion {
                 items_.add_symbol(symbol, is_field ? ItemKind::field : ItemKind::variable,
                                   Rank::name);
         }
+    }
+
+    // Of the path before a comparison; null where none ends here.
+    const TypeNode* compared_type() const {
+        return place_.follows_comparison() ? place_.type_before_last() : nullptr;
+    }
+
+    const TypeNode* expected_type() const {
+        const TypeNode* arms_of = case_type();
+        return arms_of ? arms_of : compared_type();
     }
 
     // Of the case of which an arm begins here; null where none does.

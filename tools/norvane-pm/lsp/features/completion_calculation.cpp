@@ -43,6 +43,8 @@ class CalculationCompletion {
 
     Json complete() {
         if (place_.is_code()) offer();
+        if (place_.is_text())
+            if (const TypeNode* type = expected_type()) items_.add_quoted_labels(*type, names_);
         return items_.take();
     }
 

@@ -84,6 +84,12 @@ void CompletionItems::add_labels(const TypeNode& type, const NameIndex& names) {
     }
 }
 
+void CompletionItems::add_quoted_labels(const TypeNode& type, const NameIndex& names) {
+    if (type.kind != TypeNode::Kind::enumeration) return;
+    for (const std::size_t each : type.fields)
+        add(to_utf8(names.symbols[each].name), ItemKind::label, Rank::fitting);
+}
+
 void CompletionItems::add_members(const TypeNode& type, const NameIndex& names) {
     if (type.kind == TypeNode::Kind::optional)
         add("SOME", ItemKind::keyword, Rank::fitting, "the value");

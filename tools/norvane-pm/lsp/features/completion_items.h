@@ -51,6 +51,8 @@ class CompletionItems {
     }
     // The labels of an enumeration, as texts in a calculation; SOME and NONE of an optional.
     void add_labels(const TypeNode& type, const NameIndex& names);
+    // The labels alone, within the quotes of a text.
+    void add_quoted_labels(const TypeNode& type, const NameIndex& names);
     void add_members(const TypeNode& type, const NameIndex& names);
 
     Json take() { return std::move(items_); }

@@ -23,22 +23,25 @@ CompletionPlace::CompletionPlace(const Context& context)
       language_(context.document.is_calculation ? Language::calculation : Language::model),
       position_(position_of(member(context.params, "position"))) {
     const Lines& lines = context.document.lines;
-    is_code_ = read_words(lines.text().substr(0, lines.offset(position_)));
+    part_ = read_words(lines.text().substr(0, lines.offset(position_)));
 }
 
-bool CompletionPlace::read_words(const std::string& before) {
+CompletionPlace::Part CompletionPlace::read_words(const std::string& before) {
     const Scan found = scan(before, 0, language_);
-    if (found.comment_depth > 0) return false;
+    if (found.comment_depth > 0) return Part::comment;
     for (const Token& token : found.tokens)
         words_.push_back(before.substr(token.offset, token.length));
-    if (words_.empty()) return !ends_in_line_comment(before);
+    if (words_.empty()) return ends_in_line_comment(before) ? Part::comment : Part::code;
     const std::string& last = words_.back();
-    if (last[0] == '"' && (last.size() == 1 || last.back() != '"')) return false;
+    if (last[0] == '"' && (last.size() == 1 || last.back() != '"')) {
+        words_.pop_back();
+        return Part::text;
+    }
     const Token& token = found.tokens.back();
     if (ends_in_line_comment(std::string_view(before).substr(token.offset + token.length)))
-        return false;
+        return Part::comment;
     if (is_name_byte(before.back())) words_.pop_back();
-    return true;
+    return Part::code;
 }
 
 // Of what follows the last word.

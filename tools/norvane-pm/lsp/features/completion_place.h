@@ -17,7 +17,9 @@ class CompletionPlace {
     explicit CompletionPlace(const Context& context);
 
     // False within a comment or a text.
-    bool is_code() const { return is_code_; }
+    bool is_code() const { return part_ == Part::code; }
+    // Whether a text has begun here that has no end; words() are those before it.
+    bool is_text() const { return part_ == Part::text; }
     // Those before the name.
     const std::vector<std::string>& words() const { return words_; }
     std::string_view back(std::size_t i = 1) const {
@@ -36,7 +38,8 @@ class CompletionPlace {
     }
 
   private:
-    bool read_words(const std::string& before);
+    enum class Part : unsigned char { code, text, comment };
+    Part read_words(const std::string& before);
     bool ends_in_line_comment(std::string_view text) const;
     std::size_t symbol_of(std::string_view name) const;
     std::vector<std::string_view> path_steps(std::size_t end) const;
@@ -48,7 +51,7 @@ class CompletionPlace {
     Language language_;
     Position position_;
     std::vector<std::string> words_;
-    bool is_code_;
+    Part part_;
 };
 
 } // namespace norvane::driver::lsp

@@ -44,7 +44,7 @@ Json capabilities() {
             {"documentSymbolProvider", true},
             {"workspaceSymbolProvider", true},
             {"foldingRangeProvider", true},
-            {"completionProvider", {{"triggerCharacters", {".", "="}}}},
+            {"completionProvider", {{"triggerCharacters", {".", "=", "\""}}}},
             {"renameProvider", {{"prepareProvider", true}}},
             {"codeActionProvider",
              {{"codeActionKinds", {"quickfix", "refactor.rewrite", "source.fixAll"}}}},

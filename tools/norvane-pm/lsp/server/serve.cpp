@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <csignal>
 #include <new>
+#include <system_error>
 
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -28,21 +29,19 @@ class EndSignals {
         for (const int signal : {SIGTERM, SIGINT, SIGHUP})
             sigaddset(&signals, signal);
         sigprocmask(SIG_BLOCK, &signals, &before_);
-        descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC);
+        descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     }
+    // Takes the signal, so that it does not end the process when it is let through again.
     ~EndSignals() {
+        signalfd_siginfo taken;
+        while (descriptor_ >= 0 && read(descriptor_, &taken, sizeof taken) > 0) {
+        }
         if (descriptor_ >= 0) close(descriptor_);
         sigprocmask(SIG_SETMASK, &before_, nullptr);
     }
     EndSignals(const EndSignals&) = delete;
     EndSignals& operator=(const EndSignals&) = delete;
     int descriptor() const { return descriptor_; }
-    // Takes the signal, so that it does not end the process when it is let through again.
-    void take() const {
-        signalfd_siginfo taken;
-        while (read(descriptor_, &taken, sizeof taken) < 0 && errno == EINTR) {
-        }
-    }
 
   private:
     sigset_t before_;
@@ -72,10 +71,7 @@ class Loop {
                             {server_.run_descriptor(), POLLIN, 0}};
         const int count = poll(entries, 3, milliseconds);
         if (count < 0) return errno == EINTR;
-        if (is_ready(entries[1])) {
-            signals_.take();
-            return false;
-        }
+        if (is_ready(entries[1])) return false;
         if (count == 0 && is_orphan()) return false;
         if (is_ready(entries[0])) return receive();
         if (is_ready(entries[2])) server_.serve_run();
@@ -108,18 +104,22 @@ class Loop {
 
     EndSignals signals_;
     MessageReader reader_;
-    Server server_{STDOUT_FILENO};
+    Server server_{STDOUT_FILENO, signals_.descriptor()};
 };
 
 } // namespace
 
 void serve_editor(Session& session) {
     std::signal(SIGPIPE, SIG_IGN);
-    Loop loop;
-    loop.run();
-    if (loop.was_shut_down()) return;
     session.step = Step::write; // no model is at fault
-    session.diagnostics.say("the session has ended without a shutdown");
+    try {
+        Loop loop;
+        loop.run();
+        if (loop.was_shut_down()) return;
+        session.diagnostics.say("the session has ended without a shutdown");
+    } catch (const std::system_error& error) {
+        session.diagnostics.say(error.what());
+    }
     throw InputAtFault();
 }
 

@@ -206,7 +206,23 @@ void Server::opened(const Json& params) {
 }
 
 void Server::changed(const Json& params) {
-    if (const Document* document = documents_.change(params)) units_.changed(document->path);
+    const Document* document =
+        documents_.find(path_of(text_of(member(params, "textDocument", "uri"))));
+    if (!document) return;
+    const std::vector<std::string> included = included_names(document->lines.text());
+    documents_.change(params);
+    refuse_waiting(document->path);
+    units_.changed(document->path);
+    if (included_names(document->lines.text()) != included) units_.assign_all();
+}
+
+// The positions of requests are those of the text before.
+void Server::refuse_waiting(const std::string& path) {
+    std::erase_if(waiting_, [&](const Waiting& request) {
+        if (request.path != path) return false;
+        client_.refuse(request.id, ErrorCode::content_modified, "the text has changed");
+        return true;
+    });
 }
 
 // What a file includes may have changed with it.

@@ -16,7 +16,8 @@ namespace norvane::driver::lsp {
 
 class Server {
   public:
-    explicit Server(int output) : client_(output), units_(documents_, client_) {}
+    // `end` becomes readable when the process is to end.
+    Server(int output, int end) : client_(output, end), units_(documents_, client_) {}
 
     // Takes the body of a message. A cancellation works at once, everything else in handle_next().
     void take(const std::string& body);
@@ -62,6 +63,7 @@ class Server {
     Json answer_to(const Waiting& request);
     void answer(const Waiting& request);
     void answer_waiting();
+    void refuse_waiting(const std::string& path);
 
     Json initialize(const Json& params);
     void initialized(const Json& params);

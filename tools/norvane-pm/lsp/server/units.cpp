@@ -16,11 +16,6 @@ std::shared_ptr<Unit> Units::unit_for(const Document& document) {
     return units_.front();
 }
 
-void Units::assign(const Document& document) {
-    of_[document.path] = unit_for(document);
-    forget_unused();
-}
-
 void Units::assign_all() {
     for (const auto& [path, document] : documents_.all())
         of_[path] = unit_for(document);
@@ -58,18 +53,29 @@ void Units::changed(const std::string& path) {
     for (const auto& unit : units_) {
         if (!unit->reads(path)) break;
         unit->mark_changed();
-        if (running_ == unit.get()) running_ = nullptr;
+    }
+}
+
+// Clients tell of changes that leave the text as it is, such as that it was saved: what is shown is
+// then right for the new version, too.
+void Units::settle() {
+    for (const auto& unit : units_) {
+        if (!unit->is_changed()) continue;
+        const bool is_same = unit->settle(documents_);
+        if (is_same && unit->is_up_to_date()) show(*unit);
+        if (!is_same && running_ == unit.get()) running_ = nullptr;
     }
 }
 
 void Units::run_next() {
+    settle();
     if (running_) return;
     for (const auto& unit : units_) {
         if (!unit->needs_run()) continue;
         try {
             unit->start(documents_, directory_.path());
-        } catch (const std::system_error&) {
-            unit->give_up();
+        } catch (const std::system_error& error) {
+            unit->give_up(std::string("the check cannot be started: ") + error.what());
         }
         if (unit->worker()) {
             running_ = unit.get();
@@ -80,8 +86,9 @@ void Units::run_next() {
 }
 
 bool Units::read() {
+    settle();
     Unit* unit = running_;
-    if (!unit->read_worker()) return false;
+    if (!unit || !unit->read_worker()) return false;
     running_ = nullptr;
     show(*unit);
     return true;
@@ -91,7 +98,7 @@ bool Units::stop_late() {
     if (!running_ || !running_->worker()->is_late()) return false;
     Unit* unit = running_;
     running_ = nullptr;
-    unit->give_up();
+    unit->give_up("the check takes too long");
     show(*unit);
     return true;
 }
@@ -126,12 +133,14 @@ void Units::show(const Unit& unit) {
 // A file may be part of several models, which find the same in it.
 void Units::publish(const std::string& path) {
     Json all = Json::array();
-    for (const auto& [unit, list] : shown_[path])
+    for (const auto& [unit, list] : shown_[path]) {
+        if (!unit->is_up_to_date()) continue; // its places are those of an older text
         for (const Json& diagnostic : list)
             if (std::ranges::find(all, diagnostic) == all.end()) all.push_back(diagnostic);
+    }
     Json params = {{"uri", documents_.uri(path)}, {"diagnostics", all}};
     if (const Document* document = documents_.find(path)) params["version"] = document->version;
-    if (all.empty()) shown_.erase(path);
+    if (shown_[path].empty()) shown_.erase(path);
     client_.notify("textDocument/publishDiagnostics", std::move(params));
 }
 

@@ -17,11 +17,10 @@ class Units {
   public:
     Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {}
 
-    // A document was opened, its settings may have changed, or it is closed.
-    void assign(const Document& document);
-    void release(const std::string& path);
-    // Looks up the settings of all documents once more.
+    // Looks up the settings of all documents: one was opened, or its settings may have changed.
     void assign_all();
+    // A document was closed.
+    void release(const std::string& path);
 
     void changed(const std::string& path);
 
@@ -39,6 +38,7 @@ class Units {
 
   private:
     std::shared_ptr<Unit> unit_for(const Document& document);
+    void settle();
     void forget_unused();
     void show(const Unit& unit);
     void publish(const std::string& path);

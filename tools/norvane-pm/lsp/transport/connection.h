@@ -28,7 +28,8 @@ struct RequestError {
 
 class Connection {
   public:
-    explicit Connection(int descriptor) : descriptor_(descriptor) {}
+    // Writing ends when `end` becomes readable, also where the client does not read.
+    Connection(int descriptor, int end) : descriptor_(descriptor), end_(end) {}
 
     void answer(const Json& id, Json result);
     void refuse(const Json& id, ErrorCode code, const std::string& message);
@@ -40,8 +41,10 @@ class Connection {
 
   private:
     void write(const Json& message);
+    bool wait() const;
 
     int descriptor_;
+    int end_;
     bool is_broken_ = false;
     unsigned last_id_ = 0;
 };
