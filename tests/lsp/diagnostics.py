@@ -31,6 +31,11 @@ ROWS = [
      {'m.pm': b'#include "part.pm"\nvariable public a : T;\n', 'part.pm': b'type T : [0..3];\n'}, [
          ('open', 'part.pm', 'type T : [0..3];\n', {'part.pm': []}),
          ('change', 'part.pm', 'type V : [0..3];\n', {'m.pm': [(1, 20, 1, 21, 'ERR_TYPE_UNDEF')]})]),
+    ('a part is found when it is made', {}, [
+        ('open', 'm.pm', '#define PART "part.pm"\n#include PART\nvariable public a : T;\n', {'m.pm': [(1, 0, 1, 13, 'ERR_CPP')]}),
+        ('open', 'part.pm', 'type T : [0..x];\n', {'part.pm': [(0, 13, 0, 14, UNDECLARED)], 'm.pm': []}),
+        ('change', 'm.pm', '#include "none/../part.pm"\nvariable public a : T;\n', {'m.pm': []}),
+        ('change', 'part.pm', 'type T : [0..1];\n', {'part.pm': []})]),
     ('settings: directories, macros, warnings, and what does not fit them',
      {'.norvane.json': b'{"includeDirectories": ["inc"], "defines": {"N": "3"}, "warnings": ["all"], "x": 1}',
       'inc/t.pm': b'type T : [0..N];\n'}, [

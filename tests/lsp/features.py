@@ -23,6 +23,7 @@ rule
   box[0].lid = SOME -> box[0].lid.SOME = "dark red";
   BOTH(size, wide) or kg > 10;
   case box[1].lid.SOME of green then size | default wide esac;
+  "dark red" = box[2].lid.SOME or case box[2].lid.SOME of green then size | "dark red" then kg > 10 | default wide esac;
 '''
 PART = 'type Colour : [green, "dark red", blue];\n'
 CALC = '''namespace Shop {
@@ -41,16 +42,16 @@ DEFINITIONS = [
     ('m.pm', 'rule «size» > 1', 'm.pm', 5, 3),
     ('m.pm', 'box[kg].«size»', 'm.pm', 5, 3),
     ('m.pm', 'or box[«kg»].lid', 'm.pm', 11, 3),
-    ('m.pm', 'or «kg» > 10', 'm.pm', 7, 2),
-    ('m.pm', 'BOTH(«size»', 'm.pm', 8, 3),
+    ('m.pm', 'or «kg» > 10', 'm.pm', 7, 3),
+    ('m.pm', 'BOTH(«size»', 'm.pm', 8, 4),
     ('m.pm', '«BOTH»(size', 'm.pm', 0, 2),
-    ('m.pm', '= «"dark red"»', 'part.pm', 0, 2),
-    ('m.pm', 'of «green»', 'part.pm', 0, 2),
+    ('m.pm', '= «"dark red"»', 'part.pm', 0, 4),
+    ('m.pm', 'of «green»', 'part.pm', 0, 3),
     ('m.pm', '#include "p«»art.pm"', 'part.pm', 0, 0),
     ('m.pm', 'loops «hide»', None, None, 0),
     ('m.cl', '«count»; return', 'm.cl', 2, 2),
     ('m.cl', 'Shop.«total»(2.0', 'm.cl', 2, 2),
-    ('m.cl', '+ «kg»', 'm.pm', 7, 3),
+    ('m.cl', '+ «kg»', 'm.pm', 7, 4),
 ]
 # What a hover holds.
 HOVERS = [
@@ -77,6 +78,7 @@ COMPLETIONS = [
     ('m.cl', '«kg»', 'System.', {'Round', 'Max'}, {'total', 'kg'}),
     ('m.cl', '«kg»', 'Shop.', {'total', 'twice'}, {'Round'}),
     ('m.cl', 'rate * «n»', '', {'n', 'count', 'kg', 'System', 'Shop'}, {'N'}),
+    ('m.cl', '«kg»', 'box[0].lid.SOME = "', ['green', 'dark red', 'blue'], {'kg'}),
     ('m.cl', '«kg»', 'box[0].lid.SOME = ', ['"green"', '"dark red"', '"blue"'], {'and'}),
     ('m.cl', '«return System.Round(rate * n)»', 'switch box[0].lid.SOME { case ', ['"green"', '"dark red"'], {'n '}),
     ('m.cl', '«namespace Shop»', '', ['namespace'], {'kg', 'System'}),
@@ -92,11 +94,14 @@ RENAMES = [
     ('m.pm', 'rule «size»', 'height', None),
     ('m.pm', 'BOTH(«size»', 'narrow', None),
     ('m.pm', 'of «green»', 'light green', None),
+    ('m.pm', '= «"dark red"»', 'brown', None),
     ('m.pm', 'optional «Colour»', 'Color', None),
     ('m.cl', '«count»; return', 'number', None),
     ('m.cl', 'Shop.«total»', 'all', None),
     ('m.pm', 'or «kg»', 'wide', 'stands at'),
+    ('m.pm', 'of «green»', 'dark red', 'stands at'),
     ('m.pm', 'or «kg»', 'rule', 'cannot be a name'),
+    ('m.cl', '«count»; return', 'while', 'cannot be a name'),
     ('m.pm', '«BOTH»', 'X', 'macros'),
     ('m.cl', '+ «kg»', 'mass', 'rename it there'),
     ('m.pm', 'loops «»', 'x', 'no name'),
