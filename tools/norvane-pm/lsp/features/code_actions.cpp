@@ -80,6 +80,12 @@ class Actions {
         const std::string name = lines.text().substr(begin, lines.offset(range.end) - begin);
         const Scan found = scan(name);
         if (found.tokens.size() != 1 || found.tokens[0].kind != TokenKind::word) return;
+        // A macro may stand there; and only rules see variables, outside of their indices.
+        const bool is_meant = finding.message.find("'" + name + "'") != std::string::npos;
+        const auto section = section_before(begin);
+        if (!is_meant || !section || lines.text().compare(*section, 4, "rule") != 0) return;
+        if (lines.text().find_last_not_of(" \t\n", begin - 1) == lines.text().rfind('[', begin))
+            return;
         const Symbol* last = nullptr;
         for (const Symbol& symbol : context_.unit.names().symbols)
             if (symbol.kind == SymbolKind::variable && symbol.last.is_known() &&
@@ -91,11 +97,25 @@ class Actions {
         const std::string declaration =
             "\n  public " + name + " : " + (is_number ? "integer" : "boolean") + ";";
         if (last)
-            insert(title, "quickfix", range_of(last->last, context_.documents).end, declaration,
-                   &finding);
-        else if (const auto section = section_before(begin))
+            insert_after(*last, title, declaration, finding);
+        else
             insert(title, "quickfix", lines.position(*section), "variable" + declaration + "\n\n",
                    &finding);
+    }
+
+    // On the next line; a comment beside the declaration stays with it.
+    void insert_after(const Symbol& symbol, const std::string& title, const std::string& text,
+                      const Finding& finding) {
+        const Lines& lines = context_.document.lines;
+        Position at = range_of(symbol.last, context_.documents).end;
+        const std::size_t end = lines.offset(at);
+        if (end == 0 || lines.text()[end - 1] != ';') return;
+        const std::string_view line = lines.line(at.line);
+        const std::size_t here = end - lines.offset({at.line, 0});
+        const std::string_view rest = line.substr(std::min(here, line.size()));
+        if (rest.find_first_not_of(" \t") == rest.find("/*") && rest.ends_with("*/"))
+            at = lines.position(end + rest.size());
+        insert(title, "quickfix", at, text, &finding);
     }
 
     // Whether an operator of numbers stands on the line beside what is there.
@@ -166,9 +186,23 @@ class Actions {
         const TypeNode* type = type_before(words, of);
         if (!type || type->kind != TypeNode::Kind::enumeration) return;
         const Arms arms = arms_between(words, of, end);
-        if (arms.default_word == none || !words[arms.default_word].spot.is_known()) return;
-        const Position at = range_of(words[arms.default_word].spot, context_.documents).start;
-        insert_arms(*type, arms.labels, at);
+        const bool has_default = arms.default_word != none;
+        const Spot& before = words[has_default ? arms.default_word : end].spot;
+        const std::size_t value = has_default ? arms.default_word : arms.last_then;
+        if (!before.is_known() || value == none) return;
+        const Position at = range_of(before, context_.documents).start;
+        insert_arms(*type, arms.labels, text_between(words, value + 1, end), at, has_default);
+    }
+
+    // The new arms get the value that the case has without them, or else that of its last arm.
+    std::string text_between(const Words& words, std::size_t first, std::size_t end) const {
+        const Spot& begin = words[first].spot;
+        const Spot& last = words[end - 1].spot;
+        if (first >= end || !begin.is_known() || !last.is_known()) return "true";
+        const Lines& lines = context_.document.lines;
+        const std::size_t from = lines.offset(range_of(begin, context_.documents).start);
+        const std::size_t to = lines.offset(range_of(last, context_.documents).end);
+        return from < to ? lines.text().substr(from, to - from) : "true";
     }
 
     // The type of the path that ends before a word; after SOME, that of the optional's value.
@@ -180,6 +214,7 @@ class Actions {
 
     struct Arms {
         std::size_t default_word = none;
+        std::size_t last_then = none;
         std::set<std::string_view> labels;
     };
 
@@ -192,14 +227,18 @@ class Actions {
             if (words[i].text == "esac") --depth;
             if (depth > 0) continue;
             if (words[i].text == "default") arms.default_word = i;
-            if (words[i + 1].text == "then") arms.labels.insert(unquoted(words[i].text));
+            const bool begins_arm =
+                i > of && (words[i - 1].text == "of" || words[i - 1].text == "|");
+            if (!begins_arm || words[i + 1].text != "then") continue;
+            arms.labels.insert(unquoted(words[i].text));
+            arms.last_then = i + 1;
         }
         return arms;
     }
 
     // Inserts an arm for each label that has none.
     void insert_arms(const TypeNode& type, const std::set<std::string_view>& present,
-                     const Position& at) {
+                     const std::string& value, const Position& at, bool is_before_default) {
         const std::string_view line = context_.document.lines.line(at.line).substr(0, at.character);
         const bool begins_line = line.find_first_not_of(" \t") == line.npos;
         const std::string end = begins_line ? "\n" + std::string(line) : " ";
@@ -209,7 +248,9 @@ class Actions {
             const Symbol& symbol = context_.unit.names().symbols[each];
             if (present.contains(symbol.name)) continue;
             const std::string name = to_utf8(symbol.name);
-            text += as_label(name) + " then true |" + end;
+            text += (is_before_default ? "" : "| ") + as_label(name) + " then ";
+            text += value;
+            text += (is_before_default ? " |" : "") + end;
             missing += (missing.empty() ? "" : ", ") + name;
         }
         if (!text.empty())
