@@ -95,6 +95,10 @@ def huge(session, path):
     expect(session.diagnostics(path), 'a file of 100 MB')
     expect('too large' in session.shown[uri_of(path)]['diagnostics'][0]['message'], 'a file of 100 MB')
     session.close(path)
+    session.open(path, MODEL + 'rule a' + ' and a' * 60_000 + ';')
+    request = {'textDocument': {'uri': uri_of(path)}}
+    expect(len(session.ask('textDocument/semanticTokens/full', request)['data']) > 300_000, 'a long line')
+    session.close(path)
 
 
 def deep(session, path):

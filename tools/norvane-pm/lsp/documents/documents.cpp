@@ -68,11 +68,9 @@ Document* Documents::change(const Json& params) {
     return &document;
 }
 
-std::optional<Document> Documents::close(const std::string& path) {
-    auto node = open_.extract(path);
-    if (node.empty()) return {};
+bool Documents::close(const std::string& path) {
     files_.erase(path);
-    return std::move(node.mapped());
+    return open_.erase(path) > 0;
 }
 
 void Documents::saved(const std::string& path) {

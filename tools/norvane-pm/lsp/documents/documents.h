@@ -28,7 +28,7 @@ class Documents {
     // Take the parameters of the client's notifications. Null where the document is not open.
     Document* open(const Json& item);
     Document* change(const Json& params);
-    std::optional<Document> close(const std::string& path);
+    bool close(const std::string& path); // false where it is not open
     void saved(const std::string& path);
 
     const Document* find(const std::string& path) const;

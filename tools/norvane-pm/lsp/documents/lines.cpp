@@ -83,8 +83,9 @@ void Lines::find_starts(std::size_t first_line) {
 
 std::string_view Lines::line(std::size_t number) const {
     if (number >= starts_.size()) return {};
-    std::string_view line = std::string_view(text_).substr(starts_[number]);
-    line = line.substr(0, line.find('\n'));
+    const bool is_last = number + 1 == starts_.size();
+    const std::size_t end = is_last ? text_.size() : starts_[number + 1] - 1;
+    std::string_view line = std::string_view(text_).substr(starts_[number], end - starts_[number]);
     if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
     return line;
 }
@@ -114,13 +115,16 @@ Position Lines::from_file(unsigned line, unsigned column) const {
     if (line > starts_.size()) return end();
     const std::string_view here = this->line(line - 1);
     const std::size_t wanted = column > 0 ? column - 1 : 0;
-    std::size_t at = 0;
-    if (coding_ == Coding::utf8)
-        at = std::min(wanted, here.size());
-    else
-        for (std::size_t letter = 0; letter < wanted && at < here.size(); ++letter)
-            at = next_letter(here, at);
-    return {line - 1, units(here.substr(0, at))};
+    if (walk_.line != line || walk_.column > wanted) walk_ = {line};
+    while (walk_.column < wanted && walk_.at < here.size()) {
+        const std::size_t next = next_letter(here, walk_.at);
+        const std::size_t width = coding_ == Coding::utf8 ? next - walk_.at : 1;
+        if (walk_.column + width > wanted) break; // within a letter
+        walk_.column += width;
+        walk_.units += units(here[walk_.at]);
+        walk_.at = next;
+    }
+    return {line - 1, walk_.units};
 }
 
 unsigned Lines::column_in_file(const Position& position) const {
@@ -137,6 +141,7 @@ void Lines::replace(const Range& range, std::string_view utf8) {
     const std::size_t end = std::max(begin, offset(range.end));
     const Position from = position(begin);
     text_.replace(begin, end - begin, utf8);
+    walk_ = {};
     find_starts(from.line);
 }
 

@@ -59,10 +59,20 @@ class Lines {
     void replace(const Range& range, std::string_view utf8);
 
   private:
+    // A column of a line in the file, with its offset in the line and its units of UTF-16. The next
+    // place on the line is often after it, and a line may be long.
+    struct Walk {
+        unsigned line = 0;
+        std::size_t column = 0;
+        std::size_t at = 0;
+        std::size_t units = 0;
+    };
+
     void find_starts(std::size_t first_line);
 
     std::string text_;
     Coding coding_;
+    mutable Walk walk_; // of from_file()
     std::vector<std::size_t> starts_;
 };
 

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <set>
+#include <tuple>
 
 #include "places.h"
 #include "requests.h"
@@ -89,16 +91,19 @@ Json document_symbols(const Context& context) {
 Json workspace_symbols(const std::vector<const Unit*>& units, const Documents& documents,
                        const std::string& query) {
     Json found = Json::array();
+    std::set<std::tuple<std::string_view, unsigned, unsigned>> known; // parts of several models
     for (const Unit* unit : units) {
         const NameIndex& names = unit->names();
         for (const Symbol& symbol : names.symbols) {
             if (!is_part_of_outline(symbol) || !holds(symbol.name, query)) continue;
+            if (!known.emplace(*symbol.spot.file, symbol.spot.line, symbol.spot.column).second)
+                continue;
             Json entry = {{"name", to_utf8(symbol.name)},
                           {"kind", protocol_kind(symbol.kind)},
                           {"location", location_of(symbol.spot, documents)}};
             if (symbol.container != none)
                 entry["containerName"] = to_utf8(names.symbols[symbol.container].name);
-            if (std::ranges::find(found, entry) == found.end()) found.push_back(std::move(entry));
+            found.push_back(std::move(entry));
         }
     }
     return found;

@@ -48,8 +48,8 @@ void Connection::write(const Json& message) {
             is_broken_ = true;
             return;
         }
-        const ssize_t written =
-            ::write(descriptor_, text.data() + done, std::min<std::size_t>(text.size() - done, PIPE_BUF));
+        const ssize_t written = ::write(descriptor_, text.data() + done,
+                                        std::min<std::size_t>(text.size() - done, PIPE_BUF));
         if (written > 0)
             done += static_cast<std::size_t>(written);
         else if (errno != EINTR)

@@ -71,35 +71,43 @@ std::optional<Frame> MessageReader::next() {
 }
 
 std::optional<Frame> MessageReader::read_header() {
-    const std::size_t end = rest().find(header_end);
-    if (end == std::string_view::npos) {
-        if (rest().size() <= longest_header) return {};
-        return resume_at_header("a header without an end");
+    for (;;) {
+        const std::size_t end = rest().find(header_end);
+        const bool has_end = end != std::string_view::npos;
+        if (!has_end && rest().size() <= longest_header) return {};
+        const auto length = has_end ? length_in(rest().substr(0, end)) : std::nullopt;
+        if (length) return begin_body(end + header_end.size(), *length);
+        const bool has_next = drop_to_next_header();
+        if (!is_lost_) {
+            is_lost_ = true;
+            return Frame{{}, has_end ? "a header without a length" : "a header without an end"};
+        }
+        if (!has_next) return {};
     }
-    const auto length = length_in(rest().substr(0, end));
-    if (!length) return resume_at_header("a header without a length");
+}
+
+std::optional<Frame> MessageReader::begin_body(std::size_t header, std::size_t length) {
     is_lost_ = false;
-    at_ += end + header_end.size();
-    if (*length <= largest_body) {
-        body_ = *length;
+    at_ += header;
+    if (length <= largest_body) {
+        body_ = length;
         return {};
     }
-    const std::size_t there = std::min(*length, rest().size());
+    const std::size_t there = std::min(length, rest().size());
     at_ += there;
-    skip_ = *length - there;
+    skip_ = length - there;
     return Frame{{}, "a message that is too large"};
 }
 
 // Drops the bytes before the next Content-Length, but keeps a possible beginning of it at the end.
 // Bytes that are dropped one after the other are reported once.
-std::optional<Frame> MessageReader::resume_at_header(const char* fault) {
+bool MessageReader::drop_to_next_header() {
     const std::string_view text = rest();
     const std::size_t next = find_length(text, 1);
     const std::size_t kept = std::min(text.size() - 1, length_name.size());
-    at_ += next == std::string_view::npos ? text.size() - kept : next;
-    if (is_lost_) return next == std::string_view::npos ? std::nullopt : read_header();
-    is_lost_ = true;
-    return Frame{{}, fault};
+    const bool has_next = next != std::string_view::npos;
+    at_ += has_next ? next : text.size() - kept;
+    return has_next;
 }
 
 } // namespace norvane::driver::lsp

@@ -28,7 +28,8 @@ class MessageReader {
 
   private:
     std::optional<Frame> read_header();
-    std::optional<Frame> resume_at_header(const char* fault);
+    std::optional<Frame> begin_body(std::size_t header, std::size_t length);
+    bool drop_to_next_header();
     std::string_view rest() const { return std::string_view(buffer_).substr(at_); }
 
     std::string buffer_;
