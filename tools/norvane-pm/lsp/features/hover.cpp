@@ -58,13 +58,39 @@ std::string facts_of(const Context& context, std::size_t number) {
     return text;
 }
 
-// The type of a variable that is declared by its name.
-std::string type_text(const Context& context, const Symbol& symbol) {
+// The declarations of the types that a declaration leads to, one after the other.
+std::string type_texts(const Context& context, const Symbol& symbol) {
+    constexpr unsigned most = 8;
     const NameIndex& names = context.unit.names();
-    if (symbol.type == none || names.types[symbol.type].kind != TypeNode::Kind::named) return "";
-    const auto type = names.globals.find(names.types[symbol.type].name);
-    if (type == names.globals.end()) return "";
-    return declaration_text(names.symbols[type->second], context.documents);
+    std::string texts;
+    std::size_t type = symbol.type;
+    for (unsigned i = 0; i < most && type != none;) {
+        const TypeNode& node = names.types[type];
+        type = node.base; // of an array or an optional
+        if (node.kind != TypeNode::Kind::named) continue;
+        const auto found = names.globals.find(node.name);
+        if (found == names.globals.end()) break;
+        texts += "\n" + declaration_text(names.symbols[found->second], context.documents);
+        type = names.symbols[found->second].type;
+        ++i;
+    }
+    return texts;
+}
+
+// What is between the conditions of the preprocessor may define a macro more than once.
+std::string other_definitions(const NameIndex& names, std::size_t macro) {
+    std::string texts;
+    const auto found = names.macros.find(names.symbols[macro].name);
+    if (names.symbols[macro].kind != SymbolKind::macro || found == names.macros.end()) return "";
+    for (const std::size_t each : found->second)
+        if (each != macro) texts += "\nor: " + to_utf8(names.symbols[each].detail);
+    return texts;
+}
+
+// Of a label, that of its enumeration.
+const Symbol& declared(const NameIndex& names, const Symbol& symbol) {
+    const bool is_label = symbol.kind == SymbolKind::label && symbol.container != none;
+    return is_label ? names.symbols[symbol.container] : symbol;
 }
 
 // Of a function that every calculation may call, at a position.
@@ -87,12 +113,13 @@ Json hover(const Context& context) {
     const Occurrence* name = name_at(context);
     std::string text;
     if (name) {
-        const Symbol& symbol = context.unit.names().symbols[name->symbol];
+        const NameIndex& names = context.unit.names();
+        const Symbol& symbol = names.symbols[name->symbol];
         const char* language = symbol.kind >= SymbolKind::name_space ? "norvane_cl" : "norvane_pm";
         text = std::string(kind_name(symbol.kind)) + " **" + to_utf8(symbol.name) + "**";
-        std::string declaration = declaration_text(symbol, context.documents);
-        if (const std::string type = type_text(context, symbol); !type.empty())
-            declaration += "\n" + type;
+        const std::string declaration =
+            declaration_text(declared(names, symbol), context.documents) +
+            type_texts(context, symbol) + other_definitions(names, name->symbol);
         if (!declaration.empty()) text += "\n" + fenced(language, declaration);
         if (const std::string comment = comment_above(symbol, context.documents); !comment.empty())
             text += "\n\n" + comment;

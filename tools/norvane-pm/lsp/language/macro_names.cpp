@@ -19,9 +19,34 @@ bool is_definition(const std::vector<Word>& words, std::size_t i, std::string_vi
     return between.find_first_not_of(" \t") == between.npos;
 }
 
-std::string_view rest_of_line(std::string_view text, std::string_view name) {
+// A line that ends with a backslash goes on.
+std::string_view rest_of_definition(std::string_view text, std::string_view name) {
     const std::string_view rest = text.substr(static_cast<std::size_t>(name.data() - text.data()));
-    return rest.substr(0, rest.find('\n'));
+    std::size_t end = rest.find('\n');
+    while (end != rest.npos && end > 0 && rest[end - 1] == '\\')
+        end = rest.find('\n', end + 1);
+    return rest.substr(0, end);
+}
+
+void add(NameIndex& index, Symbol symbol) {
+    index.symbols.push_back(std::move(symbol));
+    index.macros[index.symbols.back().name].push_back(index.symbols.size() - 1);
+}
+
+bool is_at(const Symbol& symbol, const Spot& spot) {
+    return symbol.spot.is_known() && *symbol.spot.file == *spot.file &&
+           symbol.spot.line == spot.line && symbol.spot.column == spot.column;
+}
+
+// The last definition before a use in the same file, or else the first of all.
+std::size_t definition_for(const NameIndex& index, const std::vector<std::size_t>& all,
+                           const Spot& use) {
+    std::size_t found = all.front();
+    for (const std::size_t each : all) {
+        const Spot& spot = index.symbols[each].spot;
+        if (spot.is_known() && *spot.file == *use.file && spot.line <= use.line) found = each;
+    }
+    return found;
 }
 
 } // namespace
@@ -71,10 +96,17 @@ void read_macro_definitions(NameIndex& index, const std::string& file, std::stri
         const Word& word = words[i];
         Symbol symbol{SymbolKind::macro, *index.hold_name(std::string(word.text)), word.spot,
                       word.spot, word.spot};
-        symbol.detail = "#define " + std::string(rest_of_line(text, word.text));
-        index.symbols.push_back(std::move(symbol));
-        index.macros.emplace(index.symbols.back().name, index.symbols.size() - 1);
+        symbol.detail = "#define " + std::string(rest_of_definition(text, word.text));
+        add(index, std::move(symbol));
     }
+}
+
+void add_macro(NameIndex& index, const std::string& definition) {
+    const std::size_t end = definition.find('=');
+    Symbol symbol{SymbolKind::macro, *index.hold_name(definition.substr(0, end)), {}, {}, {}};
+    symbol.detail = "#define " + definition.substr(0, end);
+    if (end != definition.npos) symbol.detail += " " + definition.substr(end + 1);
+    add(index, std::move(symbol));
 }
 
 void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text) {
@@ -83,11 +115,8 @@ void read_macro_uses(NameIndex& index, const std::string& file, std::string_view
     for (const Word& word : words_in_file(name, text)) {
         const auto found = index.macros.find(word.text);
         if (found == index.macros.end()) continue;
-        const Symbol& symbol = index.symbols[found->second];
-        const bool is_declaration = *symbol.spot.file == file &&
-                                    symbol.spot.line == word.spot.line &&
-                                    symbol.spot.column == word.spot.column;
-        index.add(word.spot, found->second, is_declaration);
+        const std::size_t symbol = definition_for(index, found->second, word.spot);
+        index.add(word.spot, symbol, is_at(index.symbols[symbol], word.spot));
     }
 }
 

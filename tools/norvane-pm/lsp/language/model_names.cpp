@@ -212,10 +212,7 @@ class ModelReader {
     std::size_t type(std::size_t scope, std::size_t container) {
         const std::size_t number = index_.types.size();
         index_.types.emplace_back();
-        const std::size_t first = at_;
         TypeNode node = type_node(number, scope, container);
-        node.first_word = first;
-        node.last_word = at_ > first ? at_ - 1 : first;
         node.fields.insert(node.fields.end(), index_.types[number].fields.begin(),
                            index_.types[number].fields.end());
         index_.types[number] = std::move(node);

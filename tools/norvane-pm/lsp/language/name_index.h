@@ -47,8 +47,6 @@ struct TypeNode {
     std::size_t base = none;         // of an array or an optional
     std::vector<std::size_t> fields; // of a record; of an enumeration, its labels
     std::string_view name;           // of a named type
-    std::size_t first_word = 0;
-    std::size_t last_word = 0;
 };
 
 struct Symbol {
@@ -86,7 +84,7 @@ class NameIndex {
     std::vector<Call> calls;
     // Names of constants, labels, types and variables.
     std::unordered_map<std::string_view, std::size_t> globals;
-    std::unordered_map<std::string_view, std::size_t> macros;
+    std::unordered_map<std::string_view, std::vector<std::size_t>> macros; // their definitions
     // Symbols whose names come out of macros somewhere.
     std::unordered_set<std::size_t> in_macros;
 
@@ -124,7 +122,9 @@ void read_model_names(NameIndex& index, const Words& words);
 // The words and texts of a file as it is, before the preprocessor: those of directives too, without
 // those in comments.
 std::vector<Word> words_in_file(const std::string* file, std::string_view text);
-// Adds the macros that a file defines, and their uses in it. All files' definitions come first.
+// Adds a macro that no file defines: "NAME" or "NAME=TEXT".
+void add_macro(NameIndex& index, const std::string& definition);
+// Adds the macros that a file defines, and their uses in it. All definitions come first.
 void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text);
 void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text);
 // Adds a calculation to the names of its model.
