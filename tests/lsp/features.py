@@ -113,7 +113,7 @@ ACTIONS = [
      'wide : boolean;\n  public heavy : boolean;'),
     ('or «kg > 10»', 'heavy > 3', '«»heavy', "declare 'heavy' as an integer variable", 'public heavy : integer;'),
     ('or «kg > 10»', 'kg == 10', '«»rule', 'correct all that is certain', 'kg = 10'),
-    ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then true | blue then true | default wide'),
+    ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then wide | blue then wide | default wide'),
     ('«variable\n  public box : array N of Box;  public kg : integer;\n  public size, wide : boolean;»', '',
      '«»BOTH(size', "declare 'wide' as a boolean variable", '\nvariable\n  public wide : boolean;\n\nrule\n  /* loops'),
 ]
@@ -211,6 +211,22 @@ class Test:
             for path in FILES:
                 self.session.change(self.path(path), FILES[path])
 
+    def shared_part(self):
+        """A part of two models is renamed in both, and not while one of them is not open."""
+        texts = {'part.h': 'type T : [0..3];\n', 'one.pm': '#include "part.h"\nvariable public a : T;\n',
+                 'two.pm': '#include "part.h"\nvariable public b : T;\n'}
+        for file, text in texts.items():
+            with open(self.path(file), 'w') as stream:
+                stream.write(text)
+        self.session.open(self.path('one.pm'))
+        at = {'line': 1, 'character': 20}
+        answer = self.ask('rename', 'one.pm', at, newName='U')
+        self.expect('open it first' in answer.get('message', ''), answer)
+        self.session.open(self.path('two.pm'))
+        changes = self.ask('rename', 'one.pm', at, newName='U').get('changes', {})
+        changed = [apply(text, changes.get(uri_of(self.path(file)), [])) for file, text in texts.items()]
+        self.expect(changed == [re.sub(r'\bT\b', 'U', text) for text in texts.values()], changed)
+
     def actions(self):
         for marked, text, at, title, result in ACTIONS:
             start, end, _, _ = place(MODEL, marked)
@@ -251,7 +267,7 @@ class Test:
 def main(driver):
     with tempfile.TemporaryDirectory() as directory:
         test = Test(driver, directory)
-        for part in (test.definitions, test.hovers, test.completions, test.renames, test.actions, test.outlines):
+        for part in (test.definitions, test.hovers, test.completions, test.renames, test.shared_part, test.actions, test.outlines):
             part()
         test.expect(test.session.end() == 0, 'the end')
     print('\n'.join(test.failures))

@@ -107,6 +107,7 @@ void analyse_model(Session& session) {
 }
 
 void analyse_calculation(Session& session) {
+    load_calculation(session); // its own faults first: the model may have some, too
     load_and_check_calculation(session);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 
 namespace norvane::driver::lsp {
 namespace {
@@ -92,18 +93,21 @@ SourceSet sources_of(const std::string& file, const std::vector<std::string>& di
     return sources;
 }
 
-std::string includer_of(const std::string& file, const Documents& documents) {
+std::vector<std::string> includers_of(const std::string& file, const Documents& documents) {
+    std::vector<std::string> found;
     for (const auto& [path, document] : documents.all())
-        if (path != file && includes(path, file, documents)) return path;
+        if (path != file && includes(path, file, documents)) found.push_back(path);
     std::error_code error;
     std::vector<std::string> others;
     for (fs::directory_iterator at(fs::path(file).parent_path(), error), end;
          !error && at != end && others.size() < most_files; at.increment(error))
-        if (at->path().extension() == ".pm" && at->path() != file) others.push_back(at->path());
+        if (at->path().extension() == ".pm" && at->path() != file && !documents.find(at->path()))
+            others.push_back(at->path());
     std::ranges::sort(others); // so that the same files give the same answer
-    for (const std::string& other : others)
-        if (includes(other, file, documents)) return other;
-    return "";
+    std::ranges::copy_if(others, std::back_inserter(found), [&](const std::string& other) {
+        return includes(other, file, documents);
+    });
+    return found;
 }
 
 } // namespace norvane::driver::lsp

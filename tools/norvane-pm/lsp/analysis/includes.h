@@ -12,8 +12,8 @@
 
 namespace norvane::driver::lsp {
 
-// The names that a source includes, in quotes or in angle brackets; also texts that its macros stand
-// for, which an include may name.
+// The names that a source includes, in quotes or in angle brackets; also texts that its macros
+// stand for, which an include may name.
 std::vector<std::string> included_names(std::string_view source);
 
 // The bytes of each file, by path, as the client has it or as it is on disk.
@@ -25,8 +25,8 @@ using SourceSet = std::map<std::string, std::string>;
 SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
                      const Documents& documents, std::set<std::string>* missing = nullptr);
 
-// A file in the same directory, or an open document, that includes the file; empty for none.
-std::string includer_of(const std::string& file, const Documents& documents);
+// The open documents that include the file, then the models in its directory that do.
+std::vector<std::string> includers_of(const std::string& file, const Documents& documents);
 
 } // namespace norvane::driver::lsp
 

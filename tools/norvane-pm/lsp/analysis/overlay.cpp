@@ -40,7 +40,8 @@ void add_directories(const fs::path& place, const std::string& source) {
 PrivateDirectory::PrivateDirectory() {
     const char* place = std::getenv("TMPDIR");
     path_ = std::string(place && *place ? place : "/tmp") + "/norvane-XXXXXX";
-    if (!mkdtemp(path_.data())) fail("cannot make a directory for temporary files (see TMPDIR in the environment)");
+    if (!mkdtemp(path_.data()))
+        fail("cannot make a directory for temporary files (see TMPDIR in the environment)");
 }
 
 PrivateDirectory::~PrivateDirectory() {

@@ -58,7 +58,8 @@ std::optional<Settings> from_workspaces(const fs::path& directory, const Documen
     std::error_code error;
     std::vector<fs::path> files;
     for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
-        if (at->path().extension() == ".zeb") files.push_back(at->path());
+        if (at->path().extension() == ".zeb" && fs::is_regular_file(at->path(), error))
+            files.push_back(at->path());
     std::ranges::sort(files);
     for (const fs::path& file : files)
         if (auto settings = from_workspace(file, document)) return settings;
@@ -178,17 +179,17 @@ Settings from_settings_file(const fs::path& file, const Document& document,
 }
 
 // A model beside the calculation, of the same name.
-std::string model_beside(const fs::path& calculation) {
+std::string model_beside(const fs::path& calculation, const Documents& documents) {
     std::error_code error;
     const fs::path model = fs::path(calculation).replace_extension(".pm");
-    return fs::is_regular_file(model, error) ? model.string() : "";
+    return documents.find(model) || fs::is_regular_file(model, error) ? model.string() : "";
 }
 
 std::string outermost_includer(std::string file, const Documents& documents) {
     for (unsigned i = 0; i < most_includers; ++i) {
-        const std::string includer = includer_of(file, documents);
-        if (includer.empty()) break;
-        file = includer;
+        const std::vector<std::string> includers = includers_of(file, documents);
+        if (includers.empty()) break;
+        file = includers.front();
     }
     return file;
 }
@@ -209,7 +210,7 @@ Settings found_for(const Document& document, const Documents& documents) {
 Settings settings_of(const Document& document, const Documents& documents) {
     Settings settings = found_for(document, documents);
     if (settings.model.empty() && document.is_calculation)
-        settings.model = model_beside(document.path);
+        settings.model = model_beside(document.path, documents);
     if (document.is_calculation) return settings;
     if (settings.model.empty()) settings.model = outermost_includer(document.path, documents);
     // A file that is listed, but not included on the way from the main file, is a model by itself.

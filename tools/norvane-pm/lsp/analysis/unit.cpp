@@ -54,7 +54,7 @@ bool Unit::is_too_large() const {
     return size > largest_model;
 }
 
-Job Unit::job(const Documents&) const {
+Job Unit::job() const {
     Job job;
     Options& options = job.options;
     options.format = Format::json;
@@ -93,7 +93,7 @@ void Unit::start(const Documents& documents, const std::string& directory) {
     static unsigned count = 0;
     overlay_ = std::make_unique<Overlay>(directory + "/run" + std::to_string(++count));
     overlay_->add(input_.sources, documents);
-    Job what = job(documents);
+    Job what = job();
     what.directory = overlay_->root();
     worker_ = std::make_unique<Worker>(what);
 }
@@ -133,6 +133,8 @@ void Unit::read_model(NameIndex& index) const {
 
 // All definitions come before the uses.
 void Unit::read_macros(NameIndex& index) const {
+    for (const std::string& option : settings_.macros)
+        if (option.starts_with("-D")) add_macro(index, option.substr(2));
     for (const auto& [path, bytes] : input_.sources)
         if (path != calculation_) read_macro_definitions(index, path, bytes);
     for (const auto& [path, bytes] : input_.sources)

@@ -65,7 +65,7 @@ class Unit {
     };
 
     Input read_input(const Documents& documents) const;
-    Job job(const Documents& documents) const;
+    Job job() const;
     bool is_too_large() const;
     void finish(Result result);
     void read_model(NameIndex& index) const;

@@ -20,7 +20,8 @@ struct Client {
 struct Context {
     const Documents& documents;
     const Document& document;
-    const Unit& unit; // up to date
+    const Unit& unit;                    // up to date
+    const std::vector<const Unit*>& all; // also up to date where the feature needs them
     const Json& params;
     const Client& client;
 };
@@ -29,6 +30,7 @@ struct Context {
 struct Feature {
     const char* method;
     Json (*answer)(const Context&);
+    bool needs_all = false; // the other models, too
 };
 
 // Null for an unknown method.

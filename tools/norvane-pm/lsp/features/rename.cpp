@@ -1,6 +1,9 @@
 // Renames a declaration, where this cannot change the meaning of another name.
 #include <algorithm>
 #include <cctype>
+#include <set>
+#include <tuple>
+#include <vector>
 
 #include "connection.h"
 #include "places.h"
@@ -77,7 +80,8 @@ void check_words(const Context& context, const Symbol& symbol, const std::string
         if (is_name(word, new_name, is_label))
             refuse("'" + new_name + "' stands at " + place_text(word.spot) + " already");
         const Spot& spot = word.spot;
-        if (is_name(word, old_name, is_label) && !context.unit.names().at(*spot.file, spot.line, spot.column))
+        if (is_name(word, old_name, is_label) &&
+            !context.unit.names().at(*spot.file, spot.line, spot.column))
             refuse("'" + old_name + "' stands at " + place_text(spot) +
                    " too, in a macro, in a part that is left out, or with an unknown meaning");
     };
@@ -91,6 +95,40 @@ void check_words(const Context& context, const Symbol& symbol, const std::string
                 check(words[i]);
         }
     }
+}
+
+// Models that include the file of the declaration would keep the old name, unless they are open.
+void check_includers(const Context& context, const std::string& file) {
+    std::vector<std::string> files = {file};
+    for (std::size_t i = 0; i < files.size(); ++i)
+        for (const std::string& includer : includers_of(files[i], context.documents)) {
+            if (std::ranges::none_of(context.all, [&](const Unit* unit) {
+                    return unit->sources().contains(includer);
+                }))
+                refuse(includer + " includes " + files[i] + " too: open it first");
+            if (std::ranges::find(files, includer) == files.end()) files.push_back(includer);
+        }
+}
+
+// In all open models that have the declaration.
+std::vector<Occurrence> occurrences_of(const Context& context, const Symbol& symbol,
+                                       const std::string& new_name) {
+    std::vector<Occurrence> found;
+    for (const Unit* unit : context.all) {
+        const bool is_own = unit == &context.unit;
+        if (!is_own && (unit->is_calculation() || !unit->sources().contains(*symbol.spot.file)))
+            continue;
+        const Context other{context.documents, context.document, *unit,
+                            context.all,       context.params,   context.client};
+        check_macros(other, new_name);
+        check_words(other, symbol, new_name);
+        const Occurrence* name =
+            unit->names().at(*symbol.spot.file, symbol.spot.line, symbol.spot.column);
+        if (!name) continue;
+        const std::vector<Occurrence> own = unit->names().of_symbol(name->symbol);
+        found.insert(found.end(), own.begin(), own.end());
+    }
+    return found;
 }
 
 } // namespace
@@ -109,11 +147,11 @@ Json rename(const Context& context) {
     if (!is_plain &&
         (!is_label || new_name.empty() || new_name.find_first_of("\"\\\n") != new_name.npos))
         refuse("'" + new_name + "' cannot be a name");
-    check_macros(context, new_name);
-    check_words(context, symbol, new_name);
-    const std::size_t number = name_at(context)->symbol;
+    check_includers(context, *symbol.spot.file);
+    std::set<std::tuple<std::string, unsigned, unsigned>> known; // models may share a part
     Json changes = Json::object();
-    for (const Occurrence& each : context.unit.names().of_symbol(number)) {
+    for (const Occurrence& each : occurrences_of(context, symbol, new_name)) {
+        if (!known.emplace(*each.spot.file, each.spot.line, each.spot.column).second) continue;
         const bool is_quoted = word_text(each.spot, context.documents).starts_with('"');
         const std::string text = is_quoted || !is_plain ? "\"" + new_name + "\"" : new_name;
         changes[context.documents.uri(*each.spot.file)].push_back(

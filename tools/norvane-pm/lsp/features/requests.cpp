@@ -17,7 +17,7 @@ constexpr Feature features[] = {
     {"textDocument/foldingRange", folding_ranges},
     {"textDocument/completion", complete},
     {"textDocument/prepareRename", prepare_rename},
-    {"textDocument/rename", rename},
+    {"textDocument/rename", rename, true},
     {"textDocument/codeAction", code_actions},
     {"textDocument/semanticTokens/full", semantic_tokens},
     {"textDocument/inlayHint", inlay_hints},

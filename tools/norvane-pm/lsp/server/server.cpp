@@ -139,7 +139,7 @@ void Server::answer_or_wait(Waiting request) {
 
 // Answers about a text are right only after the run on it.
 bool Server::can_be_answered(const Waiting& request) {
-    if (!request.feature)
+    if (!request.feature || request.feature->needs_all)
         return std::ranges::all_of(units_.all(), [](auto* unit) { return unit->is_up_to_date(); });
     const Unit* unit = units_.of(request.path);
     return !unit || unit->is_up_to_date();
@@ -158,7 +158,8 @@ Json Server::answer_to(const Waiting& request) {
     const Unit* unit = units_.of(request.path);
     if (!document || !unit)
         throw RequestError{ErrorCode::invalid_params, "the document is not open"};
-    return request.feature->answer({documents_, *document, *unit, request.params, abilities_});
+    return request.feature->answer(
+        {documents_, *document, *unit, units_.all(), request.params, abilities_});
 }
 
 void Server::answer(const Waiting& request) try {

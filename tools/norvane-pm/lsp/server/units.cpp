@@ -1,11 +1,17 @@
 #include "units.h"
 
 #include <algorithm>
+#include <new>
 #include <system_error>
 
 #include "shown_findings.h"
 
 namespace norvane::driver::lsp {
+namespace {
+
+constexpr const char* no_memory = "out of memory";
+
+} // namespace
 
 std::shared_ptr<Unit> Units::unit_for(const Document& document) {
     Settings settings = settings_of(document, documents_);
@@ -61,10 +67,17 @@ void Units::changed(const std::string& path) {
 void Units::settle() {
     for (const auto& unit : units_) {
         if (!unit->is_changed()) continue;
-        const bool is_same = unit->settle(documents_);
+        const bool is_same = settle(*unit);
         if (is_same && unit->is_up_to_date()) show(*unit);
         if (!is_same && running_ == unit.get()) running_ = nullptr;
     }
+}
+
+bool Units::settle(Unit& unit) try {
+    return unit.settle(documents_);
+} catch (const std::bad_alloc&) {
+    unit.give_up(no_memory);
+    return true;
 }
 
 void Units::run_next() {
@@ -76,6 +89,8 @@ void Units::run_next() {
             unit->start(documents_, directory_.path());
         } catch (const std::system_error& error) {
             unit->give_up(std::string("the check cannot be started: ") + error.what());
+        } catch (const std::bad_alloc&) {
+            unit->give_up(no_memory);
         }
         if (unit->worker()) {
             running_ = unit.get();
@@ -88,7 +103,11 @@ void Units::run_next() {
 bool Units::read() {
     settle();
     Unit* unit = running_;
-    if (!unit || !unit->read_worker()) return false;
+    try {
+        if (!unit || !unit->read_worker()) return false;
+    } catch (const std::bad_alloc&) {
+        unit->give_up(no_memory);
+    }
     running_ = nullptr;
     show(*unit);
     return true;

@@ -39,6 +39,7 @@ class Units {
   private:
     std::shared_ptr<Unit> unit_for(const Document& document);
     void settle();
+    bool settle(Unit& unit);
     void forget_unused();
     void show(const Unit& unit);
     void publish(const std::string& path);
