@@ -12,14 +12,6 @@ namespace {
 // A variable with more values is encoded by the bits of its number.
 constexpr unsigned most_values = 64;
 
-constexpr std::int64_t lowest = std::numeric_limits<std::int32_t>::min();
-constexpr std::int64_t highest = std::numeric_limits<std::int32_t>::max();
-
-Range limited(std::int64_t low, std::int64_t high) {
-    if (low < lowest || high > highest) return {lowest, highest};
-    return {low, high};
-}
-
 bool holds(std::int64_t left, unsigned char opr, std::int64_t right) {
     switch (opr) {
     case OPR_LT: return left < right;
@@ -172,24 +164,20 @@ void Circuit::add_clause(std::vector<Literal>& clause) {
 Literal Circuit::truth(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { return truth(expr); });
     const auto& args = expr->args;
-    switch (structure_of(expr)) {
-    case EXPR_INT_CONST: return args.intconst.value != 0 ? always : never;
-    case EXPR_IDCONSTRUCTOR: return firsts_[terms_.truth(expr).number];
-    case EXPR_UNARY:
+    switch (form_of(expr)) {
+    case FlatForm::constant: return args.intconst.value != 0 ? always : never;
+    case FlatForm::name: return firsts_[terms_.truth(expr).number];
+    case FlatForm::unary:
         if (expr->opr != OPR_NOT) throw Inexpressible{"it takes a number for a truth"};
         return -truth(args.arg);
-    case EXPR_ITE: {
+    case FlatForm::conditional: {
         const Literal test = truth(args.ite.logictest);
         const Literal yes = truth(args.ite.trueexpr);
         return choose(test, yes, truth(args.ite.falseexpr));
     }
-    case EXPR_BINARY: return binary_truth(expr);
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST:
-    case EXPR_RANGE:
-    case EXPR_CASE: break;
+    case FlatForm::binary: break;
     }
-    throw Inexpressible{"it is not flat"};
+    return binary_truth(expr);
 }
 
 Literal Circuit::binary_truth(const Expr* expr) {
@@ -212,19 +200,14 @@ Literal Circuit::binary_truth(const Expr* expr) {
 }
 
 bool Circuit::allowed_values(const Expr* expr, std::vector<Literal>& allowed) {
-    const Expr* left = expr->args.binargs.leftarg;
-    const Expr* right = expr->args.binargs.rightarg;
-    const bool value_first = left->structure == EXPR_INT_CONST;
-    const Expr* named = value_first ? right : left;
-    const Expr* value = value_first ? left : right;
-    if (named->structure != EXPR_IDCONSTRUCTOR || value->structure != EXPR_INT_CONST ||
-        terms_.is_truth(named))
-        return false;
-    const auto [number, shape] = terms_.number(named);
+    const auto sides = name_and_constant(expr);
+    if (!sides || terms_.is_truth(sides->name)) return false;
+    const auto [number, shape] = terms_.number(sides->name);
     if (encoding_of(shape) == Encoding::bits) return false;
-    const std::int64_t limit = value->args.intconst.value;
+    const std::int64_t limit = sides->constant->args.intconst.value;
     for (unsigned i = 0; i <= shape.upper; ++i) {
-        if (!(value_first ? holds(limit, expr->opr, i) : holds(i, expr->opr, limit))) continue;
+        if (!(sides->has_name_first ? holds(i, expr->opr, limit) : holds(limit, expr->opr, i)))
+            continue;
         const Literal first = firsts_[number];
         const bool is_one = encoding_of(shape) == Encoding::truth;
         allowed.push_back(is_one ? (i == 0 ? -first : first) : first + static_cast<Literal>(i));
@@ -326,40 +309,33 @@ Circuit::Number Circuit::variable(std::size_t number, const Shape& shape) {
 void Circuit::push_number(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { push_number(expr); });
     const auto& args = expr->args;
-    switch (structure_of(expr)) {
-    case EXPR_INT_CONST: numbers_.push_back(constant(args.intconst.value)); return;
-    case EXPR_IDCONSTRUCTOR: {
+    switch (form_of(expr)) {
+    case FlatForm::constant: numbers_.push_back(constant(args.intconst.value)); return;
+    case FlatForm::name: {
         const auto [number, shape] = terms_.number(expr);
         numbers_.push_back(variable(number, shape));
         return;
     }
-    case EXPR_UNARY: {
+    case FlatForm::unary: {
         push_number(args.arg);
         const Number arg = pop_number();
-        const Range range = limited(-arg.range.high, -arg.range.low);
-        numbers_.push_back(added(constant(0), arg, true, range));
+        numbers_.push_back(added(constant(0), arg, true, negated(arg.range)));
         return;
     }
-    case EXPR_ITE: {
+    case FlatForm::conditional: {
         const Literal test = truth(args.ite.logictest);
         push_number(args.ite.trueexpr);
         push_number(args.ite.falseexpr);
         const Number no = pop_number();
         const Number yes = pop_number();
-        Number chosen{
-            {}, {std::min(yes.range.low, no.range.low), std::max(yes.range.high, no.range.high)}};
+        Number chosen{{}, joined(yes.range, no.range)};
         for (std::size_t i = 0; i < std::max(yes.bits.size(), no.bits.size()); ++i)
             chosen.bits.push_back(choose(test, yes.bit(i), no.bit(i)));
         numbers_.push_back(std::move(chosen));
         return;
     }
-    case EXPR_BINARY: push_binary(expr); return;
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST:
-    case EXPR_RANGE:
-    case EXPR_CASE: break;
+    case FlatForm::binary: push_binary(expr);
     }
-    throw Inexpressible{"it is not flat"};
 }
 
 void Circuit::push_binary(const Expr* expr) {
@@ -367,30 +343,12 @@ void Circuit::push_binary(const Expr* expr) {
     push_number(expr->args.binargs.rightarg);
     const Number right = pop_number();
     const Number left = pop_number();
-    const Range& l = left.range;
-    const Range& r = right.range;
+    const Range range = range_of_result(expr->opr, left.range, right.range);
     switch (expr->opr) {
-    case OPR_PLUS:
-        numbers_.push_back(added(left, right, false, limited(l.low + r.low, l.high + r.high)));
-        return;
-    case OPR_MINUS:
-        numbers_.push_back(added(left, right, true, limited(l.low - r.high, l.high - r.low)));
-        return;
-    case OPR_TIMES: {
-        const auto [low, high] =
-            std::minmax({l.low * r.low, l.low * r.high, l.high * r.low, l.high * r.high});
-        numbers_.push_back(multiplied(left, right, limited(low, high)));
-        return;
-    }
-    case OPR_AND:
-    case OPR_OR:
-    case OPR_XOR: {
-        const std::int64_t end = std::int64_t{1} << (std::max(signed_bits(l), signed_bits(r)) - 1);
-        const bool is_signed = l.low < 0 || r.low < 0;
-        numbers_.push_back(bitwise(left, right, expr->opr, {is_signed ? -end : 0, end - 1}));
-        return;
-    }
-    default: throw Inexpressible{"it is not flat"};
+    case OPR_PLUS: numbers_.push_back(added(left, right, false, range)); return;
+    case OPR_MINUS: numbers_.push_back(added(left, right, true, range)); return;
+    case OPR_TIMES: numbers_.push_back(multiplied(left, right, range)); return;
+    default: numbers_.push_back(bitwise(left, right, expr->opr, range));
     }
 }
 

@@ -7,28 +7,6 @@
 namespace norvane::driver {
 namespace {
 
-const char* word(unsigned char opr) {
-    switch (opr) {
-    case OPR_AND: return "and";
-    case OPR_OR: return "or";
-    case OPR_XOR: return "xor";
-    case OPR_NOT: return "not";
-    case OPR_IMPLIES: return "->";
-    case OPR_BIIMPLIES: return "<->";
-    case OPR_PLUS: return "+";
-    case OPR_MINUS: return "-";
-    case OPR_TIMES: return "*";
-    case OPR_LT: return "<";
-    case OPR_LE: return "<=";
-    case OPR_GT: return ">";
-    case OPR_GE: return ">=";
-    case OPR_EQ:
-    case OPR_UBOUND_EQ: return "=";
-    case OPR_NEQ: return "<>";
-    default: throw Inexpressible{"it is not flat"};
-    }
-}
-
 class JsonWriter : public RuleWriter {
   public:
     JsonWriter(const Terms& terms, bool by_name, Writer& out)
@@ -48,8 +26,8 @@ class JsonWriter : public RuleWriter {
     void expression(const Expr* expr) {
         if (stack_is_low()) return on_fresh_stack([&] { expression(expr); });
         const auto& args = expr->args;
-        switch (structure_of(expr)) {
-        case EXPR_BINARY:
+        switch (form_of(expr)) {
+        case FlatForm::binary:
             if (by_name_ && is_comparison(expr) && comparison(expr)) return;
             open(expr);
             expression(args.binargs.leftarg);
@@ -57,22 +35,17 @@ class JsonWriter : public RuleWriter {
             expression(args.binargs.rightarg);
             out_ << "]}";
             return;
-        case EXPR_UNARY:
+        case FlatForm::unary:
             open(expr);
             expression(args.arg);
             out_ << "]}";
             return;
-        case EXPR_IDCONSTRUCTOR:
+        case FlatForm::name:
             terms_.place(expr, &path_);
             out_ << "{\"variable\":" << json_string(path_) << '}';
             return;
-        case EXPR_INT_CONST:
-            if (expr->opr == OPR_BOOLCONST)
-                out_ << (args.intconst.value ? "true" : "false");
-            else
-                out_ << args.intconst.value;
-            return;
-        case EXPR_ITE:
+        case FlatForm::constant: write_constant(out_, expr); return;
+        case FlatForm::conditional:
             out_ << R"({"op":"if","args":[)";
             expression(args.ite.logictest);
             out_ << ',';
@@ -81,34 +54,31 @@ class JsonWriter : public RuleWriter {
             expression(args.ite.falseexpr);
             out_ << "]}";
             return;
-        case EXPR_STRING_CONST:
-        case EXPR_FLOAT_CONST:
-        case EXPR_RANGE:
-        case EXPR_CASE: break;
         }
-        throw Inexpressible{"it is not flat"};
     }
 
-    void open(const Expr* expr) { out_ << R"({"op":")" << word(expr->opr) << R"(","args":[)"; }
+    void open(const Expr* expr) { out_ << R"({"op":")" << word_of(expr->opr) << R"(","args":[)"; }
 
     // A variable and a value that has a text; false for others.
     bool comparison(const Expr* expr) {
-        const Expr* sides[] = {expr->args.binargs.leftarg, expr->args.binargs.rightarg};
-        const bool value_first = sides[0]->structure == EXPR_INT_CONST;
-        const Expr* named = sides[value_first ? 1 : 0];
-        const Expr* value = sides[value_first ? 0 : 1];
-        if (named->structure != EXPR_IDCONSTRUCTOR || value->structure != EXPR_INT_CONST)
-            return false;
-        const Shape& shape = *terms_.place(named).shape;
-        const int number = value->args.intconst.value;
+        const auto sides = name_and_constant(expr);
+        if (!sides) return false;
+        const Shape& shape = *terms_.place(sides->name).shape;
+        const int number = sides->constant->args.intconst.value;
         const bool has_text = shape.kind == ScalarKind::optional || !shape.labels.empty();
         if (!has_text || number < 0 || static_cast<unsigned>(number) > shape.upper) return false;
         open(expr);
-        if (!value_first) expression(named);
-        out_ << (value_first ? "" : ",") << "{\"value\":" << number
-             << ",\"text\":" << json_string(value_text(shape, static_cast<unsigned>(number))) << '}'
-             << (value_first ? "," : "");
-        if (value_first) expression(named);
+        if (sides->has_name_first) {
+            expression(sides->name);
+            out_ << ',';
+        }
+        out_ << "{\"value\":" << number
+             << ",\"text\":" << json_string(value_text(shape, static_cast<unsigned>(number)))
+             << '}';
+        if (!sides->has_name_first) {
+            out_ << ',';
+            expression(sides->name);
+        }
         out_ << "]}";
         return true;
     }

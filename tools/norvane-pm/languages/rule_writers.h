@@ -27,6 +27,9 @@ class RuleWriter {
     virtual void end() {}
 };
 
+// A number, or a truth by its word.
+void write_constant(Writer& out, const Expr* constant);
+
 std::unique_ptr<RuleWriter> text_writer(const Terms& terms, const LanguageOptions& options,
                                         Writer& out);
 std::unique_ptr<RuleWriter> pm_writer(const Terms& terms, Writer& out);

@@ -105,20 +105,20 @@ void SmtlibTerms::declarations() {
 void SmtlibTerms::truth(const Expr* expr) {
     if (stack_is_low()) return on_fresh_stack([&] { truth(expr); });
     const auto& args = expr->args;
-    switch (structure_of(expr)) {
-    case EXPR_BINARY: binary(expr); return;
-    case EXPR_UNARY:
+    switch (form_of(expr)) {
+    case FlatForm::binary: binary(expr); return;
+    case FlatForm::unary:
         if (expr->opr != OPR_NOT) throw Inexpressible{"it takes a number for a truth"};
         out_ << "(not ";
         truth(args.arg);
         out_ << ')';
         return;
-    case EXPR_IDCONSTRUCTOR:
+    case FlatForm::name:
         terms_.truth(expr, &path_);
         name(out_, path_, prefix_);
         return;
-    case EXPR_INT_CONST: out_ << (args.intconst.value != 0 ? "true" : "false"); return;
-    case EXPR_ITE:
+    case FlatForm::constant: out_ << (args.intconst.value != 0 ? "true" : "false"); return;
+    case FlatForm::conditional:
         out_ << "(ite ";
         truth(args.ite.logictest);
         out_ << ' ';
@@ -127,12 +127,7 @@ void SmtlibTerms::truth(const Expr* expr) {
         truth(args.ite.falseexpr);
         out_ << ')';
         return;
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST:
-    case EXPR_RANGE:
-    case EXPR_CASE: break;
     }
-    throw Inexpressible{"it is not flat"};
 }
 
 void SmtlibTerms::binary(const Expr* expr) {
@@ -194,15 +189,15 @@ void SmtlibTerms::variable(const Expr* expr, unsigned bits) {
 void SmtlibTerms::number(const Expr* expr, unsigned bits) {
     if (stack_is_low()) return on_fresh_stack([&] { number(expr, bits); });
     const auto& args = expr->args;
-    switch (structure_of(expr)) {
-    case EXPR_IDCONSTRUCTOR: variable(expr, bits); return;
-    case EXPR_INT_CONST: constant(out_, args.intconst.value, bits); return;
-    case EXPR_UNARY:
+    switch (form_of(expr)) {
+    case FlatForm::name: variable(expr, bits); return;
+    case FlatForm::constant: constant(out_, args.intconst.value, bits); return;
+    case FlatForm::unary:
         out_ << "(bvneg ";
         number(args.arg, bits);
         out_ << ')';
         return;
-    case EXPR_ITE:
+    case FlatForm::conditional:
         out_ << "(ite ";
         truth(args.ite.logictest);
         out_ << ' ';
@@ -211,19 +206,14 @@ void SmtlibTerms::number(const Expr* expr, unsigned bits) {
         number(args.ite.falseexpr, bits);
         out_ << ')';
         return;
-    case EXPR_BINARY:
+    case FlatForm::binary:
         out_ << '(' << word_of_numbers(expr->opr) << ' ';
         number(args.binargs.leftarg, bits);
         out_ << ' ';
         number(args.binargs.rightarg, bits);
         out_ << ')';
         return;
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST:
-    case EXPR_RANGE:
-    case EXPR_CASE: break;
     }
-    throw Inexpressible{"it is not flat"};
 }
 
 namespace {

@@ -1,98 +1,17 @@
 // Flat rules in the syntax of PM: as text for people, and as a model of plain variables.
 #include <algorithm>
 
-#include "norvane/base/deep.hpp"
-
 #include "escapes.h"
-#include "rule_writers.h"
+#include "infix.h"
 
 namespace norvane::driver {
 namespace {
 
-const char* word(unsigned char opr) {
-    switch (opr) {
-    case OPR_AND: return " and ";
-    case OPR_OR: return " or ";
-    case OPR_XOR: return " xor ";
-    case OPR_NOT: return "not ";
-    case OPR_IMPLIES: return " -> ";
-    case OPR_BIIMPLIES: return " <-> ";
-    case OPR_PLUS: return " + ";
-    case OPR_MINUS: return " - ";
-    case OPR_TIMES: return " * ";
-    case OPR_LT: return " < ";
-    case OPR_LE: return " <= ";
-    case OPR_GT: return " > ";
-    case OPR_GE: return " >= ";
-    case OPR_EQ:
-    case OPR_UBOUND_EQ: return " = ";
-    case OPR_NEQ: return " <> ";
-    default: throw Inexpressible{"it is not flat"};
-    }
-}
-
-// Writes expressions as the library prints them, but for names and values.
-class SourceWriter : public RuleWriter {
-  public:
-    SourceWriter(const Terms& terms, Writer& out) : terms_(terms), out_(out) {}
-
-  protected:
-    virtual void name(const Expr* named) = 0;
-    // Writes a comparison in its own way; false if it has none.
-    virtual bool comparison(const Expr* expr) = 0;
-    virtual void left_operand(const Expr* binary) { expression(binary->args.binargs.leftarg); }
-
-    void expression(const Expr* expr) {
-        if (stack_is_low()) return on_fresh_stack([&] { expression(expr); });
-        const auto& args = expr->args;
-        switch (structure_of(expr)) {
-        case EXPR_BINARY:
-            if (is_comparison(expr) && comparison(expr)) return;
-            out_ << '(';
-            left_operand(expr);
-            out_ << word(expr->opr);
-            expression(args.binargs.rightarg);
-            out_ << ')';
-            return;
-        case EXPR_UNARY:
-            out_ << '(' << word(expr->opr);
-            expression(args.arg);
-            out_ << ')';
-            return;
-        case EXPR_IDCONSTRUCTOR: name(expr); return;
-        case EXPR_INT_CONST:
-            if (expr->opr == OPR_BOOLCONST)
-                out_ << (args.intconst.value ? "true" : "false");
-            else
-                out_ << args.intconst.value;
-            return;
-        case EXPR_ITE:
-            out_ << "(if ";
-            expression(args.ite.logictest);
-            out_ << " then ";
-            expression(args.ite.trueexpr);
-            out_ << " else ";
-            expression(args.ite.falseexpr);
-            out_ << ')';
-            return;
-        case EXPR_STRING_CONST:
-        case EXPR_FLOAT_CONST:
-        case EXPR_RANGE:
-        case EXPR_CASE: break;
-        }
-        throw Inexpressible{"it is not flat"};
-    }
-
-    const Terms& terms_;
-    Writer& out_;
-    std::string path_;
-};
-
 // The flat rules as `rules` prints them, but with values by their names.
-class TextWriter : public SourceWriter {
+class TextWriter : public InfixWriter {
   public:
     TextWriter(const Terms& terms, bool with_origin, Writer& out)
-        : SourceWriter(terms, out), with_origin_(with_origin) {}
+        : InfixWriter(terms, out), with_origin_(with_origin) {}
 
     void rule(const NumberedRule& rule) override {
         if (with_origin_) out_ << rule.origin.text << ": ";
@@ -106,28 +25,23 @@ class TextWriter : public SourceWriter {
         out_ << path_;
     }
 
-    bool comparison(const Expr* expr) override {
-        const Expr* left = expr->args.binargs.leftarg;
-        const Expr* right = expr->args.binargs.rightarg;
-        const bool value_first = left->structure == EXPR_INT_CONST;
-        const Expr* named = value_first ? right : left;
-        const Expr* value = value_first ? left : right;
-        if (named->structure != EXPR_IDCONSTRUCTOR || value->structure != EXPR_INT_CONST)
-            return false;
-        const Shape& shape = *terms_.place(named).shape;
+    bool own_binary(const Expr* expr) override {
+        if (!is_comparison(expr)) return false;
+        const auto sides = name_and_constant(expr);
+        if (!sides) return false;
+        const Shape& shape = *terms_.place(sides->name).shape;
         const bool has_order = shape.kind == ScalarKind::integer || shape.kind == ScalarKind::real;
         // The order of labels and texts means that of their numbers.
         if (!has_order && !is_equality(expr)) return false;
         if (shape.kind == ScalarKind::range || shape.kind == ScalarKind::boolean) return false;
+        const int value = sides->constant->args.intconst.value;
         const std::string text =
-            value->args.intconst.value < 0
-                ? ""
-                : value_in_source(shape, static_cast<unsigned>(value->args.intconst.value));
+            value < 0 ? "" : value_in_source(shape, static_cast<unsigned>(value));
         if (text.empty()) return false;
         out_ << '(';
-        value_first ? void(out_ << text) : name(named);
-        out_ << word(expr->opr);
-        value_first ? name(named) : void(out_ << text);
+        sides->has_name_first ? name(sides->name) : void(out_ << text);
+        out_ << ' ' << word_of(expr->opr) << ' ';
+        sides->has_name_first ? void(out_ << text) : name(sides->name);
         out_ << ')';
         return true;
     }
@@ -137,9 +51,9 @@ class TextWriter : public SourceWriter {
 };
 
 // A model of plain variables, each of which stands for a scalar of the flat model.
-class PmWriter : public SourceWriter {
+class PmWriter : public InfixWriter {
   public:
-    using SourceWriter::SourceWriter;
+    using InfixWriter::InfixWriter;
 
     void begin() override {
         out_ << "variable\n";
@@ -165,7 +79,7 @@ class PmWriter : public SourceWriter {
         out_ << pm_name(path_);
     }
 
-    bool comparison(const Expr* expr) override {
+    bool own_binary(const Expr* expr) override {
         if (!is_equality(expr) || !terms_.compares_wholes(expr)) return false;
         if (expr->opr == OPR_NEQ) out_ << "(not ";
         std::string joined; // with brackets as flat rules have them, so that it reads back the same

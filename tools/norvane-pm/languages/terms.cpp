@@ -32,16 +32,79 @@ Range bitwise(const Range& left, const Range& right) {
     return wrapped({is_negative ? -end : 0, end - 1}, left, right);
 }
 
-Range joined(const Range& left, const Range& right) {
-    return {std::min(left.low, right.low), std::max(left.high, right.high),
-            left.wraps || right.wraps};
-}
-
 } // namespace
 
 unsigned signed_bits(const Range& range) {
     const auto magnitude = static_cast<std::uint64_t>(std::max(range.high, -(range.low + 1)));
     return static_cast<unsigned>(std::bit_width(magnitude)) + 1;
+}
+
+Range negated(const Range& range) {
+    return wrapped({-range.high, -range.low}, range, range);
+}
+
+Range joined(const Range& left, const Range& right) {
+    return {std::min(left.low, right.low), std::max(left.high, right.high),
+            left.wraps || right.wraps};
+}
+
+Range range_of_result(unsigned char opr, const Range& left, const Range& right) {
+    switch (opr) {
+    case OPR_PLUS: return wrapped({left.low + right.low, left.high + right.high}, left, right);
+    case OPR_MINUS: return wrapped({left.low - right.high, left.high - right.low}, left, right);
+    case OPR_TIMES: return product(left, right);
+    case OPR_AND:
+    case OPR_OR:
+    case OPR_XOR: return bitwise(left, right);
+    default: throw Inexpressible{"it is not flat"};
+    }
+}
+
+FlatForm form_of(const Expr* expr) {
+    switch (structure_of(expr)) {
+    case EXPR_BINARY: return FlatForm::binary;
+    case EXPR_UNARY: return FlatForm::unary;
+    case EXPR_IDCONSTRUCTOR: return FlatForm::name;
+    case EXPR_INT_CONST: return FlatForm::constant;
+    case EXPR_ITE: return FlatForm::conditional;
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
+    }
+    throw Inexpressible{"it is not flat"};
+}
+
+std::string_view word_of(unsigned char opr) {
+    switch (opr) {
+    case OPR_AND: return "and";
+    case OPR_OR: return "or";
+    case OPR_XOR: return "xor";
+    case OPR_NOT: return "not";
+    case OPR_IMPLIES: return "->";
+    case OPR_BIIMPLIES: return "<->";
+    case OPR_PLUS: return "+";
+    case OPR_MINUS: return "-";
+    case OPR_TIMES: return "*";
+    case OPR_LT: return "<";
+    case OPR_LE: return "<=";
+    case OPR_GT: return ">";
+    case OPR_GE: return ">=";
+    case OPR_EQ:
+    case OPR_UBOUND_EQ: return "=";
+    case OPR_NEQ: return "<>";
+    default: throw Inexpressible{"it is not flat"};
+    }
+}
+
+std::optional<NameAndConstant> name_and_constant(const Expr* binary) {
+    const Expr* left = binary->args.binargs.leftarg;
+    const Expr* right = binary->args.binargs.rightarg;
+    if (left->structure == EXPR_IDCONSTRUCTOR && right->structure == EXPR_INT_CONST)
+        return NameAndConstant{left, right, true};
+    if (left->structure == EXPR_INT_CONST && right->structure == EXPR_IDCONSTRUCTOR)
+        return NameAndConstant{right, left, false};
+    return {};
 }
 
 bool is_equality(const Expr* expr) {
@@ -65,36 +128,16 @@ bool Terms::is_truth(const Expr* expr) const {
 Range Terms::range_of(const Expr* expr) const {
     if (stack_is_low()) return on_fresh_stack([&] { return range_of(expr); });
     const auto& args = expr->args;
-    switch (structure_of(expr)) {
-    case EXPR_INT_CONST: return {args.intconst.value, args.intconst.value};
-    case EXPR_IDCONSTRUCTOR: return {0, number(expr).shape.upper};
-    case EXPR_ITE: return joined(range_of(args.ite.trueexpr), range_of(args.ite.falseexpr));
-    case EXPR_UNARY: {
-        const Range arg = range_of(args.arg);
-        return wrapped({-arg.high, -arg.low}, arg, arg);
+    switch (form_of(expr)) {
+    case FlatForm::constant: return {args.intconst.value, args.intconst.value};
+    case FlatForm::name: return {0, number(expr).shape.upper};
+    case FlatForm::conditional:
+        return joined(range_of(args.ite.trueexpr), range_of(args.ite.falseexpr));
+    case FlatForm::unary: return negated(range_of(args.arg));
+    case FlatForm::binary: break;
     }
-    case EXPR_BINARY: return range_of_binary(expr);
-    case EXPR_STRING_CONST:
-    case EXPR_FLOAT_CONST:
-    case EXPR_RANGE:
-    case EXPR_CASE: break;
-    }
-    throw Inexpressible{"it is not flat"};
-}
-
-Range Terms::range_of_binary(const Expr* expr) const {
-    const auto& args = expr->args;
     const Range left = range_of(args.binargs.leftarg);
-    const Range right = range_of(args.binargs.rightarg);
-    switch (expr->opr) {
-    case OPR_PLUS: return wrapped({left.low + right.low, left.high + right.high}, left, right);
-    case OPR_MINUS: return wrapped({left.low - right.high, left.high - right.low}, left, right);
-    case OPR_TIMES: return product(left, right);
-    case OPR_AND:
-    case OPR_OR:
-    case OPR_XOR: return bitwise(left, right);
-    default: throw Inexpressible{"it is not flat"};
-    }
+    return range_of_result(expr->opr, left, range_of(args.binargs.rightarg));
 }
 
 bool Terms::compares_wholes(const Expr* equality) const {

@@ -3,7 +3,9 @@
 #define NORVANE_PM_TERMS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "flat_model.h"
 
@@ -24,6 +26,20 @@ struct Range {
 
 // The number of bits that hold all values of the range as a signed number, at most 32.
 unsigned signed_bits(const Range& range);
+
+Range negated(const Range& range);
+// The values of both.
+Range joined(const Range& left, const Range& right);
+// The results of an operator on numbers. Throws Inexpressible for an operator that has none.
+Range range_of_result(unsigned char opr, const Range& left, const Range& right);
+
+// What an expression of a flat rule can be. A switch over it has no `default:`.
+enum class FlatForm { binary, unary, name, constant, conditional };
+// Throws Inexpressible for what only a rule as it is written can be.
+FlatForm form_of(const Expr* expr);
+
+// An operator as PM spells it. Throws Inexpressible for one that flat rules do not have.
+std::string_view word_of(unsigned char opr);
 
 // A scalar that an expression names.
 struct Named {
@@ -48,13 +64,19 @@ class Terms {
     Named number(const Expr* named, std::string* path = nullptr) const;
 
   private:
-    Range range_of_binary(const Expr* expr) const;
-
     const FlatModel& flat_;
 };
 
 bool is_comparison(const Expr* expr);
 bool is_equality(const Expr* expr); // or an inequality
+
+// A binary expression of a name and a constant, whichever comes first.
+struct NameAndConstant {
+    const Expr* name;
+    const Expr* constant;
+    bool has_name_first;
+};
+std::optional<NameAndConstant> name_and_constant(const Expr* binary);
 
 } // namespace norvane::driver
 
