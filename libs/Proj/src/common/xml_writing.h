@@ -2,6 +2,7 @@
 #ifndef NORVANE_PROJ_XML_WRITING_H
 #define NORVANE_PROJ_XML_WRITING_H
 
+#include <cstdio>
 #include <initializer_list>
 
 #include "norvane/base/strings.h"
@@ -46,6 +47,13 @@ inline void add_text_element(XmlNode* parent, const char* tag, const char* text)
 }
 inline void add_utf8_text_element(XmlNode* parent, const char* tag, const char* text) {
     xml_node_add_child(add_element(parent, tag), xml_node_new_utf8_text(text));
+}
+
+// Prints a document with this root, which it takes over.
+inline void print_document(std::FILE* stream, const char* dtd, XmlNode* root, const char* xsl) {
+    XmlDocument* document = xml_new(dtd, root, xsl);
+    xml_print_indented(document, stream);
+    xml_delete(document);
 }
 
 // The decimal text of an integer, for an attribute.

@@ -195,10 +195,7 @@ XmlNode* pres_to_xml(PolyHash* presentation) {
 int pres_export_fileptr(PolyHash* presentation, FILE* stream) {
     NORVANE_ASSERT(presentation);
     NORVANE_ASSERT(stream);
-    XmlDocument* document =
-        xml_new("presentation.dtd", pres_to_xml(presentation), "presentation.xsl");
-    xml_print_indented(document, stream);
-    xml_delete(document);
+    print_document(stream, "presentation.dtd", pres_to_xml(presentation), "presentation.xsl");
     return STATUS_SUCCESS;
 }
 

@@ -12,6 +12,7 @@
 #include "report.h"
 #include "side_data.h"
 #include "xml_reading.h"
+#include "xml_writing.h"
 
 namespace norvane::sidedata {
 
@@ -67,14 +68,9 @@ int var_order_export_fileptr(PolyList* order, FILE* stream) {
     NORVANE_ASSERT(order);
     NORVANE_ASSERT(stream);
     XmlNode* root = xml_node_new_tag("var_order");
-    for (const char* name : items<char>(order)) {
-        XmlNode* node = xml_node_new_tag("var");
-        xml_node_add_child(node, xml_node_new_text(name));
-        xml_node_add_child(root, node);
-    }
-    XmlDocument* document = xml_new("varorder.dtd", root, "varorder.xsl");
-    xml_print_indented(document, stream);
-    xml_delete(document);
+    for (const char* name : items<char>(order))
+        add_text_element(root, "var", name);
+    print_document(stream, "varorder.dtd", root, "varorder.xsl");
     return STATUS_SUCCESS;
 }
 

@@ -305,10 +305,7 @@ int zeb_workspace_save_fptr(ZEBWorkspace* workspace, FILE* stream) {
     XmlNode* root = xml_node_new_tag("zeb");
     for (const ZEBProject* project : items<ZEBProject>(workspace->projects))
         write_project(root, project);
-    XmlDocument* document = xml_new("zeb.dtd", root, "zeb.xsl");
-    NORVANE_ASSERT(document);
-    xml_print_indented(document, stream);
-    xml_delete(document);
+    print_document(stream, "zeb.dtd", root, "zeb.xsl");
     return STATUS_SUCCESS;
 }
 
