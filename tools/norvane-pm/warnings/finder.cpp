@@ -76,10 +76,10 @@ std::optional<double> combined(unsigned char opr, double left, double right) {
 
 namespace {
 
-std::optional<Known> known_binary(Names& names, const Expr* expr) {
-    const auto left = known_value(names, expr->args.binargs.leftarg);
+std::optional<Known> known_binary(Names& names, const Expr* expr, unsigned depth) {
+    const auto left = known_value(names, expr->args.binargs.leftarg, depth + 1);
     if (!left) return {};
-    const auto right = known_value(names, expr->args.binargs.rightarg);
+    const auto right = known_value(names, expr->args.binargs.rightarg, depth + 1);
     if (!right) return {};
     const auto value = combined(expr->opr, left->value, right->value);
     if (!value) return {};
@@ -88,34 +88,31 @@ std::optional<Known> known_binary(Names& names, const Expr* expr) {
     return Known{*value, left->is_literal && right->is_literal};
 }
 
+std::optional<Known> known_unary(Names& names, const Expr* expr, unsigned depth) {
+    if (expr->opr != OPR_MINUS && expr->opr != OPR_NOT) return {};
+    auto result = known_value(names, expr->args.arg, depth + 1);
+    if (result) result->value = expr->opr == OPR_MINUS ? -result->value : result->value == 0;
+    return result;
+}
+
 } // namespace
 
 // Not a full evaluation, which could take as long as the check: loops and cases have no value here.
-std::optional<Known> known_value(Names& names, const Expr* expr) {
-    constexpr int deepest = 50;
-    static thread_local int depth = 0;
+std::optional<Known> known_value(Names& names, const Expr* expr, unsigned depth) {
+    constexpr unsigned deepest = 50;
     if (depth >= deepest) return {};
-    ++depth;
-    std::optional<Known> result;
     switch (structure_of(expr)) {
-    case EXPR_INT_CONST:
-        result = Known{static_cast<double>(expr->args.intconst.value), true};
-        break;
-    case EXPR_FLOAT_CONST: result = Known{expr->args.floatconst.value, true}; break;
-    case EXPR_IDCONSTRUCTOR: result = known_constant(names, expr->args.idcon); break;
-    case EXPR_BINARY: result = known_binary(names, expr); break;
-    case EXPR_UNARY:
-        if (expr->opr != OPR_MINUS && expr->opr != OPR_NOT) break;
-        result = known_value(names, expr->args.arg);
-        if (result) result->value = expr->opr == OPR_MINUS ? -result->value : result->value == 0;
-        break;
+    case EXPR_INT_CONST: return Known{static_cast<double>(expr->args.intconst.value), true};
+    case EXPR_FLOAT_CONST: return Known{expr->args.floatconst.value, true};
+    case EXPR_IDCONSTRUCTOR: return known_constant(names, expr->args.idcon);
+    case EXPR_BINARY: return known_binary(names, expr, depth);
+    case EXPR_UNARY: return known_unary(names, expr, depth);
     case EXPR_STRING_CONST:
     case EXPR_ITE:
     case EXPR_RANGE:
     case EXPR_CASE: break;
     }
-    --depth;
-    return result;
+    return {};
 }
 
 } // namespace norvane::driver

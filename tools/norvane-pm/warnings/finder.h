@@ -59,12 +59,13 @@ class Finder {
 
 std::string text_of(const IdCon* idcon);
 
-// A value that is known before the product is configured, as far as simple expressions have one.
+// A value that is known before the product is configured, as far as simple expressions have one;
+// `depth` is that of the expression in the one that is asked for.
 struct Known {
     double value;
     bool is_literal; // no constant is named in it
 };
-std::optional<Known> known_value(Names& names, const Expr* expr);
+std::optional<Known> known_value(Names& names, const Expr* expr, unsigned depth = 0);
 
 // What an operator of arithmetic or comparison makes of two numbers.
 std::optional<double> combined(unsigned char opr, double left, double right);
