@@ -9,16 +9,7 @@ namespace norvane::driver {
 namespace {
 
 constexpr auto foreign_words = std::to_array<Foreign>({
-    {"==", "=", ""},
-    {"!=", "<>", ""},
-    {"&&", "and", ""},
-    {"||", "or", ""},
-    {"!", "not", ""},
-    {"=<", "<=", ""},
-    {"<=>", "<->", ""},
     {"=>", ">=", "write '>=' for a comparison, or '->' for an implication", false},
-    {"&", "and", "", false},
-    {"~", "not", "", false},
     {"**", "^", ""},
     {"mod", "%", ""},
     {"div", "/", ""},
@@ -27,9 +18,6 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"-=", "", "write 'x := x - ...'"},
     {"*=", "", "write 'x := x * ...'"},
     {"/=", "", "write 'x := x / ...'"},
-    {"elseif", "else if", ""},
-    {"elsif", "else if", ""},
-    {"elif", "else if", ""},
     {"int", "integer", ""},
     {"bool", "boolean", ""},
     {"double", "float", ""},

@@ -12,6 +12,20 @@ namespace {
 // Words that may come after a name.
 constexpr auto infix_words = std::to_array<std::string_view>(
     {"and", "or", "xor", "in", "of", "then", "else", "esac", "default"});
+constexpr auto foreign_to_both = std::to_array<Foreign>({
+    {"==", "=", ""},
+    {"!=", "<>", ""},
+    {"&&", "and", ""},
+    {"||", "or", ""},
+    {"!", "not", ""},
+    {"=<", "<=", ""},
+    {"<=>", "<->", ""},
+    {"&", "and", "", false},
+    {"~", "not", "", false},
+    {"elseif", "else if", ""},
+    {"elsif", "else if", ""},
+    {"elif", "else if", ""},
+});
 constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
 
 bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
@@ -97,8 +111,9 @@ void MistakeSearch::replaced_words(std::span<const Foreign> foreign) {
 
 void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> foreign) {
     const std::string_view word = source_.word(at);
-    for (const Foreign& row : foreign)
-        if (row.word == word) return add_foreign(at, row);
+    for (const auto rows : {std::span<const Foreign>(foreign_to_both), foreign})
+        for (const Foreign& row : rows)
+            if (row.word == word) return add_foreign(at, row);
     if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word, source_.language()))
         return;
     const auto keywords = reserved_words(source_.language());

@@ -68,7 +68,8 @@ class MistakeSearch {
     static Edit instead(std::string_view text) { return {"", std::string(text), ""}; }
 
     void open_string();
-    // A word or an operator that another one stands for, at the token or before it.
+    // A word or an operator that another one stands for, at the token or before it: those that are
+    // foreign to both languages, and `foreign`.
     void replaced_words(std::span<const Foreign> foreign);
     void missing_semicolon();
     void surplus_semicolon();

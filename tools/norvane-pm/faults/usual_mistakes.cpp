@@ -11,22 +11,10 @@ namespace norvane::driver {
 namespace {
 
 constexpr auto foreign_words = std::to_array<Foreign>({
-    {"==", "=", ""},
-    {"!=", "<>", ""},
-    {"&&", "and", ""},
-    {"||", "or", ""},
-    {"!", "not", ""},
-    {"=<", "<=", ""},
-    {"<=>", "<->", ""},
     {"=>", "->", "write '->' for an implication, or '>=' for a comparison", false},
-    {"&", "and", "", false},
-    {"~", "not", "", false},
     {":=", ":", "", false},
     {"%", "", "there is no remainder of a division"},
     {"**", "", "there are no powers"},
-    {"elseif", "else if", ""},
-    {"elsif", "else if", ""},
-    {"elif", "else if", ""},
     {"implies", "->", ""},
     {"iff", "<->", ""},
     {"exists", "exist", ""},
