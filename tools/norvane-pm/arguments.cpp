@@ -66,7 +66,7 @@ struct Unknown {
     std::vector<std::string> known;
 };
 
-// The first word that is no command, or the first option that its command does not have.
+// The first word that is not a command, or the first option that its command does not have.
 Unknown find_unknown(const CLI::App& app, int argc, char** argv) {
     const CLI::App* command = &app;
     for (int i = 1; i < argc; ++i) {

@@ -89,7 +89,7 @@ class Analysis {
         return text.empty() ? value_text(shape, value) : text;
     }
 
-    // The parts of an optional are no part of a product that does not have it.
+    // The parts of an optional are not parts of a product that does not have it.
     void note_optionals() {
         std::vector<std::pair<std::size_t, std::size_t>> around; // an optional, and its end
         flat_.for_each([&](const FlatVariable& variable) {
@@ -202,7 +202,7 @@ Analysis::Count Analysis::count_configurations() {
         });
     count.is_all = verdict == Verdict::no;
     if (count.is_all) return count;
-    // What is known depends on the machine's speed, so a power of ten is told.
+    // What is known depends on the machine's speed, so a power of ten is printed.
     std::size_t told = 1;
     while (told * 10 < count.known)
         told *= 10;
@@ -243,7 +243,7 @@ void Analysis::tell_values() {
                   " values, or without an answer in time");
 }
 
-// Neighbours are told together: a range loses its ends, mostly.
+// Neighbours are printed together: a range loses its ends, mostly.
 std::string Analysis::list_of_values(const Shape& shape, const std::vector<unsigned>& values) {
     std::string text;
     for (std::size_t i = 0, end; i < values.size(); i = end) {

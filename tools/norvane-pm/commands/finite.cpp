@@ -3,7 +3,8 @@
 namespace norvane::driver {
 namespace {
 
-// Reports that the library makes on its way to a stop, which is told afterwards, are dropped.
+// Reports that the library makes before it stops are dropped, since the stop is reported
+// afterwards.
 class DroppedReports {
   public:
     DroppedReports() : before_(msg_get_error_sink(&user_before_)) {

@@ -27,7 +27,7 @@ void fix(Session& session) {
     ModelReports held(session, ModelReports::Warnings::dropped);
     Result<Model> read = read_model(session, options.file, held.sink());
     if (read) {
-        // Kept after a stop of the check, which is told by the model's declarations.
+        // Kept after a stop of the check, whose report names the model's declarations.
         Model& model = session.keep(*std::move(read));
         session.project = model.get();
         session.begin(Step::check, options.file);

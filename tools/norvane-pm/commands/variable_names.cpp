@@ -30,7 +30,7 @@ bool resolve(Walk& walk, TypeCon* type) {
                                  UNDEF_LINENO) == STATUS_SUCCESS;
 }
 
-// A name, in quotes where it is no plain one.
+// A name, in quotes unless it is a plain one.
 bool take_name(Walk& walk) {
     char* end = walk.rest;
     if (*end == '"') {

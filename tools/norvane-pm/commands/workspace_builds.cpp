@@ -23,7 +23,7 @@ std::vector<ProjectModel> models_of(Session& session, const Workspace& workspace
     for (const ZEBProject* project : workspace.projects()) {
         models.push_back(model_of(project));
         const std::string& file = models.back().file;
-        if (!file.empty() && file != "-") continue; // standard input is no file of a project
+        if (!file.empty() && file != "-") continue; // standard input is not a file of a project
         session.diagnostics.say(session.options.file + ": the project '" + models.back().project +
                                 "' has no main file");
         are_good = false;

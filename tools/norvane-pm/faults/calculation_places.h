@@ -23,7 +23,7 @@ class CalculationPlaces {
     TokenRange name_of_call(const CExpr* call) const;
     // Each name of a path such as a[1].b.
     std::vector<std::size_t> names_of_path(const CExpr* variable) const;
-    // The brace that ends the body of a function; its name where that cannot be told.
+    // The brace that ends the body of a function; its name where that is not known.
     std::size_t end_of(const CFunc* func) const;
 
   private:

@@ -152,7 +152,7 @@ class Finder {
 
     void add_braces(const Part& part, const Brace* brace, std::size_t missing) {
         source_.edit(part.last, merged(part.last, {"", std::nullopt, std::string(missing, '}')}));
-        // A text without an end may hold the braces, and a lost namespace is told by itself.
+        // A text without an end may hold the braces, and a lost namespace is reported by itself.
         if (has_open_string(part) || (!brace && !parts_.front().is_namespace)) return;
         std::size_t at = brace ? brace->token : 0;
         for (const Part& other : parts_)

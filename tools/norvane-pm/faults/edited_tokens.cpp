@@ -5,7 +5,7 @@
 namespace norvane::driver {
 namespace {
 
-// A line feed in a string is no part of it. A string that is not closed would hold the rest of all
+// A line feed is not a part of a string. A string that is not closed would hold the rest of all
 // that is parsed.
 void append_line(std::string& text, std::string_view word) {
     const bool is_open =

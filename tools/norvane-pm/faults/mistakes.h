@@ -35,10 +35,10 @@ struct Mistake {
     bool ends_statement = false; // the edit ends the statement before the token
     bool has_to_parse = false;   // the edit is right only if all of the statement parses then
     bool has_to_go_on = false;   // the edit is right only if more than the token itself parses then
-    bool declares_nothing = false; // without edits: the statement is no declaration
+    bool declares_nothing = false; // without edits: the statement is not a declaration
 };
 
-// A syntax error as it is told: by the mistake, if that is known, or else by the parser.
+// A syntax error as it is reported: by the mistake, if that is known, or else by the parser.
 PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
                          const Mistake* mistake);
 

@@ -215,7 +215,7 @@ class Checker {
         call([=] { symtbl_delete_namedata(namedata); });
         if (result.reports.empty()) return;
         PlacedFinding* found = add({token, token}, result.reports.front());
-        if (is_doubtful) doubtful_.insert(name); // once this is told
+        if (is_doubtful) doubtful_.insert(name); // once this is reported
         if (!found || !is_known) return;
         if (const auto place = declared_at_.find(before); place != declared_at_.end())
             found->finding.notes.push_back({text_.place(place->second), "declared here"});

@@ -319,7 +319,7 @@ void WaysOut::incomplete_comparison(PlacedFinding& found, const Expr* root, cons
     insert_before(text_, found, value->first, missing, false);
 }
 
-// `cover = "grey"` where that is no label of the enumeration.
+// `cover = "grey"` where that is not a label of the enumeration.
 void WaysOut::label_of(PlacedFinding& found, const Expr* variable, const Expr* text) {
     const char* name = simple_name(variable);
     NameData* namedata = nullptr;

@@ -23,7 +23,7 @@ class WaysOut {
     // is the part of the expression that was checked by itself.
     void explain(PlacedFinding& found, const Report& report, const Expr* root, const Expr* operand,
                  const Subject& subject, TokenRange range);
-    // Adds to a name that is no type.
+    // Adds to a name that is not a type.
     void explain_type(PlacedFinding& found, std::string_view name, TokenRange range);
 
   private:

@@ -28,7 +28,7 @@ struct Shape;
 
 // A variable of the model, or a field of a record.
 struct Part {
-    std::string name; // as a path spells it: in quotes where it is no plain name
+    std::string name; // as a path spells it: in quotes unless it is a plain name
     const VarDecl* decl;
     const Shape* shape;
     std::size_t first; // of its variables, counted from the first one of the record
@@ -53,7 +53,7 @@ struct Shape {
     std::unordered_map<std::string_view, std::size_t> by_name; // of a record with many parts
 };
 
-// A part of the model that a path leads to: several variables where it is no scalar.
+// A part of the model that a path leads to: several variables unless it is a scalar.
 struct FlatPlace {
     const Shape* shape = nullptr; // null where the path leads nowhere
     std::size_t first = 0;
@@ -115,7 +115,7 @@ class FlatModel {
 // false or true, or the number; in the model's code page.
 std::string value_text(const Shape& shape, unsigned value);
 
-// The same as it stands in a rule; nothing for a class that is no single value, such as "[2;4]".
+// The same as it stands in a rule; nothing for a class that is not a single value, such as "[2;4]".
 std::string value_in_source(const Shape& shape, unsigned value);
 
 // Where something is declared: a file and a line, or what a #line directive says instead.

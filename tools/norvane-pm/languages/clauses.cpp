@@ -144,7 +144,7 @@ class CircuitWriter : public RuleWriter {
     const char* comment_;
 };
 
-// "8 lights", and " = 1" with what that means of what is no boolean.
+// "8 lights", and " = 1" with what that means unless the variable is a boolean.
 void write_truth(const Shape& shape, Writer& out) {
     if (shape.kind == ScalarKind::boolean) return;
     out << " = 1";

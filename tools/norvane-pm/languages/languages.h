@@ -22,7 +22,7 @@ struct LanguageOptions {
     bool by_name = false;     // values in the text and in JSON: "carbon" for 2
 };
 
-// A rule that the language cannot express. What was written before it is no result.
+// A rule that the language cannot express. What was written before it is not a result.
 struct Unwritten {
     std::string text; // "model.pm (3): the rule ..."
 };

@@ -120,7 +120,7 @@ void Diagnostics::report(const Finding& finding) {
 }
 
 void Diagnostics::report(const Report& report) {
-    // The library's report that it failed adds nothing to why it did, which was told under its
+    // The library's report that it failed adds nothing to the reason, which was reported under its
     // name.
     if (preprocessor_has_failed_ && report.name == "ERR_CPP") return;
     const Finding finding = finding_of(report);

@@ -79,7 +79,7 @@ class Diagnostics {
     Severity explained_severity_ = Severity::note;
     bool has_reported_ = false;
     bool misses_names_ = false;
-    bool preprocessor_has_failed_ = false; // and has told why
+    bool preprocessor_has_failed_ = false; // and has reported why
     SourceLines sources_;
 };
 

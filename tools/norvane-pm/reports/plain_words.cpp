@@ -7,7 +7,7 @@
 namespace norvane::driver {
 namespace {
 
-// The tokens that are no words of a source: one that was met, and one that was expected.
+// The tokens that are not words of a source: one that was met, and one that was expected.
 struct Kind {
     std::string_view token;
     std::string_view met;
@@ -68,7 +68,7 @@ std::string text_of_expected(std::string_view token) {
 }
 
 // The message of a parser, read word by word: "parse error, unexpected A, expecting B or C", where
-// a token is in quotes unless it is no word of the language.
+// a token is in quotes if it is a word of the language.
 class ParseError {
   public:
     explicit ParseError(std::string_view text) : rest_(text) {

@@ -22,14 +22,14 @@ bool results_refused();
 // number of an error; 0 if it took them. Told once.
 int finish_results();
 
-// Notes that the library has thrown: what it has lost is no leak to look for at the end.
+// Notes that the library has thrown: what it has lost is not a leak to look for at the end.
 void note_throw();
 
 // Ends with `status`. Returns, with the status, only where orderly_exit is set.
 int leave(int status);
 
 // While this lives, what is written to stdout is dropped: the scanners of the library copy some
-// characters of malformed sources there, which are no results.
+// characters of malformed sources there, which are not results.
 class DroppedOutput {
   public:
     DroppedOutput();

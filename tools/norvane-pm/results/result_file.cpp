@@ -39,7 +39,7 @@ bool take_after(int descriptor, const struct stat* old) {
     return fchmod(descriptor, old->st_mode & 0777) == 0;
 }
 
-// The file itself, where the name is a symbolic link to it; empty if that cannot be told.
+// The file itself, where the name is a symbolic link to it; empty if the system cannot resolve it.
 std::string resolved(const std::string& name) {
     char* path = realpath(name.c_str(), nullptr);
     std::string text = path ? path : "";

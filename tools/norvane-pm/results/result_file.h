@@ -11,7 +11,7 @@ namespace norvane::driver {
 // when all of them are written. Whatever goes wrong before, the old file stays as it is. There is
 // one at a time.
 //
-// What is no regular file, such as a device or a pipe, is written to directly. Standard output,
+// What is not a regular file, such as a device or a pipe, is written to directly. Standard output,
 // "-", is checked at the end of the program (output.h), as for all other commands.
 class ResultFile {
   public:
@@ -46,7 +46,7 @@ class ResultFile {
 };
 
 // True if a result of the first name would take the place of the second file, by whatever names. A
-// device or a pipe is written to, and not replaced; "-" is no file.
+// device or a pipe is written to, and not replaced; "-" is not a file.
 bool would_replace(const std::string& result, const std::string& file);
 
 } // namespace norvane::driver

@@ -115,7 +115,7 @@ bool Processes::start_next() {
     return true;
 }
 
-// In the new process. A run that is told to end removes its temporary files; it is told so even
+// In the new process. A run that gets a signal to end removes its temporary files; it gets it even
 // where our caller has us ignore that.
 void Processes::work(const Run& run, const Process& process, pid_t parent) const {
     std::signal(SIGTERM, SIG_DFL);

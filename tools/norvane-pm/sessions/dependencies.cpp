@@ -41,7 +41,7 @@ Dependencies::~Dependencies() {
     os_set_include_sink(nullptr, nullptr);
 }
 
-// Standard input is no file that a build could find newer.
+// Standard input is not a file whose date a build could compare.
 void Dependencies::add(const std::string& file) {
     if (file != input_name("-") && std::ranges::find(files_, file) == files_.end())
         files_.push_back(file);

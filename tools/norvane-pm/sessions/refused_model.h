@@ -11,10 +11,11 @@
 namespace norvane::driver {
 
 // The source of the session's model as the preprocessor writes it once more; null if it does not,
-// or if the model is no source.
+// or if the model is not source.
 std::unique_ptr<SourceText> read_source(const Session& session);
 
-// Finds all faults of a model where the library tells the first alone. None where it is no source.
+// Finds all faults of a model where the library reports the first alone. None if the model is not
+// source.
 class ModelReports : public HeldReports {
   public:
     using HeldReports::HeldReports;

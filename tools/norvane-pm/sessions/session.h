@@ -116,7 +116,7 @@ class Session {
     std::optional<StandardInput> standard_input; // once it was read for a model
     Step step = Step::load;
     std::string subject; // the file that the step works on
-    // What the step works on, borrowed: a failure is told by its declarations.
+    // What the step works on, borrowed: a failure is reported by its declarations.
     const Project* project = nullptr;
     const Calculation* calculation = nullptr;
 

@@ -19,7 +19,7 @@ constexpr std::uintmax_t largest_source = std::uintmax_t{16} << 20;
 constexpr unsigned most_files = 1000;
 constexpr std::size_t most_bytes = std::size_t{64} << 20; // of all files together
 
-// Empty for what is no regular file, or cannot be read.
+// Empty for what is not a regular file, or cannot be read.
 std::string text_of(const fs::path& file) {
     std::error_code error;
     if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > largest_source) return "";

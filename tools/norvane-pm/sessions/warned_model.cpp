@@ -22,7 +22,7 @@ bool concerns(const Warned& warned, Made made) {
 
 } // namespace
 
-// What has no result at all is told when that turns out, since a loop may never come to it.
+// What has no result at all is reported when the step fails, since a loop may never come to it.
 std::vector<Finding> show_warnings(Session& session, const CheckedModel& model, Made made) {
     const Selection& selection = session.options.warnings;
     std::vector<Warned> all = find_warnings(model, selection);

@@ -21,7 +21,7 @@ namespace {
 // The solvers that are looked for, which are also the names of their Debian packages.
 constexpr const char* known_solvers[] = {"z3", "cvc5"};
 
-// Beyond the time for a question, which the solver itself is told to keep.
+// Added to the time for a question, which the solver itself has to keep.
 constexpr unsigned seconds_of_grace = 5;
 // No answer to our questions is longer.
 constexpr std::size_t longest_answer = std::size_t{1} << 28;

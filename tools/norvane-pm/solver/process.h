@@ -11,7 +11,7 @@
 
 namespace norvane::driver {
 
-// There is no solver, or it died, hangs, or answers what is no answer: what to tell the user.
+// There is no solver, or it died, hangs, or its answer cannot be read: what to report.
 struct SolverFault {
     std::string text;
 };
@@ -26,7 +26,7 @@ class SolverProcess {
     SolverProcess(const SolverProcess&) = delete;
     SolverProcess& operator=(const SolverProcess&) = delete;
 
-    // Sends commands. That the solver does not take them is told by the next answer.
+    // Sends commands. If the solver does not take them, the next answer fails.
     void send(std::string_view commands);
     // The next answer: a word, or a list in brackets. Throws a SolverFault.
     std::string answer();

@@ -7,7 +7,7 @@
 
 namespace norvane::driver {
 
-// Nothing where the file cannot be read, or is no regular file: what comes through a pipe can be
+// Nothing where the file cannot be read, or is not a regular file: what comes through a pipe can be
 // read once only, and belongs to the library.
 std::optional<std::string> text_of_file(const std::string& name);
 

@@ -235,7 +235,7 @@ class ExpressionWalk {
         throw DoesNotFit();
     }
 
-    // Without an else branch there is one in the tree, which is no token's.
+    // Without an else branch the tree has one that comes from no token.
     TokenRange conditional(const Expr* expr) {
         const std::size_t first = before(operand_in_parentheses(expr->args.ite.logictest).first);
         std::size_t last = operand_in_parentheses(expr->args.ite.trueexpr).last;

@@ -19,7 +19,8 @@ struct Macro {
 
 class SourceFiles {
   public:
-    // Gives the text of what is no file, such as standard input, or of a file that an editor holds.
+    // Gives the text of what is not a file, such as standard input, or of a file that an editor
+    // holds.
     void set(const std::string& file, std::string text);
 
     // The text from the start of a line to the end of the file; null where it cannot be read.

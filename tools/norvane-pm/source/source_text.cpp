@@ -84,7 +84,7 @@ class Alignment {
     const std::vector<Match>& matches() const { return matches_; }
 
   private:
-    // False where the two cannot be told to be the same from here on.
+    // False where the two may differ from here on.
     bool step() {
         if (from_ >= user_.size()) return false;
         if (user_[from_] == written_[at_] && !files_.macro(user_[from_])) {

@@ -1,7 +1,7 @@
-// What the library was about to do is told by its failure, and where, by the declaration that it
-// was working on. So each row of the table below says for one failure which expressions can cause
-// it, and the first such expression of the declaration is the one to name: those before it have
-// passed.
+// A failure of the library tells what it was about to do, and the mark of its work which
+// declaration it was working on. So each row of the table below says for one failure which
+// expressions can cause it, and the first such expression of the declaration is the one to name:
+// those before it have passed.
 #include "explain_stop.h"
 
 #include <cstring>

@@ -110,8 +110,8 @@ std::size_t next_depth(Rewrite& in, const IdCon* idcon) {
 
 void rewrite(Rewrite& in, Expr* expr);
 
-// The selector gets the whole path: callers rely on a selector that is no field of the record being
-// named as if it were one.
+// The selector gets the whole path: callers rely on a selector that is not a field of the record
+// being named as if it were one.
 void rewrite_case(Rewrite& in, Expr* expr) {
     auto& caseexpr = expr->args.caseexpr;
     caseexpr.casevar = with_prefix(in.prefix, whole_prefix, caseexpr.casevar);

@@ -257,7 +257,7 @@ Expr* simplify_arm(Simplification& in, IdCon* casevar, const Arm& arm, Expr* cha
         chain = result;
     }
     std::free(arms);
-    // A case without arms is no chain.
+    // A case without arms has no chain.
     NORVANE_ASSERT(result);
     return result;
 }

@@ -37,7 +37,7 @@ void collect_free(const Expr* expr, PolySet* found) {
     pset_remove(found, &bound);
 }
 
-// A new identifier that takes over the name and the indices of `last`, which is no composite.
+// A new identifier that takes over the name and the indices of `last`, which is not a composite.
 IdCon* taken_step(const IdCon* last) {
     const unsigned line = last->linenumber;
     switch (kind_of(last)) {

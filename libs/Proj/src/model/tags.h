@@ -1,7 +1,7 @@
 // The byte tags of the model's records as the enumerations that they hold.
 //
 // A switch over one of these has no `default:`, so that the compiler names every switch that a new
-// enumerator is missing in. A byte that is no enumerator falls through to the failure after the
+// enumerator is missing in. A byte that is not an enumerator falls through to the failure after the
 // switch.
 #ifndef NORVANE_PROJ_TAGS_H
 #define NORVANE_PROJ_TAGS_H

@@ -29,7 +29,7 @@ inline void replace(char*& field, const char* text) {
     field = copy;
 }
 
-// The text of every empty String: one object, told from other empty texts by its address.
+// The text of every empty String: one object, distinguished from other empty texts by its address.
 inline const char* shared_empty_text() {
     return NorvaneCpp::String().GetStr();
 }

@@ -12,7 +12,7 @@ namespace norvane::os {
 //
 //     # 12 "directory/file" 2     becomes     #line 12 "directory/file"
 //
-// with the escapes in the name undone. The filter drops markers for what is no place in a file
+// with the escapes in the name undone. The filter drops markers for what is not a place in a file
 // (line 0, names like <built-in>). Inside of comments, which nest for the scanner and not for the
 // preprocessor, it leaves markers as they are: the scanner skips them. Inside of strings it drops
 // them, since their quotes would end the string. Where the scanner has missed a marker in one of

@@ -40,7 +40,7 @@ const char* last(char* const* arguments) {
 }
 
 // True if the preprocessor would do the same without these arguments: -I tells where it looks for
-// files that a directive names. It warns of a name that is no directory.
+// files that a directive names. It warns of a name that is not a directory.
 bool have_no_effect(char* const* arguments) {
     for (; arguments[1]; ++arguments) {
         const char* const argument = *arguments;

@@ -66,7 +66,7 @@ std::optional<Settings> from_workspaces(const fs::path& directory, const Documen
     return {};
 }
 
-// .norvane.json (docs/editors.md). What does not fit the schema is told and left out.
+// .norvane.json (docs/editors.md). What does not fit the schema is reported and left out.
 
 class SettingsReader {
   public:

@@ -17,8 +17,8 @@ bool is_calculation(const Json& item, const std::string& path) {
     return language != "norvane-pm" && path.ends_with(".cl");
 }
 
-// How the client will save a text is told by the file that it comes from. A new file, and one
-// without letters beyond ASCII, is taken to be in the library's own code.
+// A client saves a text in the encoding of the file that it comes from. A new file, and one without
+// letters beyond ASCII, is taken to be in code page 1252, as the library reads it.
 Coding coding_of(const std::string& path) {
     const auto bytes = read_source_file(path);
     return bytes ? Lines::of_bytes(*bytes).coding() : Coding::codepage;

@@ -257,7 +257,7 @@ class Actions {
             insert("add the arms of " + missing, "refactor.rewrite", at, text, nullptr);
     }
 
-    // Quoted where it is no plain word.
+    // Quoted unless it is a plain word.
     static std::string as_label(const std::string& name) {
         const Scan found = scan(name);
         const bool is_plain = found.tokens.size() == 1 && !is_reserved(name) &&

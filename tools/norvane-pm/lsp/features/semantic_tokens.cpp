@@ -32,7 +32,7 @@ Json semantic_tokens(const Context& context) {
         const Range range = range_of(each.spot, context.documents);
         if (range.start.line != range.end.line || range.end <= range.start) continue;
         const bool is_same_line = range.start.line == last.line;
-        if (is_same_line && range.start.character < last.character) continue; // told already
+        if (is_same_line && range.start.character < last.character) continue; // sent already
         const Look look = looks[static_cast<int>(context.unit.names().symbols[each.symbol].kind)];
         data.push_back(range.start.line - last.line);
         data.push_back(range.start.character - (is_same_line ? last.character : 0));

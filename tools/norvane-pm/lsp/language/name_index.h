@@ -59,7 +59,7 @@ struct Symbol {
     std::size_t type = none;
     bool is_private = false;
     bool is_open = false;    // its end is not written yet: it reaches to the end of the text
-    std::string detail = {}; // of what is no declaration of a model: its text
+    std::string detail = {}; // its text, if it is not a declaration of a model
 };
 
 struct Occurrence {

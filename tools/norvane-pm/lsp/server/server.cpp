@@ -75,7 +75,7 @@ void Server::handle(const Json& message) {
     handle_or_refuse(id, name, params);
 }
 
-// An answer needs no reaction. A message that is no answer and has no method is refused.
+// An answer needs no reaction. A message that is not an answer and has no method is refused.
 void Server::handle_answer(const Json& message) {
     const Json& id = member(message, "id");
     const bool is_answer =

@@ -28,7 +28,7 @@ inline std::string text_of(const Json& json) {
     return json.is_string() ? json.get<std::string>() : std::string();
 }
 
-// A number that is no index is the largest one: positions beyond a line mean its end.
+// A number that is not an index becomes the largest one: positions beyond a line mean its end.
 inline std::size_t index_of(const Json& json) {
     if (json.is_number_unsigned()) return json.get<std::size_t>();
     return json.is_number_integer() ? 0 : static_cast<std::size_t>(-1);

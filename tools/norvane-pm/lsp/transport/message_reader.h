@@ -36,7 +36,7 @@ class MessageReader {
     std::size_t at_ = 0;   // what is before it has been read
     std::size_t skip_ = 0; // bytes of a body that is too large
     std::optional<std::size_t> body_;
-    bool is_lost_ = false; // a fault was told, and no header has come since
+    bool is_lost_ = false; // a fault was reported, and no header has come since
 };
 
 } // namespace norvane::driver::lsp

@@ -7,7 +7,7 @@
 
 namespace norvane::driver::lsp {
 
-// The file, without "." and "..". A document that is no file, such as one that was never saved,
+// The file, without "." and "..". A document that is not a file, such as one that was never saved,
 // gets a path that no file has.
 std::string path_of(std::string_view uri);
 
