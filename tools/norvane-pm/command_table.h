@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "arguments.h"
+#include "invocation.h"
 
 namespace norvane::driver {
 
