@@ -194,6 +194,19 @@ void describe_presentation_merge(CLI::App& command, Options& options) {
     add_output(command, options);
 }
 
+void describe_presentation_check(CLI::App& command, Options& options) {
+    add_model(command, options, report_formats(), "MODEL");
+    add_argument(command, "FILE", options.presentation, "The presentation");
+    command
+        .add_option("--allow", options.key_words,
+                    "Take WORD as a key, or before or after a name in one, as in help.flow and "
+                    "flow.unit; may be given again")
+        ->type_name("WORD")
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->take_all();
+}
+
 void describe_order_list(CLI::App& command, Options& options) {
     add_report_options(command, options, text_formats());
     add_argument(command, "FILE", options.var_order, "The variable order");
@@ -337,6 +350,9 @@ constexpr Row commands[] = {
     {"presentation", "merge",
      "Join presentations; of texts with one key, that of the last file counts",
      describe_presentation_merge, merge_presentations},
+    {"presentation", "check",
+     "Check that each key names something of the model, and tell of names without a text",
+     describe_presentation_check, check_presentation},
     {"var-order", "list", "List the names, one a line", describe_order_list, list_var_order},
     {"var-order", "check", "Check that the model has each variable that is named",
      describe_order_check, check_var_order},

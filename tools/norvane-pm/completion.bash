@@ -4,7 +4,7 @@
 _norvane_pm() {
     local -A subcommands=(
         [calc]='check print convert builtins'
-        [presentation]='list get merge'
+        [presentation]='list get merge check'
         [var-order]='list check'
         [workspace]='show commands check ninja package'
         [package]='list make'
@@ -35,6 +35,7 @@ _norvane_pm() {
         [presentation list]='--format --color --quiet'
         [presentation get]='--format --color --quiet'
         [presentation merge]='--format --color --quiet --output'
+        [presentation check]="$model --allow"
         [var-order list]='--format --color --quiet'
         [var-order check]=$model
         [workspace show]='--format --color'
@@ -49,7 +50,7 @@ _norvane_pm() {
     )
     local with_value=' -I --include-dir -D --define -U --undefine --format --color --from --to --of --model -o
         --output --arg --order --arg2 --bin-dir --build-dir --output-dir --type --max-errors
-        --max-nodes -W --warning --assume --solver --time-limit -j --jobs
+        --max-nodes -W --warning --assume --solver --time-limit -j --jobs --allow
         --dependency-file --dependency-target --quoted-target '
 
     # The words before the cursor; bash splits --option=value into three words.
@@ -74,8 +75,8 @@ _norvane_pm() {
     case $previous in
     --format)
         case $command in
-        check | convert | calc\ check | calc\ convert | presentation\ merge | var-order\ check | \
-            workspace\ check)
+        check | convert | calc\ check | calc\ convert | presentation\ merge | presentation\ check | \
+            var-order\ check | workspace\ check)
             words='text gcc json sarif'
             ;;
         calc\ builtins | workspace* | package* | variables | analyse | diff) words='text json' ;;

@@ -9,6 +9,7 @@ namespace norvane::driver {
 void list_presentation(Session& session);
 void get_from_presentation(Session& session);
 void merge_presentations(Session& session);
+void check_presentation(Session& session);
 void list_var_order(Session& session);
 void check_var_order(Session& session);
 

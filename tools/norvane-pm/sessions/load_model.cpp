@@ -50,8 +50,8 @@ std::vector<std::string> source_files(const Project* project) {
 void check_standard_input(const Session& session) {
     const Options& options = session.options;
     auto readers = std::ranges::count(options.presentations, "-");
-    for (const auto* file :
-         {&options.file, &options.other_file, &options.var_order, &options.calculation})
+    for (const auto* file : {&options.file, &options.other_file, &options.presentation,
+                             &options.var_order, &options.calculation})
         readers += *file == "-";
     if (readers > 1) throw WrongUsage{"standard input can be read only once: -"};
 }

@@ -61,6 +61,8 @@ struct Options {
     bool without_lines = false;
 
     std::vector<std::string> presentations; // to be merged
+    std::string presentation;               // to be held against a model
+    std::vector<std::string> key_words;     // that its keys may have beside names
     std::string layer;
     std::string key;
     std::string var_order;
