@@ -121,9 +121,14 @@ void add_preprocessor_options(CLI::App& command, Options& options) {
     add_preprocessor_option(command, options, "-U,--undefine", "-U", "NAME", "Undefine a macro");
 }
 
-void add_model_form(CLI::App& command, const char* name, const char* help, ModelForm& form) {
-    add_choice<ModelForm>(command, name, "FORM", help, form,
-                          {{"pm", ModelForm::source}, {"xml", ModelForm::xml}});
+const ModelForms& own_forms() {
+    static const ModelForms forms = {{"pm", ModelForm::source}, {"xml", ModelForm::xml}};
+    return forms;
+}
+
+void add_model_form(CLI::App& command, const char* name, const char* help, ModelForm& form,
+                    const ModelForms& forms) {
+    add_choice<ModelForm>(command, name, "FORM", help, form, forms);
 }
 
 namespace {
@@ -185,11 +190,12 @@ void add_max_errors(CLI::App& command, Options& options) {
 
 namespace {
 
-void add_model_options(CLI::App& command, Options& options, const Formats& formats) {
+void add_model_options(CLI::App& command, Options& options, const Formats& formats,
+                       const ModelForms& forms = own_forms()) {
     add_report_options(command, options, formats);
     add_preprocessor_options(command, options);
     add_model_form(command, "--from", "The format of the model, whatever its extension says",
-                   options.from);
+                   options.from, forms);
     add_max_errors(command, options);
     add_max_nodes(command, options);
     add_dependencies(command, options);
@@ -208,8 +214,9 @@ void add_jobs(CLI::App& command, Options& options) {
         ->type_name("N");
 }
 
-void add_models(CLI::App& command, Options& options, const Formats& formats, const char* help) {
-    add_model_options(command, options, formats);
+void add_models(CLI::App& command, Options& options, const Formats& formats, const char* help,
+                const ModelForms& forms) {
+    add_model_options(command, options, formats, forms);
     command.add_option("FILE", options.files, help)->required()->type_name("");
     add_jobs(command, options);
 }

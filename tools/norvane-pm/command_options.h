@@ -39,6 +39,10 @@ void add_choice(CLI::App& command, const char* name, const char* value, const ch
         ->check(CLI::IsMember(words));
 }
 
+using ModelForms = std::vector<std::pair<std::string, ModelForm>>;
+// Those that every command takes that takes models.
+const ModelForms& own_forms();
+
 // The words of --format, and its help.
 struct Formats {
     std::vector<std::pair<std::string, Format>> words;
@@ -59,7 +63,8 @@ void add_quiet(CLI::App& command, Options& options);
 // For a command that reads files, and may have something to report.
 void add_report_options(CLI::App& command, Options& options, const Formats& formats);
 void add_preprocessor_options(CLI::App& command, Options& options);
-void add_model_form(CLI::App& command, const char* name, const char* help, ModelForm& form);
+void add_model_form(CLI::App& command, const char* name, const char* help, ModelForm& form,
+                    const ModelForms& forms = own_forms());
 void add_max_nodes(CLI::App& command, Options& options);
 void add_dependencies(CLI::App& command, Options& options);
 void add_max_errors(CLI::App& command, Options& options);
@@ -67,7 +72,8 @@ void add_model(CLI::App& command, Options& options, const Formats& formats,
                const char* argument = "FILE");
 void add_jobs(CLI::App& command, Options& options);
 // For a command that takes several models.
-void add_models(CLI::App& command, Options& options, const Formats& formats, const char* help);
+void add_models(CLI::App& command, Options& options, const Formats& formats, const char* help,
+                const ModelForms& forms = own_forms());
 void add_output(CLI::App& command, Options& options,
                 const char* help = "Write to FILE and not to standard output");
 void add_output_of_models(CLI::App& command, Options& options);

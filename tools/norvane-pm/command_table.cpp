@@ -121,11 +121,17 @@ void describe_graph(CLI::App& command, Options& options) {
 }
 
 void describe_convert(CLI::App& command, Options& options) {
+    ModelForms forms = own_forms();
+    forms.emplace_back("dimacs", ModelForm::dimacs);
+    forms.emplace_back("uvl", ModelForm::uvl);
     add_models(command, options, report_formats(),
-               "The product model and the file to be written; with -o, models");
+               "The product model and the file to be written; with -o, models", forms);
     add_output_of_models(command, options);
     options.takes_result = true;
     add_model_form(command, "--to", "The format to write, whatever the extension says", options.to);
+    add_text(command, "--texts", "FILE", options.texts,
+             "For a model in DIMACS or UVL: write the names that PM cannot hold to FILE, a "
+             "presentation");
 }
 
 // Commands on calculations. ----------------------------------------------------------------------
@@ -332,7 +338,7 @@ constexpr Row commands[] = {
      describe_graph, write_graph},
     {"", "convert",
      "Write models in another form, unchecked: as source or as XML, as the extensions pm and xml "
-     "say",
+     "say; also models in DIMACS and UVL",
      describe_convert, convert_files},
     {"calc", "check", "Check a calculation against its model", describe_calc_check,
      check_calculation},

@@ -26,7 +26,7 @@ _norvane_pm() {
         [diff]="$model --warning --werror --solver --time-limit"
         [report]="$model --warning --werror --output --solver --time-limit"
         [graph]="$model --warning --werror --output --dot"
-        [convert]="$model --to --jobs --output"
+        [convert]="$model --to --texts --jobs --output"
         [calc check]="$calculation --model --include-dir --define --undefine --first
             --max-errors --max-nodes"
         [calc print]=$calculation
@@ -89,7 +89,13 @@ _norvane_pm() {
         words+=" ${words// / no-}"
         ;;
     --color) words='auto always never' ;;
-    --from) if [[ $command == calc* ]]; then words='cl clx mub'; else words='pm xml'; fi ;;
+    --from)
+        case $command in
+        calc*) words='cl clx mub' ;;
+        convert) words='pm xml dimacs uvl' ;;
+        *) words='pm xml' ;;
+        esac
+        ;;
     --to)
         case $command in
         calc*) words='cl clx' ;;

@@ -8,6 +8,7 @@
 #include "fixes.h"
 #include "flat_rules.h"
 #include "forms.h"
+#include "import_model.h"
 #include "load_model.h"
 #include "output.h"
 #include "pipe_to_file.h"
@@ -120,16 +121,21 @@ void rules(Session& session) {
 
 void convert(Session& session) {
     const Options& options = session.options;
-    if (model_form(options.from, options.file) == ModelForm::unknown)
-        throw WrongUsage{"cannot tell the input format from the file name; use --from=pm or "
-                         "--from=xml: " +
+    const ModelForm from = foreign_form(options.from, options.file);
+    if (from == ModelForm::unknown)
+        throw WrongUsage{"cannot tell the input format from the file name; use --from=pm, "
+                         "--from=xml, --from=dimacs or --from=uvl: " +
                          options.file};
     const ModelForm to = model_form(options.to, options.output);
     if (to == ModelForm::unknown)
         throw WrongUsage{"cannot tell the output format from the file name; use --to=pm or "
                          "--to=xml: " +
                          options.output};
-    const Model& model = load_model(session);
+    const bool is_foreign = from == ModelForm::dimacs || from == ModelForm::uvl;
+    if (!is_foreign && !options.texts.empty())
+        throw WrongUsage{"--texts has a meaning for models in other languages alone: DIMACS, UVL"};
+    if (is_foreign && to == ModelForm::source) return import_as_source(session, from);
+    const Model& model = is_foreign ? import_model(session, from) : load_model(session);
     session.write_output([&](std::FILE* stream) {
         if (to == ModelForm::xml)
             write_xml(session, model);

@@ -96,6 +96,10 @@ std::string take_name(std::string_view& path) {
 
 } // namespace
 
+bool is_reserved(std::string_view name) {
+    return std::ranges::find(reserved, name) != std::end(reserved);
+}
+
 std::string json_string(std::string_view bytes) {
     std::string result = "\"";
     const bool is_ascii = std::ranges::all_of(bytes, [](char c) { return c >= 0; });
@@ -185,7 +189,7 @@ std::string pm_name(std::string_view path) {
         const std::string name = take_name(path);
         result += is_plain(name) ? name : in_hexadecimal(result.empty() ? "_0x" : "0x", name);
     }
-    if (is_one_name && std::ranges::find(reserved, result) != std::end(reserved))
+    if (is_one_name && is_reserved(result))
         return in_hexadecimal("_0x", result);
     return result;
 }

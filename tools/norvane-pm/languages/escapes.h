@@ -26,6 +26,8 @@ std::string comment_word(std::string_view name);
 std::string comment_text(std::string_view text);
 // "text", with the escapes of clingo.
 std::string asp_string(std::string_view text);
+// Whether PM takes the word for itself, so that no variable can have it as its name.
+bool is_reserved(std::string_view name);
 // A plain name of PM for a path. The parts of a path are joined by two underscores, an index
 // beginning with a digit: slots[0].card.SOME is slots__0__card__SOME. A name that would be taken
 // for something else becomes "0x" and the hexadecimal digits of its bytes.

@@ -1,5 +1,7 @@
 #include "forms.h"
 
+#include <utility>
+
 #include "norvane/proj.hpp"
 
 namespace norvane::driver {
@@ -11,6 +13,15 @@ ModelForm model_form(ModelForm said, const std::string& file) {
     case FILETYPE_XML: return ModelForm::xml;
     default: return ModelForm::unknown;
     }
+}
+
+ModelForm foreign_form(ModelForm said, const std::string& file) {
+    if (said != ModelForm::unknown) return said;
+    for (const auto& [extension, form] :
+         {std::pair(".cnf", ModelForm::dimacs), std::pair(".dimacs", ModelForm::dimacs),
+          std::pair(".uvl", ModelForm::uvl)})
+        if (file.ends_with(extension)) return form;
+    return model_form(said, file);
 }
 
 CalcForm calculation_form(CalcForm said, const std::string& file) {

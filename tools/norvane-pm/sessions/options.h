@@ -12,8 +12,8 @@ namespace norvane::driver {
 
 enum class Language; // languages.h
 
-// The form of a model's file.
-enum class ModelForm { unknown, source, xml };
+// The form of a model's file. The last two are only converted from.
+enum class ModelForm { unknown, source, xml, dimacs, uvl };
 
 // The form of a calculation's file. A package is only read.
 enum class CalcForm { unknown, source, xml, package };
@@ -39,6 +39,7 @@ struct Options {
     Selection warnings;
     std::string output = "-";
     ModelForm to = ModelForm::unknown;
+    std::string texts; // the file for display texts of renamed names
     bool as_written = false;
     bool with_origin = false;
     Language language{};  // of the rules; the plain text is the first

@@ -91,6 +91,14 @@ class Session {
         output.refused();
         close_output();
     }
+    // The same for a further result of this name, before the output.
+    template <typename Write>
+    void write_result(const std::string& name, Write write) {
+        open_result(name);
+        write(output.stream());
+        output.refused();
+        close_result(name);
+    }
     // The same for what is printed of the subject: a failure in it is one of that subject.
     template <typename Print>
     void print_output(Print print) {
