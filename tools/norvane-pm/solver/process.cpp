@@ -67,12 +67,12 @@ struct Pipe {
     int release(int end) { return std::exchange(ends[end], -1); }
 };
 
+} // namespace
+
 // Where the answer that a text begins with ends; 0 while it is not whole.
-std::size_t end_of_answer(std::string_view text) {
-    std::size_t depth = 0;
-    char quote = '\0'; // in a text or in a name between bars
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
+std::size_t SolverProcess::AnswerScan::end(std::string_view text) {
+    while (at < text.size()) {
+        const char c = text[at++];
         if (quote != '\0') {
             if (c == quote) quote = '\0';
         } else if (c == '|' || c == '"') {
@@ -80,16 +80,14 @@ std::size_t end_of_answer(std::string_view text) {
         } else if (c == '(') {
             ++depth;
         } else if (c == ')') {
-            if (depth <= 1) return i + 1;
+            if (depth <= 1) return at;
             --depth;
         } else if (c == '\n' && depth == 0) {
-            return i + 1;
+            return at;
         }
     }
     return 0;
 }
-
-} // namespace
 
 SolverProcess::SolverProcess(const std::string& name, unsigned seconds) : seconds_(seconds) {
     if (!name.empty()) {
@@ -186,9 +184,11 @@ void SolverProcess::read_some() {
 }
 
 bool SolverProcess::take_answer(std::string& taken) {
-    received_.erase(0, std::min(received_.find_first_not_of(" \n\r\t"), received_.size()));
-    const std::size_t end = end_of_answer(received_);
+    if (scan_.at == 0)
+        received_.erase(0, std::min(received_.find_first_not_of(" \n\r\t"), received_.size()));
+    const std::size_t end = scan_.end(received_);
     if (end == 0) return false;
+    scan_ = {};
     taken = received_.substr(0, end);
     received_.erase(0, end);
     taken.erase(taken.find_last_not_of(" \n\r\t") + 1);

@@ -36,6 +36,13 @@ class SolverProcess {
   private:
     using Clock = std::chrono::steady_clock;
     static constexpr std::size_t enough_to_send = 1 << 16;
+    // Goes on where it was, since a long answer comes in many pieces.
+    struct AnswerScan {
+        std::size_t at = 0;
+        std::size_t depth = 0;
+        char quote = '\0'; // in a text or in a name between bars
+        std::size_t end(std::string_view text);
+    };
 
     bool start(const std::string& name);
     void exchange(std::size_t most_unsent, Clock::time_point deadline);
@@ -53,6 +60,7 @@ class SolverProcess {
     int from_child_ = -1;
     std::string unsent_;
     std::string received_;
+    AnswerScan scan_; // of what was received
     bool has_ended_ = false; // it closed its output or its input
     bool is_late_ = false;
 };
