@@ -168,6 +168,8 @@ bool Analysis::tell_whether_there_is_one() {
 void Analysis::tell_contradiction() {
     begin("for rules that contradict each other");
     const auto why = questions_.contradiction();
+    if (!why && is_json())
+        return line("{\"answer\":\"contradiction\",\"rules\":null,\"smallest\":false}");
     if (!why) return heading("    (the time was too short to find them)");
     if (is_json())
         line("{\"answer\":\"contradiction\",\"rules\":" + json_rules(why->rules) +

@@ -2,12 +2,10 @@
 #ifndef NORVANE_PM_PROCESS_H
 #define NORVANE_PM_PROCESS_H
 
-#include <chrono>
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include <sys/types.h>
+#include "child_process.h"
 
 namespace norvane::driver {
 
@@ -16,15 +14,11 @@ struct SolverFault {
     std::string text;
 };
 
-// The child ends when this does, and when the program does, however that ends.
 class SolverProcess {
   public:
     // Starts the named solver, or, without a name, the first one that is installed. `seconds` is
     // the time for each question. Throws a SolverFault.
     SolverProcess(const std::string& name, unsigned seconds);
-    ~SolverProcess();
-    SolverProcess(const SolverProcess&) = delete;
-    SolverProcess& operator=(const SolverProcess&) = delete;
 
     // Sends commands. If the solver does not take them, the next answer fails.
     void send(std::string_view commands);
@@ -34,7 +28,6 @@ class SolverProcess {
     const std::string& name() const { return name_; }
 
   private:
-    using Clock = std::chrono::steady_clock;
     static constexpr std::size_t enough_to_send = 1 << 16;
     // Goes on where it was, since a long answer comes in many pieces.
     struct AnswerScan {
@@ -45,24 +38,15 @@ class SolverProcess {
     };
 
     bool start(const std::string& name);
-    void exchange(std::size_t most_unsent, Clock::time_point deadline);
-    void read_some();
+    ChildProcess::Clock::time_point deadline() const;
     bool take_answer(std::string& taken);
-    void stop();
-    std::optional<int> status_of_the_end();
     [[noreturn]] void fail_at_the_end();
     [[noreturn]] void fail(const std::string& what) const;
 
     std::string name_;
     unsigned seconds_;
-    pid_t child_ = -1;
-    int to_child_ = -1;
-    int from_child_ = -1;
-    std::string unsent_;
-    std::string received_;
+    ChildProcess child_;
     AnswerScan scan_; // of what was received
-    bool has_ended_ = false; // it closed its output or its input
-    bool is_late_ = false;
 };
 
 } // namespace norvane::driver

@@ -10,9 +10,19 @@ namespace {
 // How many variables one question about their values is about.
 constexpr std::size_t variables_at_once = 256;
 
+// How many of them, from these on, are read back from an answer: those before are decided, and what
+// is seen of those after spares questions.
+constexpr std::size_t variables_read = 4096;
+// Rules of which a first question for a contradiction names one selector.
+constexpr std::size_t rules_in_group = 256;
+
 // No path looks like this: a name with a blank is in quotes there.
 std::string selector(std::size_t rule) {
     return "|rule " + std::to_string(rule) + "|";
+}
+
+std::string group_selector(std::size_t group) {
+    return "|rules " + std::to_string(group) + "|";
 }
 
 // The words of an answer: names between bars as one word, brackets as words of their own.
@@ -60,6 +70,43 @@ Verdict ask(SolverProcess& solver, const std::string& question) {
                       " where sat, unsat or unknown is expected"};
 }
 
+namespace {
+
+// The values that satisfy what was asked, of `count` names that were sent.
+Product read_values(SolverProcess& solver, std::size_t count) {
+    const std::string answer = solver.answer();
+    Product product;
+    const auto words = words_of(answer);
+    // ((NAME VALUE) (NAME VALUE) ...)
+    for (std::size_t i = 1; i + 3 < words.size() && words[i] == "("; i += 4) {
+        const auto value = value_of(words[i + 2]);
+        if (!value || words[i + 3] != ")") break;
+        product.push_back(*value);
+    }
+    if (product.size() != count)
+        throw SolverFault{"the solver " + solver.name() +
+                          " gives no values: " + answer.substr(0, 60)};
+    return product;
+}
+
+// Of the variables of one model alone, from a number to another.
+Product read_product(SolverProcess& solver, const FlatModel& flat, std::size_t from,
+                     std::size_t to) {
+    {
+        Writer out([&solver](std::string_view text) { solver.send(text); });
+        out << "(get-value (";
+        for (std::size_t variable = from; variable < to; ++variable)
+            flat.with(variable, [&](const FlatVariable& of) {
+                SmtlibTerms::name(out, of.path);
+                out << ' ';
+            });
+        out << "))\n";
+    }
+    return read_values(solver, to - from);
+}
+
+} // namespace
+
 Product read_product(SolverProcess& solver, const FlatModel& flat, const std::string& prefix) {
     {
         Writer out([&solver](std::string_view text) { solver.send(text); });
@@ -71,19 +118,7 @@ Product read_product(SolverProcess& solver, const FlatModel& flat, const std::st
         });
         out << "))\n";
     }
-    const std::string answer = solver.answer();
-    Product product;
-    const auto words = words_of(answer);
-    // ((NAME VALUE) (NAME VALUE) ...)
-    for (std::size_t i = 1; i + 3 < words.size() && words[i] == "("; i += 4) {
-        const auto value = value_of(words[i + 2]);
-        if (!value || words[i + 3] != ")") break;
-        product.push_back(*value);
-    }
-    if (product.size() != flat.size())
-        throw SolverFault{"the solver " + solver.name() +
-                          " gives no values: " + answer.substr(0, 60)};
-    return product;
+    return read_values(solver, flat.size());
 }
 
 Questions::Questions(const Terms& terms, const FlatRules& rules, SolverProcess& solver)
@@ -100,6 +135,14 @@ Questions::Questions(const Terms& terms, const FlatRules& rules, SolverProcess& 
         smtlib.truth(rule.expr);
         out << "))\n";
         rules_.push_back(rule.expr);
+    }
+    if (rules_.size() <= rules_in_group) return;
+    for (std::size_t from = 0; from < rules_.size(); from += rules_in_group) {
+        const std::string name = group_selector(from / rules_in_group);
+        out << "(declare-const " << name << " Bool)\n(assert (=> " << name << " (and true true";
+        for (std::size_t i = from; i < std::min(from + rules_in_group, rules_.size()); ++i)
+            out << ' ' << selector(i);
+        out << ")))\n";
     }
 }
 
@@ -135,36 +178,52 @@ Verdict Questions::ask_with(const std::vector<std::size_t>& rules) {
     return ask(solver_, question + "))\n");
 }
 
-std::vector<std::size_t> Questions::read_core() {
+// The numbers of the selectors that contradict each other: of rules, or of groups.
+std::vector<std::size_t> Questions::read_core(std::string_view begin, std::size_t count) {
     solver_.send("(get-unsat-assumptions)\n");
     const std::string answer = solver_.answer();
     std::vector<std::size_t> core;
     for (const std::string_view word : words_of(answer)) {
         std::size_t rule = 0;
-        constexpr std::string_view begin = "|rule ";
         if (word.starts_with(begin) &&
             std::from_chars(word.data() + begin.size(), word.data() + word.size(), rule).ec ==
                 std::errc() &&
-            rule < rules_.size())
+            rule < count)
             core.push_back(rule);
     }
     std::ranges::sort(core);
     return core;
 }
 
+// All rules of a small model. In a large one, those of the groups that contradict each other: all
+// its selectors, once for each question, would make as many of them as rules by rules.
+std::vector<std::size_t> Questions::rules_that_matter() {
+    std::vector<std::size_t> rules(rules_.size());
+    std::iota(rules.begin(), rules.end(), std::size_t{0});
+    if (rules.size() <= rules_in_group) return rules;
+    const std::size_t groups = (rules.size() - 1) / rules_in_group + 1;
+    std::string question = "(check-sat-assuming (";
+    for (std::size_t group = 0; group < groups; ++group)
+        question += group_selector(group) + " ";
+    if (ask(solver_, question + "))\n") != Verdict::no) return rules;
+    std::vector<bool> matters(groups);
+    for (const std::size_t group : read_core("|rules ", groups))
+        matters[group] = true;
+    std::erase_if(rules, [&matters](std::size_t rule) { return !matters[rule / rules_in_group]; });
+    return rules;
+}
+
 // Leaves out one rule after the other as long as the rest contradicts itself.
 std::optional<Questions::Contradiction> Questions::smallest_core() {
-    std::vector<std::size_t> all(rules_.size());
-    std::iota(all.begin(), all.end(), std::size_t{0});
-    if (ask_with(all) != Verdict::no) return {};
-    Contradiction found{read_core()};
+    if (ask_with(rules_that_matter()) != Verdict::no) return {};
+    Contradiction found{read_core("|rule ", rules_.size())};
     for (std::size_t i = 0; i < found.rules.size();) {
         std::vector<std::size_t> others = found.rules;
         others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
         const Verdict verdict = ask_with(others);
         if (verdict == Verdict::no) {
             // Those before are needed still, so the place in the list stays.
-            found.rules = read_core();
+            found.rules = read_core("|rule ", rules_.size());
         } else {
             found.is_smallest = found.is_smallest && verdict == Verdict::yes;
             ++i;
@@ -220,7 +279,9 @@ void Questions::find_values(std::size_t from, std::size_t to, std::vector<Possib
         push();
         assert_unseen(from, to, values);
         verdict = ask(solver_);
-        if (verdict == Verdict::yes) note_values(read_product(solver_, terms_.flat()), values);
+        const std::size_t end = std::min(from + variables_read, values.size());
+        if (verdict == Verdict::yes)
+            note_values(read_product(solver_, terms_.flat(), from, end), from, values);
         pop();
     }
     for (std::size_t variable = from; variable < to; ++variable)
@@ -242,10 +303,11 @@ void Questions::assert_unseen(std::size_t from, std::size_t to,
     out << "))\n";
 }
 
-void Questions::note_values(const Product& product, std::vector<PossibleValues>& values) {
-    for (std::size_t variable = 0; variable < product.size(); ++variable) {
-        auto& possible = values[variable].is_possible;
-        if (product[variable] < possible.size()) possible[product[variable]] = true;
+void Questions::note_values(const Product& product, std::size_t from,
+                            std::vector<PossibleValues>& values) {
+    for (std::size_t i = 0; i < product.size(); ++i) {
+        auto& possible = values[from + i].is_possible;
+        if (product[i] < possible.size()) possible[product[i]] = true;
     }
 }
 

@@ -69,13 +69,16 @@ class Questions {
     void enable(std::size_t from, std::size_t to);
     void enable_all() { enable(0, rules_.size()); }
     Verdict ask_with(const std::vector<std::size_t>& rules);
-    std::vector<std::size_t> read_core();
+    std::vector<std::size_t> read_core(std::string_view begin, std::size_t count);
+    std::vector<std::size_t> rules_that_matter();
     std::optional<Contradiction> smallest_core();
     void find_redundant(std::size_t from, std::size_t to,
                         const std::function<void(std::size_t, Verdict)>& found);
     void find_values(std::size_t from, std::size_t to, std::vector<PossibleValues>& values);
     void assert_unseen(std::size_t from, std::size_t to, const std::vector<PossibleValues>& values);
-    static void note_values(const Product& product, std::vector<PossibleValues>& values);
+    // Of the variables from a number on.
+    static void note_values(const Product& product, std::size_t from,
+                            std::vector<PossibleValues>& values);
 
     const Terms& terms_;
     SolverProcess& solver_;
