@@ -1,5 +1,6 @@
 #include "report.h"
 
+#include "drawing.h"
 #include "finite.h"
 #include "graph.h"
 #include "load_model.h"
@@ -92,7 +93,12 @@ void write_report(Session& session) {
     const std::string title = input_name(session.model_file);
     SourceFiles sources;
     if (session.standard_input) sources.set(title, session.standard_input->text());
-    const PageContents contents{title, terms, rules, warnings, answers_for(session, terms, rules)};
+    const PageContents contents{title,
+                                terms,
+                                rules,
+                                warnings,
+                                answers_for(session, terms, rules),
+                                draw_graph(terms, rules)};
     session.write_output([&](std::FILE* stream) {
         Writer out(stream);
         write_page(contents, sources, out);

@@ -15,7 +15,9 @@ std::string dot_string(std::string_view bytes);
 
 // Each rule is a node between the variables that it names. Variables that no rule names are left
 // out.
-void write_dot(const Terms& terms, const FlatRules& rules, Writer& out);
+enum class NodeLinks { none, to_page }; // to the places of a page about the model
+void write_dot(const Terms& terms, const FlatRules& rules, Writer& out,
+               NodeLinks links = NodeLinks::none);
 
 } // namespace norvane::driver
 

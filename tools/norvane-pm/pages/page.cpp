@@ -316,7 +316,15 @@ void Page::groups() {
         links(group, [this](std::size_t variable) { variable_link(variable); });
         out_ << "</li>\n";
     }
-    out_ << "</ul></section>\n";
+    out_ << "</ul>\n";
+    const Drawing& drawing = contents_.drawing;
+    if (drawing.picture.empty())
+        out_ << "<p class=\"soft\">" << html_text(drawing.why_none) << "</p>";
+    else
+        out_ << "<p class=\"soft\">A circle is a rule, and a box a variable, which is dashed if "
+                "it is private.</p><div id=\"graph\" tabindex=\"0\">"
+             << drawing.picture << "</div>";
+    out_ << "</section>\n";
 }
 
 } // namespace

@@ -35,12 +35,19 @@ struct Answers {
     std::size_t open_rules = 0;
 };
 
+// A picture of the graph in SVG, or why there is none.
+struct Drawing {
+    std::string picture;
+    std::string why_none;
+};
+
 struct PageContents {
     std::string title; // the model's file
     const Terms& terms;
     const FlatRules& rules;
     const std::vector<Finding>& warnings;
     std::optional<Answers> answers;
+    Drawing drawing;
 };
 
 // The sources are shown beside the rules.

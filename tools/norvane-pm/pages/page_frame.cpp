@@ -7,7 +7,7 @@ namespace norvane::driver {
 const char* const page_style = R"css(
 :root { color-scheme: light dark; --back: #fff; --text: #1c1c22; --soft: #5b5b68; --line: #d9d9e0;
   --bar: #dde7f7; --link: #1a56b0; --bad: #b3261e; --mark: #fff2c4; }
-@media (prefers-color-scheme: dark) { :root { --back: #17171c; --text: #ececf1; --soft: #a3a3b2;
+@media screen and (prefers-color-scheme: dark) { :root { --back: #17171c; --text: #ececf1; --soft: #a3a3b2;
   --line: #3a3a45; --bar: #2b3c58; --link: #8ab4f8; --bad: #ff8a80; --mark: #4a3f16; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; max-width: 72rem; padding: 0 1.2rem 4rem; background: var(--back);
@@ -15,7 +15,7 @@ body { margin: 0 auto; max-width: 72rem; padding: 0 1.2rem 4rem; background: var
 header { position: sticky; top: 0; z-index: 2; background: var(--back); padding: .7rem 0 .5rem;
   border-bottom: 1px solid var(--line); }
 h1 { font-size: 1.35rem; margin: 0 0 .3rem; overflow-wrap: anywhere; }
-h2 { font-size: 1.15rem; margin: 2.2rem 0 .6rem; scroll-margin-top: 8rem; }
+h2 { font-size: 1.15rem; margin: 2.2rem 0 .6rem; } section { scroll-margin-top: 6rem; }
 nav a { margin-right: 1rem; }
 #search { width: min(26rem, 100%); padding: .35rem .6rem; font: inherit; color: inherit;
   background: transparent; border: 1px solid var(--soft); border-radius: .4rem; margin: .4rem .6rem 0 0; }
@@ -36,6 +36,10 @@ ul.rows > li:target { background: var(--mark); }
 .bar span { flex: 1 1 auto; min-width: 2rem; max-width: 100%; padding: .1rem .5rem; background: var(--bar);
   border-radius: .25rem; text-align: center; font-size: .84rem; overflow-wrap: anywhere; }
 .bar .no { background: transparent; border: 1px dashed var(--bad); color: var(--bad); }
+#graph { overflow: auto; max-height: 85vh; border: 1px solid var(--line); border-radius: .5rem; }
+#graph svg { display: block; margin: auto; } #graph text { fill: var(--text); }
+#graph [stroke="black"] { stroke: var(--soft); } #graph polygon[fill="white"] { fill: none; }
+#graph a:hover text { text-decoration: underline; }
 #grid { overflow: auto; max-height: 75vh; }
 #grid table { border-collapse: collapse; font-size: .82rem; }
 #grid th { font-weight: normal; text-align: left; background: var(--back); position: sticky; }
@@ -46,7 +50,8 @@ ul.rows > li:target { background: var(--mark); }
 #grid .on { background: var(--bar); }
 .skip { position: absolute; left: -99rem; } .skip:focus { position: static; }
 @media print { nav, .search, #matrix, .skip { display: none; } header { position: static; }
-  ul.many { content-visibility: visible; } ul.rows > li { break-inside: avoid; } }
+  ul.many { content-visibility: visible; } #graph { max-height: none; border: 0; overflow: visible; }
+  #graph svg { max-width: 100%; height: auto; } ul.rows > li { break-inside: avoid; } }
 )css";
 
 const char* const page_script = R"js(
