@@ -217,6 +217,20 @@ TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     EXPECT_EQ(told, "error engine.pm:3 #error no 5:6: fatal error: here < a: b.pm:1 < car.pm:2\n"
                     "error engine.pm:4 none.pm: No such file or directory\n");
     EXPECT_EQ(messages, "");
+    directory.write("warned.pm", "#define A 1\n#define A 2\n#if B\n#endif\n#warning take care\n");
+    const std::string warnings =
+        "warning warned.pm:2 \"A\" redefined\n"
+        "note warned.pm:1 this is the location of the previous definition\n"
+        "warning warned.pm:3 \"B\" is not defined, evaluates to 0\n"
+        "warning warned.pm:5 #warning take care\n";
+    for (const bool are_wanted : {true, false}) {
+        told.clear();
+        os_set_preprocessor_warnings(are_wanted);
+        os_delete_file("out.pm");
+        EXPECT_EQ(run("warned.pm"), 0);
+        EXPECT_EQ(told, are_wanted ? warnings : "");
+    }
+    os_delete_file("out.pm");
 
     directory.write("m.pm", "#\n");
     const std::pair<std::string, std::string> failures[] = {

@@ -57,7 +57,7 @@ ROWS = [
         ('change', 'lone.cl', 'namespace A {\n integer f( = n; }\n',
          {'lone.cl': [(0, 0, 0, 0, None), (1, 10, 1, 11, 'ERR_PARSER')]})]),
     ('a failure of the preprocessor is shown', {}, [
-        ('open', 'm.pm', '#include "none.pm"\n' + OK, {'m.pm': [(0, 0, 0, 18, 'ERR_CPP')]}),
+        ('open', 'm.pm', '#include "none.pm"\n' + OK, {'m.pm': [(0, 10, 0, 17, 'ERR_CPP')]}),
         ('change', 'm.pm', 'variable public c : [x, y];\nrule order("x") = 0;\n constant C : order("x");\n',
          {'m.pm': [(2, 14, 2, 24, 'ERR_OP_TYPES_UN')]})]),
 ]

@@ -13,6 +13,9 @@
 namespace norvane::driver {
 namespace {
 
+// Levels of an expression that a report shows, as those of the library do.
+constexpr int shown_depth = 3;
+
 enum class Role { operand, lower, upper, index, arm, root };
 
 // What the reports are about.
@@ -153,7 +156,14 @@ class Search {
         // The comparison with the selector has no line of its own.
         const bool has_no_type =
             expr->type == ETYPE_UNDEF && args.default_expr->type != ETYPE_UNDEF;
-        if (!token_ && kind_ == Kind::binary && has_no_type) take(expr);
+        if (token_ || kind_ != Kind::binary || !has_no_type || found_.expr) return;
+        take(expr);
+        for (const Expr* condition : items<Expr>(args.exprlist_condition)) {
+            if (!message_.ends_with(" = " + excerpt(condition) + ")'")) continue;
+            found_.expr = condition;
+            found_.selector = args.casevar;
+            return;
+        }
     }
 
     void identifier(IdCon* idcon, IdCon* path) {
@@ -194,6 +204,14 @@ class Search {
 };
 
 } // namespace
+
+std::string excerpt(const Expr* expr) {
+    UtilString* printed = call([] { return ustr_new(); });
+    call([=] { ppm_printn_expr_str(const_cast<Expr*>(expr), printed, shown_depth); });
+    std::string text(printed->text, printed->length);
+    call([=] { ustr_delete(printed); });
+    return text;
+}
 
 std::string_view quoted_name(std::string_view message) {
     const std::size_t open = message.find('\'');

@@ -7,9 +7,9 @@
 
 namespace norvane::driver {
 
-std::vector<Finding> find_faults(const SourceText& text) {
+std::vector<Finding> find_faults(const SourceText& text, NamesKnown known) {
     EditedSource source(text);
-    SyntaxFaults syntax = find_syntax_faults(source);
+    SyntaxFaults syntax = find_syntax_faults(source, known);
     const ProjectOwner project = source.load();
     std::vector<PlacedFinding> all = std::move(syntax.findings);
     if (project) {

@@ -292,15 +292,29 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
-    // pumps : Pump[3];
+    // pumps : Pump[3]; seats : boolean[3][2];
     void array_after_type() {
         if (error_.word() != "[" || !is_type_word(-1)) return;
-        const std::size_t end = closing(token());
-        if (end >= error_.statement.end || end == token() + 1) return;
-        const std::string text =
-            "array " + text_of(token() + 1, end) + " of " + std::string(error_.word(-1));
+        std::string text;
+        std::size_t end = token() - 1;
+        for (std::size_t open = token(); open < source_.size() && source_.word(open) == "[";
+             open = end + 1) {
+            end = closing(open);
+            if (end >= error_.statement.end || end == open + 1) return;
+            text += "array " + text_of(open + 1, end) + " of ";
+        }
+        text += error_.word(-1);
         rewrite({token() - 1, end}, "the size of an array comes before the type", "write " + text,
                 text, true);
+    }
+
+    // The value of a number; nothing for what is none.
+    static std::optional<int> number(std::string_view text) {
+        int value = 0;
+        const char* end = text.data() + text.size();
+        const auto [after, problem] = std::from_chars(text.data(), end, value);
+        const bool is_number = problem == std::errc() && after == end && value < 1000000;
+        return is_number ? std::optional(value) : std::nullopt;
     }
 
     // array [0..2] of Pump, array[3] of Pump
@@ -308,18 +322,26 @@ class Search : MistakeSearch {
         if (error_.word() != "[" || error_.word(-1) != "array") return;
         const std::size_t end = closing(token());
         if (end >= error_.statement.end || end == token() + 1) return;
-        const bool is_range = error_.word(1) == "0" && error_.word(2) == "..";
-        std::string size = text_of(token() + (is_range ? 3 : 1), end);
-        if (is_range) {
-            int last = 0;
-            const auto [after, problem] =
-                std::from_chars(size.data(), size.data() + size.size(), last);
-            const bool is_literal =
-                problem == std::errc() && after == size.data() + size.size() && last < 1000000;
-            size = is_literal ? std::to_string(last + 1) : size + " + 1";
+        const TokenRange range{token(), end};
+        const std::string message = "an array has a size and no range";
+        if (error_.word(2) != "..") {
+            const std::string size = text_of(token() + 1, end);
+            return rewrite(range, message, "write array " + size + " of", size, true);
         }
-        rewrite({token(), end}, "an array has a size and no range", "write array " + size + " of",
-                size, true);
+        const std::string last_index = text_of(token() + 3, end);
+        const std::optional<int> first = number(error_.word(1));
+        const std::optional<int> last = number(last_index);
+        if (first && last && *last >= *first) {
+            const std::string size = std::to_string(*last - *first + 1);
+            const std::string hint = "write array " + size + " of";
+            const std::string indices =
+                ": the indices go from 0 to " + std::to_string(*last - *first);
+            return rewrite(range, message, *first == 0 ? hint : hint + indices, size, *first == 0);
+        }
+        if (first && *first == 0)
+            return rewrite(range, message, "write array " + last_index + " + 1 of",
+                           last_index + " + 1", true);
+        add(at(range, message, "write how many elements it has: the indices go from 0"));
     }
 
     // 1,000, where the comma may also be that of decimals

@@ -62,9 +62,13 @@ class Search {
         const std::string_view before = at > 0 ? word(at - 1) : ";";
         return before == ";" || is_section_word(before);
     }
-    std::string_view section_meant_by(std::string_view said) const {
-        if (said.starts_with("constraint")) return "rule";
-        return most_similar(said, section_words);
+    static std::string_view section_meant_by(std::string_view said) {
+        std::string lower(said);
+        std::ranges::transform(lower, lower.begin(), [](char c) {
+            return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+        });
+        if (lower.starts_with("constraint")) return "rule";
+        return most_similar(lower, section_words);
     }
 
     // No statement has a name and then another word that can begin one.
@@ -91,16 +95,22 @@ class Search {
         return {};
     }
 
-    // {red, green}
+    // {red, green}, enum {red; green}. An entry of a record ends with a semicolon, the last one
+    // too.
     void enumeration_in_braces(std::size_t at) {
-        if (word(at) != "{" || !is_type(at)) return;
-        const auto end = end_of_labels(at, "}", {",", "|"});
+        const bool has_word = at > 0 && (word(at - 1) == "enum" || word(at - 1) == "enumeration");
+        if (word(at) != "{" || !is_type(has_word ? at - 1 : at)) return;
+        const auto end = end_of_labels(at, "}", {",", "|", ";"});
         if (!end) return;
-        found_.push_back({{at, *end},
-                          "labels in braces",
-                          "the labels of an enumeration stand in '[' and ']'",
-                          {{at, "["}, {*end, "]"}},
-                          true});
+        Misread misread{{has_word ? at - 1 : at, *end},
+                        "labels in braces",
+                        "the labels of an enumeration stand in '[' and ']', separated by ','",
+                        {{at, "["}, {*end, "]"}},
+                        true};
+        if (has_word) misread.words.emplace_back(at - 1, "");
+        for (std::size_t i = at + 1; i < *end; ++i)
+            if (word(i) == ";") misread.words.emplace_back(i, ",");
+        found_.push_back(std::move(misread));
     }
 
     // [red; green]

@@ -14,19 +14,8 @@
 namespace norvane::driver {
 namespace {
 
-// Levels of an expression that a report shows, as those of the library do.
-constexpr int shown_depth = 3;
-
 // The largest bound and size, for those that are at fault themselves.
 constexpr int any_bound = 0xFFFFFF;
-
-std::string excerpt(Expr* expr) {
-    UtilString* printed = call([] { return ustr_new(); });
-    call([=] { ppm_printn_expr_str(expr, printed, shown_depth); });
-    std::string text(printed->text, printed->length);
-    call([=] { ustr_delete(printed); });
-    return text;
-}
 
 bool is_logical(const Expr* expr) {
     switch (static_cast<OprTypes>(expr->opr)) {

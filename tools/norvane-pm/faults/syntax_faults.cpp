@@ -40,10 +40,11 @@ class Finder {
   public:
     explicit Finder(EditedSource& source) : source_(source), text_(source.source()) {}
 
-    SyntaxFaults run() {
+    SyntaxFaults run(NamesKnown known) {
         find_misread_words();
         source_.begin_parsing();
         statements_ = statements_of(text_, words_);
+        if (known == NamesKnown::some) lose_undeclared_names();
         while (next_ < statements_.size())
             parse_from(statements_[next_]);
         return std::move(faults_);
@@ -65,6 +66,35 @@ class Finder {
             }
             faults_.findings.push_back(std::move(found));
         }
+    }
+
+    bool is_name(std::size_t token) const {
+        return text_.tokens()[token].kind == TokenKind::word && !is_reserved(text_.word(token));
+    }
+
+    // Every name that does not stand where one is declared.
+    void lose_undeclared_names() {
+        std::unordered_set<std::string_view> declared;
+        for (const Statement& statement : statements_)
+            for (std::size_t i = statement.first; i + 1 < statement.end; ++i)
+                if (is_name(i) && may_declare(statement, text_.word(i + 1)))
+                    declared.insert(text_.word(i));
+        for (std::size_t i = 0; i < text_.size(); ++i)
+            if (is_name(i) && !declared.contains(text_.word(i)))
+                faults_.lost_names.emplace(text_.word(i));
+        undeclared_ = faults_.lost_names;
+    }
+    // Whether a name before this word is declared there: variables, labels, variables of loops.
+    static bool may_declare(const Statement& statement, std::string_view next) {
+        if (statement.is_rule()) return next == "in";
+        return next == ":" || next == "," || next == "]";
+    }
+
+    // Nothing is told of a statement with a name that may be a macro.
+    void tell(const Statement& statement, PlacedFinding found) {
+        for (std::size_t i = statement.first; i < std::min(statement.end, text_.size()); ++i)
+            if (undeclared_.contains(std::string(text_.word(i)))) return;
+        faults_.findings.push_back(std::move(found));
     }
 
     std::string_view word(std::size_t token) const {
@@ -92,7 +122,7 @@ class Finder {
                 if (statement.first >= edited_end) return skip_to(statement.first);
                 continue;
             }
-            faults_.findings.push_back(uncorrected_);
+            tell(statement, uncorrected_);
             return give_up(statement);
         }
     }
@@ -185,7 +215,7 @@ class Finder {
         return false;
     }
     void apply(const Mistake& mistake, Statement& statement, const TokenReport& error) {
-        faults_.findings.push_back(finding_of(text_, error, &mistake));
+        tell(statement, finding_of(text_, error, &mistake));
         source_.add(mistake.edits);
         if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end - 1});
         if (!mistake.ends_statement) return;
@@ -220,8 +250,7 @@ class Finder {
         source_.drop(statement.first, std::max(end, statement.first));
         if (!statement.is_rule() && !declares_nothing_)
             for (std::size_t i = statement.first; i < std::min(end, text_.size()); ++i)
-                if (text_.tokens()[i].kind == TokenKind::word && !is_reserved(text_.word(i)))
-                    faults_.lost_names.emplace(text_.word(i));
+                if (is_name(i)) faults_.lost_names.emplace(text_.word(i));
         skip_to(end);
     }
 
@@ -233,13 +262,14 @@ class Finder {
     std::size_t next_ = 0; // the first statement that is not parsed yet
     unsigned searches_ = 0;
     PlacedFinding uncorrected_;
+    std::unordered_set<std::string> undeclared_; // names that may be macros
     SyntaxFaults faults_;
 };
 
 } // namespace
 
-SyntaxFaults find_syntax_faults(EditedSource& source) {
-    return Finder(source).run();
+SyntaxFaults find_syntax_faults(EditedSource& source, NamesKnown known) {
+    return Finder(source).run(known);
 }
 
 } // namespace norvane::driver

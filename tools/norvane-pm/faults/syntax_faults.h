@@ -7,13 +7,15 @@
 #include <vector>
 
 #include "edited_source.h"
+#include "faults.h"
 #include "placed_finding.h"
 
 namespace norvane::driver {
 
 struct SyntaxFaults {
     std::vector<PlacedFinding> findings;
-    // Names in declarations that do not parse: what is said of them cannot be judged.
+    // Names in declarations that do not parse, or that the source does not have: what is said of
+    // them cannot be judged.
     std::unordered_set<std::string> lost_names;
     // Statements that parse after a change which may not be what was meant.
     std::vector<TokenRange> guessed;
@@ -21,7 +23,7 @@ struct SyntaxFaults {
 
 // Edits the source so that it parses: usual mistakes are corrected, and other statements that do
 // not parse taken out.
-SyntaxFaults find_syntax_faults(EditedSource& source);
+SyntaxFaults find_syntax_faults(EditedSource& source, NamesKnown known);
 
 } // namespace norvane::driver
 

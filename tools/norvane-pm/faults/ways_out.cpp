@@ -104,6 +104,7 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
     if (report.name == "ERR_NOT_RECORD" && is_array(std::string(quoted_name(report.message))))
         say(found, "it is an array: its elements are records, such as [0]");
     const Expr* expr = subject.expr;
+    if (expr && subject.selector) return arm(found, subject.selector, expr);
     if (expr && expr->structure == EXPR_BINARY) return operands(found, root, expr);
     if (report.name == "ERR_TYPE_AS_VAR_NAME" || report.name == "ERR_TYPE_AS_VAR")
         say(found, "a rule is about variables: name one of this type");
@@ -248,7 +249,7 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
         return;
     if (is_logical(binary)) return incomplete_comparison(found, root, binary);
     if (left->type == ETYPE_SUM && right->structure == EXPR_STRING_CONST)
-        return label_of(found, left, right);
+        return label_of(found, simple_name(left), right);
     if (binary->opr == OPR_DIV && left->type == ETYPE_INT)
         return say(found, "integers have no division: multiply the other side instead");
     if (left->type == ETYPE_SUM && right->type == ETYPE_SUM) {
@@ -319,9 +320,15 @@ void WaysOut::incomplete_comparison(PlacedFinding& found, const Expr* root, cons
     insert_before(text_, found, value->first, missing, false);
 }
 
+// `case cover of 3 then ...`
+void WaysOut::arm(PlacedFinding& found, const IdCon* selector, const Expr* value) {
+    if (value->type == ETYPE_SUM) return labels(found, value);
+    if (value->structure == EXPR_STRING_CONST && selector->contype == IDCON_SIMPLE)
+        label_of(found, selector->args.id.idname, value);
+}
+
 // `cover = "grey"` where that is not a label of the enumeration.
-void WaysOut::label_of(PlacedFinding& found, const Expr* variable, const Expr* text) {
-    const char* name = simple_name(variable);
+void WaysOut::label_of(PlacedFinding& found, const char* name, const Expr* text) {
     NameData* namedata = nullptr;
     if (!name ||
         call([&] { return symtbl_lookup(table_, const_cast<char*>(name), 0, &namedata); }) != 0)

@@ -41,7 +41,8 @@ class WaysOut {
     bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
                           const Expr* other, bool is_condition);
     void incomplete_comparison(PlacedFinding& found, const Expr* root, const Expr* binary);
-    void label_of(PlacedFinding& found, const Expr* variable, const Expr* text);
+    void arm(PlacedFinding& found, const IdCon* selector, const Expr* value);
+    void label_of(PlacedFinding& found, const char* variable, const Expr* text);
     void labels(PlacedFinding& found, const Expr* label);
     void declared_here(PlacedFinding& found, const Expr* expr);
     bool is_array(std::string name);

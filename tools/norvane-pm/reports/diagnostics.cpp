@@ -55,11 +55,6 @@ bool is_about_missing_name(const Finding& finding) {
     return message.starts_with("unexpected '('") || message.ends_with("is no macro");
 }
 
-Severity severity_of(const OsPreprocessorMessage& message) {
-    if (message.is_error) return Severity::error;
-    return message.is_note ? Severity::note : Severity::warning;
-}
-
 // The readers of XML say the line at the end: "Expecting tag <model> (line 2)".
 void split_line(Finding& finding) {
     constexpr std::string_view before = " (line ";
@@ -190,20 +185,25 @@ Finding Diagnostics::finding_of(const Report& report, std::string_view word) con
 // A message that memory does not suffice for is dropped: no exception may pass through the library,
 // which goes on to report that the preprocessor failed.
 void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user) try {
-    static_cast<Diagnostics*>(user)->report(*message);
+    static_cast<Diagnostics*>(user)->hold(*message);
 } catch (const std::bad_alloc&) {
 }
 
-void Diagnostics::report(const OsPreprocessorMessage& message) {
-    Finding finding;
-    finding.severity = severity_of(message);
-    if (message.is_error) finding.name = "ERR_CPP";
+void Diagnostics::hold(const OsPreprocessorMessage& message) {
     const char* file = message.place.file;
+    if (message.is_note && !preprocessor_findings_.empty()) {
+        const Place place = file ? place_of(file, message.place.line) : Place();
+        preprocessor_findings_.back().notes.push_back({place, message.text});
+        return;
+    }
+    Finding finding;
+    finding.severity = message.is_error ? Severity::error : Severity::warning;
+    if (message.is_error) finding.name = "ERR_CPP";
     finding.place = place_of(file ? file : std::string_view(file_), message.place.line);
     finding.message = message.text;
     for (const OsPlace& from : std::span(message.included_from, message.included_count))
         finding.notes.push_back({place_of(from.file, from.line), "included from here"});
-    report(finding);
+    preprocessor_findings_.push_back(std::move(finding));
     preprocessor_has_failed_ |= message.is_error != 0;
 }
 

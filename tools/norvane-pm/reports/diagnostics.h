@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "norvane/base/os.h"
 #include "norvane/proj.hpp"
@@ -37,6 +39,10 @@ class Diagnostics {
     void report(const Finding& finding);
     // Of the steps in which the library tells a syntax error, one finding is made.
     void report(const Report& report);
+    // What the preprocessor has said since this was asked for, in its order.
+    std::vector<Finding> take_preprocessor_findings() {
+        return std::exchange(preprocessor_findings_, {});
+    }
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});
 
@@ -61,7 +67,7 @@ class Diagnostics {
   private:
     static void progress(const MsgProgress* event, void* user);
     static void preprocessor(const OsPreprocessorMessage* message, void* user);
-    void report(const OsPreprocessorMessage& message);
+    void hold(const OsPreprocessorMessage& message);
     void show(const Finding& finding);
     void show_pending();
     std::string rendered(const Finding& finding);
@@ -80,6 +86,7 @@ class Diagnostics {
     bool has_reported_ = false;
     bool misses_names_ = false;
     bool preprocessor_has_failed_ = false; // and has reported why
+    std::vector<Finding> preprocessor_findings_;
     SourceLines sources_;
 };
 

@@ -41,13 +41,17 @@ void HeldReports::show() const {
     if (all.empty())
         for (const Report& report : reports_)
             session_.diagnostics.report(report);
-    const std::size_t most = session_.options.max_errors;
-    const std::size_t shown = most == 0 ? all.size() : std::min(most, all.size());
+    show_errors(session_, all);
+}
+
+void show_errors(Session& session, const std::vector<Finding>& errors) {
+    const std::size_t most = session.options.max_errors;
+    const std::size_t shown = most == 0 ? errors.size() : std::min(most, errors.size());
     for (std::size_t i = 0; i < shown; ++i)
-        session_.diagnostics.report(all[i]);
-    if (shown < all.size())
-        session_.diagnostics.say(std::to_string(all.size() - shown) +
-                                 " more errors: --max-errors=0 shows all of them");
+        session.diagnostics.report(errors[i]);
+    if (shown < errors.size())
+        session.diagnostics.say(std::to_string(errors.size() - shown) +
+                                " more errors: --max-errors=0 shows all of them");
 }
 
 } // namespace norvane::driver

@@ -44,6 +44,9 @@ class HeldReports {
     std::vector<Report> reports_;
 };
 
+// Shows as many of the errors as the command line allows.
+void show_errors(Session& session, const std::vector<Finding>& errors);
+
 // Whether the parser, or the scanner below it, has made a report.
 bool is_about_syntax(const Report& report);
 

@@ -6,6 +6,7 @@
 
 #include "forms.h"
 #include "output.h"
+#include "preprocessor_reports.h"
 #include "refused_model.h"
 #include "source_hints.h"
 #include "temporaries.h"
@@ -20,6 +21,21 @@ Result<Model> read_from_standard_input(Session& session, const std::string& name
         return session.standard_input->load(session.options.cpp_args, on_report);
     session.report([&name] { return ERR_FILE_OPEN(name.c_str()); });
     throw InputAtFault();
+}
+
+Result<Model> read_source_model(Session& session, const std::string& name,
+                                const OnReport& on_report) {
+    const Options& options = session.options;
+    const DroppedOutput no_results_yet;
+    const TemporaryDirectory of_the_preprocessor;
+    const PreprocessorWarnings warnings(options.warnings);
+    session.diagnostics.take_preprocessor_findings(); // of a run before
+    Result<Model> source = session.model_file == "-"
+                               ? read_from_standard_input(session, name, on_report)
+                               : Model::from_source(name, options.cpp_args, on_report);
+    const std::string& failure = of_the_preprocessor.failure();
+    if (!source && source.reports().empty() && !failure.empty()) session.diagnostics.say(failure);
+    return source;
 }
 
 void warn_of_encoding(Session& session, const std::vector<std::string>& files) {
@@ -67,13 +83,8 @@ Result<Model> read_model(Session& session, const std::string& name, const OnRepo
     const Options& options = session.options;
     if (model_form(options.from, session.model_file) == ModelForm::xml)
         return Model::from_xml(name, on_report);
-    const DroppedOutput no_results_yet;
-    const TemporaryDirectory of_the_preprocessor;
-    Result<Model> source = session.model_file == "-"
-                               ? read_from_standard_input(session, name, on_report)
-                               : Model::from_source(name, options.cpp_args, on_report);
-    const std::string& failure = of_the_preprocessor.failure();
-    if (!source && source.reports().empty() && !failure.empty()) session.diagnostics.say(failure);
+    Result<Model> source = read_source_model(session, name, on_report);
+    if (!source) show_preprocessor_errors(session);
     return source;
 }
 
@@ -83,6 +94,7 @@ Model& load_model(Session& session) {
     session.begin_load(name);
     ModelReports held(session);
     Result<Model> result = read_model(session, name, held.sink());
+    show_preprocessor_warnings(session);
     if (!result) held.show();
     Model& model = session.take(std::move(result));
     session.project = model.get();

@@ -36,23 +36,34 @@ void show_private(const SourceText& source, Finding& finding) {
     }
 }
 
-} // namespace
-
-std::unique_ptr<SourceText> read_source(const Session& session) {
-    const Options& options = session.options;
-    if (model_form(options.from, session.model_file) == ModelForm::xml) return nullptr;
-    const TemporaryDirectory of_the_preprocessor;
-    std::vector<std::string> cpp_args = options.cpp_args;
+template <typename Preprocess>
+std::unique_ptr<SourceText> source_of(const Session& session, std::vector<std::string> cpp_args,
+                                      Preprocess preprocess) {
     SourceFiles files;
     std::string file = session.model_file;
     if (session.standard_input) {
         file = session.standard_input->begin(cpp_args);
         files.set(input_name(session.model_file), session.standard_input->text());
     }
-    auto text = preprocessed_text(file, cpp_args);
+    auto text = preprocess(file, cpp_args);
     if (!text) return nullptr;
     return std::make_unique<SourceText>(*std::move(text), input_name(session.model_file),
                                         std::move(files));
+}
+
+} // namespace
+
+std::unique_ptr<SourceText> read_source(const Session& session) {
+    if (model_form(session.options.from, session.model_file) == ModelForm::xml) return nullptr;
+    const TemporaryDirectory of_the_preprocessor;
+    return source_of(session, session.options.cpp_args, preprocessed_text);
+}
+
+std::unique_ptr<SourceText> read_refused_source(const Session& session,
+                                                const std::string& include_directory) {
+    std::vector<std::string> cpp_args = session.options.cpp_args;
+    cpp_args.push_back("-I" + include_directory);
+    return source_of(session, std::move(cpp_args), preprocessed_part);
 }
 
 bool ModelReports::is_input_at_fault() const {

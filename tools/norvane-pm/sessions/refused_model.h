@@ -14,6 +14,11 @@ namespace norvane::driver {
 // or if the model is not source.
 std::unique_ptr<SourceText> read_source(const Session& session);
 
+// The same of a model that the preprocessor refuses, as far as it comes. `include_directory` is
+// searched last.
+std::unique_ptr<SourceText> read_refused_source(const Session& session,
+                                                const std::string& include_directory);
+
 // Finds all faults of a model where the library reports the first alone. None if the model is not
 // source.
 class ModelReports : public HeldReports {

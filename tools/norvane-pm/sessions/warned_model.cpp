@@ -1,5 +1,6 @@
 #include "warned_model.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 
@@ -20,6 +21,16 @@ bool concerns(const Warned& warned, Made made) {
     return false;
 }
 
+// Gives the warnings their places, in the order of these. One that has none stays after the one
+// before it.
+void place_all(const CheckedModel& model, const SourceText& source, std::vector<Warned>& all) {
+    NodePlaces places(model.get(), source);
+    std::size_t last = 0;
+    for (Warned& warned : all)
+        last = warned.token = places.place(warned.finding, warned.node).value_or(last);
+    std::ranges::stable_sort(all, {}, &Warned::token);
+}
+
 } // namespace
 
 // What has no result at all is reported when the step fails, since a loop may never come to it.
@@ -31,12 +42,10 @@ std::vector<Finding> show_warnings(Session& session, const CheckedModel& model, 
     if (all.empty()) return {};
     // Only now, as it takes another run of the preprocessor.
     const std::unique_ptr<SourceText> source = read_source(session);
-    std::unique_ptr<NodePlaces> places;
-    if (source) places = std::make_unique<NodePlaces>(model.get(), *source);
+    if (source) place_all(model, *source, all);
     bool is_at_fault = false;
     std::vector<Finding> shown;
     for (Warned& warned : all) {
-        if (places) places->place(warned.finding, warned.node);
         if (selection.is_error(warned.warning, concerns(warned, made))) {
             warned.finding.severity = Severity::error;
             is_at_fault = true;

@@ -1,5 +1,7 @@
 #include "preprocessed.h"
 
+#include <utility>
+
 #include <unistd.h>
 
 #include "norvane/base/os.h"
@@ -10,20 +12,38 @@
 
 namespace norvane::driver {
 
-std::optional<std::string> preprocessed_text(const std::string& file,
-                                             const std::vector<std::string>& cpp_args) {
+namespace {
+
+struct Written {
+    bool is_complete;
+    std::optional<std::string> text;
+};
+
+Written preprocess(const std::string& file, const std::vector<std::string>& cpp_args) {
     char* name = call([] { return util_temp_filename(".pm"); });
-    if (!name) return {};
+    if (!name) return {false, {}};
     const std::string output = name;
     str_delete(name);
     const detail::ListOwner arguments = detail::list_of(cpp_args);
     const int status = call([to = output.c_str(), from = file.c_str(), list = arguments.get()] {
         return os_pre_process_file(to, from, list);
     });
-    std::optional<std::string> text;
-    if (status == 0) text = text_of_file(output);
+    Written written{status == 0, text_of_file(output)};
     unlink(output.c_str());
-    return text;
+    return written;
+}
+
+} // namespace
+
+std::optional<std::string> preprocessed_text(const std::string& file,
+                                             const std::vector<std::string>& cpp_args) {
+    Written written = preprocess(file, cpp_args);
+    return written.is_complete ? std::move(written.text) : std::nullopt;
+}
+
+std::optional<std::string> preprocessed_part(const std::string& file,
+                                             const std::vector<std::string>& cpp_args) {
+    return preprocess(file, cpp_args).text;
 }
 
 } // namespace norvane::driver

@@ -13,6 +13,10 @@ namespace norvane::driver {
 std::optional<std::string> preprocessed_text(const std::string& file,
                                              const std::vector<std::string>& cpp_args);
 
+// The same, but as far as it came where it failed.
+std::optional<std::string> preprocessed_part(const std::string& file,
+                                             const std::vector<std::string>& cpp_args);
+
 } // namespace norvane::driver
 
 #endif

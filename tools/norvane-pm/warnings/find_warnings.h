@@ -19,6 +19,9 @@ struct Warned {
     Finding finding;
     bool on_rules;    // concerns the flat rules
     bool on_simplify; // concerns the finite form
+    // That it begins with, once it is known. The lines of a model have 16 bits, so they do not give
+    // the order of a longer source.
+    std::size_t token = 0;
 };
 
 // Finds what `selection` turns on, in the order of the source. The places are lines, as the model

@@ -26,12 +26,13 @@ std::optional<TokenRange> NodePlaces::find(const Node& node) {
     return is_rule || node.root ? declared->range : TokenRange{declared->name, declared->name};
 }
 
-void NodePlaces::place(Finding& finding, const Node& node) {
+std::optional<std::size_t> NodePlaces::place(Finding& finding, const Node& node) {
     const auto range = find(node);
-    if (!range) return;
+    if (!range) return {};
     finding.place = source_.place(*range);
     for (Note& note : source_.notes(range->first))
         finding.notes.push_back(std::move(note));
+    return range->first;
 }
 
 } // namespace norvane::driver

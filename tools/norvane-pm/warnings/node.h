@@ -32,7 +32,8 @@ class NodePlaces {
     NodePlaces(const NodePlaces&) = delete;
     NodePlaces& operator=(const NodePlaces&) = delete;
 
-    void place(Finding& finding, const Node& node);
+    // The token that the node begins with; nothing where it is not known.
+    std::optional<std::size_t> place(Finding& finding, const Node& node);
 
   private:
     std::optional<TokenRange> find(const Node& node);

@@ -79,6 +79,25 @@ constexpr WarningRow rows[] = {
      "others. Convert\n"
      "the file:\n"
      "    iconv -f UTF-8 -t CP1252 model.pm"},
+    {Warning::macro_redefined, "macro-redefined", Level::on,
+     "A macro is defined again, with another text",
+     "The lines before the second definition have the first text, those after it the second. "
+     "Rename "
+     "one of the\n"
+     "macros, or write #undef before the second definition if that is meant."},
+    {Warning::warning_directive, "warning-directive", Level::on, "A line #warning was reached",
+     "The author of the file wants its users to read the line."},
+    {Warning::preprocessor, "preprocessor", Level::on, "The preprocessor warns",
+     "A directive has more words than it takes, for example after #endif or #undef, or says what "
+     "the "
+     "preprocessor\n"
+     "does not follow. Correct the line."},
+    {Warning::undefined_macro, "undefined-macro", Level::all,
+     "An #if asks for a macro that is not defined",
+     "The preprocessor takes the name for 0, so that a misspelt one is not seen. Correct it, or "
+     "ask "
+     "by\n"
+     "defined(NAME) first."},
     {Warning::unasked_optional, "unasked-optional", Level::all,
      "The value of an optional is used without asking for it",
      "While an optional is absent, its value is any value, so that a rule about it may forbid a "

@@ -9,8 +9,8 @@
 //
 // In its traditional mode the preprocessor has read a directive to its end before it acts on it. So
 // it gives the line after the directive for the #include lines on the way, and for messages with a
-// column, but not for #error. This module corrects these lines, and drops the columns, which mean
-// nothing.
+// column, but not for #error and #warning. This module corrects these lines, and drops the columns,
+// which mean nothing.
 #include "cpp_messages.h"
 
 #include <charconv>
@@ -108,7 +108,9 @@ bool read_message(char* line, OsPreprocessorMessage* message) {
     message->is_note = severity->is_note;
     message->text = words + std::strlen(severity->words);
     const Place parsed(line);
-    const bool is_late = parsed.has_column && std::strncmp(message->text, "#error", 6) != 0;
+    const bool is_own_line = std::strncmp(message->text, "#error", 6) == 0 ||
+                             std::strncmp(message->text, "#warning", 8) == 0;
+    const bool is_late = parsed.has_column && !is_own_line;
     message->place = is_late ? one_line_up(parsed.place) : parsed.place;
     return true;
 }

@@ -35,11 +35,15 @@ namespace {
 // work gets it as an argument, and would take "@a.pm" for a file of options.
 constexpr const char* cpp_options[] = {"cpp", "-traditional-cpp", "-C",    "-undef", "-nostdinc",
                                        "-w",  "-dumpbase",        "model", "-x",     "c"};
+// Stands for "-w" where warnings are wanted. What the preprocessor does not warn of by default is a
+// name in an #if that is not defined: a misspelt one is 0.
+constexpr const char* with_warnings = "-Wundef";
 // The form of messages that cpp_messages.cpp reads.
 constexpr const char* message_options[] = {
-    "-fno-diagnostics-show-caret", "-fdiagnostics-color=never", "-fdiagnostics-column-unit=byte"};
+    "-fno-diagnostics-show-caret", "-fno-diagnostics-show-option", "-fdiagnostics-color=never",
+    "-fdiagnostics-column-unit=byte"};
 
-constexpr std::size_t messages_limit = std::size_t{1} << 18; // what comes after is dropped
+constexpr std::size_t messages_limit = std::size_t{1} << 20; // what comes after is dropped
 
 struct Settings {
     OsPreprocessorSink sink;
@@ -47,8 +51,9 @@ struct Settings {
     unsigned seconds;
     OsIncludeSink include_sink;
     void* include_user;
+    bool are_warnings_wanted;
 };
-Settings settings = {nullptr, nullptr, 120, nullptr, nullptr};
+Settings settings = {nullptr, nullptr, 120, nullptr, nullptr, false};
 
 // The file that is written.
 struct Output {
@@ -289,8 +294,10 @@ char** argument_vector(const PolyList* list) {
 // All arguments; null, with the reason in `error`, if one is refused.
 PolyList* all_arguments(const char* input, const PolyList* options, UtilString* error) {
     PolyList* arguments = plist_new(nullptr, nullptr, poly_delete_string);
-    for (const char* option : cpp_options)
-        plist_append(arguments, str_copy(option));
+    for (const char* option : cpp_options) {
+        const bool is_replaced = settings.are_warnings_wanted && std::strcmp(option, "-w") == 0;
+        plist_append(arguments, str_copy(is_replaced ? with_warnings : option));
+    }
     if (settings.sink) {
         for (const char* option : message_options)
             plist_append(arguments, str_copy(option));
@@ -363,6 +370,10 @@ void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user) {
 
 void os_set_preprocessor_time(unsigned seconds) {
     settings.seconds = seconds;
+}
+
+void os_set_preprocessor_warnings(int are_wanted) {
+    settings.are_warnings_wanted = are_wanted != 0;
 }
 
 void os_set_include_sink(OsIncludeSink sink, void* user) {

@@ -64,6 +64,11 @@ typedef void (*OsPreprocessorSink)(const OsPreprocessorMessage* message, void* u
 /* Installs the sink. Null, the default, lets the preprocessor write to standard error itself. */
 NORVANE_BASE_API void os_set_preprocessor_sink(OsPreprocessorSink sink, void* user);
 
+/* Lets the preprocessor warn: of macros that are redefined, of a macro in an #if that is not
+ * defined, of #warning lines and of what else it warns of by default. Off at first, since every
+ * program that takes messages would get these. */
+NORVANE_BASE_API void os_set_preprocessor_warnings(int are_wanted);
+
 /* Receives the name of each file that the source includes, as often as the preprocessor enters it,
  * as the name would open it from the current directory. The name is borrowed. */
 typedef void (*OsIncludeSink)(const char* file, void* user);
