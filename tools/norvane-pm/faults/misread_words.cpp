@@ -13,6 +13,7 @@ namespace {
 
 constexpr auto section_words =
     std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
+constexpr auto comparisons = std::to_array<std::string_view>({"=", "<>", "<", "<=", ">", ">="});
 // What a rule goes on with.
 constexpr auto infix_marks =
     std::to_array<std::string_view>({"->", "<->", "=", "<>", "<", "<=", ">", ">=", "+", "*", "/",
@@ -155,12 +156,26 @@ class Search {
                 true};
     }
 
+    bool is_comparison(std::size_t at) const {
+        return std::ranges::find(comparisons, word(at)) != comparisons.end();
+    }
+    // Whether the operand that ends there is one of a comparison, and comparisons have no chains.
+    bool ends_comparison(std::size_t end) const {
+        for (std::size_t i = end; i-- > 0;) {
+            if (is_comparison(i)) return true;
+            const bool goes_on = source_.tokens()[i].kind != TokenKind::mark || word(i) == ".";
+            if (!goes_on || may_follow_a_name(word(i)) || is_section_word(word(i))) return false;
+        }
+        return false;
+    }
+
     // a > 3; -> b, often by a macro. What goes on may also have lost its beginning, which no other
     // file has.
     void semicolon_within(std::size_t at) {
         if (!is_in_rules_ || word(at) != ";" ||
             std::ranges::find(infix_marks, word(at + 1)) == infix_marks.end())
             return;
+        if (is_comparison(at + 1) && ends_comparison(at)) return;
         if (source_.place(at).file != source_.place(at + 1).file) return;
         const std::string& macro = source_.macro_of(at);
         found_.push_back({{at, at},

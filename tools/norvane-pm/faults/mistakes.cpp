@@ -159,7 +159,14 @@ void MistakeSearch::missing_semicolon() {
 }
 
 void MistakeSearch::surplus_semicolon() {
-    if (error_.word() == ";" && token() == error_.statement.first) other_mark("", "take it out");
+    if (error_.word() != ";" || token() != error_.statement.first) return;
+    // On a line of its own it may be a '};' that lacks its brace.
+    if (!source_.begins_line(token())) return other_mark("", "take it out");
+    Mistake mistake = mistake_at(token());
+    mistake.message = "unexpected ';'";
+    mistake.hint = "take it out, or write '}' before it if a record ends here";
+    mistake.edits[token()] = instead("");
+    add(std::move(mistake));
 }
 
 void MistakeSearch::chained_comparison() {

@@ -9,6 +9,7 @@
 #include "norvane/base/deep.hpp"
 
 #include "fault_place.h"
+#include "mistakes.h"
 #include "ways_out.h"
 
 namespace norvane::driver {
@@ -207,7 +208,18 @@ class Checker {
         if (is_doubtful) doubtful_.insert(name); // once this is reported
         if (!found || !is_known) return;
         if (const auto place = declared_at_.find(before); place != declared_at_.end())
-            found->finding.notes.push_back({text_.place(place->second), "declared here"});
+            show_first(found->finding, place->second);
+    }
+
+    // A declaration that repeats itself stands in a file that is included twice.
+    void show_first(Finding& finding, std::size_t token) {
+        const Place first = text_.place(token);
+        const Place& again = finding.place;
+        if (!text_.is_from_macro(token) && first.file == again.file && first.line == again.line &&
+            first.column == again.column)
+            finding.hint = in_quotes(first.file) + " is included twice";
+        else
+            finding.notes.push_back({first, "declared here"});
     }
 
     // Whether a rule about one may be judged by the other.

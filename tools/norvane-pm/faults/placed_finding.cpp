@@ -1,6 +1,8 @@
 #include "placed_finding.h"
 
 #include <algorithm>
+#include <set>
+#include <tuple>
 
 namespace norvane::driver {
 
@@ -8,8 +10,14 @@ std::vector<Finding> in_order(std::vector<PlacedFinding> all) {
     std::ranges::stable_sort(all, {}, &PlacedFinding::token);
     std::vector<Finding> findings;
     findings.reserve(all.size());
-    for (PlacedFinding& found : all)
-        findings.push_back(std::move(found.finding));
+    std::set<std::tuple<std::string, unsigned, unsigned, std::string>> known;
+    for (PlacedFinding& found : all) {
+        const Place& place = found.finding.place;
+        const bool is_new =
+            place.column == 0 ||
+            known.emplace(place.file, place.line, place.column, found.finding.message).second;
+        if (is_new) findings.push_back(std::move(found.finding));
+    }
     return findings;
 }
 

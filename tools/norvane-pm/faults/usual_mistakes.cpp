@@ -48,6 +48,8 @@ class Search : MistakeSearch {
         list_of_values();
         reserved_name();
         missing_marks(marks);
+        surplus_parenthesis();
+        missing_operator();
         return std::move(found_);
     }
 
@@ -204,6 +206,34 @@ class Search : MistakeSearch {
         Mistake mistake = mistake_at(token());
         mistake.hint = std::move(text);
         add(std::move(mistake));
+    }
+
+    // (a = b));
+    void surplus_parenthesis() {
+        if (error_.word() != ")") return;
+        int open = 0;
+        for (std::size_t i = error_.statement.first; i < token(); ++i)
+            open += (source_.word(i) == "(") - (source_.word(i) == ")");
+        if (open > 0) return;
+        Mistake mistake = mistake_at(token());
+        mistake.message = "unexpected ')'";
+        mistake.hint = "it closes no '(': take it out";
+        mistake.edits[token()] = instead("");
+        mistake.is_guess = true;
+        mistake.has_to_parse = true;
+        add(std::move(mistake));
+    }
+
+    // a = 1 b;
+    void missing_operator() {
+        if (!error_.statement.is_rule() || is_at_end() || token() == error_.statement.first) return;
+        if (is_operand(token()) && (is_operand(token() - 1) || error_.word(-1) == ")"))
+            hint("an operator may be missing before it");
+    }
+    bool is_operand(std::size_t at) const {
+        const TokenKind kind = source_.tokens()[at].kind;
+        return kind == TokenKind::number || kind == TokenKind::string ||
+               (kind == TokenKind::word && !is_reserved(source_.word(at)));
     }
 
     void reserved_name() {
