@@ -101,7 +101,7 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
                       const Expr* operand, const Subject& subject, TokenRange range) {
     if (report.name == "ERR_ID_UNDECLARED" || report.name == "ERR_ILLEGAL_ARRAY_VAR")
         return undeclared(found, quoted_name(report.message), operand, subject, range);
-    if (report.name == "ERR_NOT_RECORD" && is_array(std::string(quoted_name(report.message))))
+    if (report.name == "ERR_NOT_RECORD" && array_type(std::string(quoted_name(report.message))))
         say(found, "it is an array: its elements are records, such as [0]");
     const Expr* expr = subject.expr;
     if (expr && subject.selector) return arm(found, subject.selector, expr);
@@ -111,6 +111,8 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
     if (report.name == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
         say(found, "compare it with SOME or NONE");
     if (report.name == "ERR_DOMAIN_TYPE" && expr) declared_here(found, expr);
+    if (report.name == "ERR_ARRAY_INDEX_OUT_OF_RANGE" && subject.idcon == subject.path)
+        array_here(found, quoted_name(report.message));
     if (report.name == "ERR_DOMAIN_NOT_STATIC" || report.name == "ERR_ARRAY_NOT_STATIC" ||
         report.name == "ERR_EXPR_NOT_STATIC" || report.name == "ERR_INDEX_NOT_STATIC")
         say(found, "only constants and numbers are known when the model is checked");
@@ -124,10 +126,19 @@ void WaysOut::declared_here(PlacedFinding& found, const Expr* expr) {
         found.finding.notes.push_back({text_.place(place->name), "declared here"});
 }
 
-bool WaysOut::is_array(std::string name) {
+const TypeCon* WaysOut::array_type(std::string name) {
     NameData* namedata = nullptr;
     const int status = call([&] { return symtbl_lookup(table_, name.data(), 0, &namedata); });
-    return status == 0 && namedata->ndtype == ND_VARIABLE && namedata->typecon->contype == TC_ARRAY;
+    const bool is_array =
+        status == 0 && namedata->ndtype == ND_VARIABLE && namedata->typecon->contype == TC_ARRAY;
+    return is_array ? namedata->typecon : nullptr;
+}
+
+void WaysOut::array_here(PlacedFinding& found, std::string_view name) {
+    const TypeCon* array = array_type(std::string(name));
+    if (!array) return;
+    if (const auto range = places_.find_type(array))
+        found.finding.notes.push_back({text_.place(*range), "the array is declared here"});
 }
 
 void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
@@ -261,6 +272,14 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
     }
     if (is_comparison(binary) && left->type == ETYPE_BOOL && right->type == ETYPE_INT)
         return say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
+    const auto are = [left, right](unsigned one, unsigned other) {
+        return (left->type == one && right->type == other) ||
+               (left->type == other && right->type == one);
+    };
+    if (is_comparison(binary) && are(ETYPE_SUM, ETYPE_INT))
+        return say(found, "compare it with a label, or the position of its label by 'order(x)'");
+    if (is_arithmetic(binary) && are(ETYPE_BOOL, ETYPE_INT))
+        return say(found, "a boolean is no number: write '(if x then 1 else 0)'");
     unbounded_operands(found, binary);
 }
 

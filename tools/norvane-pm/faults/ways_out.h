@@ -45,7 +45,9 @@ class WaysOut {
     void label_of(PlacedFinding& found, const char* variable, const Expr* text);
     void labels(PlacedFinding& found, const Expr* label);
     void declared_here(PlacedFinding& found, const Expr* expr);
-    bool is_array(std::string name);
+    void array_here(PlacedFinding& found, std::string_view name);
+    // The type of an array of this name; null for what is none.
+    const TypeCon* array_type(std::string name);
     void suggest_visible(PlacedFinding& found, std::string_view name, std::size_t token,
                          bool types);
     std::vector<std::string_view> visible_names(bool types) const;
