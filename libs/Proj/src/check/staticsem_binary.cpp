@@ -25,6 +25,8 @@ struct Binary {
     Expr* right;
     bool left_static;
     bool right_static;
+    const NameData* left_named; // as Checked has them
+    const NameData* right_named;
 };
 
 bool typed(const Binary& binary, ExprType type) {
@@ -37,9 +39,16 @@ bool mismatch(const Context& in, const Binary& binary) {
                  expr_type_to_string(binary.right));
 }
 
+// The type of an operand that is an identifier, names resolved, or null.
+TypeCon* type_of(const Context& in, const Binary& binary, const Expr* operand, unsigned line) {
+    const NameData* named = operand == binary.left ? binary.left_named : binary.right_named;
+    return named ? resolved(in, named->typecon, line)
+                 : type_of_idcon(in, operand->args.idcon, line);
+}
+
 // The type that keeps the values of a variable of an unbounded type, or null.
-TypeCon* values_of(const Context& in, const Expr* variable) {
-    TypeCon* own = type_of_idcon(in, variable->args.idcon, variable->linenumber);
+TypeCon* values_of(const Context& in, const Binary& binary, const Expr* variable) {
+    TypeCon* own = type_of(in, binary, variable, variable->linenumber);
     return own ? tc_find_set(own) : nullptr;
 }
 
@@ -61,9 +70,9 @@ bool compare_bounded(const Context& in, const Binary& binary) {
     if (binary.left->type == ETYPE_OPTIONAL &&
         (names_optional_word(binary.left) || names_optional_word(binary.right)))
         return typed(binary, ETYPE_BOOL);
-    TypeCon* left = type_of_idcon(in, binary.left->args.idcon, binary.left->linenumber);
+    TypeCon* left = type_of(in, binary, binary.left, binary.left->linenumber);
     if (!left) return false;
-    TypeCon* right = type_of_idcon(in, binary.right->args.idcon, binary.right->linenumber);
+    TypeCon* right = type_of(in, binary, binary.right, binary.right->linenumber);
     if (!right) return false;
     return is_same_type(in, left, right) ? typed(binary, ETYPE_BOOL) : mismatch(in, binary);
 }
@@ -74,7 +83,7 @@ bool compare_label_literal(const Context& in, const Binary& binary) {
     const Expr* literal = literal_left ? binary.left : binary.right;
     const Expr* other = literal_left ? binary.right : binary.left;
     if (other->structure != EXPR_IDCONSTRUCTOR) return mismatch(in, binary);
-    TypeCon* other_type = type_of_idcon(in, other->args.idcon, other->linenumber);
+    TypeCon* other_type = type_of(in, binary, other, other->linenumber);
     if (!other_type) return mismatch(in, binary);
     IdCon name = spelled_name(literal);
     TypeCon* literal_type = type_of_idcon(in, &name, literal->linenumber);
@@ -105,7 +114,7 @@ bool compare_floats(const Context& in, const Binary& binary) {
     const Expr* variable = binary.left_static ? binary.right : binary.left;
     NORVANE_ASSERT(variable->structure == EXPR_IDCONSTRUCTOR);
     const double number = evaluate_float(in, value);
-    const TypeCon* typecon = values_of(in, variable);
+    const TypeCon* typecon = values_of(in, binary, variable);
     if (!typecon) return false;
     insert_float(typecon->values.enum_float.float_set, number);
     return typed(binary, ETYPE_BOOL);
@@ -132,7 +141,7 @@ bool compare_integers(const Context& in, const Binary& binary) {
             NORVANE_FAIL("Comparison with to non static int values");
     }
     const int number = evaluate_int(in, value);
-    const TypeCon* typecon = values_of(in, variable);
+    const TypeCon* typecon = values_of(in, binary, variable);
     if (!typecon) return false;
     iset_insert(typecon->values.enum_int.int_set, number);
     return typed(binary, ETYPE_BOOL);
@@ -152,7 +161,7 @@ bool compare_strings(const Context& in, const Binary& binary) {
     const Expr* value = binary.left_static ? left : right;
     const Expr* variable = binary.left_static ? right : left;
     const char* text = evaluate_string(in, value);
-    const TypeCon* typecon = values_of(in, variable);
+    const TypeCon* typecon = values_of(in, binary, variable);
     if (!typecon) return false;
     pset_insert(typecon->values.enum_string.string_set, const_cast<char*>(text));
     return typed(binary, ETYPE_BOOL);
@@ -162,15 +171,15 @@ bool compare_strings(const Context& in, const Binary& binary) {
 // into its own set, even where its type has been merged into another: callers see them there.
 bool compare_string_with_enumeration(const Context& in, const Binary& binary) {
     const bool string_left = binary.left->type == ETYPE_STRING;
-    IdCon* string = (string_left ? binary.left : binary.right)->args.idcon;
-    IdCon* enumeration = (string_left ? binary.right : binary.left)->args.idcon;
-    const TypeCon* string_type = type_of_idcon(in, string, UNDEF_LINENO);
+    const Expr* string = string_left ? binary.left : binary.right;
+    const Expr* enumeration = string_left ? binary.right : binary.left;
+    const TypeCon* string_type = type_of(in, binary, string, UNDEF_LINENO);
     if (!string_type) return false;
-    const TypeCon* enumeration_type = type_of_idcon(in, enumeration, UNDEF_LINENO);
+    const TypeCon* enumeration_type = type_of(in, binary, enumeration, UNDEF_LINENO);
     if (!enumeration_type) return false;
 
-    const NameData* namedata = symtbl_namedata_for_idcon(in.project->line_info, in.symboltable,
-                                                         enumeration, false, UNDEF_LINENO);
+    const NameData* namedata = symtbl_namedata_for_idcon(
+        in.project->line_info, in.symboltable, enumeration->args.idcon, false, UNDEF_LINENO);
     if (!namedata || namedata->ndtype != ND_VARIABLE)
         return fault(in, binary.expr, ERR_STRVAR_COMPARE_LABEL);
     for (char* label : items<char>(enumeration_type->values.labels))
@@ -219,9 +228,9 @@ void share_values(const TypeCon* from, TypeCon* to) {
 bool merge_types(const Context& in, const Binary& binary) {
     NORVANE_ASSERT(binary.left->structure == EXPR_IDCONSTRUCTOR);
     NORVANE_ASSERT(binary.right->structure == EXPR_IDCONSTRUCTOR);
-    TypeCon* left = type_of_idcon(in, binary.left->args.idcon, UNDEF_LINENO);
+    TypeCon* left = type_of(in, binary, binary.left, UNDEF_LINENO);
     if (!left) return false;
-    TypeCon* right = type_of_idcon(in, binary.right->args.idcon, UNDEF_LINENO);
+    TypeCon* right = type_of(in, binary, binary.right, UNDEF_LINENO);
     if (!right) return false;
     NORVANE_ASSERT(left->contype == right->contype);
     left = tc_find_set(left);
@@ -312,9 +321,14 @@ constexpr RuleIndex rule_index = index_rules();
 
 } // namespace
 
-bool type_binary(const Context& in, Expr* expr, bool left_static, bool right_static) {
-    const Binary binary{expr, expr->args.binargs.leftarg, expr->args.binargs.rightarg, left_static,
-                        right_static};
+bool type_binary(const Context& in, Expr* expr, const Checked& left, const Checked& right) {
+    const Binary binary{expr,
+                        expr->args.binargs.leftarg,
+                        expr->args.binargs.rightarg,
+                        left.is_static,
+                        right.is_static,
+                        left.named,
+                        right.named};
     const RuleRange range = rule_index[binary.left->type][binary.right->type];
     for (unsigned at = range.first; at < range.end; ++at) {
         const Rule& rule = rules[at];

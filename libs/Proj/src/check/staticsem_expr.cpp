@@ -34,7 +34,8 @@ Checked check_int_const(const Context& in, Expr* expr) {
 Checked check_identifier(const Context& in, Expr* expr) {
     ExprType type = ETYPE_UNDEF;
     const Checked checked = check_idcon(in, expr->args.idcon, false, &type);
-    return checked.ok ? typed(expr, type, checked.is_static) : checked;
+    if (checked.ok) expr->type = static_cast<unsigned char>(type);
+    return checked;
 }
 
 // A literal stands for the label, or the variable, that it spells.
@@ -159,13 +160,12 @@ bool check_loop_again(const Context& in, Expr* expr) {
 
 // Checks one arm of a case: its condition against the selector, the left operand of `comparison`,
 // then its evaluation against the default.
-Checked check_arm(const Context& in, Expr* comparison, bool selector_static, Expr* condition,
+Checked check_arm(const Context& in, Expr* comparison, const Checked& selector, Expr* condition,
                   Expr* evaluation, Expr* default_expr) {
     const Checked condition_checked = check_expr(in, condition);
     if (!condition_checked.ok) return condition_checked;
     comparison->args.binargs.rightarg = condition;
-    if (!type_binary(in, comparison, selector_static, condition_checked.is_static))
-        return {false, false};
+    if (!type_binary(in, comparison, selector, condition_checked)) return {false, false};
     NORVANE_ASSERT(comparison->type == ETYPE_BOOL);
 
     const Checked evaluation_checked = check_expr(in, evaluation);
@@ -198,7 +198,7 @@ Checked check_arm(const Context& in, Expr* comparison, bool selector_static, Exp
     bool is_static = fallback.is_static && chosen.is_static;
     const PolyListNode* evaluation = expr->args.caseexpr.exprlist_evaluation->first;
     for (Expr* condition : items<Expr>(expr->args.caseexpr.exprlist_condition)) {
-        const Checked arm = check_arm(in, &comparison, chosen.is_static, condition,
+        const Checked arm = check_arm(in, &comparison, chosen, condition,
                                       static_cast<Expr*>(evaluation->element), default_expr);
         if (!arm.ok) return arm;
         is_static = is_static && arm.is_static;
@@ -253,8 +253,7 @@ Checked check_expr(const Context& in, Expr* expr) {
         if (!left.ok) return left;
         const Checked right = check_expr(in, expr->args.binargs.rightarg);
         if (!right.ok) return right;
-        return {type_binary(in, expr, left.is_static, right.is_static),
-                left.is_static && right.is_static};
+        return {type_binary(in, expr, left, right), left.is_static && right.is_static};
     }
     case EXPR_UNARY: {
         const Checked arg = check_expr(in, expr->args.arg);

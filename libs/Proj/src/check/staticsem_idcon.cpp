@@ -46,7 +46,7 @@ Checked check_variable(const Context& in, const IdCon* idcon, NameData* variable
         variable->value_type = static_cast<unsigned char>(expr_type_of(typecon));
     }
     *type = static_cast<ExprType>(variable->value_type);
-    return {true, false};
+    return {true, false, variable};
 }
 
 Checked check_simple(const Context& in, const IdCon* idcon, int scoped, ExprType* type) {
@@ -63,7 +63,7 @@ Checked check_simple(const Context& in, const IdCon* idcon, int scoped, ExprType
     case ND_INT: *type = ETYPE_INT; return {true, true};
     case ND_FLOAT: *type = ETYPE_ENUM_FLOAT; return {true, true};
     case ND_STRING: *type = ETYPE_STRING; return {true, true};
-    case ND_LABEL: *type = ETYPE_SUM; return {true, false};
+    case ND_LABEL: *type = ETYPE_SUM; return {true, false, namedata};
     case ND_TYPE: return {fault_at(in, idcon->linenumber, ERR_TYPE_AS_VAR_NAME, name), false};
     case ND_VARIABLE: return check_variable(in, idcon, namedata, type);
     }

@@ -13,6 +13,9 @@ namespace norvane::check {
 struct Checked {
     bool ok;
     bool is_static; // what ssem_is_static_expr says of it; without a meaning unless ok
+    // The record of the variable or label that a simple name stands for, so that the operator
+    // around it does not look the name up again; null for all else.
+    const NameData* named = nullptr;
 };
 
 // Checks and types an expression, as ssem_check_expr does. It also finds out whether the expression
@@ -34,7 +37,7 @@ bool check_again(const Context& in, Expr* expr);
 bool check_idcon_again(const Context& in, IdCon* idcon);
 
 // Types a binary expression whose operands have been checked. (staticsem_binary.cpp)
-bool type_binary(const Context& in, Expr* expr, bool left_static, bool right_static);
+bool type_binary(const Context& in, Expr* expr, const Checked& left, const Checked& right);
 
 // Whether the two types are the same; false also after reporting an unknown name.
 // (same_type.cpp)
