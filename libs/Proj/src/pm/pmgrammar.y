@@ -178,7 +178,7 @@ void pmerror(const Load& load, const char* message);
 %type <text> enumvariable
 %type <expr> expr
 %type <arms> casedefl
-%type <idcon> idcon
+%type <idcon> idcon path
 %type <opr> rangeopr
 %type <integer> boolean
 %type <string> str
@@ -331,7 +331,8 @@ expr: expr "and" expr { $$ = expr_new_binary(OPR_AND, $1, $3, load.line); }
           /* Without an else branch it is an implication. */
           $$ = expr_new_ite($2, $4, expr_new_intconst(OPR_BOOLCONST, 1, load.line), load.line);
       }
-    | idcon           { $$ = expr_new_idcon($1, load.line); }
+    | "Identifier"    { $$ = expr_new_idcon(expr_new_simpleid($1, load.line), load.line); }
+    | path            { $$ = expr_new_idcon($1, load.line); }
     | str             { $$ = string_constant(load, $1); }
     | rangeopr "Identifier" "in" "[" expr ".." expr "]" ":" "(" expr ")" {
           $$ = expr_new_range($1, $2, $5, $7, $11, load.line);
@@ -350,15 +351,19 @@ casedefl: casedefl expr "then" expr "|" {
         | error  { $$ = {}; FAIL(ERR_GRAM_CASEDEFL); }
         ;
 
+/* A name alone is an expression without a step through this rule, which most names would take. */
 idcon: "Identifier" { $$ = expr_new_simpleid($1, load.line); }
-     | "Identifier" arrayindex { $$ = expr_new_arrayid($1, $2, load.line); }
-     | "Identifier" "." idcon {
-           $$ = expr_new_compositid(expr_new_simpleid($1, load.line), $3, load.line);
-       }
-     | "Identifier" arrayindex "." idcon {
-           $$ = expr_new_compositid(expr_new_arrayid($1, $2, load.line), $4, load.line);
-       }
+     | path
      ;
+
+path: "Identifier" arrayindex { $$ = expr_new_arrayid($1, $2, load.line); }
+    | "Identifier" "." idcon {
+          $$ = expr_new_compositid(expr_new_simpleid($1, load.line), $3, load.line);
+      }
+    | "Identifier" arrayindex "." idcon {
+          $$ = expr_new_compositid(expr_new_arrayid($1, $2, load.line), $4, load.line);
+      }
+    ;
 
 arrayindex: arrayindex "[" expr "]" { $$ = appended($1, $3); }
           | "[" expr "]"            { $$ = appended(list_of_expressions(), $2); }
