@@ -42,7 +42,12 @@ class Walk {
     void walk_dimension(const TypeCon* array);
     void walk_bound(const Expr* expr, bool on_rules);
 
-    void walk(const Expr* expr);
+    // Without a call for most of what a rule consists of.
+    void walk(const Expr* expr) {
+        if (!says_nothing(expr)) walk_node(expr);
+    }
+    bool says_nothing(const Expr* expr) const;
+    void walk_node(const Expr* expr);
     void walk_evaluated(const Expr* expr);
     void walk_binary(const Expr* expr);
     void walk_conditional(const Expr* expr);
@@ -259,8 +264,17 @@ void Walk::walk_evaluated(const Expr* expr) {
     finder_.at.is_evaluated = before;
 }
 
-void Walk::walk(const Expr* expr) {
-    if (stack_is_low()) return on_fresh_stack([&] { walk(expr); });
+// Constants, and simple names outside of all records and declared types.
+inline bool Walk::says_nothing(const Expr* expr) const {
+    if (is_name(expr))
+        return expr->args.idcon->contype == IDCON_SIMPLE && names_.frames.empty() && !free_ &&
+               !wants_habits_;
+    return expr->structure == EXPR_INT_CONST || expr->structure == EXPR_STRING_CONST ||
+           expr->structure == EXPR_FLOAT_CONST;
+}
+
+void Walk::walk_node(const Expr* expr) {
+    if (stack_is_low()) return on_fresh_stack([&] { walk_node(expr); });
     switch (structure_of(expr)) {
     case EXPR_BINARY: return walk_binary(expr);
     case EXPR_UNARY:
