@@ -30,57 +30,68 @@ void find_bare_calls(CExpr* expr, std::vector<CExpr*>& calls) {
     if (!expr) return;
     if (stack_is_low()) return on_fresh_stack([&] { find_bare_calls(expr, calls); });
     if (expr->structure == CEXPR_CALL && !expr->args.call.ns_name) calls.push_back(expr);
-    for (CExpr* part : parts_of(expr))
-        find_bare_calls(part, calls);
+    for_each_part(expr, [&calls](CExpr* part) { find_bare_calls(part, calls); });
 }
 
-// What a statement consists of.
-struct StatementParts {
-    std::vector<CExpr*> expressions;
-    std::vector<const CStmt*> statements;
-};
-
-StatementParts contents_of(const CStmt* stmt) {
-    StatementParts parts;
+// Calls visit(CExpr*) for each expression of a statement itself, which is null where it is left
+// out.
+template <typename Visit>
+void for_each_expression(const CStmt* stmt, Visit visit) {
     const auto& args = stmt->args;
-    const auto add_all = [&parts](const PolyList* statements) {
+    switch (stmt->structure) {
+    case CSTMT_ITE: return visit(args.ite.cond);
+    case CSTMT_EXPR: return visit(args.expr);
+    case CSTMT_SWITCH:
+        visit(args.switch_args.switch_value);
+        for (const CCase* branch : items<CCase>(args.switch_args.cases))
+            visit(branch->expr);
+        return;
+    case CSTMT_WHILE: return visit(args.while_args.cond);
+    case CSTMT_DO: return visit(args.do_args.cond);
+    case CSTMT_FOR:
+        visit(args.for_args.init);
+        visit(args.for_args.cond);
+        return visit(args.for_args.incr);
+    case CSTMT_RETURN: return visit(args.return_value);
+    case CSTMT_BLOCK:
+    case CSTMT_BREAK:
+    case CSTMT_EXTERNAL: return;
+    }
+}
+
+// The same with visit(const CStmt*) for each statement directly in it; there is no null.
+template <typename Visit>
+void for_each_statement(const CStmt* stmt, Visit visit) {
+    const auto& args = stmt->args;
+    const auto visit_all = [&visit](const PolyList* statements) {
         for (const CStmt* inner : items<CStmt>(statements))
-            parts.statements.push_back(inner);
+            visit(inner);
     };
     switch (stmt->structure) {
-    case CSTMT_ITE: parts = {{args.ite.cond}, {args.ite.then_stmt, args.ite.else_stmt}}; break;
-    case CSTMT_BLOCK: add_all(args.block_stmts); break;
-    case CSTMT_EXPR: parts.expressions = {args.expr}; break;
+    case CSTMT_ITE:
+        visit(args.ite.then_stmt);
+        if (args.ite.else_stmt) visit(args.ite.else_stmt);
+        return;
+    case CSTMT_BLOCK: return visit_all(args.block_stmts);
     case CSTMT_SWITCH:
-        parts.expressions = {args.switch_args.switch_value};
-        for (const CCase* branch : items<CCase>(args.switch_args.cases)) {
-            parts.expressions.push_back(branch->expr);
-            add_all(branch->stmts);
-        }
-        if (const CCase* branch = args.switch_args.default_case) add_all(branch->stmts);
-        break;
-    case CSTMT_WHILE: parts = {{args.while_args.cond}, {args.while_args.stmt}}; break;
-    case CSTMT_DO: parts = {{args.do_args.cond}, {args.do_args.stmt}}; break;
-    case CSTMT_FOR:
-        parts = {{args.for_args.init, args.for_args.cond, args.for_args.incr},
-                 {args.for_args.stmt}};
-        break;
-    case CSTMT_RETURN: parts.expressions = {args.return_value}; break;
+        for (const CCase* branch : items<CCase>(args.switch_args.cases))
+            visit_all(branch->stmts);
+        if (const CCase* branch = args.switch_args.default_case) visit_all(branch->stmts);
+        return;
+    case CSTMT_WHILE: return visit(args.while_args.stmt);
+    case CSTMT_DO: return visit(args.do_args.stmt);
+    case CSTMT_FOR: return visit(args.for_args.stmt);
+    case CSTMT_EXPR:
+    case CSTMT_RETURN:
     case CSTMT_BREAK:
-    case CSTMT_EXTERNAL: break;
+    case CSTMT_EXTERNAL: return;
     }
-    std::erase(parts.expressions, nullptr);
-    std::erase(parts.statements, nullptr);
-    return parts;
 }
 
 void find_bare_calls(const CStmt* stmt, std::vector<CExpr*>& calls) {
     if (stack_is_low()) return on_fresh_stack([&] { find_bare_calls(stmt, calls); });
-    const StatementParts parts = contents_of(stmt);
-    for (CExpr* expr : parts.expressions)
-        find_bare_calls(expr, calls);
-    for (const CStmt* inner : parts.statements)
-        find_bare_calls(inner, calls);
+    for_each_expression(stmt, [&calls](CExpr* expr) { find_bare_calls(expr, calls); });
+    for_each_statement(stmt, [&calls](const CStmt* inner) { find_bare_calls(inner, calls); });
 }
 
 std::vector<CExpr*> bare_calls(const CFunc* func) {
@@ -295,8 +306,7 @@ class Checker {
                                       stmt->structure == CSTMT_DO || stmt->structure == CSTMT_FOR;
         probe_head(func, stmt);
         loops_ += is_left_by_break;
-        for (const CStmt* inner : contents_of(stmt).statements)
-            probe(func, inner);
+        for_each_statement(stmt, [this, func](const CStmt* inner) { probe(func, inner); });
         loops_ -= is_left_by_break;
     }
 

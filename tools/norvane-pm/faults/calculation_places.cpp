@@ -9,27 +9,8 @@
 namespace norvane::driver {
 
 std::vector<CExpr*> parts_of(const CExpr* expr) {
-    const auto& args = expr->args;
     std::vector<CExpr*> parts;
-    switch (expr->structure) {
-    case CEXPR_UOP: parts = {args.uop.arg}; break;
-    case CEXPR_BOP: parts = {args.bop.left_arg, args.bop.right_arg}; break;
-    case CEXPR_ITE: parts = {args.ite.cond, args.ite.then_expr, args.ite.else_expr}; break;
-    case CEXPR_CALL:
-        for (CExpr* argument : items<CExpr>(args.call.args))
-            parts.push_back(argument);
-        break;
-    case CEXPR_PMVAR:
-        for (const CPMVar* name = args.pmvar; name; name = name->nested)
-            for (CExpr* index : items<CExpr>(name->arr_indices))
-                parts.push_back(index);
-        break;
-    case CEXPR_LVAR:
-    case CEXPR_INT_CONST:
-    case CEXPR_FLOAT_CONST:
-    case CEXPR_STRING_CONST:
-    case CEXPR_BOOL_CONST: break;
-    }
+    for_each_part(expr, [&parts](CExpr* part) { parts.push_back(part); });
     return parts;
 }
 

@@ -8,7 +8,34 @@
 
 namespace norvane::driver {
 
-// In the order of the source.
+// Calls visit(CExpr*) for each expression directly below this one, in the order of the source.
+template <typename Visit>
+void for_each_part(const CExpr* expr, Visit visit) {
+    const auto& args = expr->args;
+    switch (expr->structure) {
+    case CEXPR_UOP: return visit(args.uop.arg);
+    case CEXPR_BOP: visit(args.bop.left_arg); return visit(args.bop.right_arg);
+    case CEXPR_ITE:
+        visit(args.ite.cond);
+        visit(args.ite.then_expr);
+        return visit(args.ite.else_expr);
+    case CEXPR_CALL:
+        for (CExpr* argument : items<CExpr>(args.call.args))
+            visit(argument);
+        return;
+    case CEXPR_PMVAR:
+        for (const CPMVar* name = args.pmvar; name; name = name->nested)
+            for (CExpr* index : items<CExpr>(name->arr_indices))
+                visit(index);
+        return;
+    case CEXPR_LVAR:
+    case CEXPR_INT_CONST:
+    case CEXPR_FLOAT_CONST:
+    case CEXPR_STRING_CONST:
+    case CEXPR_BOOL_CONST: return;
+    }
+}
+// The same as a list.
 std::vector<CExpr*> parts_of(const CExpr* expr);
 
 // The expressions of EditedCalculation::load, whose lines are tokens.
