@@ -5,9 +5,9 @@
 #include <iterator>
 #include <new>
 
+#include "allocation.h"
 #include "norvane/base/deep.hpp"
 #include "norvane/base/except.h"
-#include "norvane/base/memory.h"
 #include "norvane/base/strings.h"
 #include "norvane/base/text.hpp"
 #include "poly_adaptors.h"
@@ -41,7 +41,7 @@ static_assert(numbered_in_order());
 
 template <typename T>
 T* new_record() {
-    return new (util_malloc_throw(sizeof(T))) T{};
+    return new (new_memory(sizeof(T))) T{};
 }
 
 CExpr* new_expr(CExprStructure structure, int line_no) {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "norvane/base/memory.h"
+#include "allocation.h"
 
 namespace norvane {
 
@@ -27,7 +27,7 @@ struct SourceFile {
 
 // A new string of `length` bytes and a terminator, in `room` bytes of memory; freed by the caller.
 inline char* copy_text(const char* text, std::size_t length, std::size_t room) {
-    auto* copy = static_cast<char*>(util_malloc_throw(room));
+    auto* copy = static_cast<char*>(new_memory(room));
     std::memcpy(copy, text, length);
     copy[length] = '\0';
     return copy;
