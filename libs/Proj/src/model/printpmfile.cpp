@@ -1,5 +1,5 @@
-// Prints a model as source: paths, expressions, types, declarations, the whole project. Identifiers
-// are in printpmfile_id.cpp.
+// Prints a model as source: expressions, types, declarations, the whole project. Identifiers and
+// paths are in printpmfile_id.cpp.
 #include "norvane/proj/printpmfile.h"
 
 #include <charconv>
@@ -20,7 +20,7 @@ namespace {
 // A line is broken after the node that passes this column.
 constexpr unsigned last_column = 70;
 
-std::string_view operator_text(const Expr* expr) {
+Word operator_text(const Expr* expr) {
     switch (operator_of(expr)) {
     case OPR_AND: return " and ";
     case OPR_OR: return " or ";
@@ -54,50 +54,6 @@ std::string_view operator_text(const Expr* expr) {
     NORVANE_FAIL("Invalid operator '%d'", expr->opr);
 }
 
-unsigned print_int_const(FILE* stream, const Expr* expr) {
-    const int value = expr->args.intconst.value;
-    if (expr->type == ETYPE_BOOL) return put(stream, value == 0 ? "false" : "true");
-    if (expr->type != ETYPE_INT)
-        NORVANE_FAIL("Constant expression is not of boolean or integer type");
-    if (value >= 0 && value < 10) return put(stream, {&"0123456789"[value], 1});
-    char digits[16];
-    const char* end = std::to_chars(digits, std::end(digits), value).ptr;
-    return put(stream, {digits, end});
-}
-
-// The widths that lines are broken by, whatever an index or a composite really takes. Existing
-// models were written with them, so their line breaks stay the same.
-constexpr unsigned index_width = 5;
-constexpr unsigned composite_width = 0;
-
-// Nearly every index of a flat rule is a number.
-void print_index(FILE* stream, Expr* index) {
-    if (index && index->structure == EXPR_INT_CONST)
-        print_int_const(stream, index);
-    else
-        ppm_print_expr(stream, index);
-}
-
-unsigned print_array_id(FILE* stream, const IdCon* idcon) {
-    unsigned width = ppm_print_id(stream, idcon->args.array.idname);
-    for (Expr* index : items<Expr>(idcon->args.array.exprlist)) {
-        put(stream, "[");
-        print_index(stream, index);
-        put(stream, "]");
-        width += index_width;
-    }
-    return width;
-}
-
-unsigned print_step(FILE* stream, const IdCon* idcon) {
-    switch (kind_of(idcon)) {
-    case IDCON_SIMPLE: return ppm_print_id(stream, idcon->args.id.idname);
-    case IDCON_ARRAY: return print_array_id(stream, idcon);
-    case IDCON_COMPOSIT: break;
-    }
-    NORVANE_FAIL("Invalid id constructor type '%d'", idcon->contype);
-}
-
 // What stays the same for all nodes of a printed expression.
 struct Page {
     FILE* stream;
@@ -106,11 +62,20 @@ struct Page {
 
 unsigned print_expr(Page page, const Expr* expr, int depth, unsigned column);
 
+// Most operands of a flat rule are names and numbers, which are printed without a step down.
+inline unsigned print_operand(Page page, const Expr* expr, int depth, unsigned column) {
+    if (!expr || depth >= 0 || page.wrap) return print_expr(page, expr, depth, column);
+    if (expr->structure == EXPR_IDCONSTRUCTOR)
+        return column + ppm_print_idcon(page.stream, expr->args.idcon);
+    if (expr->structure == EXPR_INT_CONST) return column + print_int_const(page.stream, expr);
+    return print_expr(page, expr, depth, column);
+}
+
 unsigned print_binary(Page page, const Expr* expr, int depth, unsigned column) {
     putc_unlocked('(', page.stream);
-    column = print_expr(page, expr->args.binargs.leftarg, depth, column + 1);
-    column += put(page.stream, operator_text(expr));
-    column = print_expr(page, expr->args.binargs.rightarg, depth, column);
+    column = print_operand(page, expr->args.binargs.leftarg, depth, column + 1);
+    column += put_word(page.stream, operator_text(expr));
+    column = print_operand(page, expr->args.binargs.rightarg, depth, column);
     putc_unlocked(')', page.stream);
     return column + 1;
 }
@@ -118,7 +83,7 @@ unsigned print_binary(Page page, const Expr* expr, int depth, unsigned column) {
 unsigned print_unary(Page page, const Expr* expr, int depth, unsigned column) {
     const bool call = expr->opr == OPR_ORDER;
     column += put(page.stream, "(");
-    column += put(page.stream, operator_text(expr));
+    column += put_word(page.stream, operator_text(expr));
     if (call) column += put(page.stream, "(");
     column = print_expr(page, expr->args.arg, depth, column);
     if (call) column += put(page.stream, ")");
@@ -146,7 +111,7 @@ unsigned print_ite(Page page, const Expr* expr, int depth, unsigned column) {
 
 unsigned print_range(Page page, const Expr* expr, int depth, unsigned column) {
     const auto& range = expr->args.range;
-    column += put(page.stream, operator_text(expr));
+    column += put_word(page.stream, operator_text(expr));
     column += put(page.stream, range.lambdavar);
     column += put(page.stream, " in [");
     column = print_expr(page, range.rangebegin, depth, column);
@@ -238,36 +203,26 @@ void print_section(FILE* stream, const char* heading, const PolyList* decls, Pol
 
 } // namespace
 
+unsigned print_int_const(FILE* stream, const Expr* expr) {
+    const int value = expr->args.intconst.value;
+    if (expr->type == ETYPE_BOOL)
+        return put_word(stream, value == 0 ? Word("false") : Word("true"));
+    if (expr->type != ETYPE_INT)
+        NORVANE_FAIL("Constant expression is not of boolean or integer type");
+    if (value >= 0 && value < 10) return put(stream, {&"0123456789"[value], 1});
+    char digits[16];
+    const Room room = room_in(stream);
+    if (!room.holds(sizeof digits))
+        return put(stream, {digits, std::to_chars(digits, std::end(digits), value).ptr});
+    char* end = std::to_chars(room.begin, room.end, value).ptr;
+    stored_up_to(stream, end);
+    return static_cast<unsigned>(end - room.begin);
+}
+
 } // namespace norvane::model
 
 using namespace norvane;
 using namespace norvane::model;
-
-unsigned ppm_print_idcon(FILE* stream, IdCon* idcon) {
-    if (stack_is_low()) return on_fresh_stack([&] { return ppm_print_idcon(stream, idcon); });
-    NORVANE_ASSERT(stream);
-    NORVANE_ASSERT(idcon);
-    const bool is_path = idcon->contype == IDCON_COMPOSIT;
-    while (idcon->contype == IDCON_COMPOSIT) {
-        ppm_print_idcon(stream, idcon->args.compositid.hier);
-        put(stream, ".");
-        idcon = idcon->args.compositid.nested;
-        NORVANE_ASSERT(idcon);
-    }
-    const unsigned width = print_step(stream, idcon);
-    return is_path ? composite_width : width;
-}
-
-void ppm_print_idcon_stderr(IdCon* idcon) {
-    ppm_print_idcon(stderr, idcon);
-    put(stderr, "\n");
-}
-
-void ppm_print_idcon_str(IdCon* idcon, UtilString* string) {
-    NORVANE_ASSERT(idcon);
-    NORVANE_ASSERT(string);
-    print_into(string, [&](FILE* stream) { ppm_print_idcon(stream, idcon); });
-}
 
 unsigned ppm_printn_expr(FILE* stream, Expr* expr, int depth, unsigned column, int wrap) {
     NORVANE_ASSERT(stream);

@@ -10,24 +10,67 @@
 
 #include "norvane/base/except.h"
 #include "norvane/base/strings.h"
+#include "norvane/proj/expr.h"
 
 namespace norvane::model {
 
-// Writes the text and returns its length, by which columns are counted. It does not take the
-// stream's lock, because a model is written in very many short texts and a stream has one writer.
-inline unsigned put(std::FILE* stream, std::string_view text) {
+// The free part of a stream's buffer. Texts are stored there directly, by the members by which
+// putc_unlocked stores a byte: most are shorter than what a call costs. The stream's lock is not
+// taken, because a stream has one writer. A stream that is not fully buffered has no room.
+struct Room {
+    char* begin;
+    char* end;
+    bool holds(std::size_t size) const { return end - begin > static_cast<std::ptrdiff_t>(size); }
+};
+inline Room room_in([[maybe_unused]] const std::FILE* stream) {
 #if defined(__GLIBC__)
-    // Straight into the stream's buffer, by the members by which putc_unlocked stores a byte: most
-    // texts are shorter than what a call costs. A stream that is not fully buffered has no room.
-    if (stream->_IO_write_end - stream->_IO_write_ptr > static_cast<std::ptrdiff_t>(text.size())) {
-        std::memcpy(stream->_IO_write_ptr, text.data(), text.size());
-        stream->_IO_write_ptr += text.size();
-        return static_cast<unsigned>(text.size());
-    }
+    return {stream->_IO_write_ptr, stream->_IO_write_end};
+#else
+    return {};
 #endif
-    fwrite_unlocked(text.data(), 1, text.size(), stream);
+}
+
+// The bytes up to `end` have been stored in the stream's room.
+inline void stored_up_to([[maybe_unused]] std::FILE* stream, [[maybe_unused]] char* end) {
+#if defined(__GLIBC__)
+    stream->_IO_write_ptr = end;
+#endif
+}
+
+// Writes the text and returns its length, by which columns are counted. Inline, because a copy of a
+// constant length takes an instruction or two.
+[[gnu::always_inline]] inline unsigned put(std::FILE* stream, std::string_view text) {
+    const Room room = room_in(stream);
+    if (room.holds(text.size())) {
+        std::memcpy(room.begin, text.data(), text.size());
+        stored_up_to(stream, room.begin + text.size());
+    } else {
+        fwrite_unlocked(text.data(), 1, text.size(), stream);
+    }
     return static_cast<unsigned>(text.size());
 }
+
+// A text of at most eight bytes, of which all eight are copied: the length need not be constant for
+// the copy to be one instruction.
+struct Word {
+    char text[8] = {};
+    unsigned length;
+    template <std::size_t size>
+    constexpr Word(const char (&literal)[size]) : length(size - 1) {
+        for (std::size_t i = 0; i < length; ++i)
+            text[i] = literal[i];
+    }
+};
+inline unsigned put_word(std::FILE* stream, const Word& word) {
+    const Room room = room_in(stream);
+    if (!room.holds(sizeof word.text)) return put(stream, {word.text, word.length});
+    std::memcpy(room.begin, word.text, sizeof word.text);
+    stored_up_to(stream, room.begin + word.length);
+    return word.length;
+}
+
+// Prints a constant of type boolean or integer. (printpmfile.cpp)
+unsigned print_int_const(std::FILE* stream, const Expr* expr);
 
 // Replaces the string's text by what `print` writes. The texts of the failures speak of a pipe
 // because callers match them.
