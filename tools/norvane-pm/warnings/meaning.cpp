@@ -279,22 +279,17 @@ void check_comparison(Finder& finder, const Expr* expr) {
 void check_order(Finder& finder, const Expr* expr) {
     const Expr* arg = expr->args.arg;
     unsigned char type = arg->type;
-    std::string text;
-    if (is_name(arg)) {
-        text = text_of(arg->args.idcon);
-    } else {
-        text = arg->args.str;
+    if (!is_name(arg)) {
         const IdCon name = {IDCON_SIMPLE, UNDEF_LINENO, {{arg->args.str}}};
         const TypeCon* typecon = finder.names.type_of(&name);
         const bool has_order = !typecon || typecon->contype == TC_SUM;
         type = has_order ? ETYPE_SUM : ETYPE_STRING;
     }
-    if (is_unbounded(type) || type == ETYPE_PROD || type == ETYPE_ARRAY) {
-        finder.add(Warning::order_of_unbounded, expr,
-                   "order(" + text + ") is no position: '" + text +
-                       "' is no label and no enumeration",
-                   "compare the value itself");
-    }
+    if (!is_unbounded(type) && type != ETYPE_PROD && type != ETYPE_ARRAY) return;
+    const std::string text = is_name(arg) ? text_of(arg->args.idcon) : arg->args.str;
+    finder.add(Warning::order_of_unbounded, expr,
+               "order(" + text + ") is no position: '" + text + "' is no label and no enumeration",
+               "compare the value itself");
 }
 
 // Two constants are joined, of which one has stayed a boolean.
