@@ -36,7 +36,10 @@ NameData* LoopVariable::find(SymbolTable* symboltable, char* name) {
     const auto first = static_cast<unsigned char>(name[0]);
     const auto second = static_cast<unsigned char>(first == 0 ? 0 : name[1]);
     Found& found = found_[(first + 5u * second) % std::size(found_)];
-    if (found.namedata && std::strcmp(found.name, name) == 0) return found.namedata;
+    // Most variables of loops have one letter.
+    const bool is_same = second == 0 ? found.name[0] == name[0] && found.name[1] == '\0'
+                                     : std::strcmp(found.name, name) == 0;
+    if (is_same && found.namedata) return found.namedata;
     NameData* namedata = nullptr;
     if (symtbl_lookup(symboltable, name, 0, &namedata) != STATUS_SUCCESS) return nullptr;
     const std::size_t length = std::strlen(name);
