@@ -79,11 +79,8 @@ std::string to_text(const std::string& utf8) {
     return locked([&utf8] { return utf8_to_codepage(utf8); });
 }
 
-Place place_of(const Model& model, unsigned linenumber) {
-    if (linenumber == UNDEF_LINENO) return {};
-    Report report;
-    report.set_title(locked([&] { return model.position(linenumber); }));
-    return {report.file, report.line};
+DeclaredAt place_of(const Model& model, unsigned linenumber) {
+    return locked([&] { return where_declared(model, linenumber); });
 }
 
 py::list list_of_reports(const std::vector<Report>& reports) {

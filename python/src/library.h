@@ -44,12 +44,7 @@ py::str file_name(const std::string& name);
 // The other way.
 std::string to_text(const std::string& utf8);
 
-// A place in a source: an empty file and line 0 where it is not known.
-struct Place {
-    std::string file;
-    unsigned line = 0;
-};
-Place place_of(const Model& model, unsigned linenumber);
+DeclaredAt place_of(const Model& model, unsigned linenumber);
 
 // The input is at fault: becomes a norvane.ModelError.
 struct Refused {

@@ -31,14 +31,24 @@ endfunction()
 # What the driver that was installed says is what the first programs say.
 run(expected ${prefix}/bin/norvane-pm rules ${model})
 build_c(${work}/first_c ${SOURCE_DIR}/examples/first.c)
-run(ignored ${CXX_COMPILER} -std=c++17 -Wall -Wextra -pedantic -Werror ${FLAGS}
-    -o ${work}/first_cpp ${SOURCE_DIR}/examples/first.cpp ${flags})
+foreach(program first variables)
+  run(ignored ${CXX_COMPILER} -std=c++17 -Wall -Wextra -pedantic -Werror ${FLAGS}
+      -o ${work}/${program}_cpp ${SOURCE_DIR}/examples/${program}.cpp ${flags})
+endforeach()
 foreach(language c cpp)
   run(actual ${work}/first_${language} ${model})
   if(NOT actual STREQUAL expected)
     message(FATAL_ERROR "examples/first.${language} prints\n${actual}\nand not\n${expected}")
   endif()
 endforeach()
+
+# So does what the other one says of variables, with blanks between columns.
+run(listed ${prefix}/bin/norvane-pm variables ${SOURCE_DIR}/examples/rack.pm)
+run(actual ${work}/variables_cpp ${SOURCE_DIR}/examples/rack.pm)
+string(REGEX REPLACE "  +" "  " listed "${listed}")
+if(NOT actual STREQUAL listed)
+  message(FATAL_ERROR "examples/variables.cpp prints\n${actual}\nand not\n${listed}")
+endif()
 
 # The consumer says the same, of a good model and of a broken one.
 set(consumer ${SOURCE_DIR}/tests/contract/consumer)

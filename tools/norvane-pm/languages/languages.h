@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <string>
 
-#include "flat_model.h"
+#include "norvane/proj.hpp"
 
 namespace norvane::driver {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "flat_model.h"
+#include "norvane/proj.hpp"
 
 namespace norvane::driver {
 

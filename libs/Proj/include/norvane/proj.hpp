@@ -855,4 +855,6 @@ class Package {
 
 } // namespace norvane
 
+#include "norvane/flat_model.hpp"
+
 #endif
