@@ -160,11 +160,11 @@ struct DeclaredAt {
     unsigned line = 0; // from 1; 0 where that is not known
     std::string text;  // as messages begin: "bicycle.pm (3)"
 };
-// Of the `linenumber` of a record of the model.
+
+// Where a record of the model with this `linenumber` is declared; UNDEF_LINENO is nowhere.
 inline DeclaredAt where_declared(const Model& model, unsigned linenumber);
-inline DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber) {
-    return where_declared(model.model(), linenumber);
-}
+// The same of a checked model.
+inline DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber);
 
 // How it is done ---------------------------------------------------------------------------------
 
@@ -522,6 +522,10 @@ inline DeclaredAt where_declared(const Model& model, unsigned linenumber) {
     declared.file = text.substr(0, open);
     declared.line = line;
     return declared;
+}
+
+inline DeclaredAt where_declared(const CheckedModel& model, unsigned linenumber) {
+    return where_declared(model.model(), linenumber);
 }
 
 } // namespace norvane
