@@ -124,7 +124,8 @@ bool ChildProcess::is_time_left(Clock::time_point deadline, int& milliseconds) {
 void ChildProcess::exchange(Clock::time_point deadline) {
     int milliseconds = 0;
     std::size_t sent = 0;
-    while (sent < unsent_.size() && !has_ended_ && is_time_left(deadline, milliseconds)) {
+    while (sent < unsent_.size() && received_.size() <= most_received && !has_ended_ &&
+           is_time_left(deadline, milliseconds)) {
         pollfd both[] = {{from_child_, POLLIN, 0}, {to_child_, POLLOUT, 0}};
         if (poll(both, 2, milliseconds) <= 0) continue;
         if (both[0].revents != 0) read_some();

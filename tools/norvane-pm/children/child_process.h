@@ -17,6 +17,8 @@ namespace norvane::driver {
 class ChildProcess {
   public:
     using Clock = std::chrono::steady_clock;
+    // No more is received while it is not taken: no answer to our questions is longer.
+    static constexpr std::size_t most_received = std::size_t{1} << 28;
 
     ChildProcess() = default;
     ~ChildProcess() { stop(); }

@@ -15,8 +15,6 @@ constexpr const char* known_solvers[] = {"z3", "cvc5"};
 
 // Added to the time for a question, which the solver itself has to keep.
 constexpr unsigned seconds_of_grace = 5;
-// No answer to our questions is longer.
-constexpr std::size_t longest_answer = std::size_t{1} << 28;
 
 std::vector<std::string> command_line(const std::string& name, unsigned seconds) {
     const std::string milliseconds = std::to_string(seconds * 1000ULL);
@@ -91,16 +89,20 @@ std::string SolverProcess::answer() {
     const auto end = deadline();
     child_.exchange(end);
     std::string taken;
-    while (!take_answer(taken)) {
-        if (child_.received().size() > longest_answer) fail("gives an answer without an end");
+    while (!has_too_much() && !take_answer(taken)) {
         if (child_.has_ended()) fail_at_the_end();
         if (child_.is_late())
             fail("has not answered for " + std::to_string(seconds_ + seconds_of_grace) +
                  " seconds");
         child_.receive(end);
     }
+    if (has_too_much()) fail("gives an answer without an end");
     if (taken.starts_with("(error")) fail("reports " + taken);
     return taken;
+}
+
+bool SolverProcess::has_too_much() {
+    return child_.received().size() > ChildProcess::most_received;
 }
 
 void SolverProcess::fail_at_the_end() {

@@ -39,6 +39,7 @@ class SolverProcess {
 
     bool start(const std::string& name);
     ChildProcess::Clock::time_point deadline() const;
+    bool has_too_much();
     bool take_answer(std::string& taken);
     [[noreturn]] void fail_at_the_end();
     [[noreturn]] void fail(const std::string& what) const;
