@@ -106,15 +106,20 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
     const Expr* expr = subject.expr;
     if (expr && subject.selector) return arm(found, subject.selector, expr);
     if (expr && expr->structure == EXPR_BINARY) return operands(found, root, expr);
-    if (report.name == "ERR_TYPE_AS_VAR_NAME" || report.name == "ERR_TYPE_AS_VAR")
-        say(found, "a rule is about variables: name one of this type");
-    if (report.name == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
-        say(found, "compare it with SOME or NONE");
-    if (report.name == "ERR_DOMAIN_TYPE" && expr) declared_here(found, expr);
     if (report.name == "ERR_ARRAY_INDEX_OUT_OF_RANGE" && subject.idcon == subject.path)
         array_here(found, quoted_name(report.message));
-    if (report.name == "ERR_DOMAIN_NOT_STATIC" || report.name == "ERR_ARRAY_NOT_STATIC" ||
-        report.name == "ERR_EXPR_NOT_STATIC" || report.name == "ERR_INDEX_NOT_STATIC")
+    explain_use(found, report.name, expr);
+}
+
+// A name or a value that stands where another kind belongs.
+void WaysOut::explain_use(PlacedFinding& found, std::string_view report, const Expr* expr) {
+    if (report == "ERR_TYPE_AS_VAR_NAME" || report == "ERR_TYPE_AS_VAR")
+        say(found, "a rule is about variables: name one of this type");
+    if (report == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
+        say(found, "compare it with SOME or NONE");
+    if (report == "ERR_DOMAIN_TYPE" && expr) declared_here(found, expr);
+    if (report == "ERR_DOMAIN_NOT_STATIC" || report == "ERR_ARRAY_NOT_STATIC" ||
+        report == "ERR_EXPR_NOT_STATIC" || report == "ERR_INDEX_NOT_STATIC")
         say(found, "only constants and numbers are known when the model is checked");
 }
 
@@ -270,17 +275,22 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
         }
         return say(found, "labels have an order by 'order(label)'");
     }
-    if (is_comparison(binary) && left->type == ETYPE_BOOL && right->type == ETYPE_INT)
-        return say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
-    const auto are = [left, right](unsigned one, unsigned other) {
-        return (left->type == one && right->type == other) ||
-               (left->type == other && right->type == one);
-    };
-    if (is_comparison(binary) && are(ETYPE_SUM, ETYPE_INT))
-        return say(found, "compare it with a label, or the position of its label by 'order(x)'");
-    if (is_arithmetic(binary) && are(ETYPE_BOOL, ETYPE_INT))
-        return say(found, "a boolean is no number: write '(if x then 1 else 0)'");
+    number_operands(found, binary);
     unbounded_operands(found, binary);
+}
+
+// A label or a boolean that is taken for a number.
+void WaysOut::number_operands(PlacedFinding& found, const Expr* binary) {
+    const unsigned left = binary->args.binargs.leftarg->type;
+    const unsigned right = binary->args.binargs.rightarg->type;
+    if (left != ETYPE_INT && right != ETYPE_INT) return;
+    const unsigned other = left == ETYPE_INT ? right : left;
+    if (is_comparison(binary) && other == ETYPE_SUM)
+        say(found, "compare it with a label, or the position of its label by 'order(x)'");
+    if (is_comparison(binary) && left == ETYPE_BOOL)
+        say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
+    if (is_arithmetic(binary) && other == ETYPE_BOOL)
+        say(found, "a boolean is no number: write '(if x then 1 else 0)'");
 }
 
 void WaysOut::unbounded_operands(PlacedFinding& found, const Expr* binary) {

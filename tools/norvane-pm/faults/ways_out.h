@@ -32,11 +32,13 @@ class WaysOut {
         NameDataType kind; // ND_INT for a constant
     };
 
+    void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr);
     void undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
                     const Subject& subject, TokenRange range);
     void unknown_value(PlacedFinding& found, std::string_view name, const Expr* operand,
                        const Subject& subject, TokenRange range);
     void operands(PlacedFinding& found, const Expr* root, const Expr* binary);
+    void number_operands(PlacedFinding& found, const Expr* binary);
     void unbounded_operands(PlacedFinding& found, const Expr* binary);
     bool optional_operand(PlacedFinding& found, const Expr* root, const Expr* operand,
                           const Expr* other, bool is_condition);

@@ -166,8 +166,8 @@ void Walk::walk_type(TypeCon* typecon) {
     case TC_ARRAY: walk_dimension(typecon); return walk_type(typecon->values.array.element);
     case TC_OPTIONAL: {
         const Surroundings before = finder_.at;
-        if (!holds_while_absent(names_, typecon->values.base))
-            finder_.at.outside_of_optional = names_.frames.size();
+        AroundOptional optional{typecon->values.base, names_.frames.size(), before.optional};
+        finder_.at.optional = &optional;
         finder_.at.on_simplify = false;
         walk_type(typecon->values.base);
         finder_.at = before;

@@ -12,14 +12,21 @@
 
 namespace norvane::driver {
 
+// An optional around the place.
+struct AroundOptional {
+    TypeCon* content;
+    std::size_t outside;           // how many of the records around are outside of it
+    AroundOptional* next;          // the next one around it; null for none
+    std::optional<bool> is_free{}; // of its rules, once that was asked
+};
+
 // What is known of the place that the walk has reached.
 struct Surroundings {
     bool in_type = false;      // in a declared type, whose names are resolved when it is declared
     bool on_rules = true;      // what is found there concerns the flat rules,
     bool on_simplify = true;   // and the finite form
     bool is_evaluated = false; // the expression is evaluated, and not simplified
-    // How many of the records around are outside of the innermost optional; none without one.
-    std::optional<std::size_t> outside_of_optional;
+    AroundOptional* optional = nullptr; // the innermost one
     bool in_rule = false;
     const void* declaration = nullptr;
     const Expr* root = nullptr; // the expression that the walk is in
@@ -81,8 +88,9 @@ void check_selector(Finder& finder, const Expr* expr);
 void check_field(Finder& finder, const VarDecl* field);
 
 // Whether the rules of an optional record hold while it is absent, whatever the rest of the product
-// is: for some value of its fields, all of them are true. (absent.cpp)
-bool holds_while_absent(Names& names, TypeCon* content);
+// is: for some values of its fields, all of them are true. Sought once, while the walk is in it.
+// (absent.cpp)
+bool holds_while_absent(Names& names, AroundOptional& optional);
 
 // The others. (habits.cpp)
 void check_ranges(Finder& finder, const Expr* expr);

@@ -36,9 +36,14 @@ bool is_variable(const NameData* global) {
 
 void check_outside(Finder& finder, const char* name, const Names::Meaning& meaning,
                    const About& about) {
-    const bool is_outside = meaning.field ? meaning.frame <= *finder.at.outside_of_optional
-                                          : is_variable(meaning.global);
-    if (!is_outside) return;
+    if (!meaning.field && !is_variable(meaning.global)) return;
+    AroundOptional* optional = finder.at.optional;
+    const auto is_restricted = [&finder, &meaning](AroundOptional& around) {
+        return meaning.frame <= around.outside && !holds_while_absent(finder.names, around);
+    };
+    while (optional && !is_restricted(*optional))
+        optional = optional->next;
+    if (!optional) return;
     finder.add(Warning::optional_rule, about,
                "this rule of an optional record restricts '" + std::string(name) +
                    "' also while the record is absent",
@@ -201,8 +206,9 @@ void check_name(Finder& finder, const char* name, const About& about) {
     std::size_t frame = 0;
     const Field* field = finder.names.finite_field(name, &frame);
     const bool is_seen = field && field->index < finder.names.frames[frame - 1].visible;
-    const auto& outside = finder.at.outside_of_optional;
-    const bool may_be_outside = outside && finder.at.in_rule && !(is_seen && frame > *outside);
+    const AroundOptional* optional = finder.at.optional;
+    const bool may_be_outside =
+        optional && finder.at.in_rule && !(is_seen && frame > optional->outside);
     if ((!field || is_seen) && !may_be_outside) return;
     const Names::Meaning meaning = finder.names.meaning_of(name);
     if (meaning.loop) return;
