@@ -6,7 +6,7 @@
 #include <span>
 
 #include "import.h"
-#include "names.h"
+#include "imported_names.h"
 #include "writer.h"
 
 namespace norvane::driver {

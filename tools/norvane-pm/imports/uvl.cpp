@@ -9,7 +9,7 @@
 
 #include "norvane/base/deep.hpp"
 
-#include "names.h"
+#include "imported_names.h"
 #include "writer.h"
 
 namespace norvane::driver {

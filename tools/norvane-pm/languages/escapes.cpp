@@ -189,8 +189,7 @@ std::string pm_name(std::string_view path) {
         const std::string name = take_name(path);
         result += is_plain(name) ? name : in_hexadecimal(result.empty() ? "_0x" : "0x", name);
     }
-    if (is_one_name && is_reserved(result))
-        return in_hexadecimal("_0x", result);
+    if (is_one_name && is_reserved(result)) return in_hexadecimal("_0x", result);
     return result;
 }
 

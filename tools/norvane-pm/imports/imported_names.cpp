@@ -1,4 +1,4 @@
-#include "names.h"
+#include "imported_names.h"
 
 #include <algorithm>
 
