@@ -38,11 +38,11 @@ class Features:
 
     def __init__(self, rng):
         self.rng, self.lines, self.conditions, self.costs = rng, ['features'], [], {}
-        self.below, self.most = {}, rng.randint(1, 11)
+        self.below, self.most = {}, rng.randint(3, 11)
         self.feature(1)
         self.conditions.append(lambda on: 'F0' in on)
         self.lines.append('constraints')
-        for _ in range(rng.randint(0, 3)):
+        for _ in range(rng.randint(0, 2)):
             text, holds = self.formula(rng.randint(1, 3))
             self.lines.append('\t' + text)
             self.conditions.append(holds)
@@ -54,20 +54,21 @@ class Features:
         has_cost = self.costs[name] is not None
         self.lines.append('\t' * depth + spelled + (' {cost %d}' % self.costs[name] if has_cost else ''))
         first = len(self.costs) - 1
-        for _ in range(rng.randint(0, 2)):
+        for _ in range(rng.randint(depth == 1, 2)):
             if depth < 9 and len(self.costs) < self.most:
                 self.group(name, depth + 1)
         self.below[name] = ['F%d' % i for i in range(first, len(self.costs))]
         return name
 
     def group(self, parent, depth):
-        kind = self.rng.choice(('mandatory', 'optional', 'or', 'alternative', '[0..2]', '[2]', '[1..1]', '[2..*]'))
+        kind = self.rng.choice(('mandatory', 'optional', 'or', 'alternative', '[0..2]', '[2]', '[1..1]', '[1..3]',
+                                '[2..*]'))
         self.lines.append('\t' * depth + kind)
-        children = [self.feature(depth + 1) for _ in range(self.rng.randint(1, 4)) if len(self.costs) < self.most]
+        children = [self.feature(depth + 1) for _ in range(self.rng.randint(1, 6)) if len(self.costs) < self.most]
         if not children:
             children.append(self.feature(depth + 1))
         bounds = {'mandatory': (len(children),) * 2, 'optional': (0, 99), 'or': (1, 99), 'alternative': (1, 1),
-                  '[0..2]': (0, 2), '[2]': (2, 2), '[1..1]': (1, 1), '[2..*]': (2, 99)}[kind]
+                  '[0..2]': (0, 2), '[1..3]': (1, 3), '[2]': (2, 2), '[1..1]': (1, 1), '[2..*]': (2, 99)}[kind]
         self.conditions.append(lambda on: bounds[0] <= sum(c in on for c in children) <= bounds[1]
                                if parent in on else not any(c in on for c in children))
 
@@ -81,7 +82,7 @@ class Features:
             text, a = self.formula(depth - 1)
             return '!' + text, lambda on: not a(on)
         if kind < 0.85 and any(cost is not None for cost in self.costs.values()):
-            below, least = rng.choice(list(self.below)), rng.randint(-4, 12)
+            below, least = rng.choice(list(self.below)), rng.randint(-9, 9)
             holds = lambda on: sum(self.costs[f] or 0 for f in self.below[below] if f in on) * 2 - 1 >= least
             return 'sum(%s, cost) * 2 - 1 >= %s' % (below, str(least)), holds
         name = rng.choice(list(self.costs))
