@@ -329,6 +329,7 @@ void analyse(Session& session) {
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);
     session.begin(Step::ask, session.subject);
     const FlatModel flat(model);
+    check_size(session, flat);
     bool has_product = false;
     try {
         SolverProcess solver(options.solver, options.time_limit);

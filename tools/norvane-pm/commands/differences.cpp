@@ -26,7 +26,9 @@ struct Side {
     Side(Session& session, const std::string& name, const CheckedModel& checked)
         : file(name), model(checked),
           rules(expand_rules(session, checked, RuleForm::simplified, RuleOrigins::kept)),
-          flat(checked), terms(flat) {}
+          flat(checked), terms(flat) {
+        check_size(session, flat);
+    }
 };
 
 const CheckedModel& load(Session& session, const std::string& file) {

@@ -1,5 +1,7 @@
 #include "finite.h"
 
+#include <string>
+
 namespace norvane::driver {
 namespace {
 
@@ -32,6 +34,16 @@ const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleF
     session.begin(Step::expand, session.subject);
     const DroppedReports dropped;
     return session.keep(model.rules(form, origins));
+}
+
+void check_size(Session& session, const FlatModel& flat) {
+    const unsigned long long most = session.options.max_nodes;
+    if (most == 0 || flat.size() <= most) return;
+    Report report;
+    report.set_title("the model has more than " + std::to_string(most) +
+                     " variables: see --max-nodes");
+    session.diagnostics.report(report);
+    throw InputAtFault();
 }
 
 } // namespace norvane::driver

@@ -2,6 +2,7 @@
 #ifndef NORVANE_PM_FINITE_H
 #define NORVANE_PM_FINITE_H
 
+#include "flat_model.h"
 #include "session.h"
 
 namespace norvane::driver {
@@ -12,6 +13,10 @@ const Model& make_finite(Session& session, const CheckedModel& model);
 // Its flat rules.
 const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleForm form,
                               RuleOrigins origins);
+
+// Reports a model with more variables than the command line allows, and throws InputAtFault: before
+// work on each of them, which would have no end in sight.
+void check_size(Session& session, const FlatModel& flat);
 
 } // namespace norvane::driver
 

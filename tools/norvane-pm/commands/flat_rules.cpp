@@ -14,17 +14,6 @@
 namespace norvane::driver {
 namespace {
 
-// Stops before a list that has no end in sight.
-void check_size(Session& session, const FlatModel& flat) {
-    const unsigned long long most = session.options.max_nodes;
-    if (most == 0 || flat.size() <= most) return;
-    Report report;
-    report.set_title("the model has more than " + std::to_string(most) +
-                     " variables: see --max-nodes");
-    session.diagnostics.report(report);
-    throw InputAtFault();
-}
-
 // Line by line, so what is kept of a table is the width of its first column alone.
 void print_table(const FlatModel& flat) {
     std::size_t width = 0;
@@ -103,6 +92,9 @@ void write_flat_rules(Session& session) {
     show_warnings(session, model, Made::rules);
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);
     const FlatModel flat(model);
+    // The other languages begin with the variables.
+    if (what.language != Language::text && what.language != Language::json)
+        check_size(session, flat);
     try {
         session.print_output([&](std::FILE* to) { write_rules(flat, rules, what, to); });
     } catch (const Unwritten& unwritten) {

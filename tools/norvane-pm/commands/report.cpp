@@ -110,6 +110,7 @@ void write_graph(Session& session) {
     show_warnings(session, model, Made::rules);
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);
     const FlatModel flat(model);
+    check_size(session, flat);
     session.write_output([&](std::FILE* stream) {
         Writer out(stream);
         write_dot(Terms(flat), rules, out);
