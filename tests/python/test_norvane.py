@@ -2,6 +2,7 @@
 import gc
 import os
 import re
+import signal
 import tempfile
 import threading
 import unittest
@@ -100,6 +101,28 @@ class Models(unittest.TestCase):
         for thread in threads:
             thread.join()
         self.assertEqual(results, [[str(rule) for rule, _ in model.flat()]] * 100)
+
+    def test_child_of_a_fork_goes_on(self):
+        norvane.write(self.load('variable n : integer; rule n > 3;' + ' n < 7;' * 3000), 'model.xml')
+        is_over = threading.Event()
+
+        def work():
+            while not is_over.is_set():
+                norvane.load('model.xml')
+
+        thread = threading.Thread(target=work)
+        thread.start()
+        statuses = []
+        for _ in range(10):
+            child = os.fork()
+            if child == 0:
+                signal.alarm(20)  # a child that hangs
+                norvane.load('model.xml')
+                os._exit(0)
+            statuses.append(os.waitpid(child, 0)[1])
+        is_over.set()
+        thread.join()
+        self.assertEqual(statuses, [0] * 10)
 
     def test_stubs_name_what_there_is(self):
         with open(STUB, encoding='utf-8') as file:
