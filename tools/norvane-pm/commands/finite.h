@@ -2,7 +2,8 @@
 #ifndef NORVANE_PM_FINITE_H
 #define NORVANE_PM_FINITE_H
 
-#include "flat_model.h"
+#include "norvane/proj.hpp"
+
 #include "session.h"
 
 namespace norvane::driver {
