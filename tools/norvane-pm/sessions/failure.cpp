@@ -68,7 +68,11 @@ void reserve_memory_for_reports() {
 int report_failure(Session& session, const InternalFailure& failure) {
     reserve.reset();
     if (failure.kind() == EXCEPT_STOPPED) return report_outgrown(session, failure);
-    session.diagnostics.report(finding_of(session, failure, find_culprit(session)));
+    try {
+        session.diagnostics.report(finding_of(session, failure, find_culprit(session)));
+    } catch (const std::bad_alloc&) { // the search for the place needs memory, too
+        session.diagnostics.report(finding_of(session, failure, {}));
+    }
     return STATUS_INTERNAL_FAILURE;
 }
 
