@@ -203,7 +203,7 @@ void Server::opened(const Json& params) {
     const Document* document = documents_.open(member(params, "textDocument"));
     if (!document) return;
     units_.changed(document->path);
-    units_.assign_all(); // the document may include others
+    units_.settings_changed(); // the document may include others
 }
 
 void Server::changed(const Json& params) {
@@ -214,7 +214,7 @@ void Server::changed(const Json& params) {
     documents_.change(params);
     refuse_waiting(document->path);
     units_.changed(document->path);
-    if (included_names(document->lines.text()) != included) units_.assign_all();
+    if (included_names(document->lines.text()) != included) units_.settings_changed();
 }
 
 // The positions of requests are those of the text before.
@@ -231,7 +231,7 @@ void Server::saved(const Json& params) {
     const std::string path = path_of(text_of(member(params, "textDocument", "uri")));
     documents_.saved(path);
     units_.changed(path);
-    units_.assign_all();
+    units_.settings_changed();
 }
 
 void Server::closed(const Json& params) {
@@ -239,7 +239,7 @@ void Server::closed(const Json& params) {
     if (!documents_.close(path)) return;
     units_.changed(path);
     units_.release(path);
-    units_.assign_all();
+    units_.settings_changed();
 }
 
 void Server::files_changed(const Json& params) {
@@ -247,7 +247,7 @@ void Server::files_changed(const Json& params) {
     if (!changes.is_array()) return;
     for (const Json& change : changes)
         units_.changed(path_of(text_of(member(change, "uri"))));
-    units_.assign_all();
+    units_.settings_changed();
 }
 
 // Runs. ------------------------------------------------------------------------------------------

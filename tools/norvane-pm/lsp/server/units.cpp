@@ -22,7 +22,9 @@ std::shared_ptr<Unit> Units::unit_for(const Document& document) {
     return units_.front();
 }
 
-void Units::assign_all() {
+void Units::assign() {
+    if (is_assigned_) return;
+    is_assigned_ = true;
     for (const auto& [path, document] : documents_.all())
         of_[path] = unit_for(document);
     forget_unused();
@@ -65,6 +67,7 @@ void Units::changed(const std::string& path) {
 // Clients tell of changes that leave the text as it is, such as that it was saved: what is shown is
 // then right for the new version, too.
 void Units::settle() {
+    assign();
     for (const auto& unit : units_) {
         if (!unit->is_changed()) continue;
         const bool is_same = settle(*unit);
@@ -123,11 +126,13 @@ bool Units::stop_late() {
 }
 
 Unit* Units::of(const std::string& path) {
+    assign();
     const auto found = of_.find(path);
     return found == of_.end() ? nullptr : found->second.get();
 }
 
-std::vector<const Unit*> Units::all() const {
+std::vector<const Unit*> Units::all() {
+    assign();
     std::vector<const Unit*> all;
     for (const auto& unit : units_)
         all.push_back(unit.get());

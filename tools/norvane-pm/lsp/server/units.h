@@ -17,8 +17,9 @@ class Units {
   public:
     Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {}
 
-    // Looks up the settings of all documents: one was opened, or its settings may have changed.
-    void assign_all();
+    // A document was opened, or the settings of any may have changed: those of all are looked up
+    // once more, before the next use.
+    void settings_changed() { is_assigned_ = false; }
     // A document was closed.
     void release(const std::string& path);
 
@@ -34,10 +35,11 @@ class Units {
     bool stop_late();
 
     Unit* of(const std::string& path);
-    std::vector<const Unit*> all() const;
+    std::vector<const Unit*> all();
 
   private:
     std::shared_ptr<Unit> unit_for(const Document& document);
+    void assign();
     void settle();
     bool settle(Unit& unit);
     void forget_unused();
@@ -49,6 +51,7 @@ class Units {
     PrivateDirectory directory_;
     std::vector<std::shared_ptr<Unit>> units_; // the one that was changed last comes first
     std::map<std::string, std::shared_ptr<Unit>> of_;
+    bool is_assigned_ = true;
     Unit* running_ = nullptr;
     // By path, and by the unit whose run has found them.
     std::map<std::string, std::map<const Unit*, Json>> shown_;
