@@ -11,6 +11,7 @@
 
 #include "norvane/base/deep.hpp"
 
+#include "calculation_names.h"
 #include "calculation_syntax.h"
 #include "calculation_ways_out.h"
 #include "fault_place.h"
@@ -496,6 +497,15 @@ class Checker {
     std::vector<PlacedFinding> findings_;
 };
 
+// "Multiple definitions of function 'f' in namespace 'A'"
+const CFunc* function_named_in(std::string_view message, const Calculation& calculation) {
+    const std::string name(quoted_name(message));
+    const std::size_t in = message.rfind(" in namespace '");
+    if (name.empty() || in == message.npos) return nullptr;
+    const std::string ns_name(quoted_name(message.substr(in)));
+    return find_function(calculation, ns_name.c_str(), name.c_str());
+}
+
 // Functions that are defined twice, of which loading keeps the first.
 void add_second_functions(const SourceText& text, const LoadedCalculation& loaded,
                           std::vector<PlacedFinding>& findings) {
@@ -504,14 +514,10 @@ void add_second_functions(const SourceText& text, const LoadedCalculation& loade
         const std::size_t token = std::min<std::size_t>(report.line, text.size()) - 1;
         findings.push_back(error_at(text, {token, token}, report.name, report.message));
         if (!loaded.calculation) continue;
-        const std::string_view name = quoted_name(report.message);
-        for (const auto& [ns, func] : loaded.calculation->functions()) {
-            const bool is_first =
-                name == func->name && report.message.ends_with("'" + std::string(ns->name) + "'");
-            const std::size_t first = EditedCalculation::token_of_line(func->line_no);
-            if (is_first)
-                findings.back().finding.notes.push_back({text.place(first), "declared here"});
-        }
+        const CFunc* defined = function_named_in(report.message, *loaded.calculation);
+        if (!defined) continue;
+        const std::size_t first = EditedCalculation::token_of_line(defined->line_no);
+        findings.back().finding.notes.push_back({text.place(first), "declared here"});
     }
 }
 

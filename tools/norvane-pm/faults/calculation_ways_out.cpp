@@ -169,37 +169,25 @@ void CalculationWaysOut::undeclared_function(PlacedFinding& found, const CExpr* 
     narrow(found, range);
     const std::string_view ns_name = called->args.call.ns_name;
     const std::string_view name = called->args.call.fname;
-    std::vector<std::string_view> in_namespace;
-    std::vector<std::string_view> namespaces;
-    std::vector<std::string> elsewhere;
-    const auto note = [&](std::string_view ns, std::string_view function) {
-        if (ns == ns_name) in_namespace.push_back(function);
-        if (ns != ns_name && function == name)
-            elsewhere.push_back(std::string(ns) + "." + std::string(function));
-        if (namespaces.empty() || namespaces.back() != ns) namespaces.push_back(ns);
-    };
-    for (const auto& [ns, func] : calculation_.functions())
-        note(ns->name, func->name);
-    const CFuncSignature* row = calc_get_build_in_func_signature("CtrlMngr", "AssignFloat");
-    for (; row->ns_name; ++row)
-        note(row->ns_name, row->fn_name);
+    const CalculationNames::Names& in_namespace = names_.functions_in(ns_name);
     if (!in_namespace.empty()) {
         if (suggestions_.suggest(found, name, range.last, in_namespace)) return;
-    } else if (suggestions_.suggest(found, ns_name, range.first, namespaces)) {
+    } else if (suggestions_.suggest(found, ns_name, range.first, names_.namespaces())) {
         return;
     }
-    if (elsewhere.size() != 1) return;
-    say(found, "did you mean " + in_quotes(elsewhere[0]) + "?");
-    replace(text_, found, range, elsewhere[0], false);
+    const CalculationNames::Names& with_it = names_.namespaces_with(name);
+    const auto is_other = [ns_name](std::string_view ns) { return ns != ns_name; };
+    const auto other = std::ranges::find_if(with_it, is_other);
+    if (other == with_it.end() || std::any_of(other + 1, with_it.end(), is_other)) return;
+    const std::string elsewhere = std::string(*other) + "." + std::string(name);
+    say(found, "did you mean " + in_quotes(elsewhere) + "?");
+    replace(text_, found, range, elsewhere, false);
 }
 
 void CalculationWaysOut::signature(PlacedFinding& found, const CExpr* called) const {
     const auto& args = called->args.call;
     std::string arguments;
-    for (const auto& [ns, func] : calculation_.functions()) {
-        if (std::string_view(ns->name) != args.ns_name ||
-            std::string_view(func->name) != args.fname)
-            continue;
+    if (const CFunc* func = find_function(calculation_, args.ns_name, args.fname)) {
         const std::size_t token = EditedCalculation::token_of_line(func->line_no);
         found.finding.notes.push_back({text_.place(token), "declared here"});
         for (const CFuncArg* argument : items<CFuncArg>(func->args))
@@ -254,22 +242,17 @@ void CalculationWaysOut::illegal_label(PlacedFinding& found, const CExpr* compar
     say(found, "its labels are " + all + (labels.size() > most_shown_labels ? ", ..." : ""));
 }
 
-std::string_view CalculationWaysOut::explain_namespace(PlacedFinding& found, std::string_view own,
+std::string_view CalculationWaysOut::explain_namespace(PlacedFinding& found, const char* own,
                                                        const CExpr* called) {
-    const std::string_view name = called->args.call.fname;
-    std::vector<std::string_view> candidates;
-    for (const auto& [ns, func] : calculation_.functions())
-        if (name == func->name) candidates.push_back(ns->name);
-    const CFuncSignature* row = calc_get_build_in_func_signature("CtrlMngr", "AssignFloat");
-    for (; row->ns_name; ++row)
-        if (name == row->fn_name) candidates.push_back(row->ns_name);
+    const char* name = called->args.call.fname;
+    const CalculationNames::Names& candidates = names_.namespaces_with(name);
     if (candidates.empty()) return {};
-    const auto in_own = std::ranges::find(candidates, own);
-    const std::string_view ns = in_own != candidates.end() ? *in_own : candidates.front();
+    const bool is_in_own =
+        find_function(calculation_, own, name) || calc_get_build_in_func_signature(own, name);
+    const std::string_view ns = is_in_own ? own : candidates.front();
     const std::size_t token = EditedCalculation::token_of_line(called->line_no);
-    say(found, "write " + in_quotes(std::string(ns) + "." + std::string(name)));
-    insert_before(text_, found, token, std::string(ns) + ".",
-                  in_own != candidates.end() || candidates.size() == 1);
+    say(found, "write " + in_quotes(std::string(ns) + "." + name));
+    insert_before(text_, found, token, std::string(ns) + ".", is_in_own || candidates.size() == 1);
     return ns;
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "calculation_names.h"
 #include "calculation_places.h"
 #include "suggestions.h"
 
@@ -13,8 +14,8 @@ namespace norvane::driver {
 class CalculationWaysOut {
   public:
     CalculationWaysOut(const Calculation& calculation, SymbolTable* table, const SourceText& text)
-        : calculation_(calculation), table_(table), text_(text), places_(text), suggestions_(text) {
-    }
+        : calculation_(calculation), table_(table), text_(text), places_(text), names_(calculation),
+          suggestions_(text) {}
 
     // Adds to a fault of an expression in a function: `part` is what the message is about, null
     // where it is about the statement.
@@ -22,8 +23,7 @@ class CalculationWaysOut {
 
     // Adds to a call without a namespace which one it may be, and returns that: empty if none has
     // such a function.
-    std::string_view explain_namespace(PlacedFinding& found, std::string_view own,
-                                       const CExpr* call);
+    std::string_view explain_namespace(PlacedFinding& found, const char* own, const CExpr* call);
 
   private:
     void say_by_table(PlacedFinding& found) const;
@@ -40,6 +40,7 @@ class CalculationWaysOut {
     SymbolTable* table_;
     const SourceText& text_;
     CalculationPlaces places_;
+    CalculationNames names_;
     Suggestions suggestions_;
 };
 
