@@ -52,6 +52,24 @@ class Models(unittest.TestCase):
             self.load('constant B : "a" = "b"; variable a : boolean; rule a;').check()
         self.assertEqual(len(good.flat()), 1)
 
+    def test_open_texts_and_comments_end_with_their_file(self):
+        for end in ('rule x = "abc;', 'rule x = "', '/* a /* b */', '/* /* /*', '// a', '/* "'):
+            with self.subTest(end):
+                try:
+                    self.load('variable y : boolean; ' + end)
+                except norvane.ModelError:
+                    pass
+                self.assertEqual(len(self.load('variable x : boolean;').variables), 1)
+        for end in ('namespace B { /*', '/* a /* b */', '// a', 'namespace B { string s() { return "a', '"'):
+            for source in (end, ''):
+                with self.subTest(end, source=source), open('c.cl', 'w') as file:
+                    file.write('namespace A { void f() {} } ' + source)
+                try:
+                    functions = norvane.load_calculation('c.cl').functions
+                except norvane.ModelError:
+                    functions = None
+            self.assertEqual([f.name for f in functions or ()], ['f'], end)
+
     def test_texts_of_the_code_page(self):
         model = self.load('type T : ["h\xe4lfte", "\u20ac"]; variable v : T; rule v = "\u20ac";')
         self.assertEqual(model.types['T'].labels, ['h\xe4lfte', '\u20ac'])
