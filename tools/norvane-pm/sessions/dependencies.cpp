@@ -51,10 +51,14 @@ void Dependencies::check_file() const {
     const char* way_out = "name another file with -MF";
     if (would_replace(file_, result_))
         throw WrongUsage{"the dependencies and the result would be one file: " + file_, way_out};
-    for (const std::string& read : files_)
+    for (const std::string& read : files_) {
         if (would_replace(file_, read))
             throw WrongUsage{"the dependencies would replace a file that was read: " + read,
                              way_out};
+        // Make would take what follows for a rule or a variable of its own.
+        if (read.find('\n') != std::string::npos)
+            throw WrongUsage{"make cannot read a name with a line feed: " + read};
+    }
 }
 
 std::string Dependencies::rule() const {
