@@ -232,20 +232,21 @@ void add_output_of_models(CLI::App& command, Options& options) {
 }
 
 void add_warnings(CLI::App& command, Options& options) {
+    const auto take = [&options](const std::string& word) {
+        if (!options.warnings.take(word))
+            throw CLI::ValidationError("-W" + word, "there is no such warning: see "
+                                                    "norvane-pm explain --warnings");
+        options.warning_words.push_back(word);
+    };
     command
         .add_option_function<std::string>(
-            "-W,--warning",
-            [&options](const std::string& word) {
-                if (!options.warnings.take(word))
-                    throw CLI::ValidationError("-W" + word, "there is no such warning: see "
-                                                            "norvane-pm explain --warnings");
-            },
+            "-W,--warning", take,
             "Show warnings: -Wall, -WNAME, -Wno-NAME; make them errors: -Werror, -Werror=NAME, "
             "-Wno-error=NAME")
         ->type_name("WORD")
         ->trigger_on_parse();
     command.add_flag_callback(
-        "--werror", [&options] { options.warnings.take("error"); }, "The same as -Werror");
+        "--werror", [take] { take("error"); }, "The same as -Werror");
 }
 
 } // namespace norvane::driver

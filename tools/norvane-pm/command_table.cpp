@@ -268,6 +268,7 @@ void describe_ninja(CLI::App& command, Options& options) {
     options.build_directory = "build";
     add_text(command, "--build-dir", "DIR", options.build_directory,
              "The directory of the results (build)");
+    add_warnings(command, options);
 }
 
 void describe_pack_project(CLI::App& command, Options& options) {

@@ -41,7 +41,7 @@ _norvane_pm() {
         [workspace show]='--format --color'
         [workspace commands]='--format --color --arg --order --arg2 --mu-compile-stats --bin-dir'
         [workspace check]='--format --color --quiet --first --max-errors --max-nodes --warning --werror --jobs'
-        [workspace ninja]='--format --color --output --build-dir'
+        [workspace ninja]='--format --color --output --build-dir --warning --werror'
         [workspace package]=$package
         [package list]='--format --color'
         [package make]="$package --build-dir --output-dir"

@@ -135,6 +135,9 @@ class NinjaFile {
     explicit NinjaFile(const Options& options) : options_(options) {
         const std::string file = for_ninja_command(options.file);
         const std::string directory = for_ninja_command(options.build_directory);
+        std::string warnings;
+        for (const std::string& word : options.warning_words)
+            warnings += " " + for_ninja_command("-W" + word);
         text_ =
             "# The models of a workspace: checked, as flat rules, and as XML. \"ninja packages\" "
             "packs what\n# a compiler has made of them. \"norvane-pm workspace ninja\" writes "
@@ -145,12 +148,16 @@ class NinjaFile {
             "\n"
             "norvane_pm = norvane-pm\n";
         // A name may begin with a dash: "--" ends the options, and theirs follow without a blank.
-        add_rule("check", "check $flags -MD -MF$out.d -MQ$out -- $in && touch -- $out", true);
-        // The check has shown the warnings.
-        add_rule("rules", "rules -q $flags -MD -MF$out.d -o$out -- $in", true);
+        add_rule("check",
+                 "check" + warnings + " $flags -MD -MF$out.d -MQ$out -- $in && touch -- $out",
+                 true);
+        // The check has shown the warnings, but a model with one that is an error gets no rules.
+        add_rule("rules", "rules -q" + warnings + " $flags -MD -MF$out.d -o$out -- $in", true);
         add_rule("xml", "convert -q $flags --to=xml -MD -MF$out.d -o$out -- $in", true);
         add_rule("package", "workspace package -- " + file + " $project", false);
-        add_rule("workspace", "workspace ninja --build-dir=" + directory + " -o$out -- $in", false);
+        add_rule("workspace",
+                 "workspace ninja" + warnings + " --build-dir=" + directory + " -o$out -- $in",
+                 false);
         if (options.output != "-")
             text_ += "  generator = 1\nbuild " + path_for_ninja(options.output) + ": workspace " +
                      path_for_ninja(options.file) + "\n";

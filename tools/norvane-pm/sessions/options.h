@@ -37,6 +37,7 @@ struct Options {
     unsigned max_errors = 50;          // 0: no limit
     unsigned long long max_nodes = 0;  // 0: no limit
     Selection warnings;
+    std::vector<std::string> warning_words; // that `warnings` has taken, as they were given
     std::string output = "-";
     ModelForm to = ModelForm::unknown;
     std::string texts; // the file for display texts of renamed names
