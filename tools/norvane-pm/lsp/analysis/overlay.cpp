@@ -24,13 +24,17 @@ void write(const fs::path& file, const std::string& bytes) {
     if (!stream) fail("cannot write " + file.string());
 }
 
-// "directory/../file" is found only where there is such a directory.
-void add_directories(const fs::path& place, const std::string& source) {
+// "directory/../file" is found only where there is such a directory. None is made outside of the
+// root; where one cannot be made, the preprocessor tells that the file is not there.
+void add_directories(const std::string& root, const fs::path& place, const std::string& source) {
     for (const fs::path name : included_names(source)) {
+        if (name.is_absolute() || name.string().find("..") == std::string::npos) continue;
         fs::path path = place;
         for (const fs::path& step : name.parent_path()) {
             path /= step;
-            if (!name.is_absolute()) fs::create_directory(path);
+            if (!path.lexically_normal().string().starts_with(root + "/")) break;
+            std::error_code ignored;
+            fs::create_directory(path, ignored);
         }
     }
 }
@@ -58,13 +62,14 @@ void Overlay::add(const SourceSet& sources, const Documents& documents) {
     for (const auto& [file, bytes] : sources) {
         const fs::path here = path(file);
         fs::create_directories(here.parent_path());
-        add_directories(here.parent_path(), bytes);
         if (fs::is_symlink(here) || fs::exists(here)) continue;
         if (documents.find(file))
             write(here, bytes);
         else
             fs::create_symlink(file, here);
     }
+    for (const auto& [file, bytes] : sources)
+        add_directories(root_, fs::path(path(file)).parent_path(), bytes);
 }
 
 std::vector<std::string>

@@ -39,7 +39,8 @@ Unit::Input Unit::read_input(const Documents& documents) const {
 bool Unit::settle(const Documents& documents) {
     is_changed_ = false;
     Input input = read_input(documents);
-    if (input == input_) return true;
+    if (input == input_ && !has_given_up_) return true;
+    has_given_up_ = false;
     input_ = std::move(input);
     needs_run_ = true;
     worker_.reset();
@@ -113,6 +114,7 @@ void Unit::give_up(const std::string& why) {
     Result nothing;
     nothing.findings = {finding_about(file(), Severity::warning, why)};
     finish(std::move(nothing));
+    has_given_up_ = true;
 }
 
 void Unit::read_model(NameIndex& index) const {

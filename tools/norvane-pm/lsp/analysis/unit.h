@@ -76,6 +76,7 @@ class Unit {
     std::string calculation_;
     bool is_changed_ = true;
     bool needs_run_ = true;
+    bool has_given_up_ = false; // the next change is another try, also with the same text
     Input input_;
     Result result_;
     mutable std::unique_ptr<NameIndex> names_;

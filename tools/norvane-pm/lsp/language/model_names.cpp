@@ -2,6 +2,7 @@
 // next semicolon or section word.
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "name_index.h"
 
@@ -414,6 +415,7 @@ class ModelReader {
 
     void path(std::size_t end) {
         const auto meaning = meaning_of(text());
+        const std::size_t label = std::exchange(label_before_, none); // an index has paths, too
         if (meaning) index_.add(words_[at_].spot, *meaning, false);
         ++at_;
         std::size_t type = meaning ? index_.symbols[*meaning].type : none;
@@ -424,8 +426,7 @@ class ModelReader {
             type = indices(type, end);
         }
         last_type_ = index_.real(type);
-        if (label_before_ != none) add_label(label_before_, last_type_);
-        label_before_ = none;
+        if (label != none) add_label(label, last_type_);
     }
 
     std::size_t step(std::size_t type) {

@@ -1,6 +1,7 @@
 #include "words.h"
 
 #include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 namespace norvane::driver::lsp {
@@ -10,8 +11,11 @@ namespace {
 bool stands_at(std::string_view word, const Place& place, SourceFiles& files) {
     const std::string_view rest = files.rest(place.file, place.line);
     const std::string_view here = rest.substr(std::min<std::size_t>(place.column - 1, rest.size()));
-    const Scan found = scan(here.substr(0, here.find('\n')));
-    return !found.tokens.empty() && here.substr(0, found.tokens.front().length) == word;
+    const auto is_of_name = [](char c) {
+        return c == '_' || std::isalnum(static_cast<unsigned char>(c));
+    };
+    if (!here.starts_with(word)) return false;
+    return here.size() == word.size() || !is_of_name(word.back()) || !is_of_name(here[word.size()]);
 }
 
 } // namespace

@@ -26,7 +26,12 @@ void Units::assign() {
     if (is_assigned_) return;
     is_assigned_ = true;
     for (const auto& [path, document] : documents_.all())
-        of_[path] = unit_for(document);
+        try {
+            of_[path] = unit_for(document);
+        } catch (const std::bad_alloc&) { // it keeps the unit that it has, or gets none
+            client_.notify("window/logMessage",
+                           {{"type", 1}, {"message", path + ": " + no_memory}});
+        }
     forget_unused();
 }
 
@@ -79,6 +84,7 @@ void Units::settle() {
 bool Units::settle(Unit& unit) try {
     return unit.settle(documents_);
 } catch (const std::bad_alloc&) {
+    if (running_ == &unit) running_ = nullptr;
     unit.give_up(no_memory);
     return true;
 }
