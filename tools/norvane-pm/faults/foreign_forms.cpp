@@ -158,7 +158,7 @@ class Search : MistakeSearch {
 
     // .5
     void point_before_digits() {
-        if (error_.word() != "." || !is_number(1)) return;
+        if (error_.word() != "." || error_.word(-1) == ".." || !is_number(1)) return;
         const std::string text = "0." + std::string(error_.word(1));
         rewrite({token(), token() + 1}, "a number begins with a digit", "write " + text, text,
                 true);

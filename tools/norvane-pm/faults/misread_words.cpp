@@ -77,6 +77,10 @@ class Search {
         if (!begins_statement(at) || names_.contains(word(at)) || !is_word(at) ||
             !is_word(at + 1) || is_reserved(word(at)) || may_follow_a_name(word(at + 1)))
             return;
+        std::string lower(word(at));
+        std::ranges::transform(lower, lower.begin(),
+                               [](unsigned char c) { return std::tolower(c); });
+        if (is_reserved(lower) && !is_section_word(lower)) return; // TRUE AND ...
         const std::string_view meant = section_meant_by(word(at));
         if (meant.empty()) return;
         found_.push_back({{at, at},

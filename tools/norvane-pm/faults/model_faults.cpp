@@ -208,11 +208,16 @@ class Checker {
         if (is_doubtful) doubtful_.insert(name); // once this is reported
         if (!found || !is_known) return;
         if (const auto place = declared_at_.find(before); place != declared_at_.end())
-            show_first(found->finding, place->second);
+            show_first(found->finding, place->second, token);
     }
 
-    // A declaration that repeats itself stands in a file that is included twice.
-    void show_first(Finding& finding, std::size_t token) {
+    // A declaration that repeats itself stands in a file that is included twice, or in a type that
+    // several names share.
+    void show_first(Finding& finding, std::size_t token, std::size_t again_token) {
+        if (token == again_token) {
+            finding.hint = "declare the enumeration as a type, and use its name";
+            return;
+        }
         const Place first = text_.place(token);
         const Place& again = finding.place;
         if (!text_.is_from_macro(token) && first.file == again.file && first.line == again.line &&

@@ -189,8 +189,15 @@ class Search : MistakeSearch {
             mistake.edits[i] = instead("");
         mistake.edits[range->first] = instead(quoted_label);
         mistake.instead = quoted_label;
-        mistake.is_certain = source_.is_free_of_comments(*range);
+        mistake.is_certain = source_.is_free_of_comments(*range) && consists_of_words(*range);
         add(std::move(mistake));
+    }
+
+    // Others may mean a range, or have quotes of another form.
+    bool consists_of_words(const TokenRange& range) const {
+        for (std::size_t i = range.first; i <= range.last; ++i)
+            if (source_.tokens()[i].kind != TokenKind::word) return false;
+        return true;
     }
 
     // x in [a, b]

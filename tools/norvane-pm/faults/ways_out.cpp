@@ -360,7 +360,8 @@ void WaysOut::arm(PlacedFinding& found, const IdCon* selector, const Expr* value
 void WaysOut::label_of(PlacedFinding& found, const char* name, const Expr* text) {
     NameData* namedata = nullptr;
     if (!name ||
-        call([&] { return symtbl_lookup(table_, const_cast<char*>(name), 0, &namedata); }) != 0)
+        call([&] { return symtbl_lookup(table_, const_cast<char*>(name), 0, &namedata); }) != 0 ||
+        namedata->ndtype != ND_VARIABLE)
         return;
     const TypeCon* typecon = namedata->typecon;
     while (typecon && typecon->contype == TC_NAMED) {

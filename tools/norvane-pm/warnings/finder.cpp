@@ -17,10 +17,14 @@ Finding* Finder::add(Warning warning, const About& about, std::string message, s
     if (is_about_results && !concerns_results) return nullptr;
     const bool may_repeat = row_of(warning).level == Level::meaning;
     const auto recent = may_repeat ? std::min(std::ssize(found), repetition_window) : 0;
-    const bool is_known = std::any_of(found.end() - recent, found.end(), [&](const Warned& other) {
+    const auto known = std::find_if(found.end() - recent, found.end(), [&](const Warned& other) {
         return other.node.linenumber == about.linenumber && other.finding.message == message;
     });
-    if (is_known) return nullptr;
+    if (known != found.end()) { // once said, of all that it concerns
+        known->on_rules |= at.on_rules;
+        known->on_simplify |= at.on_simplify;
+        return nullptr;
+    }
     const Node node{about.linenumber, about.declaration ? about.declaration : at.declaration,
                     about.declaration ? nullptr : at.root, about.part};
     Finding finding{Severity::warning,
