@@ -118,12 +118,14 @@ void convert_calculation(Session& session) {
                          options.output};
     const Calculation& calculation = load_calculation(session);
     if (to == CalcForm::source) check_depth_for_source(session, calculation);
-    session.write_output([&](std::FILE* stream) {
-        if (to == CalcForm::xml)
-            calculation.write_xml(stream, !options.without_lines);
-        else
-            calculation.print(stream);
-    });
+    session.write_output(
+        [&](std::FILE* stream) {
+            if (to == CalcForm::xml)
+                calculation.write_xml(stream, !options.without_lines);
+            else
+                calculation.print(stream);
+        },
+        Inputs::may_be_replaced);
 }
 
 void list_builtins(Session& session) {

@@ -136,12 +136,14 @@ void convert(Session& session) {
         throw WrongUsage{"--texts has a meaning for models in other languages alone: DIMACS, UVL"};
     if (is_foreign && to == ModelForm::source) return import_as_source(session, from);
     const Model& model = is_foreign ? import_model(session, from) : load_model(session);
-    session.write_output([&](std::FILE* stream) {
-        if (to == ModelForm::xml)
-            write_xml(session, model);
-        else
-            model.print(stream);
-    });
+    session.write_output(
+        [&](std::FILE* stream) {
+            if (to == ModelForm::xml)
+                write_xml(session, model);
+            else
+                model.print(stream);
+        },
+        Inputs::may_be_replaced);
 }
 
 } // namespace norvane::driver

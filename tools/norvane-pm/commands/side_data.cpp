@@ -163,7 +163,8 @@ void merge_presentations(Session& session) {
     Presentation merged;
     for (const std::string& file : session.options.presentations)
         merged.merge(load_presentation(session, file));
-    session.write_output([&merged](std::FILE* stream) { merged.write(stream); });
+    session.write_output([&merged](std::FILE* stream) { merged.write(stream); },
+                         Inputs::may_be_replaced);
 }
 
 void check_presentation(Session& session) {

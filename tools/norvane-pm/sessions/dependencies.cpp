@@ -1,9 +1,6 @@
 #include "dependencies.h"
 
-#include <algorithm>
 #include <filesystem>
-
-#include "norvane/base/os.h"
 
 #include "dependency_rule.h"
 #include "result_file.h"
@@ -33,36 +30,23 @@ Dependencies::Dependencies(const Options& options)
         throw WrongUsage{"-MD needs -MT TARGET where the result is no file: nothing tells what "
                          "depends on the files"};
     if (targets_.empty()) targets_.push_back(quoted_for_make(options.output));
-    os_set_include_sink(
-        [](const char* file, void* self) { static_cast<Dependencies*>(self)->add(file); }, this);
 }
 
-Dependencies::~Dependencies() {
-    os_set_include_sink(nullptr, nullptr);
-}
-
-// Standard input is not a file whose date a build could compare.
-void Dependencies::add(const std::string& file) {
-    if (file != input_name("-") && std::ranges::find(files_, file) == files_.end())
-        files_.push_back(file);
-}
-
-void Dependencies::check_file() const {
+void Dependencies::check(const InputFiles& inputs) const {
     const char* way_out = "name another file with -MF";
     if (would_replace(file_, result_))
         throw WrongUsage{"the dependencies and the result would be one file: " + file_, way_out};
-    for (const std::string& read : files_) {
-        if (would_replace(file_, read))
-            throw WrongUsage{"the dependencies would replace a file that was read: " + read,
-                             way_out};
+    if (const std::string read = inputs.replaced_by(file_, Inputs::stay); !read.empty())
+        throw WrongUsage{"the dependencies would replace a file that was read: " + read, way_out};
+    for (const std::string& read : inputs.files()) {
         // Make would take what follows for a rule or a variable of its own.
         if (read.find('\n') != std::string::npos)
             throw WrongUsage{"make cannot read a name with a line feed: " + read};
     }
 }
 
-std::string Dependencies::rule() const {
-    return dependency_rule(targets_, files_, with_phony_);
+std::string Dependencies::rule(const InputFiles& inputs) const {
+    return dependency_rule(targets_, inputs.files(), with_phony_);
 }
 
 } // namespace norvane::driver

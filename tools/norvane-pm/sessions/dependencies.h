@@ -1,38 +1,32 @@
-// The files that a command has read, as build systems ask for them.
+// The rule that tells build systems which files a command has read.
 #ifndef NORVANE_PM_DEPENDENCIES_H
 #define NORVANE_PM_DEPENDENCIES_H
 
 #include <string>
 #include <vector>
 
+#include "input_files.h"
 #include "options.h"
 
 namespace norvane::driver {
 
-// Gathers the names of files while it lives, those that the preprocessor includes among them. There
-// is one at a time.
 class Dependencies {
   public:
     // Throws a WrongUsage if the options do not tell what depends on the files, or where to say it.
     explicit Dependencies(const Options& options);
-    ~Dependencies();
-    Dependencies(const Dependencies&) = delete;
-    Dependencies& operator=(const Dependencies&) = delete;
 
-    void add(const std::string& file);
-
-    // Throws a WrongUsage if the rule would replace a file that was read, or be the result.
-    void check_file() const;
+    // Throws a WrongUsage if the rule would replace a file that was read, or be the result, or if
+    // make could not read it.
+    void check(const InputFiles& inputs) const;
 
     const std::string& file() const { return file_; } // that the rule goes to
-    std::string rule() const;
+    std::string rule(const InputFiles& inputs) const;
 
   private:
     std::string file_;
     std::string result_;
     std::vector<std::string> targets_;
     bool with_phony_;
-    std::vector<std::string> files_;
 };
 
 } // namespace norvane::driver

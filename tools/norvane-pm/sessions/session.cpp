@@ -34,7 +34,7 @@ void Session::begin(Step next, const std::string& file) {
 
 void Session::begin_load(const std::string& file) {
     begin(Step::load, file);
-    if (dependencies) dependencies->add(file);
+    inputs.add_named(file);
     struct stat info;
     if (stat(file.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return;
     Finding finding;
@@ -57,7 +57,15 @@ void Session::close_result(const std::string& name) {
     throw InputAtFault();
 }
 
-void Session::open_output() {
+void Session::keep_inputs(const std::string& result, Inputs named) const {
+    const std::string read = inputs.replaced_by(result, named);
+    if (!read.empty())
+        throw WrongUsage{"the result would replace a file that was read: " + read,
+                         "write it to another file"};
+}
+
+void Session::open_output(Inputs named) {
+    keep_inputs(options.output, named);
     write_dependencies();
     open_result(options.output);
 }
@@ -68,9 +76,9 @@ void Session::close_output() {
 
 void Session::write_dependencies() {
     if (!dependencies) return;
-    dependencies->check_file();
+    dependencies->check(inputs);
     const std::string name = dependencies->file();
-    const std::string rule = dependencies->rule();
+    const std::string rule = dependencies->rule(inputs);
     dependencies.reset();
     open_result(name);
     std::fwrite(rule.data(), 1, rule.size(), output.stream());

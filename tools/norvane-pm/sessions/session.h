@@ -16,6 +16,7 @@
 
 #include "dependencies.h"
 #include "diagnostics.h"
+#include "input_files.h"
 #include "options.h"
 #include "result_file.h"
 #include "standard_input.h"
@@ -84,9 +85,10 @@ class Session {
     }
 
     // Opens what is to be written, writes to it by `write(stream)`, and puts it in its place.
+    // Throws a WrongUsage if it would replace a file that was read.
     template <typename Write>
-    void write_output(Write write) {
-        open_output();
+    void write_output(Write write, Inputs named = Inputs::stay) {
+        open_output(named);
         write(output.stream());
         output.refused();
         close_output();
@@ -94,6 +96,7 @@ class Session {
     // The same for a further result of this name, before the output.
     template <typename Write>
     void write_result(const std::string& name, Write write) {
+        keep_inputs(name, Inputs::stay);
         open_result(name);
         write(output.stream());
         output.refused();
@@ -103,14 +106,14 @@ class Session {
     template <typename Print>
     void print_output(Print print) {
         const std::string printed = subject;
-        open_output();
+        open_output(Inputs::stay);
         begin(Step::print, printed);
         print(output.stream());
         output.refused();
         close_output();
     }
     // A build that finds the result new looks at the dependencies, so those are written first.
-    void open_output();
+    void open_output(Inputs named);
     void close_output();
     // Writes the rule that names the files which were read, if it is asked for. Once.
     void write_dependencies();
@@ -119,6 +122,7 @@ class Session {
     Diagnostics diagnostics;
     const OnReport on_report = [this](const Report& report) { diagnostics.report(report); };
     std::string model_file; // the model that is loaded, as it was named
+    InputFiles inputs;
     ResultFile output;
     std::optional<Dependencies> dependencies;
     std::optional<StandardInput> standard_input; // once it was read for a model
@@ -129,6 +133,8 @@ class Session {
     const Calculation* calculation = nullptr;
 
   private:
+    // Throws a WrongUsage if the result would replace a file that was read.
+    void keep_inputs(const std::string& result, Inputs named) const;
     void open_result(const std::string& name);
     void close_result(const std::string& name);
 

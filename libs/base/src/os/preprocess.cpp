@@ -191,8 +191,11 @@ bool read_streams(Run* run) {
         if (ready < 0 && errno != EINTR) run->output->error = errno;
         if (run->output->error || (ready > 0 && !read_ready(run, &watched))) return false;
         if (deadline.left() == 0) {
-            ustr_printf(run->failure, "the C preprocessor was stopped after %u s",
-                        settings.seconds);
+            ustr_printf(
+                run->failure,
+                "the C preprocessor was stopped after %u s: an included file may be a pipe that "
+                "nothing is written to",
+                settings.seconds);
             return false;
         }
     }
