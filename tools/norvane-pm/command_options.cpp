@@ -138,7 +138,7 @@ std::string why_no_number(const std::string& text) {
     unsigned long long number = 0;
     const char* end = text.data() + text.size();
     const auto [after, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && after == end ? "" : "'" + text + "' is no number of nodes";
+    return error == std::errc() && after == end ? "" : "'" + text + "' is not a number of nodes";
 }
 
 } // namespace

@@ -233,7 +233,7 @@ void describe_show(CLI::App& command, Options& options) {
 void describe_commands(CLI::App& command, Options& options) {
     describe_show(command, options);
     add_argument(command, "PROJECT", options.project, "The name of the project");
-    command.add_option("TYPE", options.type, "What is to be done")
+    command.add_option("TYPE", options.type, "The task of the tools")
         ->required()
         ->type_name("")
         ->check(CLI::IsMember(

@@ -80,14 +80,14 @@ bool wants_written_rules(const Options& options) {
 void write_flat_rules(Session& session) {
     const Options& options = session.options;
     if (options.as_written)
-        throw WrongUsage{
-            "--no-simplify prints rules as they are written: it goes with none of --to, --labels "
-            "and --format=json"};
+        throw WrongUsage{"--no-simplify prints rules as they are written: it cannot be combined "
+                         "with --to, --labels "
+                         "or --format=json"};
     LanguageOptions what{options.language, options.with_origin, options.by_name};
     if (what.language == Language::text && options.format == Format::json)
         what.language = Language::json;
     if (what.by_name && what.language != Language::text && what.language != Language::json)
-        throw WrongUsage{"--labels has no meaning with --to"};
+        throw WrongUsage{"--labels cannot be combined with --to"};
     const CheckedModel& model = load_and_check_model(session);
     show_warnings(session, model, Made::rules);
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);

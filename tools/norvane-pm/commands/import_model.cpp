@@ -27,7 +27,7 @@ std::string read_text(Session& session) {
     const std::string name = input_name(session.options.file);
     check_standard_input(session);
     if (!session.options.cpp_args.empty())
-        throw WrongUsage{"-I, -D and -U have a meaning for models in source alone: " + name};
+        throw WrongUsage{"-I, -D and -U apply only to models in source: " + name};
     session.begin_load(name);
     const File file(std::fopen(name.c_str(), "rbe"));
     std::string text;

@@ -35,8 +35,7 @@ bool is_calculation(const Options& options) {
 
 void info_calculation(Session& session) {
     if (!session.options.cpp_args.empty())
-        throw WrongUsage{"-I, -D and -U have no meaning for a calculation: " +
-                         session.options.file};
+        throw WrongUsage{"-I, -D and -U do not apply to a calculation: " + session.options.file};
     const Calculation& calculation = load_calculation(session);
     const std::vector<CalculationFunction> functions = calculation.functions();
     const auto external = std::ranges::count_if(

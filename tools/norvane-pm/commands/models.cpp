@@ -133,7 +133,7 @@ void convert(Session& session) {
                          options.output};
     const bool is_foreign = from == ModelForm::dimacs || from == ModelForm::uvl;
     if (!is_foreign && !options.texts.empty())
-        throw WrongUsage{"--texts has a meaning for models in other languages alone: DIMACS, UVL"};
+        throw WrongUsage{"--texts applies only to models in DIMACS or UVL"};
     if (is_foreign && to == ModelForm::source) return import_as_source(session, from);
     const Model& model = is_foreign ? import_model(session, from) : load_model(session);
     session.write_output(

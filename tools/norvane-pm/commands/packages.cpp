@@ -44,7 +44,8 @@ void check_model_name(Session& session) {
     const bool is_plain =
         name != "." && stays_inside(name) && name.find_first_of(separators) == std::string::npos;
     refuse_unless(is_plain, session,
-                  "no package was made: '" + name + "' is no plain file name, without a directory");
+                  "no package was made: '" + name +
+                      "' is not a plain file name without a directory");
 }
 
 // False if the member cannot be read to its end.

@@ -17,13 +17,12 @@ void check_usage(const Options& options) {
     if (std::ranges::find(options.files, "-") != options.files.end())
         throw WrongUsage{"standard input cannot be one of several models: -"};
     if (!options.dependency_file.empty() || !options.dependency_targets.empty())
-        throw WrongUsage{"-MF, -MT and -MQ go with one model, and not with several"};
+        throw WrongUsage{"-MF, -MT and -MQ need a single model"};
     if (options.has_dependencies && options.output == "-")
-        throw WrongUsage{"-MD goes with one model, and not with several, where no -o names a "
-                         "directory of results"};
+        throw WrongUsage{"-MD needs a single model, or -o and the directory of results"};
     std::error_code error;
     if (options.output != "-" && !std::filesystem::is_directory(options.output, error))
-        throw WrongUsage{"-o takes a directory where there are several models, and this is none: " +
+        throw WrongUsage{"several models need a directory after -o, which this is not: " +
                          options.output};
 }
 

@@ -92,7 +92,7 @@ class NameCheck {
         const std::string& name = model.project;
         const bool is_plain =
             !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
-        if (!is_plain) refuse("the name of the project '" + name + "' is no name of a file");
+        if (!is_plain) refuse("the name of the project '" + name + "' is not a file name");
         if (!names_.insert(name).second) refuse("there are two projects '" + name + "'");
         check_name(name);
         check_name(model.file);
@@ -107,14 +107,14 @@ class NameCheck {
 
     void check_name(const std::string& name) const {
         if (name.find('|') != std::string::npos)
-            refuse("ninja has no spelling for the '|' in the name '" + name + "'");
+            refuse("ninja cannot represent the '|' in the name '" + name + "'");
         check_text(name);
     }
 
   private:
     void check_text(const std::string& text) const {
         if (text.find_first_of("\r\n") != std::string::npos)
-            refuse("ninja has no spelling for the end of a line in '" + text + "'");
+            refuse("ninja cannot represent the line feed in '" + text + "'");
     }
     void check_result(const std::filesystem::path& result) const {
         if (sources_.contains(whole_path(result)))

@@ -321,14 +321,14 @@ class UvlWriter {
         if (is_symbol(of, ".")) {
             const Holder& holder = holder_of(of);
             if (kind_of(*holder.attribute) != AttributeKind::truth)
-                throw NotCarriedOver{"it takes a value for true or false"};
+                throw NotCarriedOver{"it uses a value as a boolean"};
             text += "(" + truth_of_[holder.feature] + " and " + holder.constant + ")";
             return;
         }
         for (const auto& [symbol, word] : {std::pair("<=>", " <-> "), std::pair("=>", " -> "),
                                            std::pair("|", " or "), std::pair("&", " and ")})
             if (is_symbol(of, symbol)) return write_binary(of, word, text);
-        throw NotCarriedOver{"it takes a value for true or false"};
+        throw NotCarriedOver{"it uses a value as a boolean"};
     }
     void write_negation(const UvlTerm& of, std::string& text) {
         bool is_negative = true;
@@ -381,7 +381,7 @@ class UvlWriter {
         if (kind == TermKind::text) throw NotCarriedOver{"it compares texts of attributes"};
         if (kind == TermKind::truth) {
             if (!is_symbol(of, "==") && !is_symbol(of, "!="))
-                throw NotCarriedOver{"it takes true or false for a number"};
+                throw NotCarriedOver{"it uses a boolean as a number"};
             return write_binary(of, is_symbol(of, "==") ? " <-> " : " xor ", text);
         }
         text += '(';
@@ -399,7 +399,8 @@ class UvlWriter {
         const std::string_view type = model_.features[feature].type;
         const UvlToken wanted = type == "String" ? UvlToken::text : UvlToken::number;
         if (constant.word.kind != wanted || (is_negative && wanted == UvlToken::text))
-            throw NotCarriedOver{"it compares the value of a feature with no constant"};
+            throw NotCarriedOver{
+                "it compares the value of a feature with something that is not a constant"};
         const bool is_order = !is_symbol(of, "==") && !is_symbol(of, "!=");
         const std::string written = type == "String" ? text_constant(constant.word.text, is_order)
                                                      : number_constant(constant.word.text, type);
@@ -415,7 +416,7 @@ class UvlWriter {
     static std::string number_constant(std::string_view text, std::string_view type) {
         const bool is_real = type == "Real";
         if (!is_real && !integer_of(text))
-            throw NotCarriedOver{"it compares an integer with no integer"};
+            throw NotCarriedOver{"it compares an integer with another kind of value"};
         const bool needs_point = is_real && text.find('.') == std::string_view::npos;
         return std::string(text) + (needs_point ? ".0" : "");
     }
@@ -425,7 +426,7 @@ class UvlWriter {
         const UvlTerm of = term(index);
         if (of.word.kind == UvlToken::number) {
             const auto number = integer_of(of.word.text);
-            if (!number) throw NotCarriedOver{"PM computes with integers of 32 bits alone"};
+            if (!number) throw NotCarriedOver{"PM computes only with 32-bit integers"};
             text += of.word.text;
             return {*number, *number};
         }
@@ -438,8 +439,9 @@ class UvlWriter {
             return checked(-inside.high, -inside.low);
         }
         if (!is_symbol(of, "+") && !is_symbol(of, "-") && !is_symbol(of, "*"))
-            throw NotCarriedOver{is_symbol(of, "/") ? "PM does not divide"
-                                                    : "it computes with what is no number"};
+            throw NotCarriedOver{is_symbol(of, "/")
+                                     ? "PM has no division"
+                                     : "it computes with something that is not a number"};
         text += '(';
         if (is_symbol(of, "+")) return write_sum(of, text);
         const Bounds a = write_number(of.left, text);
@@ -471,7 +473,7 @@ class UvlWriter {
     // A feature that is not in the product counts 0.
     Bounds write_share(const Holder& holder, std::string& text) const {
         if (kind_of(*holder.attribute) != AttributeKind::integer)
-            throw NotCarriedOver{"PM computes with integers of 32 bits alone"};
+            throw NotCarriedOver{"PM computes only with 32-bit integers"};
         text += "(if " + truth_of_[holder.feature] + " then " + holder.constant + " else 0)";
         const std::int64_t value = integer_of(holder.attribute->value.text).value_or(0);
         return holder.attribute->is_negative ? Bounds{-value, 0} : Bounds{0, value};

@@ -168,7 +168,7 @@ Literal Circuit::truth(const Expr* expr) {
     case FlatForm::constant: return args.intconst.value != 0 ? always : never;
     case FlatForm::name: return firsts_[terms_.truth(expr).number];
     case FlatForm::unary:
-        if (expr->opr != OPR_NOT) throw Inexpressible{"it takes a number for a truth"};
+        if (expr->opr != OPR_NOT) throw Inexpressible{"it uses a number as a boolean"};
         return -truth(args.arg);
     case FlatForm::conditional: {
         const Literal test = truth(args.ite.logictest);

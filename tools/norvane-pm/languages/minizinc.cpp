@@ -43,7 +43,7 @@ class MinizincWriter : public InfixWriter {
         const bool of_truths = terms_.is_truth(left);
         if (is_comparison(expr) && !of_truths &&
             (terms_.range_of(left).wraps || terms_.range_of(right).wraps))
-            throw Inexpressible{"MiniZinc has no arithmetic that wraps around in 32 bits"};
+            throw Inexpressible{"MiniZinc has no 32-bit arithmetic that wraps around"};
         if (!is_comparison(expr) && !of_truths && expr->opr <= OPR_XOR)
             throw Inexpressible{"MiniZinc has no operations on the bits of a number"};
         return false;

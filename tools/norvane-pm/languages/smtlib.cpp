@@ -108,7 +108,7 @@ void SmtlibTerms::truth(const Expr* expr) {
     switch (form_of(expr)) {
     case FlatForm::binary: binary(expr); return;
     case FlatForm::unary:
-        if (expr->opr != OPR_NOT) throw Inexpressible{"it takes a number for a truth"};
+        if (expr->opr != OPR_NOT) throw Inexpressible{"it uses a number as a boolean"};
         out_ << "(not ";
         truth(args.arg);
         out_ << ')';

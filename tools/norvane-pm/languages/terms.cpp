@@ -159,21 +159,21 @@ FlatPlace Terms::place(const Expr* named, std::string* path) const {
 Named Terms::scalar(const Expr* named, std::string* path) const {
     const FlatPlace found = place(named, path);
     if (found.shape->form != Shape::Form::scalar && found.shape->form != Shape::Form::optional)
-        throw Inexpressible{"it takes a record or an array for a value"};
+        throw Inexpressible{"it uses a record or an array as a value"};
     return {found.first, *found.shape};
 }
 
 Named Terms::truth(const Expr* named, std::string* path) const {
     const Named found = scalar(named, path);
     if (found.shape.kind != ScalarKind::boolean)
-        throw Inexpressible{"it takes a number for a truth"};
+        throw Inexpressible{"it uses a number as a boolean"};
     return found;
 }
 
 Named Terms::number(const Expr* named, std::string* path) const {
     const Named found = scalar(named, path);
     if (found.shape.kind == ScalarKind::boolean)
-        throw Inexpressible{"it takes a truth for a number"};
+        throw Inexpressible{"it uses a boolean as a number"};
     return found;
 }
 

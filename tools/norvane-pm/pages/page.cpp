@@ -308,7 +308,7 @@ void Page::groups() {
         by_first[groups_.first_of(variable)].push_back(variable);
     std::erase_if(by_first, [](const Numbers& group) { return group.size() < 2; });
     std::ranges::stable_sort(by_first, std::ranges::greater(), &Numbers::size);
-    out_ << "<section id=\"groups\"><h2>What hangs together</h2>\n<p class=\"soft\">Rules connect "
+    out_ << "<section id=\"groups\"><h2>Connected groups</h2>\n<p class=\"soft\">Rules connect "
             "the variables of a group, directly or through others. A choice in one group leaves "
             "the other groups as they are.</p><ul class=\"rows\">\n";
     for (const Numbers& group : by_first) {

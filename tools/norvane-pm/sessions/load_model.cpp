@@ -76,7 +76,7 @@ void check_model_usage(const Session& session) {
     const Options& options = session.options;
     check_standard_input(session);
     if (model_form(options.from, session.model_file) == ModelForm::xml && !options.cpp_args.empty())
-        throw WrongUsage{"-I, -D and -U have no meaning for a model in XML: " + session.model_file};
+        throw WrongUsage{"-I, -D and -U do not apply to a model in XML: " + session.model_file};
 }
 
 Result<Model> read_model(Session& session, const std::string& name, const OnReport& on_report) {

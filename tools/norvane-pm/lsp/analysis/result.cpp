@@ -88,7 +88,7 @@ Result result_of(Output output, const std::string& overlay_root, const std::stri
     remove_all(result.text, overlay_root);
     if (output.is_complete) return result;
     Finding ended;
-    ended.message = "the check did not come to its end: out of memory, or a defect of the program";
+    ended.message = "the check did not finish: out of memory, or a defect of the program";
     ended.place.file = file;
     result.findings.push_back(std::move(ended));
     return result;

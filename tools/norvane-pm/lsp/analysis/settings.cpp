@@ -73,7 +73,7 @@ class SettingsReader {
     SettingsReader(fs::path file, const std::string& text) : file_(std::move(file)) {
         settings_.faulty_file = file_;
         const Json json = Json::parse(text, nullptr, false);
-        if (!json.is_object()) refuse("this is no JSON object");
+        if (!json.is_object()) refuse("this is not a JSON object");
         if (json.is_object())
             for (const auto& [name, value] : json.items())
                 take(name, value);
@@ -98,11 +98,11 @@ class SettingsReader {
 
     std::vector<std::string> texts(const std::string& name, const Json& value) {
         std::vector<std::string> found;
-        if (!value.is_array()) refuse("'" + name + "' is no array of strings");
+        if (!value.is_array()) refuse("'" + name + "' is not an array of strings");
         if (value.is_array())
             for (const Json& text : value)
                 text.is_string() ? found.push_back(text.get<std::string>())
-                                 : refuse("'" + name + "' is no array of strings");
+                                 : refuse("'" + name + "' is not an array of strings");
         return found;
     }
 
@@ -113,7 +113,7 @@ class SettingsReader {
                });
     }
     void define(const std::string& name, const Json& value) {
-        if (!is_macro_name(name)) return refuse("'" + name + "' is no name of a macro");
+        if (!is_macro_name(name)) return refuse("'" + name + "' is not a macro name");
         const bool is_text = value.is_string() && !value.get<std::string>().empty() &&
                              value.get<std::string>().find('\n') == std::string::npos;
         if (is_text || value.is_number_integer())
@@ -156,7 +156,8 @@ class SettingsReader {
         if (name == "defines" && value.is_object()) return define_all(value);
         if (name == "calculations" && value.is_object()) return assign_models(value);
         if (name == "warnings") return select(texts(name, value));
-        if (name != "$schema") refuse("'" + name + "' is no setting, or has another form");
+        if (name != "$schema")
+            refuse("'" + name + "' is not a setting, or its value has the wrong form");
     }
 
     fs::path file_;

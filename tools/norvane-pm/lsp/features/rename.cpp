@@ -29,7 +29,7 @@ bool is_plain_name(std::string_view name, Language language) {
 
 const Symbol& renamed_symbol(const Context& context) {
     const Occurrence* name = name_at(context);
-    if (!name) refuse("there is no name that is known");
+    if (!name) refuse("there is no name to rename here");
     const Symbol& symbol = context.unit.names().symbols[name->symbol];
     if (symbol.kind == SymbolKind::macro) refuse("macros cannot be renamed");
     if (symbol.kind == SymbolKind::name_space) refuse("namespaces cannot be renamed");

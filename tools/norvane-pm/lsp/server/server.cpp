@@ -32,9 +32,9 @@ void Server::refuse_frame(const char* fault) {
 
 void Server::take(const std::string& body) {
     Json message = Json::parse(body, nullptr, false);
-    if (message.is_discarded()) return refuse_frame("the message is no JSON");
+    if (message.is_discarded()) return refuse_frame("the message is not JSON");
     if (!message.is_object())
-        return client_.refuse(nullptr, ErrorCode::invalid_request, "the message is no object");
+        return client_.refuse(nullptr, ErrorCode::invalid_request, "the message is not an object");
     if (member(message, "method") == "$/cancelRequest")
         return cancel(member(message, "params", "id"));
     messages_.push_back(std::move(message));
