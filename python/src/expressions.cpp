@@ -5,7 +5,7 @@
 namespace norvane::python {
 namespace {
 
-// The operators as the language has them, in the order of OprTypes; those of constants are none.
+// The operators as in PM, indexed by OprTypes; null for the tags of constants.
 constexpr const char* operators[] = {
     "and", "or",      "xor",   "not",   "->",    "<->",   "+",  "-",    "*",      "/",
     "<",   "<=",      ">",     ">=",    "=",     "<>",    "<<", ">>",   "forall", "exist",

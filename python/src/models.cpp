@@ -63,7 +63,8 @@ class PreprocessorReports {
     }
 };
 
-// Where the library writes while this lives: what a failed preprocessor has written stays there.
+// A private temporary directory for the library. Deleting it also removes files that a failed
+// preprocessor leaves.
 class TemporaryDirectory {
   public:
     TemporaryDirectory() {

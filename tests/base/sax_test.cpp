@@ -134,8 +134,8 @@ TEST(SaxMachine, FoldsElementsInBlocksOfAnySize) {
             EXPECT_EQ(outcome(xml, block), expected) << xml << " in blocks of " << block;
 }
 
-// Blocks are read ahead only where a token is longer than what has been read; what is wrong before
-// a place that cannot be read is reported all the same.
+// The reader reads ahead only within a long token, and reports faults before the point where
+// reading fails.
 TEST(SaxMachine, WhatWasReadBeforeAFailureIsLookedAtFirst) {
     const auto read_and_fail = [](void* user, void* buffer, std::size_t size, bool* at_end) {
         const std::size_t count = read_bytes(user, buffer, size, at_end);

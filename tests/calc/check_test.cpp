@@ -165,7 +165,7 @@ TEST_F(CalcCheckTest, UnknownTags) {
               "assignment operator (':=') must be either a local variable or a product model "
               "variable\n");
 
-    // Two operands that are missing are of one type.
+    // Two missing operands count as having the same type.
     const auto kept = sum.bop;
     sum.bop = {COPR_EQ, nullptr, nullptr};
     EXPECT_EQ(run(calc.get()), "1 ");
@@ -227,7 +227,7 @@ TEST_F(CalcCheckOneTest, NamespacesOfTheCatalogueAreRefusedAndDoNotLast) {
     EXPECT_EQ(functions(calc.get()), "A: f g");
 }
 
-// The driver's list of them shows the catalogue.
+// Each row of the catalogue is found by its name. (The driver prints the catalogue itself.)
 TEST(CalcBuiltins, AreFoundByTheirNames) {
     for (const CFuncSignature* row = calculations::catalogue; row->ns_name != nullptr; ++row) {
         EXPECT_EQ(calc_get_build_in_func_signature(row->ns_name, row->fn_name), row);
@@ -246,7 +246,7 @@ TEST(CalcBuiltins, AreFoundByTheirNames) {
     EXPECT_EQ(thrown([] { calc_get_build_in_func_signature("N", nullptr); }), "1: fn_name");
 }
 
-// Everything that is looked up by name, in numbers that no walk of a list would live through.
+// 100,000 of everything that is looked up by name: a linear search would exceed the time limit.
 TEST_F(CalcCheckTest, ManyNames) {
     const auto many = [](const std::string& text) {
         std::string result;

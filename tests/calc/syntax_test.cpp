@@ -37,7 +37,8 @@ const CExpr* result_of(const CalcPtr& calc) {
     return static_cast<CStmt*>(plist_hd(function_of(calc)->stmts))->args.return_value;
 }
 
-// A file or a text that ends inside something leaves the next parse there; this leaves it nowhere.
+// Resets the scanner: source that ends inside a comment or string leaves it in that state for the
+// next parse.
 void end_what_is_open() {
     const Reports reports;
     testing::internal::CaptureStdout();

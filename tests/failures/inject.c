@@ -34,7 +34,7 @@ enum Kind { MEMORY, OPEN, READ, WRITE, SPAWN, MAP, REMOVE, KINDS };
 struct Shared {
     int kind;         /* what is to fail, or -1 */
     int at;           /* which of its calls, from 1 */
-    int onwards;      /* not 0: and all after it */
+    int onwards;      /* if not 0, all later calls fail too */
     int failed;       /* how many did */
     int calls[KINDS]; /* how many there were */
 };

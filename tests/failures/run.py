@@ -178,7 +178,7 @@ def faults(whole, actual, kind):
         if not re.search(rb'^Fatal glibc error: .', actual.stderr, re.M):
             yield 'an abort'
     elif actual.status == 2:
-        # A scanner ends the process where it has no memory for its buffer; callers know its texts.
+        # flex ends the process when it is out of memory for its buffer; its texts are kept for compatibility.
         if not re.search(rb'^(out of dynamic memory in|fatal error - scanner input buffer)', actual.stderr, re.M):
             yield 'status 2, but no scanner ended the process'
     elif actual.status not in (1, 3):

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Measures the time from a change of the text to its diagnostics: latency.py DRIVER [RULES...]. The least of
-several times is that of the server, the median that of the machine with all that runs on it."""
+"""Measures the time from a change of the text to its diagnostics: latency.py DRIVER [RULES...]. The minimum of
+several runs approximates the server alone; the median includes other load on the machine."""
 import statistics
 import sys
 import tempfile

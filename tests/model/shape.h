@@ -1,4 +1,5 @@
-// Trees with what printing does not show: operators told apart, types and lines.
+// Prints trees with what the PM printer leaves out: the exact operator, the type and the line of
+// each node.
 #ifndef NORVANE_TESTS_MODEL_SHAPE_H
 #define NORVANE_TESTS_MODEL_SHAPE_H
 

@@ -37,7 +37,7 @@ variable leaf : Leaf;
 rule nest.maybe.SOME.a or leaf.a;
 )";
 
-// "TYPE", with named types by their names, "-1" and the report, or what was thrown.
+// The type as text (named types by name), or "-1" and the report, or the text that was thrown.
 std::string type_at(const Model& model, IdCon* path, decltype(symtbl_typecon_for_idcon)* function) {
     Reports reports;
     std::string result;

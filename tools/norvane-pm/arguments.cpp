@@ -95,7 +95,7 @@ void print_help(Session& session) {
     std::fputs(session.options.help.c_str(), stdout);
 }
 
-// The command of a command line that is none.
+// Runs in place of a command when the command line is wrong: throws WrongUsage.
 void refuse(Session& session) {
     const Options& options = session.options;
     throw WrongUsage{options.wrong_usage, options.way_out.empty()

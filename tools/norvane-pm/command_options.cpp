@@ -133,7 +133,7 @@ void add_model_form(CLI::App& command, const char* name, const char* help, Model
 
 namespace {
 
-// The library would take "-1" and what is too large for the largest number.
+// CLI11 would accept "-1" and wrap numbers that are too large, so the text is parsed here.
 std::string why_no_number(const std::string& text) {
     unsigned long long number = 0;
     const char* end = text.data() + text.size();

@@ -12,7 +12,7 @@
 
 namespace norvane::driver {
 
-// What results go to, and what the exit status means.
+// The end of every help text: where results are written, and the exit statuses.
 extern const char* const footer;
 
 void add_argument(CLI::App& command, const char* name, std::string& value, const char* help);
@@ -55,7 +55,7 @@ Formats report_formats();
 Formats text_formats();
 // For a command whose results have both forms.
 Formats result_formats();
-// For one whose results have both forms, and whose reports come in lines, too.
+// For a command whose results are text or JSON and whose reports may also be one line each (gcc).
 Formats all_formats();
 
 void add_format(CLI::App& command, Options& options, const Formats& formats);

@@ -63,16 +63,17 @@ void describe_rules(CLI::App& command, Options& options) {
                      "Print before each rule the file and line that it comes from");
     command.add_flag("--labels", options.by_name,
                      "Print values by name where a rule compares a variable with one");
-    add_choice<Language>(command, "--to", "LANGUAGE",
-                         "Write the variables and the rules in a language that solvers read, or "
-                         "as a model of plain variables",
-                         options.language,
-                         {{"smt2", Language::smtlib},
-                          {"mzn", Language::minizinc},
-                          {"lp", Language::asp},
-                          {"dimacs", Language::dimacs},
-                          {"opb", Language::opb},
-                          {"pm", Language::pm}});
+    add_choice<RuleLanguage>(
+        command, "--to", "LANGUAGE",
+        "Write the variables and the rules in a language that solvers read, or "
+        "as a model of plain variables",
+        options.language,
+        {{"smt2", RuleLanguage::smtlib},
+         {"mzn", RuleLanguage::minizinc},
+         {"lp", RuleLanguage::asp},
+         {"dimacs", RuleLanguage::dimacs},
+         {"opb", RuleLanguage::opb},
+         {"pm", RuleLanguage::pm}});
 }
 
 void add_solver(CLI::App& command, Options& options, const char* help) {

@@ -1,4 +1,4 @@
-// Another program, which reads what it is given and answers.
+// A child process that reads its standard input from us and whose standard output we read.
 #ifndef NORVANE_PM_CHILD_PROCESS_H
 #define NORVANE_PM_CHILD_PROCESS_H
 
@@ -29,7 +29,7 @@ class ChildProcess {
     // none.
     bool start(std::vector<std::string> words);
 
-    // What is put is sent by exchange(), which takes what comes meanwhile.
+    // put() only queues the text; exchange() sends it and reads the output that arrives meanwhile.
     void put(std::string_view text) { unsent_ += text; }
     std::size_t unsent() const { return unsent_.size(); }
     void exchange(Clock::time_point deadline);

@@ -245,7 +245,8 @@ void Analysis::tell_values() {
                   " values, or without an answer in time");
 }
 
-// Neighbours are printed together: a range loses its ends, mostly.
+// Adjacent values are printed as one interval: usually the values that are impossible lie at the
+// ends of a range.
 std::string Analysis::list_of_values(const Shape& shape, const std::vector<unsigned>& values) {
     std::string text;
     for (std::size_t i = 0, end; i < values.size(); i = end) {

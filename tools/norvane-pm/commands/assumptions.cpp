@@ -37,7 +37,7 @@ class Lines {
         if (stack_is_low()) return on_fresh_stack([&] { set(expr); });
         expr->linenumber = line_;
         auto& args = expr->args;
-        switch (expr->structure) {
+        switch (structure_of(expr)) {
         case EXPR_BINARY:
             set(args.binargs.leftarg);
             set(args.binargs.rightarg);
@@ -62,7 +62,9 @@ class Lines {
                 set(evaluation);
             set(args.caseexpr.default_expr);
             return;
-        default: return;
+        case EXPR_INT_CONST:
+        case EXPR_STRING_CONST:
+        case EXPR_FLOAT_CONST: return;
         }
     }
 

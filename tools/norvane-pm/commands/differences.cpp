@@ -45,7 +45,7 @@ std::string kind_of(const FlatVariable& variable) {
            kind_text(variable.shape.kind);
 }
 
-// Its values by name, where a number alone does not say what they are.
+// The values of the variable by name; a range of integers as one text.
 std::vector<std::string> values_of(const Shape& shape) {
     if (shape.kind == ScalarKind::range) return {"0.." + std::to_string(shape.upper)};
     std::vector<std::string> values;

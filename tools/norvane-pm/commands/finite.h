@@ -15,8 +15,8 @@ const Model& make_finite(Session& session, const CheckedModel& model);
 const FlatRules& expand_rules(Session& session, const CheckedModel& model, RuleForm form,
                               RuleOrigins origins);
 
-// Reports a model with more variables than the command line allows, and throws InputAtFault: before
-// work on each of them, which would have no end in sight.
+// Reports a model with more variables than --max-nodes and throws InputAtFault. Called before any
+// step that visits every variable, since such a step might run for hours.
 void check_size(Session& session, const FlatModel& flat);
 
 } // namespace norvane::driver

@@ -47,7 +47,7 @@ std::string replaced(std::string line, const OfLine& replacements) {
     return line;
 }
 
-// A line as it was, with its line feed, and as it is to be.
+// Prints the old and the new text of a line, as `diff -u` does. Both texts include their line feed.
 void print_difference(unsigned number, const std::string& before, const std::string& after) {
     const char* no_line_feed = "\n\\ No newline at end of file\n";
     const auto print = [no_line_feed](char sign, const std::string& line) {

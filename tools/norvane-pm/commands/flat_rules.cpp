@@ -74,7 +74,8 @@ void variables(Session& session) {
 }
 
 bool wants_written_rules(const Options& options) {
-    return options.language != Language::text || options.by_name || options.format == Format::json;
+    return options.language != RuleLanguage::text || options.by_name ||
+           options.format == Format::json;
 }
 
 void write_flat_rules(Session& session) {
@@ -84,16 +85,16 @@ void write_flat_rules(Session& session) {
                          "with --to, --labels "
                          "or --format=json"};
     LanguageOptions what{options.language, options.with_origin, options.by_name};
-    if (what.language == Language::text && options.format == Format::json)
-        what.language = Language::json;
-    if (what.by_name && what.language != Language::text && what.language != Language::json)
+    if (what.language == RuleLanguage::text && options.format == Format::json)
+        what.language = RuleLanguage::json;
+    if (what.by_name && what.language != RuleLanguage::text && what.language != RuleLanguage::json)
         throw WrongUsage{"--labels cannot be combined with --to"};
     const CheckedModel& model = load_and_check_model(session);
     show_warnings(session, model, Made::rules);
     const FlatRules& rules = expand_rules(session, model, RuleForm::simplified, RuleOrigins::kept);
     const FlatModel flat(model);
     // The other languages begin with the variables.
-    if (what.language != Language::text && what.language != Language::json)
+    if (what.language != RuleLanguage::text && what.language != RuleLanguage::json)
         check_size(session, flat);
     try {
         session.print_output([&](std::FILE* to) { write_rules(flat, rules, what, to); });

@@ -1,4 +1,4 @@
-// `norvane-pm info`: how much there is of what in a model or a calculation.
+// `norvane-pm info`: counts the declarations of a model or a calculation.
 #ifndef NORVANE_PM_INFO_H
 #define NORVANE_PM_INFO_H
 

@@ -23,7 +23,7 @@ class ModelFiles {
 
     // False also for one that has changed since.
     bool contain(const std::string& file) const;
-    // A line that may give others the name of a file that they are not in.
+    // A #line directive after which lines may be attributed to the wrong file.
     const std::optional<Place>& doubt() const { return doubt_; }
 
   private:

@@ -80,8 +80,7 @@ void check_package(Session& session, const std::string& file) {
     }
 }
 
-// Tells what the library does not report about a package that was not made, and checks one that
-// was.
+// After a failure, reports what the library did not; after a success, checks the package.
 void finish(Session& session, const Result<void>& made, const std::string& build_directory,
             const std::string& output_directory) {
     const std::string& name = session.options.project;

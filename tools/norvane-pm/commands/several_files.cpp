@@ -28,14 +28,14 @@ void check_usage(const Options& options) {
 
 const char* extension_of(const Options& options) {
     switch (options.language) {
-    case Language::text: return options.format == Format::json ? ".json" : ".rules";
-    case Language::json: return ".json";
-    case Language::smtlib: return ".smt2";
-    case Language::minizinc: return ".mzn";
-    case Language::asp: return ".lp";
-    case Language::dimacs: return ".cnf";
-    case Language::opb: return ".opb";
-    case Language::pm: return ".pm";
+    case RuleLanguage::text: return options.format == Format::json ? ".json" : ".rules";
+    case RuleLanguage::json: return ".json";
+    case RuleLanguage::smtlib: return ".smt2";
+    case RuleLanguage::minizinc: return ".mzn";
+    case RuleLanguage::asp: return ".lp";
+    case RuleLanguage::dimacs: return ".cnf";
+    case RuleLanguage::opb: return ".opb";
+    case RuleLanguage::pm: return ".pm";
     }
     return "";
 }

@@ -60,7 +60,7 @@ void for_each_expression(const CStmt* stmt, Visit visit) {
     }
 }
 
-// The same with visit(const CStmt*) for each statement directly in it; there is no null.
+// Calls visit(const CStmt*) for each statement directly below this one; never with null.
 template <typename Visit>
 void for_each_statement(const CStmt* stmt, Visit visit) {
     const auto& args = stmt->args;
@@ -369,7 +369,7 @@ class Checker {
             if (report.is_error()) take(probed, report);
     }
 
-    // Deletes what the probes were made of, but not what that borrows.
+    // Deletes the probes' own records. Their expressions and statements belong to the calculation.
     std::vector<Probe> forget_probes() {
         for (const Probe& probe : probes_) {
             probe.made->args = nullptr;
@@ -394,7 +394,7 @@ class Checker {
     }
 
     void take(const Probe& probe, const std::string& message, int line) {
-        // The names of a declaration were judged before.
+        // Duplicate names were reported when the declarations were read.
         if (message.starts_with("Duplicate local") || message.starts_with("Multiple arg")) return;
         const bool is_conditional = message.find("if-then-else expression") != message.npos ||
                                     message.starts_with("The type of the then-expression");

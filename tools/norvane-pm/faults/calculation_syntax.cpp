@@ -12,7 +12,7 @@ namespace {
 // Of one function: one with more errors is given up, and so is one in which an error stays.
 constexpr unsigned most_errors = 100;
 constexpr unsigned most_tries = 8;
-// Of all: a source with more is not one that a few slips are in.
+// Upper limit over the whole source; with more errors it is probably not a calculation at all.
 constexpr unsigned most_searches = 500;
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
@@ -98,7 +98,7 @@ class Finder {
         std::size_t closed = none;
     };
 
-    // The braces of a part, in the order in which they close; those that do not are last.
+    // The pairs of braces in a part, in the order of their closing braces; unclosed ones come last.
     std::vector<Brace> braces_of(const Part& part, std::vector<std::size_t>& surplus) const {
         std::vector<std::size_t> open;
         std::vector<Brace> braces;

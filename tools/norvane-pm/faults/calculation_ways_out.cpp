@@ -68,7 +68,7 @@ std::string_view conversion_for(std::string_view message) {
     return {};
 }
 
-// Without a leading part in braces, unless nothing follows it.
+// The label without its leading "{...}", unless nothing follows that.
 std::string_view shown(std::string_view label) {
     const std::size_t close = label.starts_with('{') ? label.find('}') : label.npos;
     return close < label.size() - 1 ? label.substr(close + 1) : label;

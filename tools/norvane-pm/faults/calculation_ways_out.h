@@ -21,8 +21,8 @@ class CalculationWaysOut {
     // where it is about the statement.
     void explain(PlacedFinding& found, const CFunc* func, const CExpr* part);
 
-    // Adds to a call without a namespace which one it may be, and returns that: empty if none has
-    // such a function.
+    // Adds to the finding which namespace a call without one may mean. Returns it, or an empty text
+    // if no namespace has such a function.
     std::string_view explain_namespace(PlacedFinding& found, const char* own, const CExpr* call);
 
   private:

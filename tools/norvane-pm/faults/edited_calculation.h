@@ -24,7 +24,7 @@ class EditedCalculation : public EditedTokens {
     std::optional<TokenReport> parse(TokenRange tokens, const std::string& head,
                                      const std::string& tail, const Edits& more = {}) const;
 
-    // The calculation of all tokens as edited, whose lines are tokens.
+    // Parses all tokens as edited. In the result each line number is the index of a token plus 1.
     LoadedCalculation load() const;
 
     // The token that a line of that calculation stands for.

@@ -44,7 +44,7 @@ class EditedSource : public EditedTokens {
     std::vector<TokenReport> parse_part(std::size_t first, std::size_t end, const std::string& head,
                                         const std::string& tail, const Edits& more) const;
 
-    // The project of all tokens as edited; none if they do not parse.
+    // Parses all tokens as edited. Null if they do not parse.
     ProjectOwner load() const;
 
   private:

@@ -5,8 +5,8 @@
 namespace norvane::driver {
 namespace {
 
-// A line feed is not a part of a string. A string that is not closed would hold the rest of all
-// that is parsed.
+// Replaces an unclosed string: each token is on a line of its own, and the string would swallow all
+// later tokens.
 void append_line(std::string& text, std::string_view word) {
     const bool is_open =
         !word.empty() && word[0] == '"' && (word.size() == 1 || word.back() != '"');

@@ -16,11 +16,12 @@ struct Misread {
     TokenRange range; // what it is about
     std::string message;
     std::string hint;
-    std::vector<std::pair<std::size_t, std::string_view>> words; // tokens, and what is meant
+    std::vector<std::pair<std::size_t, std::string_view>>
+        words;              // index of a token, and the word that was probably meant
     bool is_certain = true; // what is meant can be nothing else
 };
 
-// In the order of the source. No source that parses has one.
+// In the order of the source. Only a source with syntax errors has any.
 std::vector<Misread> misread_words(const SourceText& source);
 
 } // namespace norvane::driver

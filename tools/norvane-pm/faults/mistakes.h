@@ -50,7 +50,7 @@ std::string in_quotes(std::string_view word);
 // A word or an operator of other languages.
 struct Foreign {
     std::string_view word;
-    std::string_view instead; // empty: it depends
+    std::string_view instead; // empty: no single replacement
     std::string_view hint;
     bool is_certain = true;
 };
@@ -68,13 +68,13 @@ class MistakeSearch {
     static Edit instead(std::string_view text) { return {"", std::string(text), ""}; }
 
     void open_string();
-    // A word or an operator that another one stands for, at the token or before it: those that are
-    // foreign to both languages, and `foreign`.
+    // Looks for a word or operator of another language at the token or before it: those that
+    // neither PM nor calculations have, and those in `foreign`.
     void replaced_words(std::span<const Foreign> foreign);
     void missing_semicolon();
     void surplus_semicolon();
     void chained_comparison();
-    // The token stands for another one, certainly; nothing takes it out.
+    // The token was certainly meant to be `mark`. An empty `mark` removes the token.
     void other_mark(std::string_view mark, std::string hint);
     // One mark or word that is missing before the token.
     void missing_marks(std::span<const std::string_view> marks);

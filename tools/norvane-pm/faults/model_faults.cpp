@@ -30,7 +30,7 @@ bool is_logical(const Expr* expr) {
     }
 }
 
-// The operands of and, or, ... at the top of a rule.
+// Splits a rule at its topmost logical operators.
 void add_operands(Expr* expr, std::vector<Expr*>& operands) {
     if (stack_is_low()) return on_fresh_stack([&] { add_operands(expr, operands); });
     if (!is_logical(expr)) return operands.push_back(expr);
@@ -72,7 +72,8 @@ class StackGuard {
     bool has_failed_ = false;
 };
 
-// Forms that the check stops on are not judged here; what is no property of the model goes on.
+// Ignores assertions, which a form that the library does not support causes; rethrows all other
+// failures.
 void pass_on(const InternalFailure& failure) {
     if (failure.kind() != EXCEPT_ASSERTION || failure.is_out_of_memory()) throw failure;
 }
@@ -190,7 +191,7 @@ class Checker {
 
     void lose(const char* name) { lost_.insert(name); }
 
-    // Takes over the record. A name that is declared twice has its first meaning.
+    // Declares a name; takes over the record. The first of two declarations of a name wins.
     void declare(char* name, NameData* namedata, unsigned linenumber, std::size_t token) {
         auto result = gather([=, this] {
             return symtbl_insert(project_->line_info, table_, name, namedata, linenumber);
@@ -227,7 +228,8 @@ class Checker {
             finding.notes.push_back({first, "declared here"});
     }
 
-    // Whether a rule about one may be judged by the other.
+    // Whether a rule that names one of two fields can be checked as if it named the other:
+    // variables of the same scalar type.
     static bool are_alike(const NameData* one, const NameData* other) {
         return one->ndtype == ND_VARIABLE && other->ndtype == ND_VARIABLE &&
                one->typecon->contype == other->typecon->contype && one->typecon->contype < TC_PROD;

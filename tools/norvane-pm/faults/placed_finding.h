@@ -16,8 +16,8 @@ struct PlacedFinding {
     Finding finding;
 };
 
-// The findings in the order of the source. What a file that is included twice, or an argument that
-// a macro uses twice, repeats at one place is told once.
+// Sorts the findings by place. Findings repeated at one place, because a file is included twice or
+// a macro uses an argument twice, are merged.
 std::vector<Finding> in_order(std::vector<PlacedFinding> all);
 
 // An error at these tokens, with the macro and the includes that they came by.

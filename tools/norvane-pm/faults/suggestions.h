@@ -25,7 +25,7 @@ class Suggestions {
   public:
     explicit Suggestions(const SourceText& text) : text_(text) {}
 
-    // Whether that many names more are still compared.
+    // False once so many names have been compared that further suggestions would take too long.
     bool can_compare(std::size_t names) const;
 
     // Says which name is similar to one that does not exist, if there is one.

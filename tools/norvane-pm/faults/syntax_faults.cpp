@@ -11,8 +11,8 @@
 namespace norvane::driver {
 namespace {
 
-// Corrections of one statement, and errors for which they are looked for: a source with more is not
-// one that a few slips are in.
+// Limits: corrections tried for one statement, and errors for which corrections are tried. A source
+// with more errors is probably not a model.
 constexpr unsigned most_corrections = 8;
 constexpr unsigned most_searches = 500;
 constexpr std::size_t longest_statement = 2000; // in tokens
@@ -84,7 +84,8 @@ class Finder {
                 faults_.lost_names.emplace(text_.word(i));
         undeclared_ = faults_.lost_names;
     }
-    // Whether a name before this word is declared there: variables, labels, variables of loops.
+    // Whether a name followed by this word may be a declaration (of a variable, a label or a loop
+    // variable).
     static bool may_declare(const Statement& statement, std::string_view next) {
         if (statement.is_rule()) return next == "in";
         return next == ":" || next == "," || next == "]";
@@ -223,7 +224,7 @@ class Finder {
         statement.closes_record = false;
     }
 
-    // Goes on with the first statement that begins at a token or after it.
+    // Continues at the first statement that begins at or after the token.
     void skip_to(std::size_t token) {
         while (next_ < statements_.size() && statements_[next_].first < token)
             ++next_;

@@ -1,4 +1,4 @@
-// What is usually meant where a statement of a model does not parse.
+// Recognises common mistakes in statements of a model that do not parse.
 #ifndef NORVANE_PM_USUAL_MISTAKES_H
 #define NORVANE_PM_USUAL_MISTAKES_H
 

@@ -212,7 +212,7 @@ void WaysOut::explain_type(PlacedFinding& found, std::string_view name, TokenRan
     suggest_visible(found, name, range.first, true);
 }
 
-// Once the names are too many to be compared, they are not listed any more either.
+// Suggests a visible name. Stops for good once there are too many names to compare.
 void WaysOut::suggest_visible(PlacedFinding& found, std::string_view name, std::size_t token,
                               bool types) {
     bool& are_too_many = are_too_many_[types ? 1 : 0];

@@ -19,8 +19,8 @@ class WaysOut {
     WaysOut(const Project* project, SymbolTable* table, RecordPlaces& places,
             const SourceText& text);
 
-    // Adds to a fault of an expression, while the names that it sees are in the table. The operand
-    // is the part of the expression that was checked by itself.
+    // Adds a hint to a fault of an expression. Call it while the symbol table still has the scope
+    // of the expression. `operand` is the subexpression that was checked alone.
     void explain(PlacedFinding& found, const Report& report, const Expr* root, const Expr* operand,
                  const Subject& subject, TokenRange range);
     // Adds to a name that is not a type.

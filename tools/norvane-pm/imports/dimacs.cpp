@@ -218,8 +218,8 @@ class Model {
         return is_known ? &clauses_.meanings[meaning_of_[variable]] : nullptr;
     }
 
-    // The values of a variable have literals that follow each other, and a clause that says that
-    // one of them holds. Comments that happen to look like values have no such clause.
+    // Finds variables with several values: their literals are consecutive, and one clause requires
+    // one of them. Without the clause the comments only look like values.
     void find_values() {
         std::vector<unsigned> count(clauses_.variables + std::size_t{1});
         for (unsigned first = 1; first < count.size(); ++first)

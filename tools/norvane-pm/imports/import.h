@@ -16,7 +16,7 @@ struct ImportFault {
     std::string text;
 };
 
-// What could not be carried over, in words, and the line that it stands in.
+// A construct that PM cannot express, and its line.
 struct LeftOut {
     unsigned line;
     std::string text;
@@ -28,9 +28,9 @@ struct Imported {
     std::vector<LeftOut> left_out;
 };
 
-// Clauses, with names from comments. The text is in UTF-8, as in the other one.
+// Imports clauses in DIMACS; names come from comments. Both functions take UTF-8.
 Imported import_dimacs(std::string_view text);
-// A feature model. The source has as many products as it has.
+// Imports a feature model in UVL. The PM model has the same number of products.
 Imported import_uvl(std::string_view text);
 
 } // namespace norvane::driver

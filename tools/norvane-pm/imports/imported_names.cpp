@@ -66,7 +66,7 @@ std::string ImportedNames::make_label(std::string_view original, const std::stri
     std::string quoted = '"' + std::string(original) + '"';
     const bool is_free = !is_plain(original) && original[0] != '{';
     if (is_free && used_.try_emplace(quoted, 1).second) return quoted;
-    // What stands in braces is not shown, so it tells labels apart that read alike.
+    // Text in braces is not displayed, so it makes equal labels of different variables unique.
     const std::string marked = "\"{" + variable + "}" + std::string(original) + '"';
     return used_.try_emplace(marked, 1).second ? marked : make(original);
 }

@@ -339,7 +339,8 @@ class UvlWriter {
         write_truth(inside, text);
         text += ')';
     }
-    // A chain of "and" or "or" needs no brackets within, which the parser of PM has a limit for.
+    // Writes a chain of "and" or "or" without inner brackets, since the parser of PM limits their
+    // nesting.
     void write_binary(const UvlTerm& of, const char* word, std::string& text) {
         text += '(';
         const bool is_chain = is_symbol(of, "&") || is_symbol(of, "|");

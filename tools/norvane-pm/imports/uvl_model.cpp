@@ -96,7 +96,7 @@ class Parser {
         if (takes_word("constraints")) return constraints();
         expected("'namespace', 'include', 'features' or 'constraints'");
     }
-    // What parts of the language a file uses shows by itself.
+    // The block `include` is skipped: it only lists the language levels that the file uses.
     void skip_block() {
         if (!begin_block()) return;
         for (std::size_t depth = 1; depth > 0; ++at_) {

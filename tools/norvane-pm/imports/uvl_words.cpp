@@ -17,7 +17,7 @@ bool begins_name(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c < 0;
 }
 
-// Longer ones first.
+// Longer operators come first, so that "<=>" is not read as "<=".
 constexpr auto symbols = std::to_array<std::string_view>(
     {"<=>", "=>", "==", "!=", "<=", ">=", "..", "<", ">", "!", "&", "|",
      "(",   ")",  "[",  "]",  "{",  "}",  ",",  ".", "+", "-", "*", "/"});

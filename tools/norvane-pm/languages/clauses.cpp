@@ -144,7 +144,7 @@ class CircuitWriter : public RuleWriter {
     const char* comment_;
 };
 
-// "8 lights", and " = 1" with what that means unless the variable is a boolean.
+// Writes " = 1" and the name of that value, unless the variable is a boolean.
 void write_truth(const Shape& shape, Writer& out) {
     if (shape.kind == ScalarKind::boolean) return;
     out << " = 1";
@@ -207,21 +207,21 @@ void write_atoms(const Terms& terms, const Circuit& circuit, Writer& out) {
 
 } // namespace
 
-void write_clauses(const Terms& terms, Language language, Writer& out,
+void write_clauses(const Terms& terms, RuleLanguage language, Writer& out,
                    const std::function<void(RuleWriter&)>& rules) {
     const auto pass = [&](CircuitSink& sink, const char* comment) {
         Circuit circuit(terms, sink);
-        if (language == Language::asp) write_atoms(terms, circuit, out);
+        if (language == RuleLanguage::asp) write_atoms(terms, circuit, out);
         CircuitWriter writer(circuit, comment ? &out : nullptr, comment);
         rules(writer);
         return circuit.last();
     };
-    if (language == Language::asp) {
+    if (language == RuleLanguage::asp) {
         AspSink sink(out);
         pass(sink, "% ");
         return;
     }
-    const bool is_dimacs = language == Language::dimacs;
+    const bool is_dimacs = language == RuleLanguage::dimacs;
     const char* comment = is_dimacs ? "c " : "* ";
     CountingSink counts(!is_dimacs);
     const Literal last = pass(counts, nullptr);

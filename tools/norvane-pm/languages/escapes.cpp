@@ -16,8 +16,7 @@ void add_hexadecimal(std::string& text, char c) {
     text += digits[byte & 15];
 }
 
-// The bytes that a language takes as they are: those that are printable, but for a percent sign and
-// `others`.
+// The bytes that a language needs no escape for: printable ones except "%" and those in `others`.
 class PlainBytes {
   public:
     constexpr explicit PlainBytes(std::string_view others) {

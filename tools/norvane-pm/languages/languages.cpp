@@ -25,10 +25,10 @@ class Origins {
 std::unique_ptr<RuleWriter> writer_of(const Terms& terms, const LanguageOptions& options,
                                       Writer& out) {
     switch (options.language) {
-    case Language::json: return json_writer(terms, options.by_name, out);
-    case Language::smtlib: return smtlib_writer(terms, out);
-    case Language::minizinc: return minizinc_writer(terms, out);
-    case Language::pm: return pm_writer(terms, out);
+    case RuleLanguage::json: return json_writer(terms, options.by_name, out);
+    case RuleLanguage::smtlib: return smtlib_writer(terms, out);
+    case RuleLanguage::minizinc: return minizinc_writer(terms, out);
+    case RuleLanguage::pm: return pm_writer(terms, out);
     default: return text_writer(terms, options, out);
     }
 }
@@ -55,9 +55,9 @@ void write_rules(const FlatModel& flat, const FlatRules& rules, const LanguageOp
         writer.end();
     };
     switch (options.language) {
-    case Language::asp:
-    case Language::dimacs:
-    case Language::opb: write_clauses(terms, options.language, out, pass); break;
+    case RuleLanguage::asp:
+    case RuleLanguage::dimacs:
+    case RuleLanguage::opb: write_clauses(terms, options.language, out, pass); break;
     default: pass(*writer_of(terms, options, out));
     }
 }

@@ -14,10 +14,10 @@
 
 namespace norvane::driver {
 
-enum class Language { text, json, smtlib, minizinc, asp, dimacs, opb, pm };
+enum class RuleLanguage { text, json, smtlib, minizinc, asp, dimacs, opb, pm };
 
 struct LanguageOptions {
-    Language language = Language::text;
+    RuleLanguage language = RuleLanguage::text;
     bool with_origin = false; // of the text
     bool by_name = false;     // values in the text and in JSON: "carbon" for 2
 };

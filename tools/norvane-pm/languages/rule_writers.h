@@ -38,7 +38,7 @@ std::unique_ptr<RuleWriter> smtlib_writer(const Terms& terms, Writer& out);
 std::unique_ptr<RuleWriter> minizinc_writer(const Terms& terms, Writer& out);
 // Those that reduce rules to connections of two-valued variables. They pass over the rules twice,
 // since clauses are counted before the first one: `rules` is called for each pass.
-void write_clauses(const Terms& terms, Language language, Writer& out,
+void write_clauses(const Terms& terms, RuleLanguage language, Writer& out,
                    const std::function<void(RuleWriter&)>& rules);
 
 } // namespace norvane::driver

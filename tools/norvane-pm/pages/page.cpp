@@ -96,7 +96,7 @@ class Page {
     void rule_link(std::size_t rule) {
         out_ << "<a href=\"#r" << rule + 1 << "\">" << rule + 1 << "</a>";
     }
-    // The first of them, and how many there are beyond.
+    // Writes links to the first `most_links`, and the number of those left out.
     template <typename Link>
     void links(const Numbers& numbers, Link link) {
         for (std::size_t i = 0; i < std::min(numbers.size(), most_links); ++i) {

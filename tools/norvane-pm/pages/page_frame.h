@@ -1,4 +1,4 @@
-// What is the same on each page: its looks, and its search and matrix.
+// The constant parts of each page: the style sheet and the script for search and matrix.
 #ifndef NORVANE_PM_PAGE_FRAME_H
 #define NORVANE_PM_PAGE_FRAME_H
 

@@ -45,8 +45,8 @@ Place place_of(std::string_view file, unsigned line) {
     return place;
 }
 
-// A macro that is not defined is met as a name with parentheses. A file that has to be included may
-// say so itself by an #error.
+// An undefined macro looks like a name followed by parentheses; a file that must be included by
+// another may say so with #error. Both may mean that a part of a model was checked alone.
 bool is_about_missing_name(const Finding& finding) {
     for (const char* name : {"ERR_ID_UNDECLARED", "ERR_TYPE_UNDEF", "ERR_ILLEGAL_ARRAY_VAR",
                              "ERR_NO_VARS", "ERR_NO_PUBLIC_VARS", "ERR_CPP"})
@@ -182,8 +182,8 @@ Finding Diagnostics::finding_of(const Report& report, std::string_view word) con
     return finding;
 }
 
-// A message that memory does not suffice for is dropped: no exception may pass through the library,
-// which goes on to report that the preprocessor failed.
+// Drops the message if out of memory: no exception may pass through the library, which still
+// reports that the preprocessor failed.
 void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user) try {
     static_cast<Diagnostics*>(user)->hold(*message);
 } catch (const std::bad_alloc&) {

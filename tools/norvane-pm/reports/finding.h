@@ -40,7 +40,7 @@ struct Finding {
     std::string message;
     Place place;
     std::vector<Note> notes;
-    std::string hint; // the way out, in words; empty where there is none
+    std::string hint; // how to fix it; may be empty
     std::vector<Replacement> replacements;
 };
 

@@ -139,7 +139,8 @@ bool join_syntax_error(Finding& finding, const Finding& next) {
     if (is_from_scanner(finding) && next.name == "ERR_PARSER") return true;
     const std::string_view construct = construct_of(next.name);
     if (construct.empty()) return false;
-    // The rule of the grammar explains more than the parser.
+    // Prefer the name of the grammar error (ERR_GRAM_...): its explanation says more than
+    // ERR_PARSER's.
     if (!is_from_scanner(finding)) {
         finding.name = next.name;
         finding.message += " " + std::string(construct);

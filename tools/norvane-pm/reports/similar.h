@@ -8,8 +8,8 @@
 
 namespace norvane::driver {
 
-// The name that a few slips of a finger lead to: letters that are missing, wrong, too many,
-// swapped, or in the other case. Empty if no name is that close; the first of equally close ones.
+// The most similar name within a few typing errors (missing, wrong, extra or swapped letters, wrong
+// case). Empty if no name is that close; of equally close names the first.
 std::string_view most_similar(std::string_view written, std::span<const std::string_view> names);
 
 // "did you mean 'sleeper'?", or empty.

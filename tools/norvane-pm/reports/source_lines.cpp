@@ -36,7 +36,8 @@ unsigned bytes_within_letters(std::string_view bytes) {
     return static_cast<unsigned>(std::ranges::count_if(bytes, is_within_letter));
 }
 
-// How many bytes belong to the letter that another line would be cut in.
+// The number of continuation bytes at the start of `bytes`: the rest of a UTF-8 character that a
+// cut would split.
 std::size_t rest_of_letter(std::string_view bytes) {
     std::size_t size = 0;
     while (size < bytes.size() && size < longest_letter - 1 && is_within_letter(bytes[size]))

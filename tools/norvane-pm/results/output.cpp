@@ -48,7 +48,8 @@ void prepare_output() {
     // When a reader such as head has seen enough, a write fails, and the program ends in order.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN); // likewise a file that may not grow any further
-    // A caller that ignores it would hide the exit status of the preprocessor from us.
+    // The parent process may have ignored SIGCHLD, which would make waitpid lose the preprocessor's
+    // exit status.
     std::signal(SIGCHLD, SIG_DFL);
     static char buffer[1 << 18];
     std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);

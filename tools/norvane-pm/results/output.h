@@ -14,8 +14,8 @@ void prepare_output();
 // once.
 constexpr bool orderly_exit = NORVANE_ORDERLY_EXIT;
 
-// True once standard output has refused results: to be asked right after writing, while the reason
-// is known. The rest need not be written then.
+// True once a write to standard output has failed. Call it directly after writing, while errno
+// still tells why; the caller may then stop writing.
 bool results_refused();
 
 // Writes out what is buffered. Returns why standard output did not take all of the results, as a

@@ -28,7 +28,8 @@ class ResultFile {
     // is known. The rest need not be written then.
     bool refused();
 
-    // Ends the file. False if not all of it is written; the old one is then still in its place.
+    // Closes the file and replaces the old one. False if a write failed; the old file is then
+    // unchanged.
     bool close();
     // Why close() failed, as in errno.
     int error() const { return error_; }

@@ -21,8 +21,7 @@
 namespace norvane::driver {
 namespace {
 
-// Each run that has been started holds two descriptors until it is fetched, and a process may have
-// a few hundred.
+// Upper limit of runs that are started but not collected: each holds two file descriptors.
 constexpr std::size_t most_ahead = 64;
 
 constexpr int ending_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};

@@ -19,7 +19,7 @@ struct Culprit {
 // The declaration at which the library's mark stands (norvane/base/work.h).
 Culprit find_culprit(const Session& session);
 
-// The same without its text, which may take its time.
+// As find_culprit, but without the text of the expression, which can take long to print.
 Culprit find_place(const Session& session);
 
 } // namespace norvane::driver

@@ -44,7 +44,7 @@ Finding finding_of(const Session& session, const InternalFailure& failure, const
     return finding;
 }
 
-// A step that took more than the command line allows.
+// Reports that a step exceeded --max-nodes.
 int report_outgrown(Session& session, const InternalFailure& failure) {
     const Culprit found = find_culprit(session);
     const std::string what = *found.kind == '\0'

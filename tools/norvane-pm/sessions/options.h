@@ -10,7 +10,7 @@
 
 namespace norvane::driver {
 
-enum class Language; // languages.h
+enum class RuleLanguage; // languages.h
 
 // The form of a model's file. The last two are only converted from.
 enum class ModelForm { unknown, source, xml, dimacs, uvl };
@@ -43,8 +43,8 @@ struct Options {
     std::string texts; // the file for display texts of renamed names
     bool as_written = false;
     bool with_origin = false;
-    Language language{};  // of the rules; the plain text is the first
-    bool by_name = false; // values of the rules
+    RuleLanguage language{}; // of the rules; the plain text is the first
+    bool by_name = false;    // values of the rules
 
     std::vector<std::string> assumptions; // rules for the analysis
     std::string solver;                   // empty for any that is installed

@@ -50,7 +50,7 @@ std::vector<Finding> errors_of(std::vector<Finding> findings) {
     return findings;
 }
 
-// Columns. The preprocessor, as it is run, knows lines alone.
+// Columns are found here: the preprocessor in traditional mode reports lines only.
 
 bool is_name_byte(char c) {
     return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
@@ -170,7 +170,7 @@ class StandIns {
     const fs::path directory_ = fs::temp_directory_path();
 };
 
-// Whether the text goes on after the error.
+// Whether the preprocessor still wrote the text after this error.
 bool goes_on_after(const Finding& error) {
     return error.message.starts_with("#error") || is_about_macro_call(error) ||
            is_about_missing_file(error);

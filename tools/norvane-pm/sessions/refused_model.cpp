@@ -11,8 +11,8 @@
 namespace norvane::driver {
 namespace {
 
-// Nothing where the search takes more than the command line allows: the library's own report, which
-// ended its check, took less.
+// Finds all faults. Empty if that exceeds --max-nodes; the caller then shows the library's first
+// report alone.
 std::vector<Finding> find_all(const SourceText& source) try {
     return find_faults(source);
 } catch (const InternalFailure& failure) {

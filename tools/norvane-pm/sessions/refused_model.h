@@ -10,8 +10,7 @@
 
 namespace norvane::driver {
 
-// The source of the session's model as the preprocessor writes it once more; null if it does not,
-// or if the model is not source.
+// Preprocesses the session's model again. Null if that fails or if the model is not PM source.
 std::unique_ptr<SourceText> read_source(const Session& session);
 
 // The same of a model that the preprocessor refuses, as far as it comes. `include_directory` is

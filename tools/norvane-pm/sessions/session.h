@@ -35,7 +35,8 @@ struct WrongUsage {
     std::string hint = {};
 };
 
-// The runs that a command has made have ended with this status at the worst, and have reported why.
+// Thrown when runs in child processes failed and have already reported why. `status` is the highest
+// of their exit statuses.
 struct EndedWith {
     int status;
 };

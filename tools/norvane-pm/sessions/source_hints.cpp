@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Other files are no sources, and a directory of that many is no model's.
+// Limits of the search for including files: size of one file, number of files, bytes of all files.
 constexpr std::uintmax_t largest_source = std::uintmax_t{16} << 20;
 constexpr unsigned most_files = 1000;
 constexpr std::size_t most_bytes = std::size_t{64} << 20; // of all files together

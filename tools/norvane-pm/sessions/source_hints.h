@@ -12,8 +12,8 @@ namespace norvane::driver {
 // A warning, if the file is in UTF-8: models are in code page 1252, so its texts come out wrong.
 std::optional<Finding> warn_of_utf8(const std::string& file);
 
-// A note, if a file in the same directory includes this one: a part of a model may have faults only
-// because it was taken for the whole.
+// A note if another file in the directory includes this one: the faults may come from checking a
+// part of a model alone.
 std::optional<Finding> note_of_includer(const std::string& file);
 
 } // namespace norvane::driver

@@ -21,7 +21,8 @@ class StandardInput {
     StandardInput& operator=(StandardInput&& other) noexcept;
     ~StandardInput();
 
-    // The file to read it from, as often as needed, with the further arguments that this takes.
+    // Returns a file that holds the input, and adds the preprocessor arguments for it. May be
+    // called more than once.
     std::string begin(std::vector<std::string>& cpp_args) const;
     const std::string& text() const { return text_; }
 

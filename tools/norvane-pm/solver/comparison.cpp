@@ -20,7 +20,7 @@ struct Interval {
     bool has_high = true;
 };
 
-// Of a class such as "40", "[41;109]" or "]2.5;inf[".
+// Parses the name of a class: "40", "[41;109]" or "]2.5;inf[".
 Interval interval_of(const char* text) {
     const char* end = text + std::strlen(text);
     Interval of;

@@ -195,8 +195,8 @@ std::vector<std::size_t> Questions::read_core(std::string_view begin, std::size_
     return core;
 }
 
-// All rules of a small model. In a large one, those of the groups that contradict each other: all
-// its selectors, once for each question, would make as many of them as rules by rules.
+// All rules of a small model; in a large one only those of contradicting groups. One selector per
+// rule in each question would take quadratic time.
 std::vector<std::size_t> Questions::rules_that_matter() {
     std::vector<std::size_t> rules(rules_.size());
     std::iota(rules.begin(), rules.end(), std::size_t{0});
@@ -272,7 +272,8 @@ std::vector<PossibleValues> Questions::possible_values(const Product& known, uns
     return values;
 }
 
-// Asks for any value that was not seen yet until there is none: each product has many.
+// Asks for products with a value not seen before until there is none. One product shows a value of
+// every variable, so few questions suffice.
 void Questions::find_values(std::size_t from, std::size_t to, std::vector<PossibleValues>& values) {
     Verdict verdict = Verdict::yes;
     while (verdict == Verdict::yes) {

@@ -45,7 +45,7 @@ class Questions {
     // variable, rules that no product with one of these values satisfies.
     struct Contradiction {
         std::vector<std::size_t> rules;
-        bool is_smallest = true; // false where the time was too short to leave out more
+        bool is_smallest = true; // false if the time limit ended the minimisation
     };
     std::optional<Contradiction> contradiction();
     std::optional<Contradiction> why_not(std::size_t variable, const std::vector<unsigned>& values);

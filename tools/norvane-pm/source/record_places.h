@@ -26,7 +26,7 @@ struct ParsedToken {
 // All tokens of a source.
 std::vector<ParsedToken> parsed_tokens(const SourceText& source);
 
-// A name that is declared, or a rule, which has none. In tokens of the source.
+// A declaration or a rule, as indices of tokens of the source.
 struct Declared {
     TokenRange range; // the statement, without its semicolon
     std::size_t name; // of a rule, its first token

@@ -1,6 +1,6 @@
-// The preprocessor keeps a line as it is, byte by byte, unless it expands a macro there. So a
-// column is that of its line, and the tokens of a line that differs from the user's are matched
-// with the user's one by one: what does not match is what a macro became.
+// Finds columns. The preprocessor copies a line without macros byte by byte, so columns agree. In
+// other lines the tokens are matched one by one with the user's; tokens without a match come from a
+// macro.
 #include "source_text.h"
 
 #include <algorithm>
@@ -46,7 +46,7 @@ bool is_include(std::string_view line) {
     return word != std::string_view::npos && line.substr(word, 7) == "include";
 }
 
-// The lines that a use of a macro may span, and the bytes of them that are looked at.
+// Limits of a macro call: its lines, and the bytes of them that are read.
 constexpr unsigned longest_use = 40;
 constexpr std::size_t longest_text = 1 << 14;
 

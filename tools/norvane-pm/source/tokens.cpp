@@ -151,8 +151,8 @@ class Scanner {
 
 } // namespace
 
-// A string may run over lines; but where a quote is missing, the text between two strings would be
-// taken for one, and the last quote opens one that has no end.
+// Strings may span lines. If that leaves the last string open, a quote is missing, and the text is
+// scanned again with strings ending at their line.
 Scan scan(std::string_view text, unsigned comment_depth, Language language) {
     Scanner scanner(text, comment_depth, language, false);
     Scan result = scanner.run();

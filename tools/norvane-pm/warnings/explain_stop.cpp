@@ -241,7 +241,8 @@ bool is_thrown(const Row& row, std::string_view thrown) {
     return text[0] == '*' ? thrown.find(text.substr(1)) != thrown.npos : thrown.starts_with(text);
 }
 
-// The expressions of a declaration in the order of the check, up to the first of a form.
+// Finds the first expression of a declaration, in the order of the check, that has an unsupported
+// form.
 class Search {
   public:
     Search(const Forms& forms, const Row& row) : forms_(forms), row_(row) {}

@@ -42,7 +42,7 @@ class Walk {
     void walk_dimension(const TypeCon* array);
     void walk_bound(const Expr* expr, bool on_rules);
 
-    // Without a call for most of what a rule consists of.
+    // Tests for leaves inline, since most nodes are leaves.
     void walk(const Expr* expr) {
         if (!says_nothing(expr)) walk_node(expr);
     }
@@ -220,7 +220,8 @@ void Walk::walk_named(const TypeCon* typecon) {
     finder_.at = before;
 }
 
-// An upper bound is part of the finite form alone, a dimension of the flat rules too.
+// `on_rules` is false for an upper bound, which only the finite form contains, and true for a
+// dimension, which flat rules depend on too.
 void Walk::walk_bound(const Expr* expr, bool on_rules) {
     if (expr->structure == EXPR_INT_CONST) return;
     const Surroundings before = finder_.at;

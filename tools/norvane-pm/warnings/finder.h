@@ -56,8 +56,8 @@ class Finder {
     Names names;
     Surroundings at;
     std::vector<Warned> found;
-    // The smallest upper bound of the ranges in use: a comparison with a number between 0 and that
-    // needs no further look.
+    // The smallest upper bound of all ranges. A comparison with a number from 0 up to it is never
+    // constant, so it needs no check.
     double smallest_bound = std::numeric_limits<double>::infinity();
 
   private:
@@ -87,9 +87,9 @@ void check_loop(Finder& finder, const Expr* expr);
 void check_selector(Finder& finder, const Expr* expr);
 void check_field(Finder& finder, const VarDecl* field);
 
-// Whether the rules of an optional record hold while it is absent, whatever the rest of the product
-// is: for some values of its fields, all of them are true. Sought once, while the walk is in it.
-// (absent.cpp)
+// Whether the rules of an absent optional record can always be satisfied: some values of its fields
+// make all of them true, whatever the other variables are. Computed once per record and cached in
+// `optional`. (absent.cpp)
 bool holds_while_absent(Names& names, AroundOptional& optional);
 
 // The others. (habits.cpp)

@@ -216,7 +216,7 @@ void check_name(Finder& finder, const char* name, const About& about) {
     if (may_be_outside) check_outside(finder, name, meaning, about);
 }
 
-// A name whose type the finite form asks for.
+// Warns of a name in a type whose meaning changes in the finite form.
 void check_typed_name(Finder& finder, const IdCon* idcon, const About& about) {
     if (!finder.at.in_type) return;
     const char* name = base_name(idcon);
@@ -314,7 +314,7 @@ void check_constants(Finder& finder, const Expr* expr) {
     check(expr->args.binargs.rightarg, expr->args.binargs.leftarg);
 }
 
-// A loop in a declared type, whose variable a later type hides.
+// Warns of a loop in a declared type if a type declared later has the name of the loop variable.
 void check_loop(Finder& finder, const Expr* expr) {
     if (!finder.at.in_type) return;
     const NameData* global = finder.names.global(expr->args.range.lambdavar);

@@ -63,7 +63,8 @@ class Names {
     using Fields = std::unordered_map<std::string_view, Field>;
     const Fields& fields_of(const TypeCon* record);
     TypeCon* type_of_head(const char* name);
-    // What the indices of a step lead to, and what its name leads to in a record or an optional.
+    // element(): the type of the indexed element. member(): the type of a field of a record, or of
+    // SOME of an optional.
     TypeCon* element(TypeCon* typecon, const IdCon* step) const;
     TypeCon* member(const TypeCon* typecon, const char* name);
 

@@ -69,7 +69,7 @@ struct Part {
 // A type, with all names of types resolved.
 //
 // A scalar is one variable with the values 0 to `upper`. An optional is one, whose value 1 stands
-// for SOME, and after it those of what it may hold, which exist whether or not it is there.
+// for SOME, and after it those of what it may hold, which exist even while the optional is absent.
 struct Shape {
     enum class Form { scalar, record, array, optional };
     Form form = Form::scalar;

@@ -534,7 +534,7 @@ class FlatRules {
     detail::ListOwner origins_;
 };
 
-// How rules are made flat: simplified, or as they are written, loops and names included.
+// Whether flat rules are simplified, or keep loops and names of constants as written.
 enum class RuleForm { simplified, as_written };
 // Whether the declarations that they come from are kept.
 enum class RuleOrigins { dropped, kept };
@@ -687,7 +687,7 @@ class Presentation {
         return static_cast<const char*>(found);
     }
 
-    // Adds all texts of another one; of two with one key, the other's stays.
+    // Adds all entries of `other`. Of two with the same key, the entry of `other` is kept.
     void merge(const Presentation& other) {
         call([this, &other] { pres_merge(get(), other.get()); });
     }

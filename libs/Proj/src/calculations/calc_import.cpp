@@ -491,7 +491,7 @@ std::size_t read_member(void* user, void* buffer, std::size_t size, bool* at_end
     return got;
 }
 
-// Null for a directory too, which fopen opens.
+// Opens a file for reading. Null also for a directory, which fopen would open.
 FILE* open_for_reading(const char* path) {
     FILE* stream = std::fopen(path, "re");
     struct stat status;

@@ -132,7 +132,7 @@ class LoopVariable {
     void leave_pushed() { scope_.leave_pushed(); }
 
   private:
-    // A name that was looked up, as a copy: what is equal to it has the same record.
+    // A cached lookup: the name (copied) and the record that it resolved to.
     struct Found {
         char name[16];
         NameData* namedata; // null: no name is kept here

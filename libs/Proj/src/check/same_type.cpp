@@ -54,9 +54,9 @@ unsigned hash_pair(const void* element, unsigned size) {
     return static_cast<unsigned>((left * 31 + right) % size);
 }
 
-// A comparison of two types. It keeps the pairs of records that it has found to be the same, since
-// types that name each other twice, level upon level, would be walked as often as they have
-// instances. Records that are the same hold no unbounded type, so no stop is passed over.
+// Compares two types. Pairs of records found equal are kept: without them, types that refer to each
+// other twice per level would take exponential time. Equal records contain no unbounded type, so
+// skipping a known pair skips no assertion.
 struct Comparison : Context {
     PolySet* same; // null while there are none
 };

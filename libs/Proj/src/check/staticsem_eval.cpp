@@ -214,7 +214,7 @@ int evaluate_int_binary(const Context& in, const Expr* expr) {
     return opr.of_ints(left, right);
 }
 
-// The position of a label; 0 for any other name, which is for the predicate to refuse.
+// The position of a label; 0 for any other name, which is_static rejects.
 int evaluate_order(const Context& in, const IdCon* idcon) {
     const NameData* namedata = find_name(in, idcon->args.id.idname);
     NORVANE_ASSERT_TEXT(

@@ -99,8 +99,9 @@ bool check_index_expr(const Context& in, const IdCon* idcon, int n, Expr* index)
     return checked.is_static || fault(in, index, ERR_INDEX_NOT_STATIC, idcon->args.array.idname);
 }
 
-// It was static where it was declared, but a field may hide the constant that it names. Asking
-// again in a later turn would only repeat the reports of loops in it, which a leaf has none of.
+// The dimension was static where it was declared, but here a field may hide the constant it names.
+// In later iterations of a loop (`again`) a leaf needs no second check; other expressions repeat
+// the reports of their loops.
 bool check_dimension(const Context& in, Expr* dimension, bool again) {
     const bool is_leaf =
         dimension->structure == EXPR_INT_CONST || dimension->structure == EXPR_IDCONSTRUCTOR;

@@ -34,9 +34,9 @@ void pop_index(Prefix* prefix);
 // For the identifiers of a rule, in the order of the walk: how many parts of the path each gets.
 using Depths = Array<std::size_t>;
 
-// Puts the path before the identifiers of a rule, in place: before each as many parts as the depth
-// of the environment that holds its first name. If `depths` is not null, it keeps what the stack of
-// environments said, for copies of the rule that are given later.
+// Prepends the path to each identifier of a rule, in place: as many parts as the depth of the
+// environment that declares its first name. If `depths` is not null, the depths are recorded there
+// or, if recorded before, taken from there.
 void add_prefix(SymbolTable* symboltable, const Prefix& prefix, Depths* depths, Expr* rule);
 
 } // namespace norvane::finite

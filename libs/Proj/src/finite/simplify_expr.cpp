@@ -148,7 +148,8 @@ Expr* simplify_operand(Simplification& in, Expr* expr) {
     return typed(expr_new_unary(static_cast<OprTypes>(expr->opr), arg, UNDEF_LINENO), expr->type);
 }
 
-// The value of a static negation is the one new node with a line.
+// Simplifies a negation. Its static value keeps the line; all other new nodes have none. (Kept for
+// compatibility.)
 Expr* simplify_negation(Simplification& in, Expr* expr) {
     const bool noted = is_noted(in, expr);
     const unsigned notes = in.not_static.len;

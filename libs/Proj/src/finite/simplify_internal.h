@@ -12,8 +12,8 @@ using check::Context;
 
 // What all steps of one simplification share.
 struct Simplification : Context {
-    // Unary nodes, borrowed, that are known not to be static, the next one to be met first.
-    // (simplify_expr.cpp)
+    // Unary nodes (borrowed) already found not to be static, in the order in which the walk meets
+    // them.
     PolyList not_static;
     // Whether a value that is compared becomes a position: not while a loop is closed, whose turns
     // have been encoded already. (simplify_loop.cpp)

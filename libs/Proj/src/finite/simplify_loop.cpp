@@ -29,7 +29,7 @@ struct Closed {
 
 Closed close_expr(Simplification& in, Expr* expr);
 
-// An index that was copied as it stood may name the variable of the loop.
+// Evaluates an index that was copied unsimplified, since it may name the loop variable.
 void close_index(const Simplification& in, PolyListNode* node) {
     auto* index = static_cast<Expr*>(node->element);
     const int value = check::evaluate_int(in, index);

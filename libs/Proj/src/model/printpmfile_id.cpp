@@ -130,8 +130,8 @@ inline unsigned print_name(FILE* stream, const char* id) {
     return print_and_delete(stream, new_quoted(id));
 }
 
-// The widths that lines are broken by, whatever an index or a composite really takes. Existing
-// models were written with them, so their line breaks stay the same.
+// Nominal widths used for line breaking, regardless of the real width. Kept for compatibility: the
+// line breaks of existing models depend on them.
 constexpr unsigned index_width = 5;
 constexpr unsigned composite_width = 0;
 

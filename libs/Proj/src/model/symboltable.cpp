@@ -35,7 +35,7 @@ PolyHash* innermost(const SymbolTable* symboltable) {
 // where the chain could not be followed when the type was declared; lookups follow it then.
 struct TypeName : NameData {
     TypeCon* real;  // what its name stands for
-    TypeName* last; // the type whose environment it has, or would have
+    TypeName* last; // the end of the chain of names: the type whose environment is used
 };
 
 const TypeName* as_type(const NameData* namedata) {

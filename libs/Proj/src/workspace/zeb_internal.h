@@ -21,8 +21,8 @@ inline void append(PolyList* list, const char* text) {
     plist_append(list, const_cast<char*>(text));
 }
 
-// Puts a copy of the text in the place of the field's own, which stays where there is no memory for
-// the copy: whoever frees the record frees it.
+// Replaces the text of a field by a copy. Copies first: if that throws, the field still owns its
+// old text.
 inline void replace(char*& field, const char* text) {
     char* copy = str_copy(text);
     str_null_delete(field);

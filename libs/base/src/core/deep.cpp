@@ -125,7 +125,7 @@ constexpr std::size_t reserve = (has_sanitizer ? 512 : 256) << 10;
 constexpr std::size_t smallest_segment = 1 << 20;
 constexpr std::size_t largest_segment = 64 << 20;
 
-// At the upper end of the memory that it describes.
+// A stack segment. The record lies at the upper end of the segment's own memory.
 struct Segment {
     Bounds stack;
     char* memory; // starts with the guard page
@@ -163,7 +163,7 @@ struct ChainOwner {
         unmap_segments(stacks.first);
         stacks.first = nullptr;
     }
-    void own() {} // a use, which constructs it
+    void own() {} // called to construct the thread_local
 };
 thread_local ChainOwner chain_owner;
 

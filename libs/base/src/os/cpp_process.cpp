@@ -188,7 +188,8 @@ int finish_cpp(CppProcess* process) {
             break;
         }
     }
-    close_if_open(&process->lifeline); // which ends what the preprocessor may have left behind
+    close_if_open(
+        &process->lifeline); // ends processes that the preprocessor may still have running
     return status;
 }
 

@@ -131,7 +131,7 @@ struct Run {
     Output* output;
     UtilString* messages;     // that the preprocessor wrote
     UtilString* failure;      // why it failed; empty if it did not
-    bool has_refused = false; // the preprocessor, which has said why
+    bool has_refused = false; // whether the preprocessor rejected the source and reported why
 };
 
 // Reads once, as poll has said that something is there. False at the end, or after a failure.

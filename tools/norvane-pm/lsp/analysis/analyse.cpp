@@ -14,7 +14,8 @@
 namespace norvane::driver::lsp {
 namespace {
 
-// The shortest that stands for this value and no other, and is no integer.
+// The shortest text that reads back as this value, with ".0" if it would otherwise read as an
+// integer.
 std::string number_text(double value) {
     char digits[32];
     std::string text(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);

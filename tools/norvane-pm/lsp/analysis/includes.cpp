@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// No model has more, but a directory of other things may.
+// Upper limit of the files that are followed; a directory of unrelated files may hold more.
 constexpr std::size_t most_files = 1000;
 
 void skip_blanks(std::string_view& line) {

@@ -21,7 +21,8 @@ using SourceSet = std::map<std::string, std::string>;
 
 // The file and all that it includes, whether a condition leaves it out or not. Each name is looked
 // up as the preprocessor does it: beside the file that includes it, then in `directories`.
-// `missing` takes the files that would be read instead of others, or at all, if they were there.
+// `missing` receives the paths that were tried and do not exist: creating one of them would change
+// the result.
 SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
                      const Documents& documents, std::set<std::string>* missing = nullptr);
 

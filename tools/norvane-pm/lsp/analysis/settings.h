@@ -14,7 +14,7 @@ struct Settings {
     std::vector<std::string> directories;
     std::vector<std::string> macros;   // "-DNAME=VALUE", "-UNAME"
     std::vector<std::string> warnings; // as after -W
-    // What is wrong with the file that the settings are from.
+    // The settings file that could not be used, and why; both empty if there is no fault.
     std::string faulty_file;
     std::string fault;
     bool operator==(const Settings&) const = default;

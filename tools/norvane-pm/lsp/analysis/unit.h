@@ -18,7 +18,7 @@ namespace norvane::driver::lsp {
 
 class Unit {
   public:
-    // Of a calculation if there is one, else of the model of the settings.
+    // A unit checks the calculation, or the model of the settings if `calculation` is empty.
     Unit(Settings settings, std::string calculation)
         : settings_(std::move(settings)), calculation_(std::move(calculation)) {}
 

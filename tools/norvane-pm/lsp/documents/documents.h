@@ -20,7 +20,8 @@ struct Document {
     Lines lines;
 };
 
-// The bytes of a regular file; nothing for others, and for what is too large for a source.
+// Reads a regular file. Empty for other kinds of files and for files that are too large to be a
+// source.
 std::optional<std::string> read_source_file(const std::string& path);
 
 class Documents {

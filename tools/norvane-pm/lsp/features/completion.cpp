@@ -166,7 +166,7 @@ class ModelCompletion {
         return of < words.size() ? place_.type_before(of) : nullptr;
     }
 
-    // The innermost one that has not ended; none where there is none.
+    // The index of the word that begins the innermost open case, or none.
     std::size_t open_case() const {
         const std::vector<std::string>& words = place_.words();
         unsigned depth = 0;

@@ -87,7 +87,7 @@ class CalculationCompletion {
         if (last == ";" || last == "{" || last == "}") items_.add_snippets(function_snippets);
     }
 
-    // Of the model, or functions of the namespace that has been named.
+    // Completes after a dot: functions of a namespace, or members of a variable of the model.
     void members() {
         functions_of(name_space_before());
         if (const TypeNode* type = place_.type_before_last()) items_.add_members(*type, names_);
@@ -132,7 +132,8 @@ class CalculationCompletion {
             if (is_seen(symbol)) items_.add_symbol(symbol, ItemKind::variable, Rank::name);
     }
 
-    // Of what is compared, set or switched; null where it is not known.
+    // The type of the value expected at the cursor, from the comparison, assignment or switch it is
+    // in; null if unknown.
     const TypeNode* expected_type() const {
         if (place_.back() == "case") return switch_type();
         const bool is_value = place_.follows_comparison() || place_.back() == ":=";

@@ -77,7 +77,7 @@ std::string type_texts(const Context& context, const Symbol& symbol) {
     return texts;
 }
 
-// What is between the conditions of the preprocessor may define a macro more than once.
+// Lists the other definitions of a macro: conditional sections may define it more than once.
 std::string other_definitions(const NameIndex& names, std::size_t macro) {
     std::string texts;
     const auto found = names.macros.find(names.symbols[macro].name);

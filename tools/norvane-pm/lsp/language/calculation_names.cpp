@@ -185,7 +185,8 @@ class CalculationReader {
         at_ = last + 2;
     }
 
-    // Of the word if it is a variable of the model, which is noted; else none.
+    // Records a use of the model's variable that the word names and returns its type; none if it
+    // names no variable.
     std::size_t variable_type() {
         const auto found = index_.globals.find(text());
         if (found == index_.globals.end()) return none;

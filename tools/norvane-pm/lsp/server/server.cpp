@@ -40,7 +40,7 @@ void Server::take(const std::string& body) {
     messages_.push_back(std::move(message));
 }
 
-// A request that is being answered, or was, is no longer known.
+// Cancels a waiting request. A request that is being or has been answered is no longer in the list.
 void Server::cancel(const Json& id) {
     if (!is_id(id)) return;
     const auto refuse = [this, &id](auto& requests, auto id_of) {

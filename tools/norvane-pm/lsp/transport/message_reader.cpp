@@ -15,7 +15,7 @@ char lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// Where the name of the length begins, from `from` on, in any case of letters.
+// The offset of "Content-Length", case-insensitive, at or after `from`.
 std::size_t find_length(std::string_view text, std::size_t from) {
     from = std::min(from, text.size());
     const auto found = std::search(
@@ -25,7 +25,8 @@ std::size_t find_length(std::string_view text, std::size_t from) {
                                : static_cast<std::size_t>(found - text.begin());
 }
 
-// The number in a header; nothing where it is none, or where other bytes are before its name.
+// The value of Content-Length; empty if it is not a number or if the line has other bytes before
+// the name.
 std::optional<std::size_t> length_in(std::string_view header) {
     const std::size_t name = find_length(header, 0);
     if (name == std::string_view::npos) return {};
