@@ -1,23 +1,47 @@
 #include "expressions.h"
 
-#include <iterator>
+#include <stdexcept>
 
 namespace norvane::python {
 namespace {
 
-// The operators as in PM, indexed by OprTypes; null for the tags of constants.
-constexpr const char* operators[] = {
-    "and", "or",      "xor",   "not",   "->",    "<->",   "+",  "-",    "*",      "/",
-    "<",   "<=",      ">",     ">=",    "=",     "<>",    "<<", ">>",   "forall", "exist",
-    "sum", "product", nullptr, nullptr, nullptr, "order", "=",  nullptr};
-static_assert(std::size(operators) == OPR_NONE + 1);
-
-constexpr const char* type_kinds[] = {"boolean", "range",       "float", "integer", "string",
-                                      "record",  "enumeration", "array", "named",   "optional"};
-static_assert(std::size(type_kinds) == TC_OPTIONAL + 1);
+// The operators as in PM; null for the tags of constants.
+const char* operator_text(const Expr* expr) {
+    switch (norvane::operator_of(expr)) {
+    case OPR_AND: return "and";
+    case OPR_OR: return "or";
+    case OPR_XOR: return "xor";
+    case OPR_NOT: return "not";
+    case OPR_IMPLIES: return "->";
+    case OPR_BIIMPLIES: return "<->";
+    case OPR_PLUS: return "+";
+    case OPR_MINUS: return "-";
+    case OPR_TIMES: return "*";
+    case OPR_DIV: return "/";
+    case OPR_LT: return "<";
+    case OPR_LE: return "<=";
+    case OPR_GT: return ">";
+    case OPR_GE: return ">=";
+    case OPR_EQ:
+    case OPR_UBOUND_EQ: return "=";
+    case OPR_NEQ: return "<>";
+    case OPR_SHL: return "<<";
+    case OPR_SHR: return ">>";
+    case OPR_FORALL: return "forall";
+    case OPR_EXIST: return "exist";
+    case OPR_SUM: return "sum";
+    case OPR_PROD: return "product";
+    case OPR_ORDER: return "order";
+    case OPR_BOOLCONST:
+    case OPR_INTCONST:
+    case OPR_FLOATCONST:
+    case OPR_NONE: return nullptr;
+    }
+    return nullptr;
+}
 
 const char* kind_of(const Expression& expression) {
-    switch (expression.expr->structure) {
+    switch (structure_of(expression.expr)) {
     case EXPR_BINARY: return "binary";
     case EXPR_UNARY: return "unary";
     case EXPR_IDCONSTRUCTOR: return "name";
@@ -26,25 +50,32 @@ const char* kind_of(const Expression& expression) {
     case EXPR_FLOAT_CONST: return "float";
     case EXPR_ITE: return "if";
     case EXPR_RANGE: return "loop";
-    default: return "case";
+    case EXPR_CASE: return "case";
     }
+    throw std::logic_error("an expression of an unknown kind");
 }
 
 py::object operator_of(const Expression& expression) {
-    const char* text = operators[expression.expr->opr];
+    const char* text = operator_text(expression.expr);
     return text ? py::object(py::str(text)) : py::none();
 }
 
 py::object value_of_constant(const Expression& expression) {
     const Expr& expr = *expression.expr;
-    switch (expr.structure) {
+    switch (structure_of(&expr)) {
     case EXPR_INT_CONST:
         if (expr.opr == OPR_BOOLCONST) return py::bool_(expr.args.intconst.value != 0);
         return py::int_(expr.args.intconst.value);
     case EXPR_FLOAT_CONST: return py::float_(expr.args.floatconst.value);
     case EXPR_STRING_CONST: return text_of(expr.args.str);
-    default: return py::none();
+    case EXPR_BINARY:
+    case EXPR_UNARY:
+    case EXPR_IDCONSTRUCTOR:
+    case EXPR_ITE:
+    case EXPR_RANGE:
+    case EXPR_CASE: break;
     }
+    return py::none();
 }
 
 // Calls `visit` with each step of a path: simple names and arrays.
@@ -79,7 +110,7 @@ py::list arguments_of(const Expression& expression) {
     const Expr& expr = *expression.expr;
     py::list list;
     const auto add = [&](Expr* child) { list.append(Expression{expression.owner, child}); };
-    switch (expr.structure) {
+    switch (structure_of(&expr)) {
     case EXPR_BINARY:
         add(expr.args.binargs.leftarg);
         add(expr.args.binargs.rightarg);
@@ -105,34 +136,42 @@ py::list arguments_of(const Expression& expression) {
         add(expr.args.caseexpr.default_expr);
         break;
     }
-    default: break;
+    case EXPR_IDCONSTRUCTOR:
+    case EXPR_INT_CONST:
+    case EXPR_STRING_CONST:
+    case EXPR_FLOAT_CONST: break;
     }
     return list;
 }
 
-// What `print` writes into a text of the library.
 template <typename Print>
-py::str printed(Print print) {
-    const std::string text = locked([&] {
-        UtilString* buffer = call([] { return ustr_new(); });
-        call([&] { print(buffer); });
-        std::string copy(buffer->text, buffer->length);
-        call([buffer] { ustr_delete(buffer); });
-        return copy;
-    });
+py::str printed_text(Print print) {
+    const std::string text = locked([&] { return printed(print); });
     return text_of(text.c_str());
 }
 
 py::str text_of_expression(const Expression& expression) {
-    return printed([&](UtilString* to) { ppm_printn_expr_str(expression.expr, to, -1); });
+    return printed_text([&](UtilString* to) { ppm_printn_expr_str(expression.expr, to, -1); });
 }
 
 py::str text_of_type(const Type& type) {
-    return printed([&](UtilString* to) { ppm_print_typecon_str(type.typecon, to); });
+    return printed_text([&](UtilString* to) { ppm_print_typecon_str(type.typecon, to); });
 }
 
 const char* type_kind(const Type& type) {
-    return type_kinds[type.typecon->contype];
+    switch (norvane::kind_of(type.typecon)) {
+    case TC_BOOL: return "boolean";
+    case TC_INT: return "range";
+    case TC_UBOUND_FLOAT: return "float";
+    case TC_UBOUND_INTEGER: return "integer";
+    case TC_STRING: return "string";
+    case TC_PROD: return "record";
+    case TC_SUM: return "enumeration";
+    case TC_ARRAY: return "array";
+    case TC_NAMED: return "named";
+    case TC_OPTIONAL: return "optional";
+    }
+    throw std::logic_error("a type of an unknown kind");
 }
 
 py::object name_of_type(const Type& type) {
@@ -141,13 +180,19 @@ py::object name_of_type(const Type& type) {
 }
 
 PolyList* labels_in(const TypeCon& typecon) {
-    switch (typecon.contype) {
+    switch (norvane::kind_of(&typecon)) {
     case TC_SUM: return typecon.values.labels;
     case TC_UBOUND_FLOAT: return typecon.values.enum_float.labellist;
     case TC_UBOUND_INTEGER: return typecon.values.enum_int.labellist;
     case TC_STRING: return typecon.values.enum_string.labellist;
-    default: return nullptr;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_PROD:
+    case TC_ARRAY:
+    case TC_NAMED:
+    case TC_OPTIONAL: break;
     }
+    return nullptr;
 }
 
 py::list labels_of(const Type& type) {

@@ -206,11 +206,8 @@ class Search {
 } // namespace
 
 std::string excerpt(const Expr* expr) {
-    UtilString* printed = call([] { return ustr_new(); });
-    call([=] { ppm_printn_expr_str(const_cast<Expr*>(expr), printed, shown_depth); });
-    std::string text(printed->text, printed->length);
-    call([=] { ustr_delete(printed); });
-    return text;
+    return printed(
+        [=](UtilString* to) { ppm_printn_expr_str(const_cast<Expr*>(expr), to, shown_depth); });
 }
 
 std::string_view quoted_name(std::string_view message) {

@@ -18,22 +18,10 @@ namespace {
 // The largest bound and size, for those that are at fault themselves.
 constexpr int any_bound = 0xFFFFFF;
 
-bool is_logical(const Expr* expr) {
-    switch (static_cast<OprTypes>(expr->opr)) {
-    case OPR_AND:
-    case OPR_OR:
-    case OPR_XOR:
-    case OPR_NOT:
-    case OPR_IMPLIES:
-    case OPR_BIIMPLIES: return true;
-    default: return false;
-    }
-}
-
 // Splits a rule at its topmost logical operators.
 void add_operands(Expr* expr, std::vector<Expr*>& operands) {
     if (stack_is_low()) return on_fresh_stack([&] { add_operands(expr, operands); });
-    if (!is_logical(expr)) return operands.push_back(expr);
+    if (operation_of(expr) != Operation::logic) return operands.push_back(expr);
     if (expr->structure == EXPR_UNARY) return add_operands(expr->args.arg, operands);
     add_operands(expr->args.binargs.leftarg, operands);
     add_operands(expr->args.binargs.rightarg, operands);

@@ -32,11 +32,8 @@ std::string_view type_instead_of(std::string_view word) {
     return found == types_of_other_languages.end() ? std::string_view() : found->instead;
 }
 
-bool is_comparison(const Expr* expr) {
-    return expr->opr >= OPR_LT && expr->opr <= OPR_NEQ;
-}
 bool is_arithmetic(const Expr* expr) {
-    return expr->opr >= OPR_PLUS && expr->opr <= OPR_DIV;
+    return operation_of(expr) == Operation::arithmetic;
 }
 
 bool is_unbounded_name(const Expr* expr) {
@@ -46,14 +43,7 @@ bool is_unbounded_name(const Expr* expr) {
 }
 
 bool is_logical(const Expr* expr) {
-    switch (expr->opr) {
-    case OPR_AND:
-    case OPR_OR:
-    case OPR_XOR:
-    case OPR_IMPLIES:
-    case OPR_BIIMPLIES: return true;
-    default: return false;
-    }
+    return operation_of(expr) == Operation::logic;
 }
 
 // The other side of a comparison that has a name on one side; null for another expression.

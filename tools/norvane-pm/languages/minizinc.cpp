@@ -44,7 +44,7 @@ class MinizincWriter : public InfixWriter {
         if (is_comparison(expr) && !of_truths &&
             (terms_.range_of(left).wraps || terms_.range_of(right).wraps))
             throw Inexpressible{"MiniZinc has no 32-bit arithmetic that wraps around"};
-        if (!is_comparison(expr) && !of_truths && expr->opr <= OPR_XOR)
+        if (operation_of(expr) == Operation::logic && !of_truths)
             throw Inexpressible{"MiniZinc has no operations on the bits of a number"};
         return false;
     }

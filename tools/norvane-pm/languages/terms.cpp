@@ -112,11 +112,6 @@ bool is_equality(const Expr* expr) {
            (expr->opr == OPR_EQ || expr->opr == OPR_NEQ || expr->opr == OPR_UBOUND_EQ);
 }
 
-bool is_comparison(const Expr* expr) {
-    return is_equality(expr) ||
-           (expr->structure == EXPR_BINARY && expr->opr >= OPR_LT && expr->opr <= OPR_GE);
-}
-
 // The type is that of the check. A name that the flat rules take for another one (see the
 // language's page on names in nested records) is noticed where it is written.
 bool Terms::is_truth(const Expr* expr) const {

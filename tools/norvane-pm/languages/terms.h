@@ -67,7 +67,6 @@ class Terms {
     const FlatModel& flat_;
 };
 
-bool is_comparison(const Expr* expr);
 bool is_equality(const Expr* expr); // or an inequality
 
 // A binary expression of a name and a constant, whichever comes first.

@@ -1,5 +1,7 @@
 #include "culprit.h"
 
+#include <algorithm>
+
 #include "norvane/base/work.h"
 
 namespace norvane::driver {
@@ -8,12 +10,8 @@ namespace {
 // The expression, cut at some depth; empty if it cannot be printed either.
 std::string expr_text(Expr* expr) try {
     constexpr int depth = 6;
-    UtilString* printed = call([] { return ustr_new(); });
-    call([=] { ppm_printn_expr_str(expr, printed, depth); });
-    std::string text(printed->text, printed->length);
-    for (char& c : text)
-        if (c == '\n') c = ' ';
-    call([=] { ustr_delete(printed); });
+    std::string text = printed([=](UtilString* to) { ppm_printn_expr_str(expr, to, depth); });
+    std::ranges::replace(text, '\n', ' ');
     return text;
 } catch (const InternalFailure&) {
     return "";

@@ -19,11 +19,6 @@ bool is_equality(const Expr* expr) {
            (expr->opr == OPR_EQ || expr->opr == OPR_NEQ || expr->opr == OPR_UBOUND_EQ);
 }
 
-bool compares(const Expr* expr) {
-    return expr->structure == EXPR_BINARY &&
-           ((expr->opr >= OPR_LT && expr->opr <= OPR_NEQ) || expr->opr == OPR_UBOUND_EQ);
-}
-
 bool has_operand(const Expr* expr, unsigned char type) {
     return expr->args.binargs.leftarg->type == type || expr->args.binargs.rightarg->type == type;
 }
@@ -87,7 +82,7 @@ bool text_equality(const Forms&, const Expr* expr) {
 }
 
 bool constant_first(const Forms& forms, const Expr* expr) {
-    return compares(expr) && forms.is_constant(expr->args.binargs.leftarg) &&
+    return is_comparison(expr) && forms.is_constant(expr->args.binargs.leftarg) &&
            expr->args.binargs.rightarg->type == ETYPE_ENUM_INTEGER;
 }
 
@@ -106,8 +101,8 @@ bool is_unbounded_choice(const Expr* expr) {
 }
 
 bool unbounded_choice(const Forms&, const Expr* expr) {
-    return compares(expr) && (is_unbounded_choice(expr->args.binargs.leftarg) ||
-                              is_unbounded_choice(expr->args.binargs.rightarg));
+    return is_comparison(expr) && (is_unbounded_choice(expr->args.binargs.leftarg) ||
+                                   is_unbounded_choice(expr->args.binargs.rightarg));
 }
 
 bool known_float_choice(const Forms&, const Expr* expr) {
@@ -132,7 +127,7 @@ bool spelled_variable(const Forms&, const Expr* expr) {
 }
 
 bool any_comparison(const Forms&, const Expr* expr) {
-    return compares(expr);
+    return is_comparison(expr);
 }
 
 bool nothing(const Forms&, const Expr*) {

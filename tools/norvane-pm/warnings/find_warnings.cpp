@@ -296,9 +296,7 @@ void Walk::walk_binary(const Expr* expr) {
     const Expr* left = expr->args.binargs.leftarg;
     const Expr* right = expr->args.binargs.rightarg;
     if (left->type == ETYPE_INT && right->type == ETYPE_INT) check_constants(finder_, expr);
-    const bool compares =
-        (expr->opr >= OPR_LT && expr->opr <= OPR_NEQ) || expr->opr == OPR_UBOUND_EQ;
-    if (!compares) {
+    if (!is_comparison(expr)) {
         walk(left);
         return walk(right);
     }

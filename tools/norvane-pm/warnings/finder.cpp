@@ -39,11 +39,7 @@ Finding* Finder::add(Warning warning, const About& about, std::string message, s
 }
 
 std::string text_of(const IdCon* idcon) {
-    UtilString* printed = call([] { return ustr_new(); });
-    call([=] { ppm_print_idcon_str(const_cast<IdCon*>(idcon), printed); });
-    std::string text(printed->text, printed->length);
-    call([=] { ustr_delete(printed); });
-    return text;
+    return printed([=](UtilString* to) { ppm_print_idcon_str(const_cast<IdCon*>(idcon), to); });
 }
 
 namespace {

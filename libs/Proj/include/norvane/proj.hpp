@@ -336,12 +336,64 @@ inline ExprStructure structure_of(const Expr* expr) {
     return static_cast<ExprStructure>(expr->structure);
 }
 
-// The same for types.
+// The same for types, and for the operators of expressions.
 inline ConType kind_of(const TypeCon* typecon) {
     return static_cast<ConType>(typecon->contype);
 }
+inline OprTypes operator_of(const Expr* expr) {
+    return static_cast<OprTypes>(expr->opr);
+}
+
+// What an operator does: `other` is order(), the tags of constants and OPR_NONE.
+enum class Operation { logic, arithmetic, shift, comparison, loop, other };
+
+inline Operation operation_of(const Expr* expr) {
+    switch (operator_of(expr)) {
+    case OPR_AND:
+    case OPR_OR:
+    case OPR_XOR:
+    case OPR_NOT:
+    case OPR_IMPLIES:
+    case OPR_BIIMPLIES: return Operation::logic;
+    case OPR_PLUS:
+    case OPR_MINUS:
+    case OPR_TIMES:
+    case OPR_DIV: return Operation::arithmetic;
+    case OPR_SHL:
+    case OPR_SHR: return Operation::shift;
+    case OPR_LT:
+    case OPR_LE:
+    case OPR_GT:
+    case OPR_GE:
+    case OPR_EQ:
+    case OPR_NEQ:
+    case OPR_UBOUND_EQ: return Operation::comparison;
+    case OPR_FORALL:
+    case OPR_EXIST:
+    case OPR_SUM:
+    case OPR_PROD: return Operation::loop;
+    case OPR_BOOLCONST:
+    case OPR_INTCONST:
+    case OPR_FLOATCONST:
+    case OPR_ORDER:
+    case OPR_NONE: return Operation::other;
+    }
+    return Operation::other;
+}
+
+inline bool is_comparison(const Expr* expr) {
+    return operation_of(expr) == Operation::comparison;
+}
 
 // Texts and tables -------------------------------------------------------------------------------
+
+// Returns what print(UtilString*) writes. Throws what `print` throws.
+template <typename Print>
+std::string printed(Print print) {
+    const detail::Owner<UtilString, ustr_delete> text(call([] { return ustr_new(); }));
+    call([&, to = text.get()] { print(to); });
+    return {text->text, text->length};
+}
 
 // Converts a text of the library, in code page 1252, to UTF-8.
 inline std::string codepage_to_utf8(std::string_view text) {
