@@ -61,9 +61,17 @@ def unnamed_directories(architecture, contributing, paths):
     """Rooms that the one page does not name, and parts of the tree that the other does not."""
     rooms = [path for path in paths if fnmatch.fnmatch(path, 'libs/*/src/*/') or fnmatch.fnmatch(path, 'tools/*/*/')]
     rooms = [path for path in rooms if path.count('/') == 3 + path.startswith('libs/')]
-    parts = [path for path in paths if re.fullmatch(r'(libs|tools|tests)/[^/]+/', path)]
+    parts = [path for path in paths if re.fullmatch(r'(libs|tools|tests)/[^/]+/|(?!libs|tools|tests)[^/]+/', path)]
     return ([path for path in rooms if not {path.split('/')[-2], path.split('/')[-2] + '/'} & named(architecture)] +
             [path for path in parts if not {path, path[:-1]} & named(contributing)])
+
+
+def packages(source):
+    """The packages that README.md and ./dev install for a build and for the tests."""
+    told = re.findall(r'^    apt-get install ((?:.*\\\n)*.*)$', read(os.path.join(source, 'README.md')), re.M)
+    arrays = re.findall(r'^(?:build|test)_packages=\(([^)]*)\)', read(os.path.join(source, 'dev')), re.M)
+    return ([set(re.findall(r'[\w+-]+', names)) for names in told],
+            [set(re.findall(r'[\w+-]+', re.sub(r'#.*', '', names))) for names in arrays])
 
 
 def arrows(page):
@@ -132,6 +140,9 @@ def main():
         failures += ['%s: there is no %s' % (page, path) for path in unknown_paths(pages[page], paths)]
     failures += ['not in the tables of directories: ' + path
                  for path in unnamed_directories(pages['docs/architecture.md'], pages['CONTRIBUTING.md'], paths)]
+    told, needed = packages(arguments.source)
+    if told != needed:
+        failures.append('README.md names other packages than ./dev: %s and %s' % (told, needed))
     told, built = arrows(pages['docs/architecture.md']), built_arrows(arguments.source)
     failures += ['docs/architecture.md: %s may use, by the build: %s' % (room, ', '.join(uses))
                  for room, *uses in sorted(built - told)]

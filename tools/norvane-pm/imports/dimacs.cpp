@@ -1,3 +1,4 @@
+// Reads clauses in DIMACS, with names and values from comments, and writes them as PM.
 #include <algorithm>
 #include <charconv>
 #include <cstdint>

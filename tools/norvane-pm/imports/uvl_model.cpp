@@ -1,3 +1,4 @@
+// The parser of UVL: words into features, groups and constraints.
 #include <algorithm>
 #include <array>
 #include <charconv>

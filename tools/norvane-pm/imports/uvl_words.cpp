@@ -1,3 +1,4 @@
+// The scanner of UVL: words, with indents and line ends as words of their own.
 #include <algorithm>
 #include <array>
 
