@@ -48,7 +48,7 @@ py::str summary_of(const Report& report) {
 void translate(std::exception_ptr thrown) {
     const auto type = [](const char* name) { return py::module_::import("norvane").attr(name); };
     try {
-        if (thrown) std::rethrow_exception(thrown);
+        if (thrown) std::rethrow_exception(std::move(thrown));
     } catch (const Refused& refused) {
         const py::object error = type("ModelError");
         PyErr_SetObject(error.ptr(), error(list_of_reports(refused.reports)).ptr());
