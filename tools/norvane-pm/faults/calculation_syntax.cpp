@@ -34,7 +34,8 @@ struct Part {
 
 class Finder {
   public:
-    explicit Finder(EditedCalculation& source) : source_(source), text_(source.source()) {}
+    explicit Finder(EditedCalculation& source)
+        : source_(source), text_(source.source()), uses_(text_) {}
 
     SyntaxFaults run() {
         const std::size_t size = text_.size();
@@ -219,7 +220,7 @@ class Finder {
 
     bool try_mistakes(const Part& part, const Statement& statement, const TokenReport& error) {
         const Mistake* explained = nullptr;
-        const SyntaxError place{text_, statement, error.token};
+        const SyntaxError place{text_, statement, error.token, uses_};
         std::vector<Mistake> mistakes;
         if (searches_++ < most_searches) mistakes = possible_calculation_mistakes(place);
         for (const Mistake& mistake : mistakes) {
@@ -304,6 +305,7 @@ class Finder {
 
     EditedCalculation& source_;
     const SourceText& text_;
+    WordUses uses_;
     std::vector<Part> parts_;
     unsigned searches_ = 0;
     SyntaxFaults faults_;

@@ -10,8 +10,6 @@ namespace {
 constexpr auto built_in_types =
     std::to_array<std::string_view>({"boolean", "integer", "float", "string"});
 constexpr auto loop_words = std::to_array<std::string_view>({"forall", "exist", "sum", "product"});
-// What comes before a type.
-constexpr auto type_marks = std::to_array<std::string_view>({":", "of", "optional"});
 // Only rules have them.
 constexpr auto marks_of_rules =
     std::to_array<std::string_view>({"->", "<->", "<", "<=", ">", ">=", "<>", "and", "or", "xor",
@@ -173,21 +171,13 @@ class Search : MistakeSearch {
         rewrite({token(), token()}, unexpected(), "numbers have no units", "", false);
     }
 
-    bool is_array(std::string_view name) const {
-        for (std::size_t i = 0; i + 2 < source_.size(); ++i) {
-            if (source_.word(i) != name) continue;
-            if (source_.word(i + 1) == "[") return true;
-            if (source_.word(i + 1) == ":" && source_.word(i + 2) == "array") return true;
-        }
-        return false;
-    }
-
     // load(3), and needs(a, b), which a macro could do
     void call() {
         if (error_.word() != "(" || !is_name(-1) || error_.word(-1).starts_with("for")) return;
         const std::size_t end = closing(token());
         const std::string_view name = error_.word(-1);
-        const bool is_index = end == token() + 2 && end + 1 < source_.size() && is_array(name) &&
+        const bool is_index = end == token() + 2 && end + 1 < source_.size() &&
+                              error_.uses.of(name).is_array &&
                               (is_number(1) || source_.word(end + 1) == ".");
         if (is_index) {
             Mistake mistake = at({token(), end}, unexpected(), "an index stands in '[' and ']'");
@@ -243,28 +233,14 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
-    // Whether a name stands elsewhere after one of the words.
-    template <std::size_t N>
-    bool is_after(std::string_view name, const std::array<std::string_view, N>& words) const {
-        for (std::size_t i = 1; i < source_.size(); ++i)
-            if (source_.word(i) == name && is_one_of(source_.word(i - 1), words)) return true;
-        return false;
-    }
-    // Whether a name is used as a type, or declared.
-    bool stands_for_type(std::string_view name) const {
-        if (is_after(name, type_marks)) return true;
-        for (std::size_t i = 0; i + 1 < source_.size(); ++i)
-            if (source_.word(i) == name && source_.word(i + 1) == ":") return true;
-        return false;
-    }
-
     // string brand; Cover front; but not `front Cover;`, where a colon is missing
     void type_before_name() {
         const int type = is_one_of(error_.word(), built_in_types) ? 0 : -1;
         const std::size_t first = token() + static_cast<std::size_t>(type);
         if (!is_type_word(type) || !is_name(type + 1)) return;
-        if (type < 0 && stands_for_type(error_.word()) && !is_after(error_.word(-1), type_marks))
-            return;
+        const WordUse& use = error_.uses.of(error_.word());
+        const bool is_name_first = use.is_type || use.is_declared;
+        if (type < 0 && is_name_first && !error_.uses.of(error_.word(-1)).is_type) return;
         if (first + 2 >= source_.size() || source_.word(first + 2) != ";") return;
         const std::string text =
             std::string(error_.word(type + 1)) + " : " + std::string(error_.word(type));

@@ -26,7 +26,8 @@ constexpr auto foreign_to_both = std::to_array<Foreign>({
     {"elsif", "else if", ""},
     {"elif", "else if", ""},
 });
-constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>"});
+constexpr auto comparisons =
+    std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>", "==", "!="});
 
 bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
     return std::ranges::find(words, word) != words.end();
@@ -116,6 +117,7 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
             if (row.word == word) return add_foreign(at, row);
     if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word, source_.language()))
         return;
+    const WordUse& use = error_.uses.of(word);
     const auto keywords = reserved_words(source_.language());
     const auto same = std::ranges::find_if(keywords, [word](std::string_view keyword) {
         return std::ranges::equal(word, keyword, {}, lower);
@@ -127,7 +129,7 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     mistake.hint = "did you mean " + in_quotes(keyword) + "?";
     mistake.edits[at] = instead(keyword);
     // A word that stands elsewhere, too, is more likely a name.
-    mistake.is_certain = same != keywords.end() || !source_.stands_elsewhere(at);
+    mistake.is_certain = same != keywords.end() || use.count == 1;
     mistake.has_to_go_on = same == keywords.end();
     add(std::move(mistake));
 }
@@ -137,7 +139,11 @@ void MistakeSearch::add_foreign(std::size_t at, const Foreign& foreign) {
     mistake.message = "unexpected " + in_quotes(foreign.word);
     mistake.hint = foreign.hint;
     if (mistake.hint.empty()) mistake.hint = "write " + in_quotes(foreign.instead);
-    mistake.is_certain = foreign.is_certain;
+    // Where a name is declared so, it is more likely that an operator is missing.
+    mistake.is_certain = foreign.is_certain && !error_.uses.of(foreign.word).is_listed;
+    const bool is_mark = source_.tokens()[at].kind != TokenKind::word;
+    const bool begins_loop = at + 2 < source_.size() && source_.word(at + 2) == "in";
+    mistake.stands_alone = mistake.is_certain && (is_mark || begins_loop);
     mistake.is_guess = !foreign.is_certain;
     if (!foreign.instead.empty()) mistake.edits[at] = instead(foreign.instead);
     add(std::move(mistake));
@@ -200,7 +206,7 @@ void MistakeSearch::other_mark(std::string_view mark, std::string hint) {
 }
 
 void MistakeSearch::missing_marks(std::span<const std::string_view> marks) {
-    if (token() == 0) return;
+    if (token() <= error_.statement.first) return;
     for (const std::string_view mark : marks) {
         Mistake mistake = mistake_at(token() - 1);
         mistake.message =

@@ -11,6 +11,7 @@
 #include "edited_tokens.h"
 #include "placed_finding.h"
 #include "statements.h"
+#include "word_uses.h"
 
 namespace norvane::driver {
 
@@ -19,6 +20,7 @@ struct SyntaxError {
     const SourceText& source;
     const Statement& statement;
     std::size_t token;
+    const WordUses& uses;
 
     // Around that token; empty outside of the source.
     std::string_view word(int offset = 0) const;
@@ -30,11 +32,12 @@ struct Mistake {
     Edits edits;                        // that may correct it; none: only the hint is known
     TokenRange range{};                 // what it is about
     std::optional<std::string> instead; // of the range as a whole, where that says it best
-    bool is_certain = false;
-    bool is_guess = false;       // the statement may mean something else
-    bool ends_statement = false; // the edit ends the statement before the token
-    bool has_to_parse = false;   // the edit is right only if all of the statement parses then
-    bool has_to_go_on = false;   // the edit is right only if more than the token itself parses then
+    bool is_certain = false;            // if the statement parses with what is certain alone
+    bool stands_alone = false;          // is certain whatever else the statement has
+    bool is_guess = false;              // the statement may mean something else
+    bool ends_statement = false;        // the edit ends the statement before the token
+    bool has_to_parse = false; // the edit is right only if all of the statement parses then
+    bool has_to_go_on = false; // the edit is right only if more than the token itself parses then
     bool declares_nothing = false; // without edits: the statement is not a declaration
 };
 

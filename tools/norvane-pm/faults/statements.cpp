@@ -54,7 +54,9 @@ class Splitter {
     Statement begin(std::size_t first, std::size_t end) const {
         Statement statement{first, end, section_, depth()};
         statement.is_record_rule = depth() > 0 && records_.back().in_rules;
-        statement.closes_record = first < end && source_.word(first) == "}";
+        const bool has_brace = first < end && word_at(first) == "}";
+        statement.closes_record = has_brace && !is_stray_;
+        statement.is_stray = has_brace && is_stray_;
         return statement;
     }
     unsigned depth() const { return static_cast<unsigned>(records_.size()); }
@@ -65,6 +67,7 @@ class Splitter {
             Statement statement = begin(start_, end);
             if (statement.closes_record) end_record(end);
             statements_.push_back(statement);
+            is_stray_ = false;
         }
         start_ = end;
     }
@@ -107,8 +110,9 @@ class Splitter {
     }
 
     void close() {
-        if (records_.empty()) return;
         finish(at_);
+        is_stray_ = records_.empty();
+        if (is_stray_) return;
         start_ = at_;
         ended_ = records_.back().statement;
         statements_[ended_].whole_end = at_ + 1;
@@ -129,6 +133,7 @@ class Splitter {
     std::size_t ended_ = none;
     std::string_view section_;
     std::size_t start_ = 0;
+    bool is_stray_ = false; // the brace that the statement under way begins with
     std::size_t at_ = 0;
 };
 

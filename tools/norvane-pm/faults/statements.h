@@ -21,6 +21,7 @@ struct Statement {
     bool is_record_rule = false;
     bool opens_record = false;  // its last token is a brace
     bool closes_record = false; // its first one is
+    bool is_stray = false;      // begins with a brace that closes no record
     std::size_t whole_end = 0;  // of one that opens a record: after the statement that closes it
     bool is_closed = true;      // of one that opens a record
 

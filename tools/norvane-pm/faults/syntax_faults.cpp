@@ -14,7 +14,7 @@ namespace {
 // Limits: corrections tried for one statement, and errors for which corrections are tried. A source
 // with more errors is probably not a model.
 constexpr unsigned most_corrections = 8;
-constexpr unsigned most_searches = 500;
+constexpr unsigned most_searches = 20000;
 constexpr std::size_t longest_statement = 2000; // in tokens
 
 bool is_named(const TokenReport& error, std::string_view name) {
@@ -38,7 +38,7 @@ TokenReport named_by_grammar(const std::vector<TokenReport>& errors) {
 
 class Finder {
   public:
-    explicit Finder(EditedSource& source) : source_(source), text_(source.source()) {}
+    explicit Finder(EditedSource& source) : source_(source), text_(source.source()), uses_(text_) {}
 
     SyntaxFaults run(NamesKnown known) {
         find_misread_words();
@@ -106,26 +106,46 @@ class Finder {
     // Parses up to the next error, corrects the statement or takes it out, and leaves in `next_`
     // the statement from which to go on.
     void parse_from(Statement statement) {
-        std::size_t edited_end = statement.first;
+        begin_corrections(statement);
         for (unsigned corrections = 0;; ++corrections) {
-            const auto errors = source_.parse(statement.first, edited_end, statement.head());
+            const auto errors = source_.parse(statement.first, edited_end_, statement.head());
             if (errors.empty()) {
                 next_ = statements_.size();
                 return;
             }
             const TokenReport error = named_by_grammar(errors);
             const Statement culprit = culprit_of(statement, error.token);
-            if (culprit.first != statement.first) corrections = 0;
+            if (culprit.first != statement.first) {
+                corrections = 0;
+                begin_corrections(culprit);
+            }
             statement = culprit;
-            edited_end = statement.end;
+            if (statement.is_stray) return take_out_brace(statement);
             if (ends_section_early(statement, error)) return;
+            const std::size_t first = statement.first;
             if (corrections < most_corrections && correct(statement, error)) {
-                if (statement.first >= edited_end) return skip_to(statement.first);
+                if (statement.first >= statement.end) return skip_to(statement.first);
+                if (statement.first > first) corrections = 0;
                 continue;
             }
+            doubt_corrections();
             tell(statement, uncorrected_);
             return give_up(statement);
         }
+    }
+
+    void take_out_brace(const Statement& statement) {
+        const std::size_t brace = statement.first;
+        PlacedFinding found = error_at(text_, {brace, brace}, "ERR_PARSER", "unexpected '}'");
+        found.finding.hint = "it closes no '{': take it out, or write '{' where a record begins";
+        tell(statement, std::move(found));
+        const bool is_all = statement.end == brace + 2 && text_.word(brace + 1) == ";";
+        source_.drop(brace, is_all ? brace + 2 : brace + 1);
+        if (is_all) return skip_to(statement.end);
+        while (statements_[next_ - 1].first >= brace)
+            --next_;
+        statements_[next_].first = brace + 1;
+        statements_[next_].is_stray = false;
     }
 
     // The statement that a token is in, or, where it is the first one of a statement, the one
@@ -197,9 +217,12 @@ class Finder {
     bool correct(Statement& statement, const TokenReport& error) {
         uncorrected_ = finding_of(text_, error, nullptr);
         declares_nothing_ = false;
-        const bool is_short = statement.end - statement.first <= longest_statement;
-        if (!is_short || searches_++ >= most_searches) return false;
-        const SyntaxError place{text_, statement, error.token};
+        const bool is_far = error.token > statement.first + longest_statement;
+        if (is_far || searches_++ >= most_searches) return false;
+        Statement window = statement;
+        window.end = std::min(window.end, error.token + longest_statement);
+        const bool is_whole = window.end == statement.end;
+        const SyntaxError place{text_, window, error.token, uses_};
         bool is_explained = false;
         for (const Mistake& mistake : possible_mistakes(place)) {
             if (mistake.edits.empty()) {
@@ -208,6 +231,7 @@ class Finder {
                 declares_nothing_ = mistake.declares_nothing;
                 if (declares_nothing_) return false;
             } else if (!(is_explained && mistake.is_guess) &&
+                       (is_whole || mistake.ends_statement) &&
                        helps(statement, error.token, mistake)) {
                 apply(mistake, statement, error);
                 return true;
@@ -216,12 +240,32 @@ class Finder {
         return false;
     }
     void apply(const Mistake& mistake, Statement& statement, const TokenReport& error) {
+        const std::size_t told = faults_.findings.size();
         tell(statement, finding_of(text_, error, &mistake));
+        if (faults_.findings.size() > told && !mistake.stands_alone) dependent_.push_back(told);
+        if (!mistake.is_certain || is_doubtful_) doubt_corrections();
         source_.add(mistake.edits);
+        for (const auto& [token, edit] : mistake.edits)
+            edited_end_ = std::max(edited_end_, token + 1);
         if (mistake.is_guess) faults_.guessed.push_back({statement.first, statement.end - 1});
         if (!mistake.ends_statement) return;
         statement.first = error.token;
         statement.closes_record = false;
+        begin_corrections(statement);
+    }
+
+    // What is certain for a statement may be wrong for one that has a further error: "==" and ">"
+    // are no "=>", and 'iff' may be a name after which an operator is missing.
+    void begin_corrections(const Statement& statement) {
+        edited_end_ = std::max(edited_end_, statement.first);
+        dependent_.clear();
+        is_doubtful_ = false;
+    }
+    void doubt_corrections() {
+        is_doubtful_ = true;
+        for (const std::size_t index : dependent_)
+            for (Replacement& replacement : faults_.findings[index].finding.replacements)
+                replacement.is_certain = false;
     }
 
     // Continues at the first statement that begins at or after the token.
@@ -257,12 +301,16 @@ class Finder {
 
     EditedSource& source_;
     const SourceText& text_;
+    WordUses uses_;
     MeantWords words_;
     bool declares_nothing_ = false; // the statement that is given up
     std::vector<Statement> statements_;
-    std::size_t next_ = 0; // the first statement that is not parsed yet
+    std::size_t next_ = 0;       // the first statement that is not parsed yet
+    std::size_t edited_end_ = 0; // after the last token that was edited
     unsigned searches_ = 0;
     PlacedFinding uncorrected_;
+    std::vector<std::size_t> dependent_; // findings on the statement that are to be certain
+    bool is_doubtful_ = false;           // the statement has a correction that is not certain
     std::unordered_set<std::string> undeclared_; // names that may be macros
     SyntaxFaults faults_;
 };

@@ -12,7 +12,27 @@ namespace {
 
 constexpr auto foreign_words = std::to_array<Foreign>({
     {"=>", "->", "write '->' for an implication, or '>=' for a comparison", false},
-    {":=", ":", "", false},
+    {"==>", "->", ""},
+    {"-->", "->", ""},
+    {"<==>", "<->", ""},
+    {"===", "=", ""},
+    {"!==", "<>", ""},
+    {"~=", "<>", ""},
+    {"/=", "<>", "", false},
+    {"≠", "<>", ""},
+    {"≤", "<=", ""},
+    {"≥", ">=", ""},
+    {"→", "->", ""},
+    {"⇒", "->", ""},
+    {"↔", "<->", ""},
+    {"∧", "and", ""},
+    {"∨", "or", ""},
+    {"¬", "not", ""},
+    {"^", "", "write 'xor' for one of two; there are no powers"},
+    {"+=", "", "a rule says what holds: nothing is set"},
+    {"-=", "", "a rule says what holds: nothing is set"},
+    {"*=", "", "a rule says what holds: nothing is set"},
+    {"::", "", "a label stands by itself, and a field after '.'"},
     {"%", "", "there is no remainder of a division"},
     {"**", "", "there are no powers"},
     {"implies", "->", ""},
@@ -68,10 +88,22 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
-    // constant N = 3;
+    // constant N = 3; type T = [a, b];
     void declared_with_equals() {
         if (error_.statement.is_rule() || error_.word() != "=") return;
-        other_mark(":", "a declaration has ':' after the name");
+        const bool may_be_rule = error_.statement.section != "constant" && !begins_type(1);
+        if (!may_be_rule) return other_mark(":", "a declaration has ':' after the name");
+        Mistake mistake = mistake_at(token());
+        mistake.message = "unexpected '='";
+        mistake.hint = "a declaration is 'NAME : TYPE'; rules come after the word 'rule'";
+        mistake.declares_nothing = error_.uses.of(error_.word(-1)).count > 1;
+        add(std::move(mistake));
+    }
+    bool begins_type(int offset) const {
+        const std::string_view word = error_.word(offset);
+        constexpr auto words = std::to_array<std::string_view>(
+            {"[", "{", "array", "optional", "boolean", "integer", "float", "string"});
+        return std::ranges::find(words, word) != words.end() || error_.uses.of(word).is_type;
     }
 
     // [1..5]: the parser has read the whole range.
@@ -185,19 +217,23 @@ class Search : MistakeSearch {
         mistake.range = *range;
         mistake.message = "a label that is not a plain name needs quotes";
         mistake.hint = "write " + quoted_label;
+        if (is_more_than_one_name(*range)) mistake.hint += ", or ',' between two labels";
         for (std::size_t i = range->first; i <= range->last; ++i)
             mistake.edits[i] = instead("");
         mistake.edits[range->first] = instead(quoted_label);
         mistake.instead = quoted_label;
-        mistake.is_certain = source_.is_free_of_comments(*range) && consists_of_words(*range);
+        // A comma may be missing, or a range or quotes of another form be meant.
+        const bool is_one_word = range->first == range->last && is_reserved(*label);
+        mistake.is_certain = source_.is_free_of_comments(*range) &&
+                             (is_one_word || error_.uses.has_text(*label)) && *label != "true" &&
+                             *label != "false";
         add(std::move(mistake));
     }
 
-    // Others may mean a range, or have quotes of another form.
-    bool consists_of_words(const TokenRange& range) const {
+    bool is_more_than_one_name(const TokenRange& range) const {
         for (std::size_t i = range.first; i <= range.last; ++i)
-            if (source_.tokens()[i].kind != TokenKind::word) return false;
-        return true;
+            if (!is_operand(i) || source_.tokens()[i].kind != TokenKind::word) return false;
+        return range.first < range.last;
     }
 
     // x in [a, b]

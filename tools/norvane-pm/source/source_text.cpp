@@ -251,12 +251,6 @@ bool SourceText::is_free_of_comments(TokenRange range) const {
     return true;
 }
 
-bool SourceText::stands_elsewhere(std::size_t token) const {
-    for (std::size_t i = 0; i < size(); ++i)
-        if (i != token && word(i) == word(token)) return true;
-    return false;
-}
-
 bool SourceText::begins_line(std::size_t token) const {
     return token == 0 ||
            row_of(scan_.tokens[token - 1].offset) != row_of(scan_.tokens[token].offset);

@@ -52,8 +52,6 @@ class SourceText {
     }
     // Whether nothing but space stands between the tokens: no comment.
     bool is_free_of_comments(TokenRange range) const;
-    // Whether another token is this word, too.
-    bool stands_elsewhere(std::size_t token) const;
 
     // Whether the token is the first one on its line of the preprocessor's text.
     bool begins_line(std::size_t token) const;
