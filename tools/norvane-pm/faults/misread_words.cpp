@@ -13,7 +13,22 @@ namespace {
 
 constexpr auto section_words =
     std::to_array<std::string_view>({"constant", "type", "variable", "rule"});
-constexpr auto comparisons = std::to_array<std::string_view>({"=", "<>", "<", "<=", ">", ">="});
+struct SectionWord {
+    std::string_view word;
+    std::string_view meant;
+};
+constexpr auto other_section_words = std::to_array<SectionWord>({{"const", "constant"},
+                                                                 {"consts", "constant"},
+                                                                 {"define", "constant"},
+                                                                 {"var", "variable"},
+                                                                 {"vars", "variable"},
+                                                                 {"typedef", "type"},
+                                                                 {"assert", "rule"},
+                                                                 {"begin", "rule"}});
+constexpr auto type_words =
+    std::to_array<std::string_view>({"array", "optional", "boolean", "integer", "float", "string"});
+constexpr auto comparisons =
+    std::to_array<std::string_view>({"=", "<>", "<", "<=", ">", ">=", "==", "!="});
 // What a rule goes on with.
 constexpr auto infix_marks =
     std::to_array<std::string_view>({"->", "<->", "=", "<>", "<", "<=", ">", ">=", "+", "*", "/",
@@ -25,11 +40,21 @@ class Search {
         for (std::size_t i = 0; i < source_.size(); ++i)
             if (is_word(i) && (!begins_statement(i) || word(i + 1) == ":" || word(i + 1) == ","))
                 names_.insert(word(i));
+        for (std::size_t i = 0; i < source_.size(); ++i)
+            if (is_reserved_name(i)) reserved_names_.insert(word(i));
     }
 
     std::vector<Misread> run() {
         for (std::size_t i = 0; i < source_.size(); ++i) {
+            comment(i);
+            if (i < commented_) continue;
+            reserved_name(i);
             section(i);
+            other_file(i);
+            begin_or_end(i);
+            mark_after_section(i);
+            semicolon_for_colon(i);
+            comma_at_end(i);
             enumeration_in_braces(i);
             labels_by_semicolons(i);
             record(i);
@@ -60,8 +85,10 @@ class Search {
     }
 
     bool begins_statement(std::size_t at) const {
+        while (at > 0 && word(at - 1).starts_with("//"))
+            --at;
         const std::string_view before = at > 0 ? word(at - 1) : ";";
-        return before == ";" || is_section_word(before);
+        return before == ";" || is_section_word(before) || (at == commented_ && at > 0);
     }
     static std::string_view section_meant_by(std::string_view said) {
         std::string lower(said);
@@ -69,6 +96,9 @@ class Search {
             return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
         });
         if (lower.starts_with("constraint")) return "rule";
+        if (lower.starts_with("param")) return "variable";
+        for (const SectionWord& other : other_section_words)
+            if (other.word == lower) return other.meant;
         return most_similar(lower, section_words);
     }
 
@@ -83,11 +113,137 @@ class Search {
         if (is_reserved(lower) && !is_section_word(lower)) return; // TRUE AND ...
         const std::string_view meant = section_meant_by(word(at));
         if (meant.empty()) return;
-        found_.push_back({{at, at},
-                          "unexpected " + in_quotes(word(at)),
-                          "did you mean " + in_quotes(meant) + "?",
-                          {{at, meant}},
-                          true});
+        if (word(at) == "begin" && at > 0 && is_section_word(word(at - 1))) return;
+        const bool is_parameter = lower.starts_with("param");
+        add({at, at}, unexpected(at),
+            is_parameter ? "did you mean 'constant' or 'variable'?"
+                         : "did you mean " + in_quotes(meant) + "?",
+            {{at, std::string(meant)}}, !is_parameter);
+    }
+
+    void add(TokenRange range, std::string message, std::string hint,
+             std::vector<std::pair<std::size_t, std::string>> words, bool is_certain = true) {
+        found_.push_back(
+            {range, std::move(message), std::move(hint), std::move(words), is_certain});
+    }
+    std::string unexpected(std::size_t at) const { return "unexpected " + in_quotes(word(at)); }
+
+    // The last token of the line that a token is on.
+    std::size_t end_of_line(std::size_t at) const {
+        while (at + 1 < source_.size() && !source_.begins_line(at + 1))
+            ++at;
+        return at;
+    }
+
+    // `// text`, `# text`, `% text`, `-- some text`
+    void comment(std::size_t at) {
+        const bool begins = source_.begins_line(at) || begins_statement(at);
+        const bool is_slash = word(at).starts_with("//");
+        const bool is_dash = word(at) == "-" && word(at + 1) == "-" && is_label(at + 2) &&
+                             is_label(at + 3) && source_.touches_the_one_before(at + 1);
+        const bool is_mark = begins && (is_dash || word(at) == "#" || word(at) == "%");
+        if (!is_slash && !is_mark) return;
+        const std::string_view mark = is_slash ? "//" : is_dash ? "--" : word(at);
+        add({at, is_slash ? at : end_of_line(at)}, "unexpected " + in_quotes(mark),
+            "comments go from '/*' to '*/'", {});
+        Misread& misread = found_.back();
+        misread.is_comment = true;
+        for (std::size_t i = at; i <= misread.range.last; ++i)
+            misread.words.emplace_back(i, "");
+        commented_ = misread.range.last + 1;
+    }
+
+    // variable type : [small, large]; but not `rule : a;`, where the colon is too much
+    bool is_reserved_name(std::size_t at) const {
+        if (!is_word(at) || !is_reserved(word(at)) || word(at + 1) != ":") return false;
+        if (word(at) == "default" || !begins_declaration(at)) return false;
+        return !is_section_word(word(at)) || begins_type(at + 2);
+    }
+    bool begins_declaration(std::size_t at) const {
+        const std::string_view before = at > 0 ? word(at - 1) : "";
+        return before == "public" || before == "private" || before == "," || before == "{" ||
+               begins_statement(at);
+    }
+    bool is_type_word(std::size_t at) const {
+        return std::ranges::find(type_words, word(at)) != type_words.end();
+    }
+    bool begins_type(std::size_t at) const {
+        return word(at) == "[" || word(at) == "{" || is_type_word(at) ||
+               (is_label(at) && word(at + 1) == ";");
+    }
+    void reserved_name(std::size_t at) {
+        if (!is_word(at) || !reserved_names_.contains(word(at))) return;
+        const bool is_declared = is_reserved_name(at);
+        const bool is_used = is_comparison(at + 1) || word(at + 1) == "." || word(at + 1) == "->" ||
+                             word(at + 1) == "<->" || is_type(at);
+        if (!is_declared && !is_used) return;
+        const std::string name = std::string(word(at)) + "_";
+        add({at, at}, in_quotes(word(at)) + " is a reserved word, and cannot be a name",
+            "choose another name, such as " + in_quotes(name), {{at, name}}, false);
+        found_.back().is_told = is_declared;
+    }
+
+    // include "x.pm"; import x
+    void other_file(std::size_t at) {
+        if ((word(at) != "include" && word(at) != "import") || !begins_statement(at) ||
+            names_.contains(word(at)) || !is_label(at + 1))
+            return;
+        const bool is_ended = word(at + 2) == ";";
+        if (!is_ended && at + 2 < source_.size() && !source_.begins_line(at + 2)) return;
+        const std::string said(word(at + 1));
+        const std::string file = said.starts_with('"') ? said : "\"" + said + ".pm\"";
+        add({at, at + 1}, unexpected(at),
+            "write #include " + file + " on a line of its own, without ';'",
+            {{at, ""}, {at + 1, ""}}, false);
+        if (is_ended) found_.back().words.emplace_back(at + 2, "");
+        found_.back().hides_names = true;
+    }
+
+    // rule begin a; end;
+    void begin_or_end(std::size_t at) {
+        if (!begins_statement(at) || names_.contains(word(at))) return;
+        if (word(at) == "begin" && at > 0 && is_section_word(word(at - 1)))
+            add({at, at}, unexpected(at), "a section has no 'begin' and 'end'", {{at, ""}});
+        const bool is_end =
+            word(at) == "end" && open_records_.empty() &&
+            (at + 1 == source_.size() || word(at + 1) == ";" || is_section_word(word(at + 1)));
+        if (!is_end) return;
+        add({at, at}, unexpected(at), "a section ends where the next one begins: take it out",
+            {{at, ""}});
+        if (word(at + 1) == ";") found_.back().words.emplace_back(at + 1, "");
+    }
+
+    // rule: a; rule { a; }
+    void mark_after_section(std::size_t at) {
+        if (at == 0 || !is_section_word(word(at - 1))) return;
+        if (word(at) == ":" && !is_reserved_name(at - 1))
+            add({at, at}, unexpected(at), "take it out", {{at, ""}});
+        const std::size_t end = word(at) == "{" ? closing_brace(at) : source_.size();
+        if (end >= source_.size()) return;
+        add({at, at}, unexpected(at), "a section has no '{' and '}': take both out",
+            {{at, ""}, {end, ""}});
+        if (word(end + 1) == ";") found_.back().words.emplace_back(end + 1, "");
+    }
+    std::size_t closing_brace(std::size_t open) const {
+        unsigned depth = 0;
+        for (std::size_t i = open; i < source_.size(); ++i) {
+            if (word(i) == "{") ++depth;
+            if (word(i) == "}" && --depth == 0) return i;
+        }
+        return source_.size();
+    }
+
+    // a ; boolean;
+    void semicolon_for_colon(std::size_t at) {
+        const bool is_entry = !is_in_rules_ && word(at) == ";" && is_type_word(at + 1);
+        if (is_entry && at > 0 && is_label(at - 1) && begins_declaration(at - 1))
+            add({at, at}, unexpected(at), "write ':'", {{at, ":"}});
+    }
+
+    // variable a : boolean, rule a,
+    void comma_at_end(std::size_t at) {
+        const bool is_last = at + 1 == source_.size() || is_section_word(word(at + 1));
+        if (word(at) == "," && is_last) add({at, at}, "unexpected ','", "write ';'", {{at, ";"}});
     }
 
     // The end of a list of labels; nothing for another list.
@@ -152,7 +308,7 @@ class Search {
         found_.push_back(record_by(open, {{open, "{"}, {at, "}"}}));
     }
     Misread record_by(std::size_t at,
-                      std::vector<std::pair<std::size_t, std::string_view>> words) const {
+                      std::vector<std::pair<std::size_t, std::string>> words) const {
         return {{at, at},
                 "unexpected " + in_quotes(word(at)),
                 "a record is '{ ... }'",
@@ -194,7 +350,9 @@ class Search {
     const SourceText& source_;
     std::unordered_set<std::string_view> names_; // words that stand where no section begins
     std::vector<std::size_t> open_records_;
+    std::unordered_set<std::string_view> reserved_names_;
     bool is_in_rules_ = false;
+    std::size_t commented_ = 0; // after the last token of a comment
     std::vector<Misread> found_;
 };
 

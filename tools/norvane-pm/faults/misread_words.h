@@ -16,9 +16,12 @@ struct Misread {
     TokenRange range; // what it is about
     std::string message;
     std::string hint;
-    std::vector<std::pair<std::size_t, std::string_view>>
-        words;              // index of a token, and the word that was probably meant
-    bool is_certain = true; // what is meant can be nothing else
+    std::vector<std::pair<std::size_t, std::string>>
+        words;               // index of a token, and the word that was probably meant
+    bool is_certain = true;  // what is meant can be nothing else
+    bool is_comment = false; // the range is one, so it is kept where it is corrected
+    bool is_told = true;
+    bool hides_names = false; // a file that declares names is not read
 };
 
 // In the order of the source. Only a source with syntax errors has any.

@@ -33,7 +33,7 @@ class Splitter {
   private:
     std::string_view word_at(std::size_t token) const {
         const auto found = meant_.find(token);
-        return found == meant_.end() ? source_.word(token) : found->second;
+        return found == meant_.end() ? source_.word(token) : std::string_view(found->second);
     }
 
     // Finds the end of each record, which no section of the model is in.

@@ -31,7 +31,7 @@ struct Statement {
 };
 
 // What tokens are taken for that stand for another word.
-using MeantWords = std::unordered_map<std::size_t, std::string_view>;
+using MeantWords = std::unordered_map<std::size_t, std::string>;
 
 // In the order of the source. They hold all tokens but the section words.
 std::vector<Statement> statements_of(const SourceText& source, const MeantWords& meant);

@@ -44,7 +44,7 @@ class Finder {
         find_misread_words();
         source_.begin_parsing();
         statements_ = statements_of(text_, words_);
-        if (known == NamesKnown::some) lose_undeclared_names();
+        if (known == NamesKnown::some || hides_names_) lose_undeclared_names();
         while (next_ < statements_.size())
             parse_from(statements_[next_]);
         return std::move(faults_);
@@ -53,6 +53,7 @@ class Finder {
   private:
     void find_misread_words() {
         for (const Misread& misread : misread_words(text_)) {
+            hides_names_ |= misread.hides_names;
             PlacedFinding found = error_at(text_, misread.range, "ERR_PARSER", misread.message);
             found.finding.hint = misread.hint;
             const bool is_certain =
@@ -61,11 +62,24 @@ class Finder {
                 });
             for (const auto& [token, word] : misread.words) {
                 words_[token] = word;
-                source_.edit(token, {"", std::string(word), ""});
-                replace(text_, found, {token, token}, std::string(word), is_certain);
+                source_.edit(token, {"", word, ""});
+                if (!misread.is_comment) replace(text_, found, {token, token}, word, is_certain);
             }
+            if (!misread.is_told) continue;
+            if (misread.is_comment && is_certain) keep_comment(found, misread.range);
             faults_.findings.push_back(std::move(found));
         }
+    }
+
+    void keep_comment(PlacedFinding& found, TokenRange range) const {
+        TokenRange mark{range.first, range.first};
+        std::string begin(text_.word(mark.first));
+        if (begin == "-") begin = "--", ++mark.last;
+        begin.replace(0, begin.starts_with("//") ? 2 : begin.size(), "/*");
+        if (!text_.is_free_of_comments(range) || begin.find("*/") != begin.npos) return;
+        if (range.first == range.last) begin += " */";
+        replace(text_, found, mark, begin, true);
+        if (range.first < range.last) insert_after(text_, found, range.last, " */", true);
     }
 
     bool is_name(std::size_t token) const {
@@ -100,7 +114,7 @@ class Finder {
 
     std::string_view word(std::size_t token) const {
         const auto found = words_.find(token);
-        return found == words_.end() ? text_.word(token) : found->second;
+        return found == words_.end() ? text_.word(token) : std::string_view(found->second);
     }
 
     // Parses up to the next error, corrects the statement or takes it out, and leaves in `next_`
@@ -303,6 +317,7 @@ class Finder {
     const SourceText& text_;
     WordUses uses_;
     MeantWords words_;
+    bool hides_names_ = false;
     bool declares_nothing_ = false; // the statement that is given up
     std::vector<Statement> statements_;
     std::size_t next_ = 0;       // the first statement that is not parsed yet

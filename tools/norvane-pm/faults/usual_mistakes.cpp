@@ -54,7 +54,6 @@ class Search : MistakeSearch {
 
     std::vector<Mistake> run() {
         open_string();
-        comment();
         replaced_words(foreign_words);
         std::ranges::move(foreign_forms(error_), std::back_inserter(found_));
         declared_with_equals();
@@ -74,20 +73,6 @@ class Search : MistakeSearch {
     }
 
   private:
-    void comment() {
-        std::size_t at = token();
-        if (error_.word() != "//" && error_.word(-1) == "//") --at;
-        if (at >= source_.size() || source_.word(at) != "//") return;
-        Mistake mistake = mistake_at(at);
-        mistake.message = "unexpected '//'";
-        mistake.hint = "comments go from '/*' to '*/'";
-        for (std::size_t i = at; i < source_.size() && (i == at || !source_.begins_line(i)); ++i) {
-            mistake.edits[i] = instead("");
-            mistake.range.last = i;
-        }
-        add(std::move(mistake));
-    }
-
     // constant N = 3; type T = [a, b];
     void declared_with_equals() {
         if (error_.statement.is_rule() || error_.word() != "=") return;

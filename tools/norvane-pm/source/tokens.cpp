@@ -21,8 +21,8 @@ constexpr auto words_of_calculations = std::to_array<std::string_view>(
 // since a report is to show all of them; no correct source has their bytes side by side.
 constexpr auto marks_of_models = std::to_array<std::string_view>(
     {"<==>", "<->", "<=>", "==>", "-->", "===", "!==", "->", "..", "<=", ">=", "<>", ">>", "<<",
-     "==",   "!=",  "=>",  "=<",  "&&",  "||",  "//",  ":=", "**", "+=", "-=", "*=", "/=", "~=",
-     "::",   "≠",   "≤",   "≥",   "→",   "↔",   "⇒",   "∧",  "∨",  "¬",  "“",  "”",  "‘",  "’"});
+     "==",   "!=",  "=>",  "=<",  "&&",  "||",  ":=",  "**", "+=", "-=", "*=", "/=", "~=", "::",
+     "≠",    "≤",   "≥",   "→",   "↔",   "⇒",   "∧",   "∨",  "¬",  "“",  "”",  "‘",  "’"});
 constexpr auto marks_of_calculations =
     std::to_array<std::string_view>({"<->", "<=>", "->", ":=", "<=", ">=", "<>", "==", "!=", "=>",
                                      "=<", "&&", "||", "**", "++", "+=", "-=", "*=", "/="});
@@ -112,6 +112,7 @@ class Scanner {
                        end_of(at_, [](char d) { return begins_word(d) || is_digit(d); }));
         if (is_digit(c)) return number();
         if (c == '"') return string();
+        if (is_model_ && starts("//")) return foreign_comment();
         for (const std::string_view mark : long_marks())
             if (starts(mark)) return add(TokenKind::mark, at_ + mark.size());
         const bool is_mark =
@@ -140,6 +141,14 @@ class Scanner {
         }
         has_open_string_ = true;
         add(TokenKind::unknown, std::min(text_.find('\n', at_), text_.size()));
+    }
+
+    // Models have no such comments: it is a token, and what is in it is none.
+    void foreign_comment() {
+        std::size_t end = std::min(text_.find('\n', at_), text_.size());
+        while (is_blank(text_[end - 1]))
+            --end;
+        add(TokenKind::unknown, end);
     }
 
     bool is_model_;

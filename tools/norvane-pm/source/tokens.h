@@ -19,7 +19,7 @@ enum class TokenKind : unsigned char {
     number,
     string,
     mark,    // an operator or a bracket; also one that only other languages have, such as "=="
-    unknown, // a byte that begins no token, or a string that has no end
+    unknown, // a byte that begins no token, a string that has no end, or a comment from "//"
 };
 
 struct Token {
