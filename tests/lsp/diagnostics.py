@@ -40,7 +40,16 @@ ROWS = [
      {'.norvane.json': b'{"includeDirectories": ["inc"], "defines": {"N": "3"}, "warnings": ["all"], "x": 1}',
       'inc/t.pm': b'type T : [0..N];\n'}, [
           ('open', 's/m.pm', '#include "t.pm"\nvariable public a : T;\nconstant C : N;\n',
-           {'s/m.pm': [(2, 9, 2, 14, 'unused-name')], '.norvane.json': [(0, 0, 0, 0, None)]})]),
+           {'s/m.pm': [(2, 9, 2, 14, 'unused-name')], '.norvane.json': [(0, 76, 0, 79, None)]})]),
+    ('settings are checked as such while they are edited, and count before they are saved',
+     {'.norvane.json': b'{"main": ["none.pm"]}'}, [
+         ('open', 'm.pm', 'variable public a : [0..N];\n', {'m.pm': [(0, 24, 0, 25, UNDECLARED)], '.norvane.json': [(0, 10, 0, 19, None)]}),
+         ('open', '.norvane.json', '{"defines": {"N": true}}\n', {'.norvane.json': [(0, 13, 0, 16, None)]}),
+         ('change', '.norvane.json', '{"defines": {\n "N"}}\n', {'.norvane.json': [(1, 4, 1, 4, None)]}),
+         ('change', '.norvane.json', '{"defines": {"N": 3}}\n', {'.norvane.json': [], 'm.pm': []}),
+         ('close', '.norvane.json', {'.norvane.json': [(0, 10, 0, 19, None)], 'm.pm': [(0, 24, 0, 25, UNDECLARED)]})]),
+    ('a workspace that cannot be read is told of', {'w.zeb': b'<?xml version="1.0"?>\n<zeb><project'}, [
+        ('open', 'm.pm', OK, {'m.pm': [], 'w.zeb': [(1, 0, 1, 13, 'ERR_XML_MALFORMED')]})]),
     ('a workspace names the main file of a part and its macros',
      {'w.zeb': b'<?xml version="1.0"?><zeb><project name="p"><product_model><uri>m.pm</uri><uri>q/part.pm</uri>'
                b'</product_model><defines><define name="N" value="2"/></defines><includes><uri>q</uri></includes>'

@@ -7,7 +7,8 @@
 #include "norvane/proj.hpp"
 
 #include "includes.h"
-#include "selection.h"
+#include "settings_file.h"
+#include "text.h"
 #include "workspace_models.h"
 
 namespace norvane::driver::lsp {
@@ -15,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* settings_name = ".norvane.json";
+constexpr std::string_view workspace_extension = ".zeb";
 constexpr unsigned most_includers = 20; // of a file that is included, and so on
 
 fs::path below(const fs::path& directory, const char* name) {
@@ -44,137 +45,76 @@ std::optional<Settings> from_project(const ZEBProject* project, const fs::path& 
     return settings;
 }
 
-std::optional<Settings> from_workspace(const fs::path& file, const Document& document) try {
-    const auto workspace = Workspace::load(file);
-    if (!workspace) return {};
-    for (const ZEBProject* project : workspace->projects())
-        if (auto settings = from_project(project, file.parent_path(), document)) return settings;
-    return {};
-} catch (const InternalFailure&) {
+Finding workspace_fault(const std::string& file, Report report) {
+    Finding fault;
+    fault.name = std::move(report.name);
+    fault.message = to_utf8(report.message);
+    fault.place = {file, report.line, 0, 0, 0};
+    fault.hint = "the files that it lists are checked without it";
+    return fault;
+}
+
+// Empty where it cannot be read.
+std::optional<Workspace> load_workspace(const std::string& file, SettingsFaults& faults) try {
+    const bool is_first_time = !faults.contains(file);
+    std::vector<Finding>& own = faults[file];
+    Result<Workspace> workspace = Workspace::load(file);
+    for (const Report& report : workspace.reports())
+        if (is_first_time) own.push_back(workspace_fault(file, report));
+    if (!workspace || workspace.has_errors()) return {};
+    return std::move(*workspace);
+} catch (const InternalFailure& failure) {
+    Report report;
+    report.set_title(failure.what());
+    faults[file] = {workspace_fault(file, report)};
     return {};
 }
 
-std::optional<Settings> from_workspaces(const fs::path& directory, const Document& document) {
+std::vector<std::string> workspaces_in(const fs::path& directory) {
     std::error_code error;
-    std::vector<fs::path> files;
+    std::vector<std::string> files;
     for (fs::directory_iterator at(directory, error), end; !error && at != end; at.increment(error))
-        if (at->path().extension() == ".zeb" && fs::is_regular_file(at->path(), error))
+        if (at->path().extension() == workspace_extension && fs::is_regular_file(at->path(), error))
             files.push_back(at->path());
     std::ranges::sort(files);
-    for (const fs::path& file : files)
-        if (auto settings = from_workspace(file, document)) return settings;
+    return files;
+}
+
+std::optional<Settings> from_workspaces(const fs::path& directory, const Document& document,
+                                        SettingsFaults& faults) {
+    for (const std::string& file : workspaces_in(directory)) {
+        const auto workspace = load_workspace(file, faults);
+        if (!workspace) continue;
+        for (const ZEBProject* project : workspace->projects())
+            if (auto settings = from_project(project, directory, document)) return settings;
+    }
     return {};
 }
 
-// .norvane.json (docs/editors.md). What does not fit the schema is reported and left out.
+SettingsFile load_settings_file(const std::string& path, const Documents& documents,
+                                SettingsFaults& faults) {
+    const Document* document = documents.find(path); // which the client holds in UTF-8, as it is
+    const auto text = document ? document->lines.text() : read_source_file(path);
+    SettingsFile file = text ? read_settings_file(path, *text) : SettingsFile();
+    faults[path] = file.faults;
+    return file;
+}
 
-class SettingsReader {
-  public:
-    SettingsReader(fs::path file, const std::string& text) : file_(std::move(file)) {
-        settings_.faulty_file = file_;
-        const Json json = Json::parse(text, nullptr, false);
-        if (!json.is_object()) refuse("this is not a JSON object");
-        if (json.is_object())
-            for (const auto& [name, value] : json.items())
-                take(name, value);
+Settings from_settings_file(const std::string& path, const Document& document,
+                            const Documents& documents, SettingsFaults& faults) {
+    SettingsFile file = load_settings_file(path, documents, faults);
+    Settings settings{"", std::move(file.directories), std::move(file.macros),
+                      std::move(file.warnings)};
+    if (document.is_calculation) {
+        const auto named = file.calculations.find(document.path);
+        if (named != file.calculations.end())
+            settings.model = named->second;
+        else if (file.mains.size() == 1)
+            settings.model = file.mains[0];
+        return settings;
     }
-
-    Settings settings(const Document& document) const {
-        Settings found = settings_;
-        if (document.is_calculation && mains_.size() == 1) found.model = mains_[0];
-        const auto named = calculations_.find(document.path);
-        if (document.is_calculation && named != calculations_.end()) found.model = named->second;
-        return found;
-    }
-    const std::vector<std::string>& mains() const { return mains_; }
-
-  private:
-    void refuse(const std::string& why) {
-        if (settings_.fault.empty()) settings_.fault = why;
-    }
-    std::string path(const std::string& name) const {
-        return (file_.parent_path() / name).lexically_normal();
-    }
-
-    std::vector<std::string> texts(const std::string& name, const Json& value) {
-        std::vector<std::string> found;
-        if (!value.is_array()) refuse("'" + name + "' is not an array of strings");
-        if (value.is_array())
-            for (const Json& text : value)
-                text.is_string() ? found.push_back(text.get<std::string>())
-                                 : refuse("'" + name + "' is not an array of strings");
-        return found;
-    }
-
-    static bool is_macro_name(const std::string& name) {
-        return !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0])) &&
-               std::ranges::all_of(name, [](char c) {
-                   return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
-               });
-    }
-    void define(const std::string& name, const Json& value) {
-        if (!is_macro_name(name)) return refuse("'" + name + "' is not a macro name");
-        const bool is_text = value.is_string() && !value.get<std::string>().empty() &&
-                             value.get<std::string>().find('\n') == std::string::npos;
-        if (is_text || value.is_number_integer())
-            settings_.macros.push_back("-D" + name + "=" +
-                                       (is_text ? value.get<std::string>() : value.dump()));
-        else
-            settings_.macros.push_back("-D" + name);
-    }
-
-    std::vector<std::string> paths(const std::string& name, const Json& value) {
-        std::vector<std::string> found = texts(name, value);
-        for (std::string& each : found)
-            each = path(each);
-        return found;
-    }
-
-    void define_all(const Json& macros) {
-        for (const auto& [macro, text] : macros.items())
-            define(macro, text);
-    }
-
-    void assign_models(const Json& calculations) {
-        for (const auto& [calculation, model] : calculations.items())
-            calculations_[path(calculation)] = path(text_of(model));
-    }
-
-    void select(const std::vector<std::string>& warnings) {
-        for (const std::string& word : warnings)
-            Selection().take(word) ? settings_.warnings.push_back(word)
-                                   : refuse("there is no warning '" + word + "'");
-    }
-
-    static void append(std::vector<std::string>& all, const std::vector<std::string>& more) {
-        all.insert(all.end(), more.begin(), more.end());
-    }
-
-    void take(const std::string& name, const Json& value) {
-        if (name == "main") return append(mains_, paths(name, value));
-        if (name == "includeDirectories") return append(settings_.directories, paths(name, value));
-        if (name == "defines" && value.is_object()) return define_all(value);
-        if (name == "calculations" && value.is_object()) return assign_models(value);
-        if (name == "warnings") return select(texts(name, value));
-        if (name != "$schema")
-            refuse("'" + name + "' is not a setting, or its value has the wrong form");
-    }
-
-    fs::path file_;
-    Settings settings_;
-    std::vector<std::string> mains_;
-    std::map<std::string, std::string> calculations_;
-};
-
-Settings from_settings_file(const fs::path& file, const Document& document,
-                            const Documents& documents) {
-    const auto text = documents.bytes(file);
-    if (!text) return {};
-    const SettingsReader reader(file, *text);
-    Settings settings = reader.settings(document);
-    for (const std::string& main : reader.mains())
-        if (!document.is_calculation &&
-            sources_of(main, settings.directories, documents).contains(document.path))
+    for (const std::string& main : file.mains)
+        if (sources_of(main, settings.directories, documents).contains(document.path))
             settings.model = main;
     return settings;
 }
@@ -195,21 +135,28 @@ std::string outermost_includer(std::string file, const Documents& documents) {
     return file;
 }
 
-Settings found_for(const Document& document, const Documents& documents) {
-    const fs::path start = fs::path(document.path).parent_path();
-    for (fs::path at = start; at != at.root_path(); at = at.parent_path())
-        if (auto settings = from_workspaces(at, document)) return *settings;
+// The .norvane.json beside the file or above it; empty where there is none.
+std::string settings_file_above(const fs::path& file, const Documents& documents) {
     std::error_code error;
-    for (fs::path at = start; at != at.root_path(); at = at.parent_path())
+    for (fs::path at = file.parent_path(); at != at.root_path(); at = at.parent_path())
         if (documents.find(at / settings_name) || fs::is_regular_file(at / settings_name, error))
-            return from_settings_file(at / settings_name, document, documents);
-    return {};
+            return at / settings_name;
+    return "";
+}
+
+Settings found_for(const Document& document, const Documents& documents, SettingsFaults& faults) {
+    const fs::path file = document.path;
+    for (fs::path at = file.parent_path(); at != at.root_path(); at = at.parent_path())
+        if (auto settings = from_workspaces(at, document, faults)) return *settings;
+    const std::string settings = settings_file_above(file, documents);
+    return settings.empty() ? Settings()
+                            : from_settings_file(settings, document, documents, faults);
 }
 
 } // namespace
 
-Settings settings_of(const Document& document, const Documents& documents) {
-    Settings settings = found_for(document, documents);
+Settings settings_of(const Document& document, const Documents& documents, SettingsFaults& faults) {
+    Settings settings = found_for(document, documents, faults);
     if (settings.model.empty() && document.is_calculation)
         settings.model = model_beside(document.path, documents);
     if (document.is_calculation) return settings;
@@ -219,6 +166,18 @@ Settings settings_of(const Document& document, const Documents& documents) {
         !sources_of(settings.model, settings.directories, documents).contains(document.path))
         settings.model = document.path;
     return settings;
+}
+
+bool is_of_settings(std::string_view path) {
+    const fs::path file = path;
+    return file.filename() == settings_name || file.extension() == workspace_extension;
+}
+
+void find_faults(const std::string& path, const Documents& documents, SettingsFaults& faults) {
+    if (fs::path(path).filename() == settings_name)
+        load_settings_file(path, documents, faults);
+    else
+        load_workspace(path, faults);
 }
 
 } // namespace norvane::driver::lsp

@@ -2,10 +2,13 @@
 #ifndef NORVANE_PM_LSP_SETTINGS_H
 #define NORVANE_PM_LSP_SETTINGS_H
 
+#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "documents.h"
+#include "finding.h"
 
 namespace norvane::driver::lsp {
 
@@ -14,15 +17,20 @@ struct Settings {
     std::vector<std::string> directories;
     std::vector<std::string> macros;   // "-DNAME=VALUE", "-UNAME"
     std::vector<std::string> warnings; // as after -W
-    // The settings file that could not be used, and why; both empty if there is no fault.
-    std::string faulty_file;
-    std::string fault;
     bool operator==(const Settings&) const = default;
 };
 
+// What is wrong with files of settings, by file.
+using SettingsFaults = std::map<std::string, std::vector<Finding>>;
+
 // From a workspace (*.zeb) that lists the file, else from a .norvane.json, each beside the file or
 // above it. A part of a model is checked through the file that includes it.
-Settings settings_of(const Document& document, const Documents& documents);
+Settings settings_of(const Document& document, const Documents& documents, SettingsFaults& faults);
+
+// Whether the file is one of those that say how others are checked.
+bool is_of_settings(std::string_view path);
+// Adds what is wrong with a file of settings; an entry without findings where nothing is.
+void find_faults(const std::string& path, const Documents& documents, SettingsFaults& faults);
 
 } // namespace norvane::driver::lsp
 

@@ -164,9 +164,6 @@ const NameIndex& Unit::names() const {
 void Unit::finish(Result result) {
     result_ = std::move(result);
     names_.reset();
-    if (!settings_.fault.empty())
-        result_.findings.push_back(
-            finding_about(settings_.faulty_file, Severity::warning, settings_.fault));
     if (is_calculation() && settings_.model.empty())
         result_.findings.push_back(finding_about(
             calculation_, Severity::note,

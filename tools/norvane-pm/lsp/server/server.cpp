@@ -156,8 +156,8 @@ Json Server::answer_to(const Waiting& request) {
                                  text_of(member(request.params, "query")));
     const Document* document = documents_.find(request.path);
     const Unit* unit = units_.of(request.path);
-    if (!document || !unit)
-        throw RequestError{ErrorCode::invalid_params, "the document is not open"};
+    if (!document) throw RequestError{ErrorCode::invalid_params, "the document is not open"};
+    if (!unit) return nullptr; // it is one of settings
     return request.feature->answer(
         {documents_, *document, *unit, units_.all(), request.params, abilities_});
 }
@@ -214,7 +214,8 @@ void Server::changed(const Json& params) {
     documents_.change(params);
     refuse_waiting(document->path);
     units_.changed(document->path);
-    if (included_names(document->lines.text()) != included) units_.settings_changed();
+    if (is_of_settings(document->path) || included_names(document->lines.text()) != included)
+        units_.settings_changed();
 }
 
 // The positions of requests are those of the text before.

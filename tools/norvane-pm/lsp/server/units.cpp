@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "shown_findings.h"
 
@@ -13,8 +14,8 @@ constexpr const char* no_memory = "out of memory";
 
 } // namespace
 
-std::shared_ptr<Unit> Units::unit_for(const Document& document) {
-    Settings settings = settings_of(document, documents_);
+std::shared_ptr<Unit> Units::unit_for(const Document& document, SettingsFaults& faults) {
+    Settings settings = settings_of(document, documents_, faults);
     const std::string calculation = document.is_calculation ? document.path : "";
     for (const auto& unit : units_)
         if (unit->is_same(settings, calculation)) return unit;
@@ -25,14 +26,19 @@ std::shared_ptr<Unit> Units::unit_for(const Document& document) {
 void Units::assign() {
     if (is_assigned_) return;
     is_assigned_ = true;
+    SettingsFaults faults;
     for (const auto& [path, document] : documents_.all())
         try {
-            of_[path] = unit_for(document);
+            if (is_of_settings(path))
+                find_faults(path, documents_, faults);
+            else
+                of_[path] = unit_for(document, faults);
         } catch (const std::bad_alloc&) { // it keeps the unit that it has, or gets none
             client_.notify("window/logMessage",
                            {{"type", 1}, {"message", path + ": " + no_memory}});
         }
     forget_unused();
+    show(faults);
 }
 
 void Units::release(const std::string& path) {
@@ -160,9 +166,25 @@ void Units::show(const Unit& unit) {
         publish(path);
 }
 
+void Units::show(const SettingsFaults& faults) {
+    std::map<std::string, Json> before = std::exchange(shown_of_settings_, {});
+    for (const auto& [path, findings] : faults) {
+        Json list = Json::array();
+        for (const Finding& finding : findings)
+            list.push_back(to_diagnostic(finding, documents_));
+        const auto last = before.extract(path);
+        const bool is_shown = last ? last.mapped() == list : list.empty();
+        shown_of_settings_[path] = std::move(list);
+        if (!is_shown || documents_.find(path)) publish(path);
+    }
+    for (const auto& [path, list] : before)
+        if (!list.empty()) publish(path); // the file is gone, or concerns no document any more
+}
+
 // A file may be part of several models, which find the same in it.
 void Units::publish(const std::string& path) {
-    Json all = Json::array();
+    const auto of_settings = shown_of_settings_.find(path);
+    Json all = of_settings == shown_of_settings_.end() ? Json::array() : of_settings->second;
     for (const auto& [unit, list] : shown_[path]) {
         if (!unit->is_up_to_date()) continue; // its places are those of an older text
         for (const Json& diagnostic : list)

@@ -18,7 +18,7 @@ class Units {
     Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {}
 
     // A document was opened, or the settings of any may have changed: those of all are looked up
-    // once more, before the next use.
+    // once more, before the next use, and what is wrong with the files that have them is shown.
     void settings_changed() { is_assigned_ = false; }
     // A document was closed.
     void release(const std::string& path);
@@ -38,12 +38,13 @@ class Units {
     std::vector<const Unit*> all();
 
   private:
-    std::shared_ptr<Unit> unit_for(const Document& document);
+    std::shared_ptr<Unit> unit_for(const Document& document, SettingsFaults& faults);
     void assign();
     void settle();
     bool settle(Unit& unit);
     void forget_unused();
     void show(const Unit& unit);
+    void show(const SettingsFaults& faults);
     void publish(const std::string& path);
 
     Documents& documents_;
@@ -55,6 +56,7 @@ class Units {
     Unit* running_ = nullptr;
     // By path, and by the unit whose run has found them.
     std::map<std::string, std::map<const Unit*, Json>> shown_;
+    std::map<std::string, Json> shown_of_settings_; // by path
 };
 
 } // namespace norvane::driver::lsp
