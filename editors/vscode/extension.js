@@ -9,7 +9,8 @@ exports.activate = () => {
   client = new LanguageClient(
     'norvane', 'Norvane',
     { command, args: ['lsp'], transport: TransportKind.stdio },
-    { documentSelector: [{ language: 'norvane-pm' }, { language: 'norvane-cl' }] });
+    { documentSelector: [{ language: 'norvane-pm' }, { language: 'norvane-cl' },
+      { pattern: '**/.norvane.json' }] });
   return client.start();
 };
 

@@ -48,6 +48,11 @@ ROWS = [
          ('change', '.norvane.json', '{"defines": {\n "N"}}\n', {'.norvane.json': [(1, 4, 1, 4, None)]}),
          ('change', '.norvane.json', '{"defines": {"N": 3}}\n', {'.norvane.json': [], 'm.pm': []}),
          ('close', '.norvane.json', {'.norvane.json': [(0, 10, 0, 19, None)], 'm.pm': [(0, 24, 0, 25, UNDECLARED)]})]),
+    ('a part in a directory of the settings is checked through a model beside them',
+     {'.norvane.json': b'{"includeDirectories": ["p"]}', 'p/part.pm': b'type T : [0..x];\n',
+      'm.pm': b'#include "part.pm"\nvariable public a : T;\n'}, [
+          ('open', 'p/part.pm', 'type T : [0..x];\n', {'p/part.pm': [(0, 13, 0, 14, UNDECLARED)]}),
+          ('open', 'm.pm', '#include "part.pm"\nvariable public a : T;\n', {'p/part.pm': [(0, 13, 0, 14, UNDECLARED)], 'm.pm': []})]),
     ('a workspace that cannot be read is told of', {'w.zeb': b'<?xml version="1.0"?>\n<zeb><project'}, [
         ('open', 'm.pm', OK, {'m.pm': [], 'w.zeb': [(1, 0, 1, 13, 'ERR_XML_MALFORMED')]})]),
     ('a workspace names the main file of a part and its macros',

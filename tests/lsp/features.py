@@ -105,6 +105,10 @@ RENAMES = [
     ('m.pm', '«BOTH»', 'X', 'macros'),
     ('m.cl', '+ «kg»', 'mass', 'rename it there'),
     ('m.pm', 'loops «»', 'x', 'no name'),
+    ('m.pm', 'of «green»', 'grün', None),
+    ('m.pm', 'of «green»', '\u2603', 'code page'),
+    ('m.pm', 'of «green»', 'a\tb', 'a text without'),
+    ('m.pm', 'of «green»', 'NONE', 'cannot be a name'),
 ]
 # A change, where actions are asked for, and a title with the model that it makes.
 ACTIONS = [
@@ -144,9 +148,7 @@ def apply(text, edits):
 class Test:
     def __init__(self, driver, directory):
         self.directory = directory
-        for file, text in FILES.items():
-            with open(self.path(file), 'w') as stream:
-                stream.write(text)
+        self.write(FILES)
         self.session = Session(driver)
         for file in FILES:
             self.session.open(self.path(file))
@@ -211,13 +213,35 @@ class Test:
             for path in FILES:
                 self.session.change(self.path(path), FILES[path])
 
+    def write(self, texts):
+        for file, text in texts.items():
+            os.makedirs(os.path.dirname(self.path(file)), exist_ok=True)
+            with open(self.path(file), 'wb') as stream:
+                stream.write(text.encode('utf-8' if '_utf8' in file else 'cp1252'))
+
+    def unseen_uses(self):
+        """What stands where an edit cannot reach it: in another model's macro, in a model that only
+        settings name, in another code, in pieces."""
+        settings = '{"main": ["a.pm", "b.pm"], "includeDirectories": ["parts"], "defines": {"MACRO": "T"}}'
+        model = '#include "t.pm"\nvariable public v : %s;\n'
+        files = {'s/a.pm': model % 'T', 's/b.pm': model % 'MACRO', 's/parts/t.pm': 'type T : [x, "y" "z"];\n',
+                 's/.norvane.json': settings, 's/c.pm': 'type C : [x, y];\n#include "c_utf8.pm"\n',
+                 's/c_utf8.pm': 'variable public v : C;\nrule v = y or "é" = "";\n'}
+        self.write(files)
+        for refused, opened, line, column, name in (
+                ('b.pm includes', 's/a.pm', 1, 20, 'U'), ('a macro has the name', 's/b.pm', 1, 20, 'U'),
+                ('in pieces', 's/parts/t.pm', 0, 13, 'U'), ('different codes', 's/c.pm', 0, 13, 'ä')):
+            self.session.open(self.path(opened))
+            self.session.diagnostics(self.path(opened))
+            file = 's/a.pm' if line else opened
+            answer = self.ask('rename', file, {'line': line, 'character': column}, newName=name)
+            self.expect(refused in answer.get('message', ''), refused, answer)
+
     def shared_part(self):
         """A part of two models is renamed in both, and not while one of them is not open."""
         texts = {'part.h': 'type T : [0..3];\n', 'one.pm': '#include "part.h"\nvariable public a : T;\n',
                  'two.pm': '#include "part.h"\nvariable public b : T;\n'}
-        for file, text in texts.items():
-            with open(self.path(file), 'w') as stream:
-                stream.write(text)
+        self.write(texts)
         self.session.open(self.path('one.pm'))
         at = {'line': 1, 'character': 20}
         answer = self.ask('rename', 'one.pm', at, newName='U')
@@ -267,7 +291,7 @@ class Test:
 def main(driver):
     with tempfile.TemporaryDirectory() as directory:
         test = Test(driver, directory)
-        for part in (test.definitions, test.hovers, test.completions, test.renames, test.shared_part, test.actions, test.outlines):
+        for part in (test.definitions, test.hovers, test.completions, test.renames, test.shared_part, test.unseen_uses, test.actions, test.outlines):
             part()
         test.expect(test.session.end() == 0, 'the end')
     print('\n'.join(test.failures))

@@ -5,16 +5,11 @@
 #include <map>
 #include <set>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "documents.h"
 
 namespace norvane::driver::lsp {
-
-// The names that a source includes, in quotes or in angle brackets; also texts that its macros
-// stand for, which an include may name.
-std::vector<std::string> included_names(std::string_view source);
 
 // The bytes of each file, by path, as the client has it or as it is on disk.
 using SourceSet = std::map<std::string, std::string>;
@@ -23,11 +18,18 @@ using SourceSet = std::map<std::string, std::string>;
 // up as the preprocessor does it: beside the file that includes it, then in `directories`.
 // `missing` receives the paths that were tried and do not exist: creating one of them would change
 // the result.
+std::set<std::string> files_of(const std::string& file, const std::vector<std::string>& directories,
+                               const Documents& documents,
+                               std::set<std::string>* missing = nullptr);
 SourceSet sources_of(const std::string& file, const std::vector<std::string>& directories,
                      const Documents& documents, std::set<std::string>* missing = nullptr);
 
-// The open documents that include the file, then the models in its directory that do.
-std::vector<std::string> includers_of(const std::string& file, const Documents& documents);
+// The open documents that include the file, then the models beside it and in `places` that do.
+// Names are looked up as above.
+std::vector<std::string> includers_of(const std::string& file,
+                                      const std::vector<std::string>& directories,
+                                      const std::vector<std::string>& places,
+                                      const Documents& documents);
 
 } // namespace norvane::driver::lsp
 

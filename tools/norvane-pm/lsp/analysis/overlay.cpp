@@ -8,6 +8,8 @@
 
 #include <unistd.h>
 
+#include "included_names.h"
+
 namespace norvane::driver::lsp {
 namespace {
 

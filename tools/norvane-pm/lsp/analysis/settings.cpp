@@ -30,19 +30,28 @@ bool lists(const PolyList* files, const fs::path& directory, const std::string& 
 
 // Workspaces. Their names are relative to the directory in which they are.
 
-std::optional<Settings> from_project(const ZEBProject* project, const fs::path& directory,
-                                     const Document& document) {
+std::optional<Settings> settings_of(const ZEBProject* project, const fs::path& directory) {
     const ProjectModel model = model_of(project);
     if (model.file.empty()) return {};
     Settings settings;
     settings.model = (directory / model.file).lexically_normal();
-    const PolyList* listed = document.is_calculation ? project->calc_files : project->pm_files;
-    const bool is_main = !document.is_calculation && settings.model == document.path;
-    if (!is_main && !lists(listed, directory, document.path)) return {};
     for (const std::string& name : model.directories)
         settings.directories.push_back((directory / name).lexically_normal());
     settings.macros = model.macros;
     return settings;
+}
+
+// A part that is not listed belongs to the model that includes it.
+std::optional<Settings> from_project(const ZEBProject* project, const fs::path& directory,
+                                     const Document& document, const Documents& documents) {
+    auto settings = settings_of(project, directory);
+    if (!settings) return {};
+    const PolyList* listed = document.is_calculation ? project->calc_files : project->pm_files;
+    const bool is_listed = lists(listed, directory, document.path);
+    const bool is_included =
+        !document.is_calculation &&
+        files_of(settings->model, settings->directories, documents).contains(document.path);
+    return is_listed || is_included ? settings : std::nullopt;
 }
 
 Finding workspace_fault(const std::string& file, Report report) {
@@ -81,12 +90,13 @@ std::vector<std::string> workspaces_in(const fs::path& directory) {
 }
 
 std::optional<Settings> from_workspaces(const fs::path& directory, const Document& document,
-                                        SettingsFaults& faults) {
+                                        const Documents& documents, SettingsFaults& faults) {
     for (const std::string& file : workspaces_in(directory)) {
         const auto workspace = load_workspace(file, faults);
         if (!workspace) continue;
         for (const ZEBProject* project : workspace->projects())
-            if (auto settings = from_project(project, directory, document)) return settings;
+            if (auto settings = from_project(project, directory, document, documents))
+                return settings;
     }
     return {};
 }
@@ -104,7 +114,7 @@ Settings from_settings_file(const std::string& path, const Document& document,
                             const Documents& documents, SettingsFaults& faults) {
     SettingsFile file = load_settings_file(path, documents, faults);
     Settings settings{"", std::move(file.directories), std::move(file.macros),
-                      std::move(file.warnings)};
+                      std::move(file.warnings), fs::path(path).parent_path()};
     if (document.is_calculation) {
         const auto named = file.calculations.find(document.path);
         if (named != file.calculations.end())
@@ -114,7 +124,7 @@ Settings from_settings_file(const std::string& path, const Document& document,
         return settings;
     }
     for (const std::string& main : file.mains)
-        if (sources_of(main, settings.directories, documents).contains(document.path))
+        if (files_of(main, settings.directories, documents).contains(document.path))
             settings.model = main;
     return settings;
 }
@@ -126,9 +136,10 @@ std::string model_beside(const fs::path& calculation, const Documents& documents
     return documents.find(model) || fs::is_regular_file(model, error) ? model.string() : "";
 }
 
-std::string outermost_includer(std::string file, const Documents& documents) {
+std::string outermost_includer(std::string file, const Settings& settings,
+                               const Documents& documents) {
     for (unsigned i = 0; i < most_includers; ++i) {
-        const std::vector<std::string> includers = includers_of(file, documents);
+        const std::vector<std::string> includers = includers_of(file, settings, documents);
         if (includers.empty()) break;
         file = includers.front();
     }
@@ -147,7 +158,7 @@ std::string settings_file_above(const fs::path& file, const Documents& documents
 Settings found_for(const Document& document, const Documents& documents, SettingsFaults& faults) {
     const fs::path file = document.path;
     for (fs::path at = file.parent_path(); at != at.root_path(); at = at.parent_path())
-        if (auto settings = from_workspaces(at, document, faults)) return *settings;
+        if (auto settings = from_workspaces(at, document, documents, faults)) return *settings;
     const std::string settings = settings_file_above(file, documents);
     return settings.empty() ? Settings()
                             : from_settings_file(settings, document, documents, faults);
@@ -160,12 +171,36 @@ Settings settings_of(const Document& document, const Documents& documents, Setti
     if (settings.model.empty() && document.is_calculation)
         settings.model = model_beside(document.path, documents);
     if (document.is_calculation) return settings;
-    if (settings.model.empty()) settings.model = outermost_includer(document.path, documents);
+    if (settings.model.empty())
+        settings.model = outermost_includer(document.path, settings, documents);
     // A file that is listed, but not included on the way from the main file, is a model by itself.
     if (settings.model != document.path &&
-        !sources_of(settings.model, settings.directories, documents).contains(document.path))
+        !files_of(settings.model, settings.directories, documents).contains(document.path))
         settings.model = document.path;
     return settings;
+}
+
+std::vector<Settings> named_models(const std::string& path, const Documents& documents) {
+    std::vector<Settings> models;
+    SettingsFaults ignored;
+    for (fs::path at = fs::path(path).parent_path(); at != at.root_path(); at = at.parent_path())
+        for (const std::string& file : workspaces_in(at))
+            if (const auto workspace = load_workspace(file, ignored))
+                for (const ZEBProject* project : workspace->projects())
+                    if (auto model = settings_of(project, at)) models.push_back(*std::move(model));
+    const std::string file = settings_file_above(path, documents);
+    if (file.empty()) return models;
+    SettingsFile settings = load_settings_file(file, documents, ignored);
+    for (std::string& main : settings.mains)
+        models.push_back({std::move(main), settings.directories, {}, {}, ""});
+    return models;
+}
+
+std::vector<std::string> includers_of(const std::string& file, const Settings& settings,
+                                      const Documents& documents) {
+    std::vector<std::string> places;
+    if (!settings.place.empty()) places.push_back(settings.place);
+    return includers_of(file, settings.directories, places, documents);
 }
 
 bool is_of_settings(std::string_view path) {

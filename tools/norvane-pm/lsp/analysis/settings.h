@@ -17,6 +17,7 @@ struct Settings {
     std::vector<std::string> directories;
     std::vector<std::string> macros;   // "-DNAME=VALUE", "-UNAME"
     std::vector<std::string> warnings; // as after -W
+    std::string place;                 // where models are that no settings name; empty for none
     bool operator==(const Settings&) const = default;
 };
 
@@ -26,6 +27,12 @@ using SettingsFaults = std::map<std::string, std::vector<Finding>>;
 // From a workspace (*.zeb) that lists the file, else from a .norvane.json, each beside the file or
 // above it. A part of a model is checked through the file that includes it.
 Settings settings_of(const Document& document, const Documents& documents, SettingsFaults& faults);
+
+// The models that workspaces and settings above a file name, each with its directories.
+std::vector<Settings> named_models(const std::string& path, const Documents& documents);
+// The files that include the file, looked for as these settings say.
+std::vector<std::string> includers_of(const std::string& file, const Settings& settings,
+                                      const Documents& documents);
 
 // Whether the file is one of those that say how others are checked.
 bool is_of_settings(std::string_view path);

@@ -28,7 +28,7 @@ class SettingsReader {
             take_all(Json::parse(text_));
         } catch (const Json::parse_error& error) {
             const std::size_t at = std::min(error.byte > 0 ? error.byte - 1 : 0, text_.size());
-            refuse_at(at, at, "this is no JSON");
+            refuse_at(at, at, "this is not JSON");
         }
         return std::move(file_);
     }

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "included_names.h"
 #include "uri.h"
 
 namespace norvane::driver::lsp {
@@ -46,6 +47,7 @@ Document* Documents::open(const Json& item) {
     if (version.is_number_integer()) document.version = version.get<long long>();
     document.is_calculation = is_calculation(item, document.path);
     document.lines = Lines(member(item, "text").get<std::string>(), coding_of(document.path));
+    included_.erase(document.path);
     return &(open_[document.path] = std::move(document));
 }
 
@@ -57,6 +59,7 @@ Document* Documents::change(const Json& params) {
     if (version.is_number_integer()) document.version = version.get<long long>();
     const Json& changes = member(params, "contentChanges");
     if (!changes.is_array()) return &document;
+    included_.erase(document.path);
     for (const Json& change : changes) {
         if (!member(change, "text").is_string()) continue;
         const std::string& text = member(change, "text").get_ref<const std::string&>();
@@ -70,6 +73,7 @@ Document* Documents::change(const Json& params) {
 
 bool Documents::close(const std::string& path) {
     files_.erase(path);
+    included_.erase(path);
     return open_.erase(path) > 0;
 }
 
@@ -93,6 +97,24 @@ const Lines* Documents::lines(const std::string& path) const {
             place->second = std::make_unique<Lines>(Lines::of_bytes(*std::move(bytes)));
     }
     return place->second.get();
+}
+
+Documents::Stamp Documents::stamp_of(const std::string& path) const {
+    Stamp stamp;
+    std::error_code error;
+    if (find(path)) return stamp;
+    stamp.time = std::filesystem::last_write_time(path, error);
+    if (error) return {};
+    stamp.size = std::filesystem::file_size(path, error);
+    return stamp;
+}
+
+const std::vector<std::string>& Documents::included(const std::string& path) const {
+    const Stamp stamp = stamp_of(path);
+    const auto known = included_.find(path);
+    if (known != included_.end() && known->second.stamp == stamp) return known->second.names;
+    const auto text = bytes(path);
+    return (included_[path] = {stamp, included_names(text ? *text : "")}).names;
 }
 
 std::optional<std::string> Documents::bytes(const std::string& path) const {

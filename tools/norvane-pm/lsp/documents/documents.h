@@ -2,10 +2,13 @@
 #ifndef NORVANE_PM_LSP_DOCUMENTS_H
 #define NORVANE_PM_LSP_DOCUMENTS_H
 
+#include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "json.h"
 #include "lines.h"
@@ -38,6 +41,8 @@ class Documents {
     // The lines of a document, or of a file that is not open; null where it cannot be read. Files
     // are kept until forget_files().
     const Lines* lines(const std::string& path) const;
+    // The names that a file or document includes. Those of files are kept until the files change.
+    const std::vector<std::string>& included(const std::string& path) const;
     // The bytes that a file would have if it were saved.
     std::optional<std::string> bytes(const std::string& path) const;
     void forget_files() { files_.clear(); }
@@ -46,7 +51,20 @@ class Documents {
     std::string uri(const std::string& path) const;
 
   private:
+    // What a file was when its names were read; of a document, nothing.
+    struct Stamp {
+        std::filesystem::file_time_type time;
+        std::uintmax_t size = 0;
+        bool operator==(const Stamp&) const = default;
+    };
+    struct Included {
+        Stamp stamp;
+        std::vector<std::string> names;
+    };
+    Stamp stamp_of(const std::string& path) const;
+
     std::map<std::string, Document> open_; // by path
+    mutable std::map<std::string, Included> included_;
     mutable std::map<std::string, std::unique_ptr<Lines>> files_;
 };
 

@@ -1,6 +1,7 @@
 // Where a name is declared, and where it is used.
 #include <filesystem>
 
+#include "included_names.h"
 #include "places.h"
 #include "requests.h"
 #include "unit.h"

@@ -210,11 +210,11 @@ void Server::changed(const Json& params) {
     const Document* document =
         documents_.find(path_of(text_of(member(params, "textDocument", "uri"))));
     if (!document) return;
-    const std::vector<std::string> included = included_names(document->lines.text());
+    const std::vector<std::string> included = documents_.included(document->path);
     documents_.change(params);
     refuse_waiting(document->path);
     units_.changed(document->path);
-    if (is_of_settings(document->path) || included_names(document->lines.text()) != included)
+    if (is_of_settings(document->path) || documents_.included(document->path) != included)
         units_.settings_changed();
 }
 
