@@ -17,16 +17,10 @@ bool ends_with(const std::string& text, std::string_view end) {
            text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
-bool reads_a_function(const char* text) {
-    const auto loaded = gather<Calculation>([text] { return calc_import_from_string(text); });
-    return loaded.value.get() != nullptr;
-}
-
 SharedCalculation load(const std::string& file) {
     Result<Calculation> result = locked([&] {
         if (ends_with(file, ".clx")) return Calculation::from_xml(file);
-        // Of the calculation before.
-        end_open_token(reads_a_function, "namespace a { void b() {} }");
+        Calculation::end_open_token(); // of a load that has failed
         return Calculation::from_source(file);
     });
     return shared(value_of(std::move(result)));

@@ -60,17 +60,6 @@ T value_of(Result<T>&& result) {
     return *std::move(result);
 }
 
-// Ends the comment or string that a scanner is in: source that ends inside one leaves the scanner
-// there, so that all source that the process loads later would be at fault. `reads` loads a text,
-// and tells whether it has read `complete`.
-template <typename Reads>
-void end_open_token(Reads reads, const char* complete) {
-    for (const char* end : {"/* */", "\"", "a\"", "\n"}) {
-        if (reads(complete)) return;
-        reads(end);
-    }
-}
-
 // What the parts add to the module.
 void add_reports(py::module_& module);
 void add_expressions(py::module_& module);

@@ -94,24 +94,13 @@ std::vector<Report> with_reasons(std::vector<Report> reasons, const std::vector<
     return reasons;
 }
 
-bool reads_a_variable(const char* text) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(
-        fmemopen(const_cast<char*>(text), std::strlen(text), "r"), std::fclose);
-    if (!stream) return false;
-    char name[] = "";
-    const auto loaded =
-        gather<Model>([&stream, &name] { return lpm_load_file(stream.get(), name); });
-    const Project* project = loaded.value.get();
-    return project && project->vardecllist->len == 1;
-}
-
 SharedModel load(const std::string& file, const std::vector<std::string>& cpp_args) {
     std::vector<Report> reasons;
     Result<Model> result = locked([&] {
         if (is_xml(file)) return Model::from_xml(file);
         PreprocessorReports preprocessor;
         const TemporaryDirectory of_the_preprocessor;
-        end_open_token(reads_a_variable, "variable x : boolean;"); // of a load that has failed
+        Model::end_open_token(); // of a load that has failed
         Result<Model> read = Model::from_source(file, cpp_args);
         reasons = std::move(preprocessor.reports);
         return read;

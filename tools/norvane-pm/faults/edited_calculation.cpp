@@ -16,14 +16,10 @@ LoadedCalculation load_text(std::string text) {
     return result;
 }
 
-bool reads_a_function() {
-    return load_text("namespace a { void b() {} }").calculation.has_value();
-}
-
 } // namespace
 
 EditedCalculation::EditedCalculation(const SourceText& source) : EditedTokens(source) {
-    end_open_token(reads_a_function, [](const char* text) { load_text(text); });
+    Calculation::end_open_token(); // of the source before
 }
 
 std::optional<TokenReport> EditedCalculation::parse(TokenRange tokens, const std::string& head,

@@ -31,13 +31,6 @@ Edit merged(const Edit& first, const Edit& second) {
 
 } // namespace
 
-void EditedTokens::end_open_token(bool (*is_ended)(), void (*load)(const char* text)) {
-    for (const char* text : {"/* */", "\"", "a\"", "\n"}) {
-        if (is_ended()) return;
-        load(text);
-    }
-}
-
 void EditedTokens::append_token(std::string& text, std::size_t token, const Edits* more) const {
     if (dropped_[token]) return append_line(text, "");
     const Edit* edit = nullptr;

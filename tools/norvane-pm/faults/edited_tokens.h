@@ -48,10 +48,6 @@ class EditedTokens {
     std::vector<ParsedToken> parsed() const;
 
   protected:
-    // A scanner of the library goes on in the comment or string in which the source before has
-    // ended.
-    static void end_open_token(bool (*is_ended)(), void (*load)(const char* text));
-
     // Adds a token as edited, or by further edits, as a line.
     void append_token(std::string& text, std::size_t token, const Edits* more) const;
 

@@ -326,6 +326,16 @@ inline const char* null_if_empty(const std::string& text) {
     return text.empty() ? nullptr : text.c_str();
 }
 
+// Reads texts that end a comment or a string until `complete` is read as it stands: `reads` loads a
+// text, and tells whether it has found the declaration of `complete`.
+template <typename Reads>
+void end_open_token(Reads reads, const char* complete) {
+    for (const char* end : {"/* */", "\"", "a\"", "\n"}) {
+        if (reads(complete)) return;
+        reads(end);
+    }
+}
+
 } // namespace detail
 
 // Tags -------------------------------------------------------------------------------------------
@@ -487,6 +497,23 @@ class Model {
     static Result<Model> from_xml(const std::string& file, const OnReport& on_report = {}) {
         return detail::made<Model>(
             on_report, [name = file.c_str()] { return proj_import_from_xmlfile(name); });
+    }
+
+    // Ends the comment or string that the scanner of models is in. Source that ends inside one
+    // leaves the scanner there, and all source that the process loads later would be at fault. A
+    // program that loads further models after one was refused calls this before each load.
+    static void end_open_token() {
+        const auto reads = [](const char* text) {
+            const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(
+                fmemopen(const_cast<char*>(text), std::strlen(text), "r"), std::fclose);
+            if (!stream) return false;
+            char name[] = "";
+            const auto loaded = gather<Model>(
+                [from = stream.get(), file = name] { return lpm_load_file(from, file); });
+            const Project* project = loaded.value.get();
+            return project && project->vardecllist->len == 1;
+        };
+        detail::end_open_token(reads, "variable x : boolean;");
     }
 
     // Takes a project over.
@@ -670,6 +697,16 @@ class Calculation {
         return detail::made<Calculation>(on_report, [name = file.c_str(), member = model.c_str()] {
             return calc_import_from_mubfile(name, member);
         });
+    }
+
+    // The same as Model::end_open_token, for the scanner of calculations.
+    static void end_open_token() {
+        const auto reads = [](const char* text) {
+            const auto loaded =
+                gather<Calculation>([text] { return calc_import_from_string(text); });
+            return loaded.value.get() != nullptr;
+        };
+        detail::end_open_token(reads, "namespace a { void b() {} }");
     }
 
     // Takes a calculation over.
