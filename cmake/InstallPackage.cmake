@@ -4,6 +4,7 @@ include(CMakePackageConfigHelpers)
 function(norvane_install_library target)
   install(TARGETS ${target} EXPORT norvane_proj-targets
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+          ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
           FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
           INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}) # for CMake before 3.23, which has no sets of files
 endfunction()
@@ -20,6 +21,8 @@ function(norvane_install_package)
           DESTINATION ${package_dir})
   # Relative to the file itself, so that `cmake --install --prefix` may choose another place.
   file(RELATIVE_PATH PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-  configure_file(cmake/norvane_proj.pc.in ${CMAKE_BINARY_DIR}/norvane_proj.pc @ONLY)
-  install(FILES ${CMAKE_BINARY_DIR}/norvane_proj.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  foreach(name norvane_proj norvane_faults)
+    configure_file(cmake/${name}.pc.in ${CMAKE_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  endforeach()
 endfunction()

@@ -13,12 +13,13 @@ serves one thread at a time: calls from other threads wait, while all other Pyth
 """
 import os
 
-from ._norvane import (Calculation, Expression, FlatRules, Function, Model, Package, Project, Report, Rule,
-                       Type, Variable, Workspace)
+from ._norvane import (Calculation, Expression, Fault, FlatRules, Function, Model, Note, Package, Place, Project,
+                       Replacement, Report, Rule, Type, Variable, Workspace)
 from . import _norvane
 
-__all__ = ['Calculation', 'Expression', 'FlatRules', 'Function', 'InternalError', 'Model', 'ModelError',
-           'Package', 'Project', 'Report', 'Rule', 'Type', 'Variable', 'Workspace', 'load',
+__all__ = ['Calculation', 'Expression', 'Fault', 'FlatRules', 'Function', 'InternalError', 'Model',
+           'ModelError', 'Note', 'Package', 'Place', 'Project', 'Replacement', 'Report', 'Rule', 'Type',
+           'Variable', 'Workspace', 'faults', 'load',
            'load_calculation', 'load_order', 'load_presentation', 'load_workspace', 'open_package', 'walk',
            'write']
 
@@ -44,11 +45,27 @@ def load(path, *, defines=None, undefines=(), include_dirs=()):
     `defines` are macros, name to value, None for one without a value; `undefines` are names that are
     no macros; `include_dirs` are searched for included files. Raises ModelError.
     """
+    return _norvane._load(os.fspath(path), _arguments(defines, undefines, include_dirs))
+
+
+def _arguments(defines, undefines, include_dirs):
     arguments = ['-I' + os.fspath(directory) for directory in include_dirs]
     for name, value in (defines or {}).items():
         arguments.append('-D%s' % name if value is None else '-D%s=%s' % (name, value))
-    arguments += ['-U' + name for name in undefines]
-    return _norvane._load(os.fspath(path), arguments)
+    return arguments + ['-U' + name for name in undefines]
+
+
+def faults(path, *, calculation=None, defines=None, undefines=(), include_dirs=(), warnings=()):
+    """All faults of a model at once, with ranges, notes and replacements: a list of Fault.
+
+    These are the reports of "norvane-pm check": load() and check() end at the first error. With the
+    file of a calculation they are those of the model, or else of the calculation. `warnings` are words
+    that the driver takes after -W, such as "all" or "no-unused-name". What cannot be read is a fault.
+    """
+    arguments = _arguments(defines, undefines, include_dirs)
+    if calculation is None:
+        return _norvane._faults(os.fspath(path), arguments, list(warnings))
+    return _norvane._calculation_faults(os.fspath(calculation), os.fspath(path), arguments, list(warnings))
 
 
 def write(model, path):

@@ -9,8 +9,36 @@ class Report:
     name: str
     file: str
     line: int
+    column: int
+    end_line: int
+    end_column: int
     message: str
     description: str
+
+class Place:
+    file: str
+    line: int
+    column: int
+    end_line: int
+    end_column: int
+
+class Note:
+    place: Place
+    text: str
+
+class Replacement:
+    place: Place
+    text: str
+    is_certain: bool
+
+class Fault:
+    severity: str
+    name: str
+    message: str
+    place: Place
+    notes: list[Note]
+    hint: str
+    replacements: list[Replacement]
 
 class ModelError(ValueError):
     reports: list[Report]
@@ -89,6 +117,9 @@ class Package:
 
 def load(path: Path, *, defines: Optional[Mapping[str, Union[str, int, None]]] = ...,
          undefines: Iterable[str] = ..., include_dirs: Iterable[Path] = ...) -> Model: ...
+def faults(path: Path, *, calculation: Optional[Path] = ...,
+           defines: Optional[Mapping[str, Union[str, int, None]]] = ..., undefines: Iterable[str] = ...,
+           include_dirs: Iterable[Path] = ..., warnings: Iterable[str] = ...) -> list[Fault]: ...
 def write(model: Model, path: Path) -> None: ...
 def load_calculation(path: Path, model: Optional[str] = ...) -> Calculation: ...
 def load_presentation(path: Path) -> dict[str, dict[str, str]]: ...

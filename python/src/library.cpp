@@ -34,6 +34,20 @@ py::str quoted(const std::string& text) {
     return text_of(text.c_str());
 }
 
+// A report with the range that it is about, as far as that is known.
+struct PlacedReport : Report {
+    FaultPlace range;
+};
+
+// The library's own check ends where the first fault of its kind is.
+FaultPlace range_of(const Report& report, const std::vector<Fault>& faults) {
+    for (const Fault& fault : faults)
+        if (fault.place.column > 0 && fault.name == report.name &&
+            fault.place.file == report.file && fault.place.line == report.line)
+            return fault.place;
+    return {};
+}
+
 // "pump.pm:3: error: ..."
 py::str summary_of(const Report& report) {
     std::string place; // after the file
@@ -51,7 +65,7 @@ void translate(std::exception_ptr thrown) {
         if (thrown) std::rethrow_exception(std::move(thrown));
     } catch (const Refused& refused) {
         const py::object error = type("ModelError");
-        PyErr_SetObject(error.ptr(), error(list_of_reports(refused.reports)).ptr());
+        PyErr_SetObject(error.ptr(), error(list_of_reports(refused.reports, refused.faults)).ptr());
     } catch (const InternalFailure& failure) {
         if (failure.is_out_of_memory()) {
             PyErr_NoMemory();
@@ -83,31 +97,43 @@ DeclaredAt place_of(const Model& model, unsigned linenumber) {
     return locked([&] { return where_declared(model, linenumber); });
 }
 
-py::list list_of_reports(const std::vector<Report>& reports) {
+py::list list_of_reports(const std::vector<Report>& reports, const std::vector<Fault>& faults) {
     py::list list;
     for (const Report& report : reports)
-        list.append(py::cast(report));
+        list.append(py::cast(PlacedReport{report, range_of(report, faults)}));
     return list;
 }
 
 void add_reports(py::module_& module) {
     py::register_exception_translator(translate);
-    py::class_<Report>(module, "Report", "What is wrong with the input, or odd about it.")
-        .def_property_readonly("severity", severity_of, "\"error\" or \"warning\".")
-        .def_readonly("name", &Report::name,
+    py::class_<PlacedReport>(module, "Report", "What is wrong with the input, or odd about it.")
+        .def_property_readonly(
+            "severity", [](const PlacedReport& report) { return severity_of(report); },
+            "\"error\" or \"warning\".")
+        .def_readonly("name", &PlacedReport::name,
                       "The name of the diagnostic, as \"ERR_ID_UNDECLARED\".")
         .def_property_readonly(
-            "file", [](const Report& report) { return file_name(report.file); },
+            "file", [](const PlacedReport& report) { return file_name(report.file); },
             "The file at fault; empty where none is named.")
-        .def_readonly("line", &Report::line, "Its line, from 1; 0 where none is known.")
+        .def_readonly("line", &PlacedReport::line, "Its line, from 1; 0 where none is known.")
         .def_property_readonly(
-            "message", [](const Report& report) { return quoted(report.message); },
+            "column", [](const PlacedReport& report) { return report.range.column; },
+            "Where on the line the fault begins, in bytes from 1; 0 where that is not known.")
+        .def_property_readonly(
+            "end_line", [](const PlacedReport& report) { return report.range.end_line; },
+            "The line that it ends on; 0 where that is not known.")
+        .def_property_readonly(
+            "end_column", [](const PlacedReport& report) { return report.range.end_column; },
+            "The column after its end; 0 where that is not known.")
+        .def_property_readonly(
+            "message", [](const PlacedReport& report) { return quoted(report.message); },
             "What is wrong, in one sentence.")
         .def_property_readonly(
-            "description", [](const Report& report) { return quoted(description_of(report)); },
+            "description",
+            [](const PlacedReport& report) { return quoted(description_of(report)); },
             "What it means, in one or more paragraphs.")
-        .def("__str__", summary_of)
-        .def("__repr__", [](const Report& report) {
+        .def("__str__", [](const PlacedReport& report) { return summary_of(report); })
+        .def("__repr__", [](const PlacedReport& report) {
             return py::str("<norvane.Report {}>").format(summary_of(report));
         });
 }

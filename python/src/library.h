@@ -12,6 +12,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include "norvane/faults.hpp"
 #include "norvane/proj.hpp"
 
 namespace norvane::python {
@@ -49,9 +50,14 @@ DeclaredAt place_of(const Model& model, unsigned linenumber);
 // The input is at fault: becomes a norvane.ModelError.
 struct Refused {
     std::vector<Report> reports;
+    std::vector<Fault> faults = {}; // with the ranges that the reports are about, where known
 };
 
-py::list list_of_reports(const std::vector<Report>& reports);
+// The faults of a model that the library has refused. To be called where locked() runs it.
+std::vector<Fault> faults_of_refused(const std::string& model,
+                                     const std::vector<std::string>& cpp_args);
+
+py::list list_of_reports(const std::vector<Report>& reports, const std::vector<Fault>& faults = {});
 
 // The value of a result; refuses the input if there is none, or an error among the reports.
 template <typename T>
@@ -63,6 +69,7 @@ T value_of(Result<T>&& result) {
 // What the parts add to the module.
 void add_reports(py::module_& module);
 void add_expressions(py::module_& module);
+void add_faults(py::module_& module);
 void add_models(py::module_& module);
 void add_calculations(py::module_& module);
 void add_side_data(py::module_& module);

@@ -106,8 +106,9 @@ SharedModel load(const std::string& file, const std::vector<std::string>& cpp_ar
         return read;
     });
     if (!result || result.has_errors())
-        throw Refused{with_reasons(std::move(reasons), result.reports())};
-    return shared(HeldModel(*std::move(result)));
+        throw Refused{with_reasons(std::move(reasons), result.reports()),
+                      locked([&] { return faults_of_refused(file, cpp_args); })};
+    return shared(HeldModel(*std::move(result), file, cpp_args));
 }
 
 void write(const HeldModel& held, const std::string& file) {

@@ -20,6 +20,7 @@ PYBIND11_MODULE(_norvane, module) {
     wait_before_forks();
     module.doc() = "The project library; use the package norvane.";
     add_reports(module);
+    add_faults(module);
     add_expressions(module);
     add_models(module);
     add_calculations(module);

@@ -50,6 +50,21 @@ if(NOT actual STREQUAL listed)
   message(FATAL_ERROR "examples/variables.cpp prints\n${actual}\nand not\n${listed}")
 endif()
 
+# A program finds all faults of a model, with their columns, by the static library.
+run(fault_flags pkg-config --cflags --libs norvane_faults)
+separate_arguments(fault_flags UNIX_COMMAND "${fault_flags}")
+run(ignored ${CXX_COMPILER} -std=c++17 -Wall -Wextra -pedantic -Werror ${FLAGS}
+    -o ${work}/faults_cpp ${SOURCE_DIR}/examples/faults.cpp ${fault_flags})
+file(WRITE ${work}/wrong.pm "variable a : boolean;\nrule a -> colour;\nrule not a\n")
+execute_process(COMMAND ${work}/faults_cpp wrong.pm WORKING_DIRECTORY ${work} RESULT_VARIABLE result
+                OUTPUT_VARIABLE actual)
+if(NOT result EQUAL 1 OR NOT actual STREQUAL "wrong.pm:2:11: error: Undeclared identifier 'colour'
+wrong.pm:3:11: error: no ';' after 'a'
+wrong.pm:3:11: write: ;
+")
+  message(FATAL_ERROR "examples/faults.cpp ends with ${result} and prints\n${actual}")
+endif()
+
 # The consumer says the same, of a good model and of a broken one.
 set(consumer ${SOURCE_DIR}/tests/contract/consumer)
 run(ignored ${CMAKE_COMMAND} -S ${consumer} -B ${work}/cxx -G Ninja

@@ -71,10 +71,10 @@ void split_line(Finding& finding) {
 
 } // namespace
 
-Diagnostics::Diagnostics(const ReportStyle& style)
-    : format_(style.format), is_colored_(is_to_be_colored(style.format, style.color)),
-      errors_only_(style.errors_only), is_part_(style.is_part),
-      shows_progress_(has_terminal() && !errors_only_) {
+Diagnostics::Diagnostics(const ReportStyle& style, OnFinding on_finding)
+    : on_finding_(std::move(on_finding)), format_(style.format),
+      is_colored_(is_to_be_colored(style.format, style.color)), errors_only_(style.errors_only),
+      is_part_(style.is_part), shows_progress_(!on_finding_ && has_terminal() && !errors_only_) {
     if (shows_progress_) msg_set_progress_sink(progress, this);
     os_set_preprocessor_sink(preprocessor, this);
     if (format_ == Format::sarif && !is_part_) write(sarif_start());
@@ -82,7 +82,7 @@ Diagnostics::Diagnostics(const ReportStyle& style)
 
 Diagnostics::~Diagnostics() {
     clear_progress();
-    msg_set_progress_sink(nullptr, nullptr);
+    if (shows_progress_) msg_set_progress_sink(nullptr, nullptr);
     os_set_preprocessor_sink(nullptr, nullptr);
 }
 
@@ -150,7 +150,10 @@ void Diagnostics::sum_up(const std::string& text) {
 void Diagnostics::show(const Finding& finding) {
     if (errors_only_ && finding.severity != Severity::error) return;
     clear_progress();
-    write(rendered(finding));
+    if (on_finding_)
+        on_finding_(finding);
+    else
+        write(rendered(finding));
     has_reported_ = true;
     misses_names_ |= is_about_missing_name(finding);
     const bool has_explanation = !finding.name.empty();

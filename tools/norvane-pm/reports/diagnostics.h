@@ -18,10 +18,11 @@
 namespace norvane::driver {
 
 // Renders each finding as it comes, and shows what is under way if standard error is a terminal, on
-// a line that is gone afterwards. There is one at a time.
+// a line that is gone afterwards; or hands each finding to a program, and writes nothing. There is
+// one at a time.
 class Diagnostics {
   public:
-    explicit Diagnostics(const ReportStyle& style);
+    explicit Diagnostics(const ReportStyle& style, OnFinding on_finding = {});
     ~Diagnostics();
     Diagnostics(const Diagnostics&) = delete;
     Diagnostics& operator=(const Diagnostics&) = delete;
@@ -73,6 +74,7 @@ class Diagnostics {
     std::string rendered(const Finding& finding);
     void clear_progress();
 
+    OnFinding on_finding_; // if findings are not to be written
     Format format_;
     bool is_colored_;
     bool errors_only_;

@@ -12,6 +12,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "norvane/base/util.h"
+
 namespace norvane::driver {
 namespace {
 
@@ -58,12 +60,13 @@ void set_signal_stack() {
     sigaltstack(&stack, nullptr);
 }
 
+bool signals_are_settled = false;
+
 // Installs the handler once, at the first temporary. A signal that the caller has set to be
 // ignored, as nohup does, stays ignored, and one that has a handler keeps it.
 void handle_signals() {
-    static bool are_handled = false;
-    if (are_handled) return;
-    are_handled = true;
+    if (signals_are_settled) return;
+    signals_are_settled = true;
     set_signal_stack();
     struct sigaction removing = {};
     removing.sa_handler = end_by_signal;
@@ -130,16 +133,14 @@ void keep_temporary_file() {
 }
 
 TemporaryDirectory::TemporaryDirectory() {
-    const char* before = std::getenv("TMPDIR");
-    was_set_ = before != nullptr;
-    before_ = was_set_ ? before : "";
-    if (make()) return;
-    failure_ = "cannot make a temporary file in '" + (before_.empty() ? "/tmp" : before_) +
-               "': " + std::strerror(errno);
+    const char* set = std::getenv("TMPDIR");
+    const std::string parent = set && *set != '\0' ? set : "/tmp";
+    if (make(parent)) return;
+    failure_ = "cannot make a temporary file in '" + parent + "': " + std::strerror(errno);
 }
 
-bool TemporaryDirectory::make() {
-    std::string name = (before_.empty() ? "/tmp" : before_) + "/norvane-XXXXXX";
+bool TemporaryDirectory::make(const std::string& parent) {
+    std::string name = parent + "/norvane-XXXXXX";
     if (name.size() >= sizeof temporary_directory) {
         errno = ENAMETOOLONG;
         return false;
@@ -148,16 +149,22 @@ bool TemporaryDirectory::make() {
     if (!mkdtemp(name.data())) return false;
     remember(temporary_directory, name);
     directory_descriptor = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    return directory_descriptor >= 0 && setenv("TMPDIR", name.c_str(), 1) == 0;
+    if (directory_descriptor < 0) return false;
+    util_set_temp_directory(temporary_directory);
+    return true;
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
+    util_set_temp_directory(nullptr);
     remove_temporary_directory();
-    if (!failure_.empty()) return;
-    if (was_set_)
-        setenv("TMPDIR", before_.c_str(), 1);
-    else
-        unsetenv("TMPDIR");
+}
+
+const char* TemporaryDirectory::name() const {
+    return temporary_directory;
+}
+
+void leave_signals_alone() {
+    signals_are_settled = true;
 }
 
 void remove_temporaries() {

@@ -20,22 +20,24 @@ void keep_temporary_file();
 // There is one at a time.
 class TemporaryDirectory {
   public:
-    // Makes it in $TMPDIR, or else in /tmp, and sets TMPDIR to it. If that fails, the library tries
-    // to write to the directory that TMPDIR names.
+    // Makes it in $TMPDIR, or else in /tmp. If that fails, the library tries to write there.
     TemporaryDirectory();
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    // Its name; empty if it could not be made.
+    const char* name() const;
     // Why it could not be made: the directory and the system's reason. Empty if it was.
     const std::string& failure() const { return failure_; }
 
   private:
-    bool make();
+    bool make(const std::string& parent);
 
-    std::string before_; // TMPDIR, if it was set
-    bool was_set_ = false;
     std::string failure_;
 };
+
+// For a process that is another program's, which removes what it wants when it ends by a signal.
+void leave_signals_alone();
 
 // Removes all of them, where the program ends without unwinding. May be called in a signal handler.
 void remove_temporaries();

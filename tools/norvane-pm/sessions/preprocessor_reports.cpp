@@ -155,6 +155,7 @@ class StandIns {
     // A directory in the name is a link to the only one, so that a signal can remove all of it.
     // False for a name that cannot be made there.
     bool make(std::string_view name) const {
+        if (directory_.empty()) return false;
         const fs::path path(name);
         std::error_code error;
         for (const fs::path& part : path.parent_path()) {
@@ -167,7 +168,7 @@ class StandIns {
 
   private:
     const TemporaryDirectory of_the_preprocessor_;
-    const fs::path directory_ = fs::temp_directory_path();
+    const fs::path directory_ = of_the_preprocessor_.name();
 };
 
 // Whether the preprocessor still wrote the text after this error.

@@ -80,4 +80,20 @@ int run_command(const Options& options, void (*command)(Session&)) {
     return status_at_end;
 }
 
+std::vector<Finding> findings_of(const Options& options, void (*command)(Session&)) {
+    std::vector<Finding> findings;
+    Session session(options, [&findings](const Finding& finding) { findings.push_back(finding); });
+    bool succeeded = false;
+    try {
+        command(session);
+        succeeded = true;
+    } catch (const InputAtFault&) {
+        point_to_whole(session);
+    } catch (const InternalFailure& failure) {
+        if (!report_stop(session, failure)) throw;
+    }
+    session.diagnostics.close(succeeded);
+    return findings;
+}
+
 } // namespace norvane::driver

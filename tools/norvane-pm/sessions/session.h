@@ -51,8 +51,9 @@ std::string input_name(const std::string& file);
 
 class Session {
   public:
-    explicit Session(const Options& what)
-        : options(what), diagnostics({what.format, what.color, what.quiet, what.is_part}),
+    explicit Session(const Options& what, OnFinding on_finding = {})
+        : options(what),
+          diagnostics({what.format, what.color, what.quiet, what.is_part}, std::move(on_finding)),
           model_file(what.file) {}
 
     // Notes the step and the file that it works on, for a failure in it and for reports that name
