@@ -135,13 +135,23 @@ class Search {
         return at;
     }
 
+    // The preprocessor takes a directive only at the beginning of its line, so the scanner meets
+    // one that is indented.
+    static bool is_directive(std::string_view name) {
+        constexpr std::string_view names[] = {"define", "elif",  "else",   "endif",   "error",
+                                              "if",     "ifdef", "ifndef", "include", "line",
+                                              "pragma", "undef", "warning"};
+        return std::ranges::find(names, name) != std::end(names);
+    }
+
     // `// text`, `# text`, `% text`, `-- some text`
     void comment(std::size_t at) {
         const bool begins = source_.begins_line(at) || begins_statement(at);
         const bool is_slash = word(at).starts_with("//");
         const bool is_dash = word(at) == "-" && word(at + 1) == "-" && is_label(at + 2) &&
                              is_label(at + 3) && source_.touches_the_one_before(at + 1);
-        const bool is_mark = begins && (is_dash || word(at) == "#" || word(at) == "%");
+        const bool is_hash = word(at) == "#" && !is_directive(word(at + 1));
+        const bool is_mark = begins && (is_dash || is_hash || word(at) == "%");
         if (!is_slash && !is_mark) return;
         const std::string_view mark = is_slash ? "//" : is_dash ? "--" : word(at);
         add({at, is_slash ? at : end_of_line(at)}, "unexpected " + in_quotes(mark),
