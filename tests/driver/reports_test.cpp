@@ -2,6 +2,8 @@
 #include <cstdio>
 #include <fstream>
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "as_json.h"
@@ -16,11 +18,12 @@ namespace {
 class Source {
   public:
     explicit Source(const std::string& line) { std::ofstream(name_) << "first\n" << line << "\n"; }
-    ~Source() { std::remove(name_); }
+    ~Source() { std::remove(name_.c_str()); }
     Place place(unsigned column, unsigned end) const { return {name_, 2, column, 2, end}; }
 
   private:
-    static constexpr const char* name_ = "reports_test.pm";
+    // Each test is a process of its own, and several run at a time.
+    const std::string name_ = "reports_test." + std::to_string(getpid()) + ".pm";
 };
 
 // What stands below the first line of a finding at these columns.
