@@ -81,7 +81,7 @@ class Analysis {
     void show_rules(const Questions::Contradiction& why) {
         for (const std::size_t rule : why.rules)
             line("    " + rule_text(rule));
-        if (!why.is_smallest) line("    (the time was too short to leave out more of them)");
+        if (!why.is_smallest) line("    (perhaps not all of them are needed)");
     }
 
     static std::string shown_value(const Shape& shape, unsigned value) {
@@ -144,12 +144,12 @@ class Analysis {
     std::vector<const RuleDecl*> origins_;
     std::vector<std::size_t> optionals_; // the innermost one around a variable; itself for none
     std::vector<bool> is_public_;
-    Product product_;
+    std::size_t without_reason_ = 0; // variables whose excluded values have no rules
 };
 
 bool Analysis::tell_whether_there_is_one() {
     begin("for a product");
-    const Verdict verdict = questions_.has_product(&product_);
+    const Verdict verdict = questions_.has_product();
     if (verdict == Verdict::unknown)
         throw SolverFault{"the solver does not know within the time whether there is a product: "
                           "see --time-limit"};
@@ -180,9 +180,10 @@ void Analysis::tell_contradiction() {
 
 void Analysis::tell_example() {
     heading("A product:");
-    flat_.for_each([this](const FlatVariable& variable) {
-        if (!is_there(product_, variable.number)) return true;
-        const unsigned value = product_[variable.number];
+    const Product& product = questions_.product();
+    flat_.for_each([&](const FlatVariable& variable) {
+        if (!is_there(product, variable.number)) return true;
+        const unsigned value = product[variable.number];
         if (is_json())
             line("{\"answer\":\"example\",\"variable\":" + json_string(variable.path) +
                  ",\"value\":" + std::to_string(value) +
@@ -226,7 +227,7 @@ void Analysis::tell_count() {
 
 void Analysis::tell_values() {
     begin("for values that no product has");
-    const auto values = questions_.possible_values(product_, most_values);
+    const auto values = questions_.possible_values(most_values);
     heading("Values that no product has:");
     bool is_any = false;
     flat_.for_each([&](const FlatVariable& variable) {
@@ -240,6 +241,9 @@ void Analysis::tell_values() {
     if (!is_any) heading("  none");
     const auto unknown =
         std::ranges::count_if(values, [](const PossibleValues& of) { return !of.is_known; });
+    if (without_reason_ > 0)
+        heading("    (" + std::to_string(without_reason_) +
+                " without rules: --assume 'VARIABLE = VALUE' looks for those of one value)");
     tell_open(static_cast<std::size_t>(unknown), "variable",
               "with more than " + std::to_string(most_values) +
                   " values, or without an answer in time");
@@ -268,6 +272,7 @@ void Analysis::tell_value(const FlatVariable& variable, const PossibleValues& va
     for (unsigned value = 0; value <= shape.upper; ++value)
         (values.is_possible[value] ? possible : impossible).push_back(value);
     const auto why = questions_.why_not(variable.number, impossible);
+    without_reason_ += !why;
     if (is_json()) return tell_value_in_json(variable, impossible, possible, why);
     const std::string text = possible.size() == 1
                                  ? " is always " + shown_value(shape, possible.front())

@@ -33,8 +33,8 @@ std::vector<unsigned> impossible_values(const PossibleValues& of) {
     return impossible;
 }
 
-void find_excluded(Questions& questions, const Product& product, Answers& answers) {
-    const auto values = questions.possible_values(product, most_values);
+void find_excluded(Questions& questions, Answers& answers) {
+    const auto values = questions.possible_values(most_values);
     for (std::size_t variable = 0; variable < values.size(); ++variable) {
         const bool is_large = values[variable].is_possible.empty();
         answers.has_large = answers.has_large || is_large;
@@ -53,15 +53,14 @@ Answers ask_solver(Session& session, const Terms& terms, const FlatRules& rules)
     Questions questions(terms, rules, solver);
     Answers answers;
     answers.solver = solver.name();
-    Product product;
-    const Verdict verdict = questions.has_product(&product);
+    const Verdict verdict = questions.has_product();
     if (verdict == Verdict::unknown) return answers;
     answers.has_product = verdict == Verdict::yes;
     if (verdict == Verdict::no) {
         if (const auto why = questions.contradiction()) answers.contradiction = why->rules;
         return answers;
     }
-    find_excluded(questions, product, answers);
+    find_excluded(questions, answers);
     questions.redundant_rules([&answers](std::size_t rule, Verdict differs) {
         if (differs == Verdict::no) answers.redundant.push_back(rule);
         answers.open_rules += differs == Verdict::unknown;

@@ -82,24 +82,27 @@ void SmtlibTerms::has_value(Writer& out, const std::string& path, const Shape& s
 
 void SmtlibTerms::declarations() {
     terms_.flat().for_each([this](const FlatVariable& variable) {
-        const unsigned bits = bits_of(variable.shape);
-        out_ << "(declare-const ";
-        name(out_, variable.path, prefix_);
-        if (bits == 0) {
-            out_ << " Bool)\n";
-            return !out_.refused();
-        }
-        out_ << " (_ BitVec " << bits << "))\n";
-        const bool has_all_values = variable.shape.upper == (std::uint64_t{1} << bits) - 1;
-        if (!has_all_values) {
-            out_ << "(assert (bvule ";
-            name(out_, variable.path, prefix_);
-            out_ << ' ';
-            constant(out_, variable.shape.upper, bits);
-            out_ << "))\n";
-        }
+        declaration(variable);
         return !out_.refused();
     });
+}
+
+void SmtlibTerms::declaration(const FlatVariable& variable) {
+    const unsigned bits = bits_of(variable.shape);
+    out_ << "(declare-const ";
+    name(out_, variable.path, prefix_);
+    if (bits == 0) {
+        out_ << " Bool)\n";
+        return;
+    }
+    out_ << " (_ BitVec " << bits << "))\n";
+    const bool has_all_values = variable.shape.upper == (std::uint64_t{1} << bits) - 1;
+    if (has_all_values) return;
+    out_ << "(assert (bvule ";
+    name(out_, variable.path, prefix_);
+    out_ << ' ';
+    constant(out_, variable.shape.upper, bits);
+    out_ << "))\n";
 }
 
 void SmtlibTerms::truth(const Expr* expr) {

@@ -20,8 +20,9 @@ class SmtlibTerms {
     SmtlibTerms(const Terms& terms, Writer& out, std::string prefix = {})
         : terms_(terms), out_(out), prefix_(std::move(prefix)) {}
 
-    // The declarations of all variables, and their bounds.
+    // The declarations of all variables, and their bounds; and that of one.
     void declarations();
+    void declaration(const FlatVariable& variable);
     void truth(const Expr* expr);
 
     // A variable by its path, and "has this value".

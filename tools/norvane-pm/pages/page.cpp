@@ -235,8 +235,10 @@ void Page::variable(const FlatVariable& variable) {
     else
         rule_links(rules);
     if (const Answers::Excluded* excluded = excluded_[variable.number]) {
-        out_ << "; <span class=\"bad\">values are excluded by</span> ";
-        rule_links(excluded->rules);
+        out_ << "; <span class=\"bad\">values are excluded";
+        if (!excluded->rules.empty()) out_ << " by";
+        out_ << "</span> ";
+        if (!excluded->rules.empty()) rule_links(excluded->rules);
     }
     out_ << "</div></li>\n";
 }

@@ -5,7 +5,8 @@
 #ifndef NORVANE_PM_COMPARISON_H
 #define NORVANE_PM_COMPARISON_H
 
-#include "questions.h"
+#include "answers.h"
+#include "smtlib.h"
 
 namespace norvane::driver {
 

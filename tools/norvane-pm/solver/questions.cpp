@@ -1,8 +1,11 @@
 #include "questions.h"
 
 #include <algorithm>
-#include <charconv>
 #include <numeric>
+#include <utility>
+
+#include "evaluation.h"
+#include "smtlib.h"
 
 namespace norvane::driver {
 namespace {
@@ -13,137 +16,45 @@ constexpr std::size_t variables_at_once = 256;
 // How many of them, from these on, are read back from an answer: those before are decided, and what
 // is seen of those after spares questions.
 constexpr std::size_t variables_read = 4096;
-// Rules of which a first question for a contradiction names one selector.
-constexpr std::size_t rules_in_group = 256;
 
-// No path looks like this: a name with a blank is in quotes there.
-std::string selector(std::size_t rule) {
-    return "|rule " + std::to_string(rule) + "|";
-}
+// Questions whose excerpt grows by what was violated, before it doubles each time.
+constexpr unsigned rounds_of_violated = 24;
 
-std::string group_selector(std::size_t group) {
-    return "|rules " + std::to_string(group) + "|";
-}
-
-// The words of an answer: names between bars as one word, brackets as words of their own.
-std::vector<std::string_view> words_of(std::string_view text) {
-    std::vector<std::string_view> words;
-    for (std::size_t at = 0; at < text.size();) {
-        const char c = text[at];
-        std::size_t end = at + 1;
-        if (c == ' ' || c == '\n' || c == '\r' || c == '\t') {
-            at = end;
-            continue;
-        }
-        if (c == '|')
-            end = std::min(text.find('|', end), text.size() - 1) + 1;
-        else if (c != '(' && c != ')')
-            end = std::min(text.find_first_of(" \n\r\t()|", end), text.size());
-        words.push_back(text.substr(at, end - at));
-        at = end;
-    }
-    return words;
-}
-
-// "true", "#b101" or "#x1F".
-std::optional<unsigned> value_of(std::string_view word) {
-    if (word == "true") return 1;
-    if (word == "false") return 0;
-    if (word.size() < 3 || word[0] != '#') return {};
-    unsigned value = 0;
-    const char* end = word.data() + word.size();
-    const auto [after, error] =
-        std::from_chars(word.data() + 2, end, value, word[1] == 'b' ? 2 : 16);
-    if (error != std::errc() || after != end) return {};
-    return value;
-}
+// Of one contradiction that is made smaller, and of all reasons for values. A step is a rule in a
+// question, so the answers are the same on a fast machine and on a slow one.
+constexpr std::size_t most_steps_of_one = 100'000;
+constexpr std::size_t most_steps = 4'000'000;
 
 } // namespace
-
-Verdict ask(SolverProcess& solver, const std::string& question) {
-    solver.send(question);
-    const std::string answer = solver.answer();
-    if (answer == "sat") return Verdict::yes;
-    if (answer == "unsat") return Verdict::no;
-    if (answer == "unknown" || answer == "timeout") return Verdict::unknown;
-    throw SolverFault{"the solver " + solver.name() + " answers " + answer.substr(0, 60) +
-                      " where sat, unsat or unknown is expected"};
-}
-
-namespace {
-
-// The values that satisfy what was asked, of `count` names that were sent.
-Product read_values(SolverProcess& solver, std::size_t count) {
-    const std::string answer = solver.answer();
-    Product product;
-    const auto words = words_of(answer);
-    // ((NAME VALUE) (NAME VALUE) ...)
-    for (std::size_t i = 1; i + 3 < words.size() && words[i] == "("; i += 4) {
-        const auto value = value_of(words[i + 2]);
-        if (!value || words[i + 3] != ")") break;
-        product.push_back(*value);
-    }
-    if (product.size() != count)
-        throw SolverFault{"the solver " + solver.name() +
-                          " gives no values: " + answer.substr(0, 60)};
-    return product;
-}
-
-// Of the variables of one model alone, from a number to another.
-Product read_product(SolverProcess& solver, const FlatModel& flat, std::size_t from,
-                     std::size_t to) {
-    {
-        Writer out([&solver](std::string_view text) { solver.send(text); });
-        out << "(get-value (";
-        for (std::size_t variable = from; variable < to; ++variable)
-            flat.with(variable, [&](const FlatVariable& of) {
-                SmtlibTerms::name(out, of.path);
-                out << ' ';
-            });
-        out << "))\n";
-    }
-    return read_values(solver, to - from);
-}
-
-} // namespace
-
-Product read_product(SolverProcess& solver, const FlatModel& flat, const std::string& prefix) {
-    {
-        Writer out([&solver](std::string_view text) { solver.send(text); });
-        out << "(get-value (";
-        flat.for_each([&](const FlatVariable& variable) {
-            SmtlibTerms::name(out, prefix + variable.path);
-            out << ' ';
-            return true;
-        });
-        out << "))\n";
-    }
-    return read_values(solver, flat.size());
-}
 
 Questions::Questions(const Terms& terms, const FlatRules& rules, SolverProcess& solver)
     : terms_(terms), solver_(solver) {
-    Writer out([&solver](std::string_view text) { solver.send(text); });
-    out << "(set-option :produce-models true)\n"
-           "(set-option :produce-unsat-assumptions true)\n"
-           "(set-logic QF_BV)\n";
-    SmtlibTerms smtlib(terms, out);
-    smtlib.declarations();
-    for (const FlatRule rule : rules) {
-        const std::string name = selector(rules_.size());
-        out << "(declare-const " << name << " Bool)\n(assert (=> " << name << ' ';
-        smtlib.truth(rule.expr);
-        out << "))\n";
+    solver.send("(set-option :produce-models true)\n"
+                "(set-option :produce-unsat-assumptions true)\n"
+                "(set-logic QF_BV)\n");
+    for (const FlatRule rule : rules)
         rules_.push_back(rule.expr);
+}
+
+// The whole model. -------------------------------------------------------------------------------
+
+void Questions::enter_model() {
+    if (is_in_model_) return;
+    is_in_model_ = true;
+    push();
+    Writer out([this](std::string_view text) { solver_.send(text); });
+    SmtlibTerms smtlib(terms_, out);
+    smtlib.declarations();
+    for (const Expr* rule : rules_) {
+        out << "(assert ";
+        smtlib.truth(rule);
+        out << ")\n";
     }
-    if (rules_.size() <= rules_in_group) return;
-    for (std::size_t from = 0; from < rules_.size(); from += rules_in_group) {
-        const std::string name = group_selector(from / rules_in_group);
-        out << "(declare-const " << name << " Bool)\n(assert (=> " << name << " (and true true";
-        for (std::size_t i = from; i < std::min(from + rules_in_group, rules_.size()); ++i)
-            out << ' ' << selector(i);
-        out << ")))\n";
-    }
+}
+
+void Questions::leave_model() {
+    if (is_in_model_) pop();
+    is_in_model_ = false;
 }
 
 void Questions::assert_value(Writer& out, std::size_t variable, unsigned value) {
@@ -152,123 +63,47 @@ void Questions::assert_value(Writer& out, std::size_t variable, unsigned value) 
     });
 }
 
-void Questions::enable(std::size_t from, std::size_t to) {
-    std::string text;
-    for (std::size_t i = from; i < to; ++i)
-        text += "(assert " + selector(i) + ")\n";
-    solver_.send(text);
+Verdict Questions::has_product() {
+    enter_model();
+    const Verdict verdict = driver::ask(solver_);
+    if (verdict == Verdict::yes) product_ = read_product(solver_, terms_.flat());
+    return verdict;
 }
 
-Verdict Questions::has_product(Product* product) {
+Verdict Questions::products(const std::function<std::vector<std::size_t>(const Product&)>& differs,
+                            const std::function<bool(const Product&)>& visit) {
+    enter_model();
     push();
-    enable_all();
-    const Verdict verdict = ask(solver_);
-    if (verdict == Verdict::yes && product) *product = read_product(solver_, terms_.flat());
+    Verdict verdict;
+    while ((verdict = driver::ask(solver_)) == Verdict::yes) {
+        const Product product = read_product(solver_, terms_.flat());
+        if (!visit(product)) break;
+        Writer out([this](std::string_view text) { solver_.send(text); });
+        out << "(assert (not (and true true";
+        for (const std::size_t variable : differs(product)) {
+            out << ' ';
+            assert_value(out, variable, product[variable]);
+        }
+        out << ")))\n";
+    }
     pop();
     return verdict;
 }
 
-// Contradictions. --------------------------------------------------------------------------------
-
-Verdict Questions::ask_with(const std::vector<std::size_t>& rules) {
-    if (rules.empty()) return ask(solver_); // not all solvers read an empty list
-    std::string question = "(check-sat-assuming (";
-    for (const std::size_t rule : rules)
-        question += selector(rule) + " ";
-    return ask(solver_, question + "))\n");
-}
-
-// The numbers of the selectors that contradict each other: of rules, or of groups.
-std::vector<std::size_t> Questions::read_core(std::string_view begin, std::size_t count) {
-    solver_.send("(get-unsat-assumptions)\n");
-    const std::string answer = solver_.answer();
-    std::vector<std::size_t> core;
-    for (const std::string_view word : words_of(answer)) {
-        std::size_t rule = 0;
-        if (word.starts_with(begin) &&
-            std::from_chars(word.data() + begin.size(), word.data() + word.size(), rule).ec ==
-                std::errc() &&
-            rule < count)
-            core.push_back(rule);
-    }
-    std::ranges::sort(core);
-    return core;
-}
-
-// All rules of a small model; in a large one only those of contradicting groups. One selector per
-// rule in each question would take quadratic time.
-std::vector<std::size_t> Questions::rules_that_matter() {
-    std::vector<std::size_t> rules(rules_.size());
-    std::iota(rules.begin(), rules.end(), std::size_t{0});
-    if (rules.size() <= rules_in_group) return rules;
-    const std::size_t groups = (rules.size() - 1) / rules_in_group + 1;
-    std::string question = "(check-sat-assuming (";
-    for (std::size_t group = 0; group < groups; ++group)
-        question += group_selector(group) + " ";
-    if (ask(solver_, question + "))\n") != Verdict::no) return rules;
-    std::vector<bool> matters(groups);
-    for (const std::size_t group : read_core("|rules ", groups))
-        matters[group] = true;
-    std::erase_if(rules, [&matters](std::size_t rule) { return !matters[rule / rules_in_group]; });
-    return rules;
-}
-
-// Leaves out one rule after the other as long as the rest contradicts itself.
-std::optional<Questions::Contradiction> Questions::smallest_core() {
-    if (ask_with(rules_that_matter()) != Verdict::no) return {};
-    Contradiction found{read_core("|rule ", rules_.size())};
-    for (std::size_t i = 0; i < found.rules.size();) {
-        std::vector<std::size_t> others = found.rules;
-        others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
-        const Verdict verdict = ask_with(others);
-        if (verdict == Verdict::no) {
-            // Those before are needed still, so the place in the list stays.
-            found.rules = read_core("|rule ", rules_.size());
-        } else {
-            found.is_smallest = found.is_smallest && verdict == Verdict::yes;
-            ++i;
-        }
-    }
-    return found;
-}
-
-std::optional<Questions::Contradiction> Questions::contradiction() {
-    return smallest_core();
-}
-
-std::optional<Questions::Contradiction> Questions::why_not(std::size_t variable,
-                                                           const std::vector<unsigned>& values) {
-    push();
-    {
-        Writer out([this](std::string_view text) { solver_.send(text); });
-        out << "(assert (or false false";
-        for (const unsigned value : values) {
-            out << ' ';
-            assert_value(out, variable, value);
-        }
-        out << "))\n";
-    }
-    auto found = smallest_core();
-    pop();
-    return found;
-}
-
 // Values. ----------------------------------------------------------------------------------------
 
-std::vector<PossibleValues> Questions::possible_values(const Product& known, unsigned most) {
+std::vector<PossibleValues> Questions::possible_values(unsigned most) {
     std::vector<PossibleValues> values(terms_.flat().size());
     terms_.flat().for_each([&](const FlatVariable& variable) {
         if (variable.shape.upper >= most) return true;
         auto& possible = values[variable.number].is_possible;
         possible.resize(variable.shape.upper + 1);
-        possible[known[variable.number]] = true;
+        possible[product_[variable.number]] = true;
         return true;
     });
-    push();
-    enable_all();
+    enter_model();
     for (std::size_t from = 0; from < values.size(); from += variables_at_once)
         find_values(from, std::min(from + variables_at_once, values.size()), values);
-    pop();
     return values;
 }
 
@@ -279,7 +114,7 @@ void Questions::find_values(std::size_t from, std::size_t to, std::vector<Possib
     while (verdict == Verdict::yes) {
         push();
         assert_unseen(from, to, values);
-        verdict = ask(solver_);
+        verdict = driver::ask(solver_);
         const std::size_t end = std::min(from + variables_read, values.size());
         if (verdict == Verdict::yes)
             note_values(read_product(solver_, terms_.flat(), from, end), from, values);
@@ -312,55 +147,189 @@ void Questions::note_values(const Product& product, std::size_t from,
     }
 }
 
+// Parts of the model. -----------------------------------------------------------------------------
+
+const ConnectedRules& Questions::connected() {
+    if (!connected_) connected_.emplace(terms_, rules_);
+    return *connected_;
+}
+
+void Questions::make(ModelExcerpt& part, const Claim& claim) {
+    Writer out([this](std::string_view text) { solver_.send(text); });
+    if (claim.variable != none) part.add_variable(out, claim.variable);
+    if (claim.without != none)
+        for (const std::size_t variable : connected().variables_of(claim.without))
+            part.add_variable(out, variable);
+    if (claim.write) claim.write(out);
+}
+
+Verdict Questions::ask(const ModelExcerpt& part, const std::vector<std::size_t>& rules) {
+    steps_ += rules.size() + 1;
+    return part.ask_with(rules);
+}
+
+// Whether there is a product in the excerpt, and so, with the values of the known product for all
+// other variables, one of the model without that rule. As long as such a product violates rules of
+// the model, these are added.
+Verdict Questions::search(ModelExcerpt& part, const Claim& claim) {
+    for (unsigned round = 1;; ++round) {
+        const Verdict verdict = ask(part, part.rules());
+        if (verdict != Verdict::yes) return verdict;
+        const std::vector<std::size_t> missing = violated(part, claim);
+        if (missing.empty()) return Verdict::yes;
+        part.add_rules(missing);
+        if (round > rounds_of_violated) part.add_rules(neighbours(part, claim));
+    }
+}
+
+std::vector<std::size_t> Questions::violated(const ModelExcerpt& part, const Claim& claim) {
+    Changes changed;
+    const Product values = part.values();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const std::size_t variable = part.variables()[i];
+        if (product_[variable] == values[i]) continue;
+        changed.emplace_back(variable, product_[variable]);
+        product_[variable] = values[i];
+    }
+    take_back(part, claim, changed);
+    const Evaluation evaluation(terms_, product_);
+    std::vector<std::size_t> found;
+    for (const auto& [variable, before] : changed) {
+        for (const std::size_t rule : connected().rules_of(variable))
+            if (rule != claim.without && !part.has(rule) && !evaluation.truth(rules_[rule]))
+                found.push_back(rule);
+    }
+    for (const auto& [variable, before] : changed)
+        product_[variable] = before;
+    return found;
+}
+
+// A solver chooses any values for what does not matter, and each that differs from the known
+// product may violate rules that do not matter either.
+void Questions::take_back(const ModelExcerpt& part, const Claim& claim, Changes& changed) {
+    const Evaluation evaluation(terms_, product_);
+    std::erase_if(changed, [&](const auto& change) {
+        const auto& [variable, before] = change;
+        if (variable == claim.variable) return false;
+        const unsigned chosen = std::exchange(product_[variable], before);
+        const auto& rules = connected().rules_of(variable);
+        const bool holds = std::ranges::all_of(rules, [&](std::size_t rule) {
+            if (rule == claim.without) return !evaluation.truth(rules_[rule]);
+            return !part.has(rule) || evaluation.truth(rules_[rule]);
+        });
+        if (!holds) product_[variable] = chosen;
+        return holds;
+    });
+}
+
+// About as many as the excerpt has, the nearest ones first.
+std::vector<std::size_t> Questions::neighbours(const ModelExcerpt& part, const Claim& claim) {
+    std::vector<std::size_t> found;
+    std::vector<std::size_t> variables = part.variables();
+    std::unordered_set<std::size_t> known_variables(variables.begin(), variables.end());
+    std::unordered_set<std::size_t> known_rules(part.rules().begin(), part.rules().end());
+    known_rules.insert(claim.without);
+    const auto visit = [&](std::size_t rule) {
+        if (!known_rules.insert(rule).second) return;
+        found.push_back(rule);
+        for (const std::size_t variable : connected().variables_of(rule))
+            if (known_variables.insert(variable).second) variables.push_back(variable);
+    };
+    for (std::size_t i = 0; i < variables.size() && found.size() < part.rules().size(); ++i)
+        for (const std::size_t rule : connected().rules_of(variables[i]))
+            visit(rule);
+    return found;
+}
+
+// Contradictions. --------------------------------------------------------------------------------
+
+// Leaves out one rule after the other as long as the rest contradicts itself or the claim.
+Questions::Contradiction Questions::smallest(const Claim& claim, std::vector<std::size_t> core) {
+    Contradiction found{std::move(core)};
+    if (found.rules.size() < 2) return found;
+    push();
+    ModelExcerpt part(terms_, connected(), solver_);
+    make(part, claim);
+    part.add_rules(found.rules);
+    const std::size_t enough = steps_ + most_steps_of_one;
+    for (std::size_t i = 0; i < found.rules.size();) {
+        if (steps_ > enough) {
+            found.is_smallest = false;
+            break;
+        }
+        std::vector<std::size_t> others = found.rules;
+        others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
+        const Verdict verdict = ask(part, others);
+        if (verdict == Verdict::no) {
+            // Those before are needed still, so the place in the list stays.
+            found.rules = part.core();
+        } else {
+            found.is_smallest = found.is_smallest && verdict == Verdict::yes;
+            ++i;
+        }
+    }
+    pop();
+    return found;
+}
+
+std::optional<Questions::Contradiction> Questions::contradiction() {
+    leave_model();
+    std::vector<std::size_t> rules(rules_.size());
+    std::iota(rules.begin(), rules.end(), std::size_t{0});
+    push();
+    ModelExcerpt all(terms_, connected(), solver_);
+    all.add_rules(rules);
+    const Verdict verdict = ask(all, rules);
+    if (verdict == Verdict::no) rules = all.core();
+    pop();
+    if (verdict != Verdict::no) return {};
+    return smallest({}, std::move(rules));
+}
+
+std::optional<Questions::Contradiction> Questions::why_not(std::size_t variable,
+                                                           const std::vector<unsigned>& values) {
+    if (steps_ > most_steps) return {};
+    leave_model();
+    const auto write = [&](Writer& out) {
+        out << "(assert (or false false";
+        for (const unsigned value : values) {
+            out << ' ';
+            assert_value(out, variable, value);
+        }
+        out << "))\n";
+    };
+    const Claim claim{write, variable};
+    push();
+    ModelExcerpt part(terms_, connected(), solver_);
+    make(part, claim);
+    std::vector<std::size_t> core;
+    const Verdict verdict = search(part, claim);
+    if (verdict == Verdict::no) core = part.core();
+    pop();
+    if (verdict != Verdict::no) return {};
+    return smallest(claim, std::move(core));
+}
+
 // Rules. -----------------------------------------------------------------------------------------
 
 void Questions::redundant_rules(const std::function<void(std::size_t, Verdict)>& found) {
-    if (!rules_.empty()) find_redundant(0, rules_.size(), found);
+    leave_model();
+    for (std::size_t rule = 0; rule < rules_.size(); ++rule)
+        found(rule, differs_without(rule));
 }
 
-// All rules outside of the range hold already: half of those inside are added for the other half,
-// so each is sent a few times only.
-void Questions::find_redundant(std::size_t from, std::size_t to,
-                               const std::function<void(std::size_t, Verdict)>& found) {
-    if (to - from == 1) {
-        push();
-        {
-            Writer out([this](std::string_view text) { solver_.send(text); });
-            out << "(assert (not ";
-            SmtlibTerms(terms_, out).truth(rules_[from]);
-            out << "))\n";
-        }
-        const Verdict verdict = ask(solver_);
-        pop();
-        return found(from, verdict);
-    }
-    const std::size_t middle = from + (to - from) / 2;
+// Is there a product that the rule alone excludes?
+Verdict Questions::differs_without(std::size_t rule) {
+    const auto write = [this, rule](Writer& out) {
+        out << "(assert (not ";
+        SmtlibTerms(terms_, out).truth(rules_[rule]);
+        out << "))\n";
+    };
+    const Claim claim{write, none, rule};
     push();
-    enable(middle, to);
-    find_redundant(from, middle, found);
-    pop();
-    push();
-    enable(from, middle);
-    find_redundant(middle, to, found);
-    pop();
-}
-
-Verdict Questions::products(const std::function<std::vector<std::size_t>(const Product&)>& differs,
-                            const std::function<bool(const Product&)>& visit) {
-    push();
-    enable_all();
-    Verdict verdict;
-    while ((verdict = ask(solver_)) == Verdict::yes) {
-        const Product product = read_product(solver_, terms_.flat());
-        if (!visit(product)) break;
-        Writer out([this](std::string_view text) { solver_.send(text); });
-        out << "(assert (not (and true true";
-        for (const std::size_t variable : differs(product)) {
-            out << ' ';
-            assert_value(out, variable, product[variable]);
-        }
-        out << ")))\n";
-    }
+    ModelExcerpt part(terms_, connected(), solver_);
+    make(part, claim);
+    const Verdict verdict = search(part, claim);
     pop();
     return verdict;
 }

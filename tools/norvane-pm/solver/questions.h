@@ -4,19 +4,15 @@
 
 #include <functional>
 #include <optional>
-#include <string>
+#include <utility>
 #include <vector>
 
+#include "answers.h"
+#include "excerpt.h"
 #include "process.h"
-#include "smtlib.h"
 #include "terms.h"
 
 namespace norvane::driver {
-
-enum class Verdict { yes, no, unknown };
-
-// The value of each variable, by its number.
-using Product = std::vector<unsigned>;
 
 // Which values a variable can have.
 struct PossibleValues {
@@ -24,37 +20,35 @@ struct PossibleValues {
     bool is_known = false;         // no value without a product was left open
 };
 
-// Whether what was sent can be satisfied. Throws a SolverFault.
-Verdict ask(SolverProcess& solver, const std::string& question = "(check-sat)\n");
-
-// The values that satisfy it, of variables that were declared with a prefix.
-Product read_product(SolverProcess& solver, const FlatModel& flat, const std::string& prefix = {});
-
 class Questions {
   public:
-    // Borrows both, and sends the variables and the rules. Each rule is one that a question can do
-    // without.
+    // Borrows both.
     Questions(const Terms& terms, const FlatRules& rules, SolverProcess& solver);
 
     std::size_t rule_count() const { return rules_.size(); }
     const Expr* rule(std::size_t number) const { return rules_[number]; }
 
-    // Is there a product? Its values, if so.
-    Verdict has_product(Product* product);
+    // Is there a product? It is kept for the questions below; all but the contradiction need one.
+    Verdict has_product();
+    // The value of each variable.
+    const Product& product() const { return product_; }
+
     // Rules that contradict each other, none of which can be left out; or, with values of a
     // variable, rules that no product with one of these values satisfies.
     struct Contradiction {
         std::vector<std::size_t> rules;
-        bool is_smallest = true; // false if the time limit ended the minimisation
+        bool is_smallest = true; // false if leaving out more would take too long
     };
     std::optional<Contradiction> contradiction();
+    // Nothing if the time was too short, or after too many steps for reasons in all: a large model
+    // may have thousands of rules for each of thousands of values.
     std::optional<Contradiction> why_not(std::size_t variable, const std::vector<unsigned>& values);
 
     // The values that products have, for variables with at most `most` of them; an empty list for
-    // the others. Begins with what a known product has.
-    std::vector<PossibleValues> possible_values(const Product& known, unsigned most);
+    // the others.
+    std::vector<PossibleValues> possible_values(unsigned most);
 
-    // Calls found(number, verdict) for each rule: whether it follows from all others.
+    // Calls found(number, verdict) for each rule: no where it follows from all others.
     void redundant_rules(const std::function<void(std::size_t, Verdict)>& found);
 
     // Calls visit(product) for products, each of which differs from those before in what
@@ -63,17 +57,29 @@ class Questions {
                      const std::function<bool(const Product&)>& visit);
 
   private:
+    static constexpr std::size_t none = SIZE_MAX;
+    // What a question says besides the rules of its excerpt.
+    struct Claim {
+        std::function<void(Writer&)> write;
+        std::size_t variable = none; // whose value it is about
+        std::size_t without = none;  // the rule that it denies
+    };
+    using Changes = std::vector<std::pair<std::size_t, unsigned>>; // variables, and values before
+
     void push() { solver_.send("(push 1)\n"); }
     void pop() { solver_.send("(pop 1)\n"); }
+    void enter_model();
+    void leave_model();
     void assert_value(Writer& out, std::size_t variable, unsigned value);
-    void enable(std::size_t from, std::size_t to);
-    void enable_all() { enable(0, rules_.size()); }
-    Verdict ask_with(const std::vector<std::size_t>& rules);
-    std::vector<std::size_t> read_core(std::string_view begin, std::size_t count);
-    std::vector<std::size_t> rules_that_matter();
-    std::optional<Contradiction> smallest_core();
-    void find_redundant(std::size_t from, std::size_t to,
-                        const std::function<void(std::size_t, Verdict)>& found);
+    const ConnectedRules& connected();
+    void make(ModelExcerpt& part, const Claim& claim);
+    Verdict ask(const ModelExcerpt& part, const std::vector<std::size_t>& rules);
+    Verdict search(ModelExcerpt& part, const Claim& claim);
+    std::vector<std::size_t> violated(const ModelExcerpt& part, const Claim& claim);
+    void take_back(const ModelExcerpt& part, const Claim& claim, Changes& changed);
+    std::vector<std::size_t> neighbours(const ModelExcerpt& part, const Claim& claim);
+    Contradiction smallest(const Claim& claim, std::vector<std::size_t> core);
+    Verdict differs_without(std::size_t rule);
     void find_values(std::size_t from, std::size_t to, std::vector<PossibleValues>& values);
     void assert_unseen(std::size_t from, std::size_t to, const std::vector<PossibleValues>& values);
     // Of the variables from a number on.
@@ -83,6 +89,10 @@ class Questions {
     const Terms& terms_;
     SolverProcess& solver_;
     std::vector<const Expr*> rules_;
+    std::optional<ConnectedRules> connected_; // made once it is needed
+    bool is_in_model_ = false;                // a scope with all of it is open
+    Product product_;
+    std::size_t steps_ = 0; // rules in the questions about parts of the model
 };
 
 } // namespace norvane::driver

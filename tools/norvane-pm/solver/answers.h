@@ -1,0 +1,36 @@
+// What a solver answers: verdicts, the values of a product, and the names in a core.
+#ifndef NORVANE_PM_ANSWERS_H
+#define NORVANE_PM_ANSWERS_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "process.h"
+#include "terms.h"
+
+namespace norvane::driver {
+
+enum class Verdict { yes, no, unknown };
+
+// The value of each variable, by its number.
+using Product = std::vector<unsigned>;
+
+// Whether what was sent can be satisfied. Throws a SolverFault.
+Verdict ask(SolverProcess& solver, const std::string& question = "(check-sat)\n");
+
+// The values that satisfy it, of variables that were declared with a prefix; or of those from one
+// number to before another, or of a list.
+Product read_product(SolverProcess& solver, const FlatModel& flat, const std::string& prefix = {});
+Product read_product(SolverProcess& solver, const FlatModel& flat, std::size_t from,
+                     std::size_t to);
+Product read_product(SolverProcess& solver, const FlatModel& flat,
+                     const std::vector<std::size_t>& variables);
+
+// The assumptions that contradict each other, of those that are called "|rule NUMBER|", in the
+// order of their numbers, which are less than `count`.
+std::vector<std::size_t> read_core(SolverProcess& solver, std::size_t count);
+
+} // namespace norvane::driver
+
+#endif
