@@ -8,7 +8,7 @@
 
 #include "import.h"
 #include "imported_names.h"
-#include "writer.h"
+#include "written_model.h"
 
 namespace norvane::driver {
 namespace {
@@ -183,7 +183,7 @@ class Model {
   public:
     Model(Clauses& clauses, Writer& out) : clauses_(clauses), out_(out) {}
 
-    Imported write() {
+    void write() {
         spelled_.resize(clauses_.variables + std::size_t{1});
         find_meanings();
         out_ << "variable\n";
@@ -192,8 +192,8 @@ class Model {
             variable += declare(variable);
         out_ << "\nrule\n";
         write_clauses();
-        return {"", names_.renamed(), std::move(clauses_.left_out)};
     }
+    const ImportedNames& names() const { return names_; }
 
   private:
     static constexpr std::uint32_t none = UINT32_MAX;
@@ -334,14 +334,7 @@ class Model {
 
 Imported import_dimacs(std::string_view text) {
     Clauses clauses = Reader(text).read();
-    std::string source;
-    Imported imported;
-    {
-        Writer out([&source](std::string_view piece) { source += piece; });
-        imported = Model(clauses, out).write();
-    }
-    imported.source = std::move(source);
-    return imported;
+    return imported_by<Model>(clauses);
 }
 
 } // namespace norvane::driver

@@ -10,7 +10,7 @@
 #include "norvane/base/deep.hpp"
 
 #include "imported_names.h"
-#include "writer.h"
+#include "written_model.h"
 
 namespace norvane::driver {
 namespace {
@@ -19,6 +19,9 @@ namespace {
 struct NotCarriedOver {
     std::string why;
 };
+
+// Of brackets in a constraint. The parser of PM holds 200,000 symbols, three for each of them.
+constexpr std::size_t most_depth = 60'000;
 
 // What a number in a rule can be: the library computes in 32 bits.
 struct Bounds {
@@ -62,7 +65,7 @@ class UvlWriter {
   public:
     UvlWriter(UvlModel& model, Writer& out) : model_(model), out_(out) {}
 
-    Imported write() {
+    void write() {
         for (UvlFeature& feature : model_.features)
             names_of_.push_back(names_.make(feature.name.text));
         find_truths();
@@ -74,8 +77,8 @@ class UvlWriter {
                 group(feature, of);
         for (const UvlIndex constraint : model_.constraints)
             this->constraint(constraint);
-        return {"", names_.renamed(), std::move(model_.left_out)};
     }
+    const ImportedNames& names() const { return names_; }
 
   private:
     // The variable whose labels are the features of an alternative.
@@ -245,10 +248,21 @@ class UvlWriter {
         std::string text;
         try {
             write_truth(index, text);
+            if (depth_of(text) > most_depth) throw NotCarriedOver{"it is nested too deeply"};
         } catch (const NotCarriedOver& reason) {
             return model_.leave_out(first_line(index), "the constraint, since " + reason.why);
         }
         out_ << "  " << text << ";\n";
+    }
+    static std::size_t depth_of(std::string_view text) {
+        std::size_t depth = 0;
+        std::size_t deepest = 0;
+        for (const char c : text) {
+            depth += c == '(';
+            depth -= c == ')' && depth > 0;
+            deepest = std::max(deepest, depth);
+        }
+        return deepest;
     }
     unsigned first_line(UvlIndex index) const {
         while (term(index).left != uvl_none)
@@ -523,14 +537,7 @@ class UvlWriter {
 
 Imported import_uvl(std::string_view text) {
     UvlModel model = uvl_model(text);
-    std::string source;
-    Imported imported;
-    {
-        Writer out([&source](std::string_view piece) { source += piece; });
-        imported = UvlWriter(model, out).write();
-    }
-    imported.source = std::move(source);
-    return imported;
+    return imported_by<UvlWriter>(model);
 }
 
 } // namespace norvane::driver
