@@ -121,31 +121,35 @@ class Finder {
     // the statement from which to go on.
     void parse_from(Statement statement) {
         begin_corrections(statement);
-        for (unsigned corrections = 0;; ++corrections) {
-            const auto errors = source_.parse(statement.first, edited_end_, statement.head());
-            if (errors.empty()) {
-                next_ = statements_.size();
-                return;
-            }
-            const TokenReport error = named_by_grammar(errors);
-            const Statement culprit = culprit_of(statement, error.token);
+        unsigned corrections = 0;
+        while (const std::optional<TokenReport> error = next_error(statement)) {
+            const Statement culprit = culprit_of(statement, error->token);
             if (culprit.first != statement.first) {
                 corrections = 0;
                 begin_corrections(culprit);
             }
             statement = culprit;
             if (statement.is_stray) return take_out_brace(statement);
-            if (ends_section_early(statement, error)) return;
+            if (ends_section_early(statement, *error)) return;
             const std::size_t first = statement.first;
-            if (corrections < most_corrections && correct(statement, error)) {
-                if (statement.first >= statement.end) return skip_to(statement.first);
-                if (statement.first > first) corrections = 0;
-                continue;
-            }
-            doubt_corrections();
-            tell(statement, uncorrected_);
-            return give_up(statement);
+            if (corrections == most_corrections || !correct(statement, *error))
+                return report_and_give_up(statement);
+            if (statement.first >= statement.end) return skip_to(statement.first);
+            corrections = statement.first > first ? 1 : corrections + 1;
         }
+        next_ = statements_.size();
+    }
+
+    std::optional<TokenReport> next_error(const Statement& statement) {
+        const auto errors = source_.parse(statement.first, edited_end_, statement.head());
+        if (errors.empty()) return std::nullopt;
+        return named_by_grammar(errors);
+    }
+
+    void report_and_give_up(const Statement& statement) {
+        doubt_corrections();
+        tell(statement, uncorrected_);
+        give_up(statement);
     }
 
     void take_out_brace(const Statement& statement) {
