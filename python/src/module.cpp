@@ -18,6 +18,7 @@ void wait_before_forks() {
 PYBIND11_MODULE(_norvane, module) {
     using namespace norvane::python;
     wait_before_forks();
+    util_throw_scanner_failures(1); // which would end the interpreter
     module.doc() = "The project library; use the package norvane.";
     add_reports(module);
     add_faults(module);

@@ -10,8 +10,7 @@ spread; N = 0 takes each. With --once no two fail together: the runtime of a san
 when it has no memory itself. Whatever fails, the driver has to
 
 - succeed with the very same results, or end with a report and status 1, or with a report and
-  status 3, or, where a scanner has no memory, with its text and status 2, or, where the C library
-  cannot note what a thread is to clean up, by its abort with a text;
+  status 3, or, where the C library cannot note what a thread is to clean up, by its abort with a text;
 - leave no file behind, but for what cannot be removed;
 - leave the file that it was to write as it was, or whole.
 """
@@ -177,10 +176,6 @@ def faults(whole, actual, kind):
     elif actual.status == -signal.SIGABRT:
         if not re.search(rb'^Fatal glibc error: .', actual.stderr, re.M):
             yield 'an abort'
-    elif actual.status == 2:
-        # flex ends the process when it is out of memory for its buffer; its texts are kept for compatibility.
-        if not re.search(rb'^(out of dynamic memory in|fatal error - scanner input buffer)', actual.stderr, re.M):
-            yield 'status 2, but no scanner ended the process'
     elif actual.status not in (1, 3):
         yield 'status %s' % actual.status
     if actual.status != 0 and not actual.stderr:

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <exception>
 
+#include "norvane/base/memory.h"
+
 #include "arguments.h"
 #include "output.h"
 #include "run.h"
@@ -37,7 +39,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace norvane::driver;
     prepare_output();
-    std::atexit(remove_temporaries); // a scanner that is out of memory ends the process itself
+    util_throw_scanner_failures(1); // so that they are told with step and subject, as all others
     int status = STATUS_INTERNAL_FAILURE;
     try {
         status = run(argc, argv);

@@ -3,6 +3,8 @@
 
 #include <stdexcept>
 
+#include "norvane/base/memory.h"
+
 #include "load_calculation.h"
 #include "load_model.h"
 #include "run.h"
@@ -35,6 +37,7 @@ driver::Options options_for(const std::filesystem::path& model, const FaultOptio
 
 std::vector<Fault> run(const driver::Options& options, void (*command)(driver::Session&)) try {
     driver::leave_signals_alone();
+    util_throw_scanner_failures(1); // which would end the program
     return driver::findings_of(options, command);
 } catch (const driver::WrongUsage& wrong) {
     throw std::invalid_argument(wrong.text);

@@ -12,7 +12,7 @@
 // Nothing is printed. One call at a time in a process, those of norvane/proj.hpp included. During a
 // call, `stdout` of the C library takes nothing, since the scanners copy characters of malformed
 // sources there. Afterwards os_set_preprocessor_sink, os_set_preprocessor_warnings and
-// util_set_temp_directory are at their defaults.
+// util_set_temp_directory are at their defaults, and util_throw_scanner_failures is on.
 //
 // Texts are as in norvane/proj.hpp: those of models in code page 1252, file names as they were
 // given. A replacement can so be written into the source as it is.

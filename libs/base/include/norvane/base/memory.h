@@ -22,6 +22,14 @@ NORVANE_BASE_API void* util_calloc_throw(size_t size);
  * valid. If it throws, `pointer` is still valid, and the caller still owns it. */
 NORVANE_BASE_API void* util_realloc_throw(void* pointer, size_t size);
 
+/* Where a scanner of the project library finds no memory for its buffer, it ends the process: by
+ * default with status 2, after a text on standard error, since existing hosts expect that. With
+ * `are_thrown` not 0 it throws EXCEPT_ASSERTION with the text "Out of memory" instead. */
+NORVANE_BASE_API void util_throw_scanner_failures(int are_thrown);
+
+/* Ends the process, or throws, as just described; for scanners. */
+NORVANE_BASE_API void util_fail_scanner(const char* text);
+
 NORVANE_END_DECLS
 
 #endif
