@@ -206,6 +206,16 @@ void tell(const OsPreprocessorMessage* m, void*) {
     told += "\n";
 }
 
+TEST_F(PreprocessTest, DefinitionsStayInTheTextForAHostThatWantsThem) {
+    const std::string model = "#define A(x, y) x \\\n+ y\n#undef A\na;\n";
+    os_set_preprocessor_definitions(1);
+    const std::string kept = result(model, {"-DB=2"});
+    os_set_preprocessor_definitions(0);
+    EXPECT_LT(kept.find("#define B 2\n"), kept.find("#line 1 \"m.pm\"\n"));
+    EXPECT_NE(kept.find("\n#define A(x,y) x + y\n\n#undef A\na;\n"), std::string::npos) << kept;
+    EXPECT_EQ(result(model, {"-DB=2"}).find("#define"), std::string::npos);
+}
+
 TEST_F(PreprocessTest, AHostIsToldWhatThePreprocessorSaysAndWhyItFailed) {
     directory.write("car.pm", "\n#include \"a: b.pm\"\n");
     directory.write("a: b.pm", "#include \"engine.pm\"\n");

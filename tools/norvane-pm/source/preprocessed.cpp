@@ -19,12 +19,21 @@ struct Written {
     std::optional<std::string> text;
 };
 
+// While this lives, the preprocessor leaves the definitions of macros in the text.
+struct KeptDefinitions {
+    KeptDefinitions() { os_set_preprocessor_definitions(1); }
+    ~KeptDefinitions() { os_set_preprocessor_definitions(0); }
+    KeptDefinitions(const KeptDefinitions&) = delete;
+    KeptDefinitions& operator=(const KeptDefinitions&) = delete;
+};
+
 Written preprocess(const std::string& file, const std::vector<std::string>& cpp_args) {
     char* name = call([] { return util_temp_filename(".pm"); });
     if (!name) return {false, {}};
     const std::string output = name;
     str_delete(name);
     const detail::ListOwner arguments = detail::list_of(cpp_args);
+    const KeptDefinitions definitions;
     const int status = call([to = output.c_str(), from = file.c_str(), list = arguments.get()] {
         return os_pre_process_file(to, from, list);
     });

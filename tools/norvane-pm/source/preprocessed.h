@@ -1,4 +1,4 @@
-// The text of a model after the preprocessor.
+// The text of a model after the preprocessor, with the definitions of its macros.
 #ifndef NORVANE_PM_PREPROCESSED_H
 #define NORVANE_PM_PREPROCESSED_H
 

@@ -1,18 +1,20 @@
-// Finds columns. The preprocessor copies a line without macros byte by byte, so columns agree. In
-// other lines the tokens are matched one by one with the user's; tokens without a match come from a
-// macro.
+// The preprocessor keeps a line as it is, byte by byte, unless it expands a macro there. So a
+// column is that of its line; a line that differs from the user's is expanded once more, which
+// tells where each byte comes from.
 #include "source_text.h"
 
 #include <algorithm>
 #include <charconv>
-#include <span>
-#include <unordered_map>
+#include <optional>
 #include <utility>
+
+#include "bytes.h"
 
 namespace norvane::driver {
 namespace {
 
 constexpr std::size_t none = static_cast<std::size_t>(-1);
+constexpr std::string_view undefinition = "#undef ";
 
 struct Directive {
     unsigned line = 0;
@@ -46,136 +48,70 @@ bool is_include(std::string_view line) {
     return word != std::string_view::npos && line.substr(word, 7) == "include";
 }
 
-// Limits of a macro call: its lines, and the bytes of them that are read.
-constexpr unsigned longest_use = 40;
-constexpr std::size_t longest_text = 1 << 14;
-
-std::string_view first_lines(std::string_view text) {
-    std::size_t end = 0;
-    for (unsigned i = 0; i < longest_use && end < text.size(); ++i)
-        end = std::min(text.find('\n', end), text.size() - 1) + 1;
-    return text.substr(0, std::min(end, longest_text));
+// How many of the tokens that the preprocessor wrote are those of the expansion, in their order.
+// Comments are not compared: the preprocessor adds to them to keep up with the lines of the source.
+std::size_t tokens_told(std::span<const Token> written, std::string_view text,
+                        std::span<const Token> made, const Expansion& expansion) {
+    std::size_t same = 0;
+    const auto is_same = [&] {
+        return text.substr(written[same].offset, written[same].length) ==
+               std::string_view(expansion.text()).substr(made[same].offset, made[same].length);
+    };
+    while (same < written.size() && same < made.size() && is_same())
+        ++same;
+    if (same == written.size()) return same;
+    // The two differ in the end, so that nothing is certain after the first macro.
+    while (same > 0 && made[same - 1].offset + made[same - 1].length > expansion.plain_length())
+        --same;
+    return same;
 }
 
-// Tokens with the text that they are of.
-struct Words {
-    std::string_view text;
-    std::span<const Token> tokens;
-    std::size_t size() const { return tokens.size(); }
-    std::string_view operator[](std::size_t i) const {
-        return text.substr(tokens[i].offset, tokens[i].length);
-    }
-};
-
-// Matches the tokens of a line that the preprocessor wrote with those that the user wrote.
-class Alignment {
+// The lines of a text, whose first one has a number.
+class UserLines {
   public:
-    // What a token was: a token of the user's, by itself or as a part of the use of a macro.
-    struct Match {
-        std::size_t token = none;
-        std::size_t use = none; // the macro's name
-    };
-
-    Alignment(Words written, Words user, const SourceFiles& files)
-        : written_(written), user_(user), files_(files), matches_(written.size()) {
-        while (at_ < written_.size() && step()) {
-        }
+    UserLines(std::string_view text, unsigned number, std::size_t last_offset)
+        : text_(text), number_(number) {
+        for (std::size_t end = text.find('\n'); end < last_offset; end = text.find('\n', end + 1))
+            begins_.push_back(end + 1);
     }
-    const std::vector<Match>& matches() const { return matches_; }
+    unsigned line(std::size_t offset) const {
+        return number_ + static_cast<unsigned>(index(offset));
+    }
+    unsigned column(std::size_t offset) const {
+        return static_cast<unsigned>(offset - begins_[index(offset)] + 1);
+    }
+    std::size_t end_of_word(std::size_t offset) const {
+        while (offset < text_.size() && is_word_byte(text_[offset]))
+            ++offset;
+        return offset;
+    }
 
   private:
-    // False where the two may differ from here on.
-    bool step() {
-        if (from_ >= user_.size()) return false;
-        if (user_[from_] == written_[at_] && !files_.macro(user_[from_])) {
-            matches_[at_++].token = from_++;
-            return true;
-        }
-        if (user_.tokens[from_].kind != TokenKind::word) return false;
-        return expand();
+    std::size_t index(std::size_t offset) const {
+        const auto after = std::ranges::upper_bound(begins_, offset);
+        return static_cast<std::size_t>(after - begins_.begin()) - 1;
     }
 
-    // The first token after the use of a macro.
-    std::size_t end_of_use() const {
-        const Macro* macro = files_.macro(user_[from_]);
-        const std::size_t next = from_ + 1;
-        if (!macro || !macro->takes_arguments || next >= user_.size() || user_[next] != "(")
-            return next;
-        unsigned depth = 0;
-        for (std::size_t i = next; i < user_.size(); ++i) {
-            if (user_[i] == "(") ++depth;
-            if (user_[i] == ")" && --depth == 0) return i + 1;
-        }
-        return user_.size();
-    }
-
-    bool agree(std::size_t at, std::size_t from) const {
-        for (std::size_t i = 0; i < 3; ++i) {
-            if (from + i >= user_.size() || at + i >= written_.size()) return true;
-            if (files_.macro(user_[from + i])) return i > 0;
-            if (user_[from + i] != written_[at + i]) return false;
-        }
-        return true;
-    }
-
-    bool expand() {
-        const std::size_t after = end_of_use();
-        std::size_t end = at_;
-        if (after < user_.size())
-            while (end < written_.size() && !agree(end, after))
-                ++end;
-        else
-            end = written_.size();
-        if (end == written_.size() && after < user_.size() && files_.macro(user_[after]))
-            return false;
-        const Arguments of_use = arguments(after);
-        for (; at_ < end; ++at_) {
-            const auto argument = of_use.find(written_[at_]);
-            const bool is_known = argument != of_use.end() && argument->second != none;
-            matches_[at_] = {is_known ? argument->second : from_, from_};
-        }
-        from_ = after;
-        return true;
-    }
-
-    // The tokens of the arguments of a use, by their words; none for a word that is there twice.
-    using Arguments = std::unordered_map<std::string_view, std::size_t>;
-    Arguments arguments(std::size_t after) const {
-        Arguments found;
-        for (std::size_t i = from_ + 2; i + 1 < after; ++i) {
-            const auto [place, is_new] = found.try_emplace(user_[i], i);
-            if (!is_new) place->second = none;
-        }
-        return found;
-    }
-
-    Words written_;
-    Words user_;
-    const SourceFiles& files_;
-    std::vector<Match> matches_;
-    std::size_t at_ = 0;
-    std::size_t from_ = 0;
+    std::string_view text_;
+    unsigned number_;
+    std::vector<std::size_t> begins_{0};
 };
 
-struct UserPlace {
-    unsigned line;
-    unsigned column;
+// From the first to the last byte of a token in the user's text.
+struct UserBytes {
+    std::size_t begin;
+    std::size_t end;
 };
 
-// The lines and columns of the tokens of a text, whose first line has this number.
-std::vector<UserPlace> places_of(const Scan& scan, std::string_view text, unsigned number) {
-    std::vector<UserPlace> places;
-    places.reserve(scan.tokens.size());
-    std::size_t begin = 0;
-    std::size_t end = text.find('\n'); // of the line
-    for (const Token& token : scan.tokens) {
-        for (; end < token.offset; end = text.find('\n', begin)) {
-            begin = end + 1;
-            ++number;
-        }
-        places.push_back({number, static_cast<unsigned>(token.offset - begin + 1)});
-    }
-    return places;
+// Of a token that parts of a macro and of an argument make up, the argument's part.
+UserBytes user_bytes(std::span<const Expansion::Origin> bytes, const UserLines& lines) {
+    const auto is_written = [](const Expansion::Origin& byte) { return byte.is_written; };
+    const auto first = std::ranges::find_if(bytes, is_written);
+    if (first == bytes.end()) return {bytes[0].offset, lines.end_of_word(bytes[0].offset)};
+    std::size_t end = first->offset + std::size_t{1};
+    for (auto next = first + 1; next != bytes.end() && next->is_written; ++next, ++end)
+        if (next->offset != end) break;
+    return {first->offset, end};
 }
 
 } // namespace
@@ -187,18 +123,40 @@ SourceText::SourceText(std::string text, std::string file, SourceFiles files, La
     for (std::size_t at = text_.find('\n'); at != std::string::npos; at = text_.find('\n', at + 1))
         rows_.push_back(at + 1);
     find_segments();
-    for (const Segment& segment : segments_)
-        files_.rest(segment.file, 1); // for its macros
 }
 
 void SourceText::find_segments() {
     add_segment(0, file_, 1);
     for (const std::size_t at : scan_.directives) {
-        const std::string_view line = first_line(std::string_view(text_).substr(at));
+        const std::string_view rest = std::string_view(text_).substr(at);
+        const std::string_view line = first_line(rest);
         const Directive read = read_directive(line);
         if (!read.file.empty())
             add_segment(at + line.size() + 1, std::string(read.file), read.line);
+        else if (line.starts_with(undefinition))
+            macros_.undefine(at, line.substr(undefinition.size()));
+        else if (auto macro = read_definition(line))
+            add_macro(at, *std::move(macro));
     }
+}
+
+// The preprocessor drops comments, which may end the name of a parameter. So the user's text is
+// taken where it defines the same name. What comes before the first file is an option.
+void SourceText::add_macro(std::size_t offset, Macro macro) {
+    if (segments_.size() > 1) {
+        const Segment& segment = segments_.back();
+        const unsigned number = segment.line + static_cast<unsigned>(row_of(offset) - segment.row);
+        const std::string_view user = files_.rest(segment.file, number);
+        std::optional<Macro> written = read_definition(user);
+        if (written && written->name == macro.name) macro = *std::move(written);
+        macro.place = {segment.file, number, 0, 0, 0};
+        if (const std::size_t name = name_in_definition(user); name != user.npos) {
+            macro.place.column = static_cast<unsigned>(name + 1);
+            macro.place.end_line = number;
+            macro.place.end_column = macro.place.column + static_cast<unsigned>(macro.name.size());
+        }
+    }
+    macros_.define(offset, std::move(macro));
 }
 
 // A file that begins after a line that includes one was included there; otherwise the text has come
@@ -206,7 +164,7 @@ void SourceText::find_segments() {
 void SourceText::add_segment(std::size_t offset, std::string file, unsigned line) {
     std::size_t includer = none;
     unsigned includer_line = 0;
-    if (!segments_.empty()) {
+    if (segments_.size() > 1) { // options come before the first file
         const Segment& before = segments_.back();
         const auto rows = static_cast<unsigned>(row_of(offset) - before.row);
         const unsigned last = before.line + rows - std::min(rows, 2u);
@@ -224,6 +182,13 @@ void SourceText::add_segment(std::size_t offset, std::string file, unsigned line
         }
     }
     segments_.push_back({offset, row_of(offset), std::move(file), line, includer, includer_line});
+}
+
+std::vector<std::string> SourceText::files() const {
+    std::vector<std::string> files;
+    for (const Segment& segment : segments_)
+        if (std::ranges::find(files, segment.file) == files.end()) files.push_back(segment.file);
+    return files;
 }
 
 std::size_t SourceText::row_of(std::size_t offset) const {
@@ -272,7 +237,8 @@ SourceText::Row SourceText::align(std::size_t row) const {
     const auto first = std::lower_bound(tokens.begin(), tokens.end(), rows_[row], before);
     const auto last = std::lower_bound(first, tokens.end(), rows_[row] + line.size(), before);
     const std::span<const Token> here(first, last);
-    Row result{static_cast<std::size_t>(first - tokens.begin()), std::vector<Origin>(here.size())};
+    Row result{
+        static_cast<std::size_t>(first - tokens.begin()), std::vector<Origin>(here.size()), {}};
 
     const Segment& segment = segment_of(rows_[row]);
     const unsigned number = segment.line + static_cast<unsigned>(row - segment.row);
@@ -288,23 +254,45 @@ SourceText::Row SourceText::align(std::size_t row) const {
     }
     if (!rest.data() || is_same) return result;
 
-    const std::string_view user_text = first_lines(rest);
-    const bool in_comment = std::ranges::binary_search(scan_.comment_lines, rows_[row]);
-    const Scan user = scan(user_text, in_comment ? 1 : 0, language_);
-    const Alignment alignment({text_, here}, {user_text, user.tokens}, files_);
-    const std::vector<UserPlace> places = places_of(user, user_text, number);
-    for (std::size_t i = 0; i < here.size(); ++i) {
-        const auto [token, use] = alignment.matches()[i];
-        if (token == none) continue;
-        const auto length = static_cast<unsigned>(user.tokens[token].length);
-        result.origins[i].line = places[token].line;
-        result.origins[i].column = places[token].column;
-        result.origins[i].end_column = places[token].column + length;
-        if (use != none)
-            result.origins[i].macro =
-                std::string(user_text.substr(user.tokens[use].offset, user.tokens[use].length));
-    }
+    expand(row, here, result);
     return result;
+}
+
+// The first line of those that the preprocessor has made in one go: a comment runs on over lines.
+std::size_t SourceText::first_row(std::size_t row, const Segment& segment) const {
+    while (row > segment.row && std::ranges::binary_search(scan_.comment_lines, rows_[row]))
+        --row;
+    return row;
+}
+
+// Finds the places in a line that has another text than the user's.
+void SourceText::expand(std::size_t row, std::span<const Token> here, Row& result) const {
+    const Segment& segment = segment_of(rows_[row]);
+    const std::size_t first = first_row(row, segment);
+    const unsigned number = segment.line + static_cast<unsigned>(first - segment.row);
+    const std::string_view user = files_.rest(segment.file, number);
+    const Expansion expansion(
+        user, [this, row](std::string_view name) { return macros_.find(name, rows_[row]); });
+    const std::vector<Token> made = scan(expansion.text(), 0, language_).tokens;
+    const auto begin = std::ranges::lower_bound(scan_.tokens, rows_[first], {}, &Token::offset);
+    const std::size_t before =
+        result.first_token - static_cast<std::size_t>(begin - scan_.tokens.begin());
+    const std::size_t told = tokens_told(
+        std::span(scan_.tokens).subspan(result.first_token - before, before + here.size()), text_,
+        made, expansion);
+    if (told <= before) return;
+    std::size_t last_offset = 0;
+    for (const Expansion::Origin& origin : expansion.origins())
+        last_offset = std::max<std::size_t>(last_offset, origin.offset);
+    const UserLines lines(user, number, last_offset);
+    for (std::size_t i = before; i < told; ++i) {
+        const auto bytes = std::span(expansion.origins()).subspan(made[i].offset, made[i].length);
+        const UserBytes found = user_bytes(bytes, lines);
+        Origin& origin = result.origins[i - before];
+        origin = {lines.line(found.begin), lines.column(found.begin), 0, bytes[0].use};
+        origin.end_column = origin.column + static_cast<unsigned>(found.end - found.begin);
+    }
+    result.uses = expansion.uses();
 }
 
 const SourceText::Origin& SourceText::origin(std::size_t token) const {
@@ -337,14 +325,42 @@ Place SourceText::place_after(std::size_t token) const {
     return after;
 }
 
+const std::string& SourceText::macro_of(std::size_t token) const {
+    static const std::string no_macro;
+    const Row& row = aligned(token);
+    std::uint32_t use = row.origins[token - row.first_token].use;
+    if (use == Expansion::no_use) return no_macro;
+    while (row.uses[use].around != Expansion::no_use)
+        use = row.uses[use].around;
+    return row.uses[use].macro->name;
+}
+
+// From the macro that the user has written down to the one whose text holds the token; those in the
+// middle of many are left out.
+void SourceText::add_macros(std::size_t token, std::vector<Note>& notes) const {
+    constexpr std::size_t most = 6;
+    const Row& row = aligned(token);
+    std::vector<const Macro*> macros;
+    for (std::uint32_t use = row.origins[token - row.first_token].use; use != Expansion::no_use;
+         use = row.uses[use].around)
+        macros.push_back(row.uses[use].macro);
+    std::ranges::reverse(macros);
+    const std::size_t skipped = macros.size() > most + 1 ? macros.size() - most : 0;
+    for (std::size_t i = 0; i < macros.size(); ++i) {
+        if (skipped > 0 && i == most / 2) {
+            notes.push_back({{}, std::to_string(skipped) + " macros between these are left out"});
+            i += skipped;
+        }
+        const bool is_option = macros[i]->place.file.empty();
+        notes.push_back({macros[i]->place, "expanded from macro " + macros[i]->name +
+                                               (is_option ? ", which is an option" : "")});
+    }
+}
+
 std::vector<Note> SourceText::notes(std::size_t token) const {
     std::vector<Note> notes;
     if (token >= size()) return notes;
-    const std::string& name = origin(token).macro;
-    if (!name.empty()) {
-        const Macro* macro = files_.macro(name);
-        notes.push_back({macro ? macro->place : Place{}, "expanded from macro " + name});
-    }
+    add_macros(token, notes);
     const Segment* segment = &segment_of(scan_.tokens[token].offset);
     while (segment->includer != none) {
         const unsigned line = segment->includer_line;

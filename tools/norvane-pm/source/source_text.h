@@ -5,11 +5,14 @@
 
 #include <cstddef>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "expansion.h"
 #include "finding.h"
+#include "macros.h"
 #include "source_files.h"
 #include "tokens.h"
 
@@ -31,6 +34,8 @@ class SourceText {
     SourceText& operator=(const SourceText&) = delete;
 
     const std::string& file() const { return file_; }
+    // The files that the source consists of, in their order.
+    std::vector<std::string> files() const;
     Language language() const { return language_; }
     const std::vector<Token>& tokens() const { return scan_.tokens; }
     std::size_t size() const { return scan_.tokens.size(); }
@@ -42,9 +47,9 @@ class SourceText {
     bool ends_in_comment() const { return scan_.comment_depth > 0; }
 
     // Whether a macro has put the token there: what stands at its place is something else.
-    bool is_from_macro(std::size_t token) const { return !macro_of(token).empty(); }
-    // The macro that has put the token there; empty for none.
-    const std::string& macro_of(std::size_t token) const { return origin(token).macro; }
+    bool is_from_macro(std::size_t token) const { return origin(token).use != Expansion::no_use; }
+    // The macro that has put the token there, as the user has written it; empty for none.
+    const std::string& macro_of(std::size_t token) const;
 
     // Whether nothing stands between the token and the one before it.
     bool touches_the_one_before(std::size_t token) const {
@@ -63,7 +68,8 @@ class SourceText {
     // Just after a token, where something is missing.
     Place place_after(std::size_t token) const;
 
-    // How the token came there: "expanded from macro NEEDS", "included from here", innermost first.
+    // How the token came there: "expanded from macro NEEDS", from the macro that the user has
+    // written down to the innermost; and "included from here", innermost first.
     std::vector<Note> notes(std::size_t token) const;
 
   private:
@@ -81,11 +87,12 @@ class SourceText {
         unsigned line = 0; // 0: not known
         unsigned column = 0;
         unsigned end_column = 0;
-        std::string macro; // that was expanded; empty for none
+        std::uint32_t use = Expansion::no_use; // of a macro
     };
     struct Row {
         std::size_t first_token;
         std::vector<Origin> origins;
+        std::vector<Expansion::Use> uses;
     };
 
     std::size_t end_of(std::size_t token) const {
@@ -93,11 +100,15 @@ class SourceText {
     }
     void find_segments();
     void add_segment(std::size_t offset, std::string file, unsigned line);
+    void add_macro(std::size_t offset, Macro macro);
     std::size_t row_of(std::size_t offset) const;
     const Segment& segment_of(std::size_t offset) const;
     std::string_view row_text(std::size_t row) const;
     const Row& aligned(std::size_t token) const;
     Row align(std::size_t row) const;
+    std::size_t first_row(std::size_t row, const Segment& segment) const;
+    void expand(std::size_t row, std::span<const Token> here, Row& result) const;
+    void add_macros(std::size_t token, std::vector<Note>& notes) const;
     const Origin& origin(std::size_t token) const;
 
     std::string text_;
@@ -107,6 +118,7 @@ class SourceText {
     Scan scan_;
     std::vector<std::size_t> rows_; // offsets of the lines of the text
     std::vector<Segment> segments_;
+    Macros macros_;
     mutable std::map<std::size_t, Row> aligned_;
 };
 

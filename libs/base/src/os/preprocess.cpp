@@ -52,8 +52,9 @@ struct Settings {
     OsIncludeSink include_sink;
     void* include_user;
     bool are_warnings_wanted;
+    bool are_definitions_kept;
 };
-Settings settings = {nullptr, nullptr, 120, nullptr, nullptr, false};
+Settings settings = {nullptr, nullptr, 120, nullptr, nullptr, false, false};
 
 // The file that is written.
 struct Output {
@@ -301,6 +302,7 @@ PolyList* all_arguments(const char* input, const PolyList* options, UtilString* 
         const bool is_replaced = settings.are_warnings_wanted && std::strcmp(option, "-w") == 0;
         plist_append(arguments, str_copy(is_replaced ? with_warnings : option));
     }
+    if (settings.are_definitions_kept) plist_append(arguments, str_copy("-dD"));
     if (settings.sink) {
         for (const char* option : message_options)
             plist_append(arguments, str_copy(option));
@@ -377,6 +379,10 @@ void os_set_preprocessor_time(unsigned seconds) {
 
 void os_set_preprocessor_warnings(int are_wanted) {
     settings.are_warnings_wanted = are_wanted != 0;
+}
+
+void os_set_preprocessor_definitions(int are_kept) {
+    settings.are_definitions_kept = are_kept != 0;
 }
 
 void os_set_include_sink(OsIncludeSink sink, void* user) {

@@ -69,6 +69,10 @@ NORVANE_BASE_API void os_set_preprocessor_sink(OsPreprocessorSink sink, void* us
  * program that takes messages would get these. */
 NORVANE_BASE_API void os_set_preprocessor_warnings(int are_wanted);
 
+/* Lets the preprocessor leave each #define and #undef in the text, on a line of its own, those of
+ * options first. Off at first, since the reader of models takes no such lines. */
+NORVANE_BASE_API void os_set_preprocessor_definitions(int are_kept);
+
 /* Receives the name of each file that the source includes, as often as the preprocessor enters it,
  * as the name would open it from the current directory. The name is borrowed. */
 typedef void (*OsIncludeSink)(const char* file, void* user);
