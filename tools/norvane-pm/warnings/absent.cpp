@@ -1,8 +1,14 @@
 // The rules of an optional record while it is absent. They hold then too, for values of the fields
-// that the finite form is free to choose: a rule such as `heavy -> size >= 7` restricts nothing, as
-// `heavy` may be false, but `size >= 7` does.
+// that the finite form is free to choose. So they restrict the rest of the product where that may
+// have values for which no values of the fields satisfy them: `size >= 7` does, and `size > 5 ->
+// length = 2` does not, as `length` may be 2.
+//
+// This is decided for rules that share fields, by trying values of the outside and searching for
+// those of the fields. What has no known value here satisfies a rule, so that what is found to be a
+// restriction is one.
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -14,38 +20,63 @@
 namespace norvane::driver {
 namespace {
 
-// Evaluates the rules with a value for each field of the record. What is outside of the record has
-// no value.
 class Trial {
   public:
-    explicit Trial(Names& names) : names_(names), outside_(names.frames.size()) {}
+    Trial(Names& names, const AroundOptional& optional)
+        : names_(names), optional_(optional), around_(names.frames) {}
 
-    // Looks for values for which all rules hold: the lowest or the highest of each field, and then,
-    // field by field, the one of those around the values in the rules for which more rules hold.
-    bool finds_values(TypeCon* content);
+    Restriction run();
 
   private:
     using Value = std::optional<double>;
+    using Key = const void*; // a field, or a variable
+    struct RuleAt {
+        const RuleDecl* rule;
+        std::vector<Frame> frames;
+    };
+    // Rules that share fields.
+    struct Group {
+        std::vector<const RuleAt*> rules;
+        std::vector<Key> fields;
+        std::vector<Key> outside;
+        std::vector<double> constants;
+        bool calculates = false;
+    };
+    // A field or a variable of a simple type, and the values that are tried.
+    struct Domain {
+        std::vector<double> values;
+        bool is_whole = true; // all values; otherwise those around the constants
+    };
+    enum class Outcome { free, possible, certain };
 
-    static constexpr double lowest = 0;
-    static constexpr double highest = std::numeric_limits<double>::max();
-    // Optionals may be nested, so each is looked at only so far, and not judged beyond that.
+    // What takes more is not decided.
     static constexpr unsigned most_steps = 1 << 20;
-    static constexpr std::size_t most_candidates = 64;
+    static constexpr unsigned most_steps_outside = 1 << 18;
+    static constexpr std::size_t most_samples = 256;
+    static constexpr std::size_t most_values = 32;
 
-    bool finds_values_from(double start, const std::vector<const VarDecl*>& fields,
-                           TypeCon* content);
-    bool improve(const VarDecl* field, TypeCon* content);
-    unsigned count_broken(TypeCon* content);
-    void try_rules(TypeCon* typecon);
-    bool takes_too_long() { return ++steps_ > most_steps; }
-    void add_candidates(double value);
+    void add_rules(TypeCon* typecon, bool is_one_of_many);
+    Group collect(const RuleAt& at);
+    std::vector<Group> groups();
+    Outcome judge(const Group& group);
+    Outcome judge_sample(const Group& group);
+    bool set_sample(const Group& group, std::size_t number);
+    bool may_hold(const Group& group, std::size_t fields_set);
+    Outcome judge_outside();
+    Outcome judge_rule(const RuleDecl* rule, bool& is_certain);
+    bool takes_too_long() { return ++steps_ > limit_; }
+
+    TypeCon* type_of_key(const IdCon* idcon, const Names::Meaning& meaning, Key& key);
+    Domain domain_of(const TypeCon* typecon, const Group& group);
+    static Domain around_constants(const Group& group, double lowest, double highest,
+                                   bool is_real = false);
+    bool is_decidable(const Group& group);
+
     Value value(const Expr* expr);
     Value of_name(const IdCon* idcon);
-    const VarDecl* last_field(const VarDecl* first, const IdCon* idcon);
-    Value of_type(const TypeCon* typecon, double chosen);
-    Value of_global(const NameData* global);
+    static Value of_global(const NameData* global);
     Value of_text(const char* text);
+    Value constant(double known);
     static Value joined(const Value& left, const Value& right, bool decisive);
     Value of_binary(const Expr* expr);
     Value of_conditional(const Expr* expr);
@@ -53,108 +84,252 @@ class Trial {
     Value of_loop(const Expr* expr);
 
     Names& names_;
-    const std::size_t outside_;
-    std::vector<const VarDecl*> fields_; // that were met, outer ones first
-    std::unordered_map<const VarDecl*, double> chosen_;
-    std::vector<double> candidates_{lowest, highest};
-    std::unordered_map<std::string_view, double> texts_;
+    const AroundOptional& optional_;
+    const std::vector<Frame> around_; // the records around the optional
+    std::vector<RuleAt> rules_;
     std::unordered_set<const TypeCon*> seen_; // as types that name each other have many parts
-    unsigned broken_ = 0;
+    std::unordered_set<Key> unknown_;         // fields of which there are several
+    std::unordered_map<Key, TypeCon*> types_; // of the keys that were met
+    std::map<Key, Domain> domains_;
+    std::unordered_map<Key, double> chosen_;
+    Group* collecting_ = nullptr;
+    Key absent_ = nullptr; // while rules outside are evaluated, the optional
+    bool names_absent_ = false;
+    std::unordered_map<std::string_view, double> texts_;
     unsigned steps_ = 0;
+    unsigned limit_ = most_steps;
+    unsigned steps_outside_ = 0;
 };
 
-void Trial::try_rules(TypeCon* typecon) {
-    if (stack_is_low()) return on_fresh_stack([&] { try_rules(typecon); });
+void Trial::add_rules(TypeCon* typecon, bool is_one_of_many) {
+    if (stack_is_low()) return on_fresh_stack([&] { add_rules(typecon, is_one_of_many); });
     typecon = names_.real(typecon);
     if (!typecon || takes_too_long()) return;
-    if (typecon->contype == TC_ARRAY) return try_rules(typecon->values.array.element);
-    if (typecon->contype == TC_OPTIONAL) return try_rules(typecon->values.base);
-    if (typecon->contype != TC_PROD || !seen_.insert(typecon).second) return;
+    if (typecon->contype == TC_ARRAY) return add_rules(typecon->values.array.element, true);
+    if (typecon->contype == TC_OPTIONAL) return add_rules(typecon->values.base, is_one_of_many);
+    if (typecon->contype != TC_PROD) return;
+    const bool is_new = seen_.insert(typecon).second;
+    if (!is_new)
+        for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
+            unknown_.insert(field);
+    if (!is_new) return;
     names_.frames.push_back({typecon, 0});
     const std::size_t own = names_.frames.size() - 1;
     for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields)) {
-        fields_.push_back(field);
-        try_rules(field->typecon);
+        const TypeCon* real = names_.real(field->typecon);
+        if (is_one_of_many || (real && real->contype == TC_ARRAY)) unknown_.insert(field);
+        add_rules(field->typecon, is_one_of_many);
         ++names_.frames[own].visible;
     }
     for (const RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules))
-        broken_ += value(rule->rule).value_or(0) == 0;
+        rules_.push_back({rule, names_.frames});
     names_.frames.pop_back();
 }
 
-unsigned Trial::count_broken(TypeCon* content) {
-    fields_.clear();
-    seen_.clear();
-    broken_ = 0;
-    try_rules(content);
-    return broken_;
+// What a rule consists of.
+Trial::Group Trial::collect(const RuleAt& at) {
+    Group group;
+    group.rules.push_back(&at);
+    collecting_ = &group;
+    names_.frames = at.frames;
+    value(at.rule->rule);
+    collecting_ = nullptr;
+    return group;
 }
 
-bool Trial::finds_values(TypeCon* content) {
-    constexpr std::size_t most_fields = 64; // as each takes walks over the rules
-    if (count_broken(content) == 0) return true;
-    const std::vector<const VarDecl*> fields(fields_);
-    return fields.size() > most_fields || finds_values_from(lowest, fields, content) ||
-           finds_values_from(highest, fields, content) || takes_too_long();
-}
-
-bool Trial::finds_values_from(double start, const std::vector<const VarDecl*>& fields,
-                              TypeCon* content) {
-    for (const VarDecl* field : fields)
-        chosen_[field] = start;
-    for (bool is_better = true; is_better;) {
-        if (count_broken(content) == 0) return true;
-        is_better = false;
-        for (const VarDecl* field : fields)
-            is_better = improve(field, content) || is_better;
+std::vector<Trial::Group> Trial::groups() {
+    std::vector<Group> all;
+    const auto add_new = [](auto& to, const auto& from) {
+        for (const auto& one : from)
+            if (std::ranges::find(to, one) == to.end()) to.push_back(one);
+    };
+    for (const RuleAt& at : rules_) {
+        Group group = collect(at);
+        const auto shares = [&group](const Group& other) {
+            return std::ranges::find_first_of(group.fields, other.fields) != group.fields.end();
+        };
+        for (auto other = all.begin(); other != all.end();) {
+            if (!shares(*other)) {
+                ++other;
+                continue;
+            }
+            group.rules.insert(group.rules.begin(), other->rules.begin(), other->rules.end());
+            add_new(group.fields, other->fields);
+            add_new(group.outside, other->outside);
+            add_new(group.constants, other->constants);
+            group.calculates |= other->calculates;
+            other = all.erase(other);
+        }
+        all.push_back(std::move(group));
     }
-    return false;
+    return all;
 }
 
-bool Trial::improve(const VarDecl* field, TypeCon* content) {
-    double& chosen = chosen_[field];
-    double best = chosen;
-    const unsigned before = count_broken(content);
-    unsigned fewest = before;
-    const std::vector<double> candidates(candidates_);
-    for (const double candidate : candidates) {
-        if (fewest == 0 || steps_ > most_steps) break;
-        chosen = candidate;
-        const unsigned now = count_broken(content);
-        if (now >= fewest) continue;
-        fewest = now;
-        best = candidate;
+Restriction Trial::run() {
+    Restriction found;
+    names_.frames.resize(optional_.outside);
+    add_rules(optional_.content, false);
+    constexpr std::size_t most_rules = 1000; // as each is compared with the groups before it
+    if (rules_.size() > most_rules) return found;
+    for (const Group& group : groups()) {
+        const Outcome outcome = judge(group);
+        if (outcome == Outcome::free) continue;
+        if (group.outside.empty() && !found.contradiction)
+            found.contradiction = group.rules.front()->rule;
+        for (const RuleAt* at : group.rules)
+            found.rules[at->rule] = outcome == Outcome::certain;
     }
-    chosen = best;
-    return fewest < before && steps_ <= most_steps;
+    return found;
 }
 
-void Trial::add_candidates(double value) {
-    for (const double near : {value, value - 1, value + 1})
-        if (candidates_.size() < most_candidates &&
-            std::ranges::find(candidates_, near) == candidates_.end())
-            candidates_.push_back(near);
+// The values around constants decide comparisons with these, and nothing else.
+bool Trial::is_decidable(const Group& group) {
+    constexpr std::size_t most_fields = 64;
+    const auto is_rough = [this](Key field) { return !domains_[field].is_whole; };
+    const auto rough = std::ranges::count_if(group.fields, is_rough);
+    return group.fields.size() <= most_fields && (rough == 0 || (rough == 1 && !group.calculates));
 }
 
-Trial::Value Trial::of_type(const TypeCon* typecon, double chosen) {
-    if (!typecon) return {};
+Trial::Outcome Trial::judge(const Group& group) {
+    domains_.clear();
+    chosen_.clear();
+    Group wider = group;
+    for (const Key key : group.outside) {
+        domains_[key] = domain_of(types_[key], group);
+        if (domains_[key].values.empty()) return Outcome::free;
+        for (const double value : domains_[key].values)
+            wider.constants.push_back(value);
+    }
+    for (const Key key : group.fields)
+        domains_[key] = domain_of(types_[key], wider);
+    if (!is_decidable(group)) return Outcome::free;
+    Outcome worst = Outcome::free;
+    for (std::size_t i = 0; i < most_samples && set_sample(group, i); ++i) {
+        worst = std::max(worst, judge_sample(group));
+        if (worst == Outcome::certain) break;
+    }
+    return worst;
+}
+
+// Chooses values for what is outside; false after the last ones.
+bool Trial::set_sample(const Group& group, std::size_t number) {
+    for (const Key key : group.outside) {
+        const std::vector<double>& values = domains_[key].values;
+        chosen_[key] = values[number % values.size()];
+        number /= values.size();
+    }
+    return number == 0;
+}
+
+Trial::Outcome Trial::judge_sample(const Group& group) {
+    for (const Key field : group.fields)
+        chosen_.erase(field);
+    if (may_hold(group, 0) || steps_ > limit_) return Outcome::free;
+    if (group.outside.empty()) return Outcome::certain;
+    for (const Key field : group.fields)
+        chosen_.erase(field);
+    const unsigned before = std::exchange(steps_, steps_outside_);
+    limit_ = most_steps_outside;
+    const Outcome outcome = judge_outside();
+    limit_ = most_steps;
+    steps_outside_ = std::exchange(steps_, before);
+    return outcome;
+}
+
+// Searches for values of the fields from one on, for which no rule is broken.
+bool Trial::may_hold(const Group& group, std::size_t fields_set) {
+    for (const RuleAt* at : group.rules) {
+        names_.frames = at->frames;
+        if (value(at->rule->rule) == 0.0) return false;
+    }
+    if (fields_set == group.fields.size() || steps_ > limit_) return true;
+    const Key field = group.fields[fields_set];
+    for (const double value : domains_[field].values) {
+        chosen_[field] = value;
+        if (may_hold(group, fields_set + 1)) return true;
+    }
+    chosen_.erase(field);
+    return domains_[field].values.empty() && may_hold(group, fields_set + 1);
+}
+
+// Whether the rest of the product may have the values while the optional is absent: its rules may
+// say when that is so.
+Trial::Outcome Trial::judge_outside() {
+    absent_ = optional_.declaration;
+    bool is_certain = true;
+    Outcome outcome = Outcome::certain;
+    for (std::size_t depth = 0; depth <= optional_.outside; ++depth) {
+        names_.frames.assign(around_.begin(), around_.begin() + static_cast<std::ptrdiff_t>(depth));
+        if (depth > 0) names_.frames.back().visible = std::numeric_limits<unsigned>::max();
+        const PolyList* rules = depth > 0 ? names_.frames.back().record->values.prod.rules
+                                          : names_.project()->ruledecllist;
+        for (const RuleDecl* rule : items<RuleDecl>(rules))
+            if (judge_rule(rule, is_certain) == Outcome::free) outcome = Outcome::free;
+    }
+    absent_ = nullptr;
+    if (outcome == Outcome::free) return outcome;
+    return is_certain && steps_ <= limit_ ? Outcome::certain : Outcome::possible;
+}
+
+Trial::Outcome Trial::judge_rule(const RuleDecl* rule, bool& is_certain) {
+    names_absent_ = false;
+    const Value known = value(rule->rule);
+    if (known == 0.0) return Outcome::free;
+    if (!known && names_absent_) is_certain = false;
+    return Outcome::certain;
+}
+
+// Values.
+
+Trial::Domain Trial::around_constants(const Group& group, double lowest, double highest,
+                                      bool is_real) {
+    Domain domain{{}, false};
+    std::vector<double> constants = group.constants;
+    std::ranges::sort(constants);
+    const auto add = [&](double value) {
+        const bool is_new = std::ranges::find(domain.values, value) == domain.values.end();
+        if (value >= lowest && value <= highest && is_new) domain.values.push_back(value);
+    };
+    add(lowest);
+    for (std::size_t i = 0; i < constants.size(); ++i) {
+        for (const double near : {constants[i] - 1, constants[i], constants[i] + 1})
+            add(near);
+        if (is_real && i > 0) add((constants[i - 1] + constants[i]) / 2);
+    }
+    if (domain.values.empty()) add(0);
+    add(highest);
+    return domain;
+}
+
+// Without values for what has none that could be tried.
+Trial::Domain Trial::domain_of(const TypeCon* typecon, const Group& group) {
+    Domain domain;
+    const auto up_to = [&](double upper) {
+        if (upper < 0 || upper >= most_values) return around_constants(group, 0, upper);
+        for (double value = 0; value <= upper; ++value)
+            domain.values.push_back(value);
+        return domain;
+    };
+    if (!typecon) return domain;
     switch (kind_of(typecon)) {
     case TC_BOOL:
-    case TC_OPTIONAL: return std::clamp(chosen, lowest, 1.0);
+    case TC_OPTIONAL: return up_to(1);
     case TC_INT: {
         const auto upper = known_value(names_, typecon->values.upper);
-        if (!upper) return {};
-        return std::clamp(chosen, lowest, std::max(lowest, upper->value));
+        return upper ? up_to(upper->value) : domain;
     }
-    case TC_SUM: return std::clamp(chosen, lowest, typecon->values.labels->len - 1.0);
+    case TC_SUM: return up_to(typecon->values.labels->len - 1.0);
     case TC_UBOUND_FLOAT:
     case TC_UBOUND_INTEGER:
-    case TC_STRING: return chosen;
+    case TC_STRING:
+        return around_constants(group, std::numeric_limits<double>::lowest(),
+                                std::numeric_limits<double>::max(),
+                                kind_of(typecon) == TC_UBOUND_FLOAT);
     case TC_PROD:
     case TC_ARRAY:
     case TC_NAMED: break;
     }
-    return {};
+    return domain;
 }
 
 Trial::Value Trial::of_global(const NameData* global) {
@@ -167,31 +342,55 @@ Trial::Value Trial::of_global(const NameData* global) {
     }
 }
 
-// The field that a path ends in, as the rules of its own record name it.
-const VarDecl* Trial::last_field(const VarDecl* first, const IdCon* idcon) {
-    const VarDecl* last = first;
+// The type of what a path ends in, and the field or variable that it is: elements of an array and
+// fields of a type are the same in all places, which are as good as others outside of the optional.
+TypeCon* Trial::type_of_key(const IdCon* idcon, const Names::Meaning& meaning, Key& key) {
+    key = meaning.field ? static_cast<Key>(meaning.field->decl) : meaning.global;
+    TypeCon* typecon =
+        names_.real(meaning.field ? meaning.field->decl->typecon : meaning.global->typecon);
     while (idcon->contype == IDCON_COMPOSIT) {
         idcon = idcon->args.compositid.nested;
-        const TypeCon* typecon = names_.real(last->typecon);
         while (typecon && (typecon->contype == TC_ARRAY || typecon->contype == TC_OPTIONAL))
             typecon = names_.real(typecon->contype == TC_ARRAY ? typecon->values.array.element
                                                                : typecon->values.base);
         const bool is_record = typecon && typecon->contype == TC_PROD;
         const Field* field = is_record ? names_.field(typecon, base_name(idcon)) : nullptr;
-        if (field) last = field->decl;
+        if (!field) continue;
+        key = field->decl;
+        typecon = names_.real(field->decl->typecon);
     }
-    return last;
+    return typecon;
 }
 
 Trial::Value Trial::of_name(const IdCon* idcon) {
     if (is_optional_word(idcon)) return idcon->args.id.idname[0] == 'S';
     const Names::Meaning meaning = names_.meaning_of(base_name(idcon));
-    if (meaning.field && meaning.frame > outside_)
-        return of_type(names_.real(names_.type_of(idcon)),
-                       chosen_[last_field(meaning.field->decl, idcon)]);
-    const Value value = meaning.global ? of_global(meaning.global) : Value();
-    if (value) add_candidates(*value);
-    return value;
+    const bool is_variable = meaning.global && meaning.global->ndtype == ND_VARIABLE;
+    if (!meaning.field && !is_variable) {
+        const Value known = meaning.global ? of_global(meaning.global) : Value();
+        return known ? constant(*known) : known;
+    }
+    Key key = nullptr;
+    type_of_key(idcon, meaning, key);
+    if (absent_ && key == absent_) {
+        names_absent_ = true;
+        return 0;
+    }
+    const bool is_own = meaning.field && meaning.frame > optional_.outside;
+    if (collecting_ && !(is_own && unknown_.contains(key))) {
+        std::vector<Key>& keys = is_own ? collecting_->fields : collecting_->outside;
+        if (std::ranges::find(keys, key) == keys.end()) keys.push_back(key);
+        types_[key] = names_.real(names_.type_of(idcon));
+    }
+    const auto chosen = chosen_.find(key);
+    return chosen == chosen_.end() || collecting_ ? Value() : chosen->second;
+}
+
+Trial::Value Trial::constant(double known) {
+    if (collecting_ &&
+        std::ranges::find(collecting_->constants, known) == collecting_->constants.end())
+        collecting_->constants.push_back(known);
+    return known;
 }
 
 // A text is a label, or differs from all other texts and from all numbers around it.
@@ -213,6 +412,8 @@ Trial::Value Trial::joined(const Value& left, const Value& right, bool decisive)
 }
 
 Trial::Value Trial::of_binary(const Expr* expr) {
+    if (collecting_ && (expr->opr < OPR_LT || expr->opr > OPR_NEQ) && expr->type != ETYPE_BOOL)
+        collecting_->calculates = true;
     const Value left = value(expr->args.binargs.leftarg);
     const Value right = value(expr->args.binargs.rightarg);
     if (expr->type == ETYPE_BOOL && expr->opr == OPR_AND) return joined(left, right, false);
@@ -239,16 +440,11 @@ Trial::Value Trial::value(const Expr* expr) {
     if (takes_too_long()) return {};
     if (stack_is_low()) return on_fresh_stack([&] { return value(expr); });
     switch (structure_of(expr)) {
-    case EXPR_INT_CONST:
-        add_candidates(expr->args.intconst.value);
-        return expr->args.intconst.value;
-    case EXPR_FLOAT_CONST:
-        add_candidates(expr->args.floatconst.value);
-        return expr->args.floatconst.value;
+    case EXPR_INT_CONST: return constant(expr->args.intconst.value);
+    case EXPR_FLOAT_CONST: return constant(expr->args.floatconst.value);
     case EXPR_STRING_CONST: {
         const Value text = of_text(expr->args.str);
-        if (text) add_candidates(*text);
-        return text;
+        return text ? constant(*text) : text;
     }
     case EXPR_IDCONSTRUCTOR: return of_name(expr->args.idcon);
     case EXPR_BINARY: return of_binary(expr);
@@ -271,8 +467,13 @@ Trial::Value Trial::of_case(const Expr* expr) {
     const PolyListNode* evaluation = of.exprlist_evaluation->first;
     for (const Expr* condition : items<Expr>(of.exprlist_condition)) {
         const Value arm = value(condition);
-        if (!selector || !arm) return {};
-        if (*selector == *arm) return value(static_cast<const Expr*>(evaluation->element));
+        const auto* evaluated = static_cast<const Expr*>(evaluation->element);
+        if (collecting_)
+            value(evaluated);
+        else if (!selector || !arm)
+            return {};
+        else if (*selector == *arm)
+            return value(evaluated);
         evaluation = evaluation->next;
     }
     return value(of.default_expr);
@@ -294,17 +495,17 @@ Trial::Value Trial::of_loop(const Expr* expr) {
 } // namespace
 
 // The names in the rules are looked up where the optional stands.
-bool holds_while_absent(Names& names, AroundOptional& optional) {
-    if (optional.is_free) return *optional.is_free;
+const Restriction& restriction_of(Names& names, AroundOptional& optional) {
+    if (optional.restriction) return *optional.restriction;
+    optional.restriction.emplace();
     const TypeCon* real = names.real(optional.content);
-    if (real && real->contype == TC_OPTIONAL) return true; // which is judged itself
+    if (real && real->contype == TC_OPTIONAL) return *optional.restriction; // judged itself
     const std::vector<Frame> frames(names.frames);
-    names.frames.resize(optional.outside);
     const std::vector<Loop> loops = std::exchange(names.loops, {});
-    optional.is_free = Trial(names).finds_values(optional.content);
+    optional.restriction = Trial(names, optional).run();
     names.loops = loops;
     names.frames = frames;
-    return *optional.is_free;
+    return *optional.restriction;
 }
 
 } // namespace norvane::driver

@@ -35,6 +35,7 @@ class Walk {
     void mark_used(TypeCon* typecon, unsigned use);
 
     void walk_constant(const ConstantDecl* constant);
+    const void* declared_optional() const;
     void walk_type(TypeCon* typecon);
     void walk_record(const TypeCon* record);
     void walk_rule(const RuleDecl* rule);
@@ -151,6 +152,13 @@ void Walk::walk_constant(const ConstantDecl* constant) {
     finder_.at = {};
 }
 
+// The field or variable whose type the walk is in, as rules name it.
+const void* Walk::declared_optional() const {
+    if (!names_.frames.empty()) return finder_.at.declaration;
+    if (finder_.at.in_type) return nullptr;
+    return names_.global(static_cast<const VarDecl*>(finder_.at.declaration)->name);
+}
+
 void Walk::walk_type(TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { walk_type(typecon); });
     switch (kind_of(typecon)) {
@@ -166,10 +174,14 @@ void Walk::walk_type(TypeCon* typecon) {
     case TC_ARRAY: walk_dimension(typecon); return walk_type(typecon->values.array.element);
     case TC_OPTIONAL: {
         const Surroundings before = finder_.at;
-        AroundOptional optional{typecon->values.base, names_.frames.size(), before.optional};
+        const bool on_simplify =
+            before.optional ? before.optional->on_simplify : before.on_simplify;
+        AroundOptional optional{typecon->values.base, names_.frames.size(), before.optional,
+                                declared_optional(), on_simplify};
         finder_.at.optional = &optional;
         finder_.at.on_simplify = false;
         walk_type(typecon->values.base);
+        check_contradiction(finder_, optional);
         finder_.at = before;
         return;
     }

@@ -12,12 +12,22 @@
 
 namespace norvane::driver {
 
+// What the rules of an optional record restrict while it is absent.
+struct Restriction {
+    // Those that restrict the rest of the product, and whether that is certain: where the rest says
+    // otherwise when the record is there, it may never come to it.
+    std::unordered_map<const RuleDecl*, bool> rules;
+    const RuleDecl* contradiction = nullptr; // one of those that no values of the fields satisfy
+};
+
 // An optional around the place.
 struct AroundOptional {
     TypeCon* content;
-    std::size_t outside;           // how many of the records around are outside of it
-    AroundOptional* next;          // the next one around it; null for none
-    std::optional<bool> is_free{}; // of its rules, once that was asked
+    std::size_t outside;     // how many of the records around are outside of it
+    AroundOptional* next;    // the next one around it; null for none
+    const void* declaration; // the field that it is, or the variable's entry; null for a type
+    bool on_simplify;        // its presence is a part of the finite form
+    std::optional<Restriction> restriction{}; // once that was asked
 };
 
 // What is known of the place that the walk has reached.
@@ -87,10 +97,11 @@ void check_loop(Finder& finder, const Expr* expr);
 void check_selector(Finder& finder, const Expr* expr);
 void check_field(Finder& finder, const VarDecl* field);
 
-// Whether the rules of an absent optional record can always be satisfied: some values of its fields
-// make all of them true, whatever the other variables are. Computed once per record and cached in
-// `optional`. (absent.cpp)
-bool holds_while_absent(Names& names, AroundOptional& optional);
+// What the rules of an optional record restrict while it is absent. Computed once per record, while
+// the walk is in it. (absent.cpp)
+const Restriction& restriction_of(Names& names, AroundOptional& optional);
+// Warns of rules that contradict each other, after the walk over the content. (meaning.cpp)
+void check_contradiction(Finder& finder, AroundOptional& optional);
 
 // The others. (habits.cpp)
 void check_ranges(Finder& finder, const Expr* expr);

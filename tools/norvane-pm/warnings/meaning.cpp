@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstring>
 #include <unordered_set>
+#include <utility>
 
 #include "norvane/base/deep.hpp"
 
@@ -34,20 +35,32 @@ bool is_variable(const NameData* global) {
     return global && global->ndtype == ND_VARIABLE;
 }
 
+// The presence of an optional is a part of the finite form, though its content is not.
+void add_optional_rule(Finder& finder, const AroundOptional& optional, bool is_certain,
+                       const About& about, std::string message, std::string hint) {
+    const bool before = std::exchange(finder.at.on_simplify, optional.on_simplify);
+    const Finding* added =
+        finder.add(Warning::optional_rule, about, std::move(message), std::move(hint));
+    finder.at.on_simplify = before;
+    if (added && !is_certain)
+        finder.found.back().on_rules = finder.found.back().on_simplify = false;
+}
+
 void check_outside(Finder& finder, const char* name, const Names::Meaning& meaning,
                    const About& about) {
     if (!meaning.field && !is_variable(meaning.global)) return;
-    AroundOptional* optional = finder.at.optional;
-    const auto is_restricted = [&finder, &meaning](AroundOptional& around) {
-        return meaning.frame <= around.outside && !holds_while_absent(finder.names, around);
-    };
-    while (optional && !is_restricted(*optional))
-        optional = optional->next;
-    if (!optional) return;
-    finder.add(Warning::optional_rule, about,
-               "this rule of an optional record restricts '" + std::string(name) +
-                   "' also while the record is absent",
-               "write the rule outside of the record, after a question such as x = SOME");
+    const auto* rule = static_cast<const RuleDecl*>(finder.at.declaration);
+    for (AroundOptional* around = finder.at.optional; around; around = around->next) {
+        if (meaning.frame > around->outside) continue;
+        const auto& rules = restriction_of(finder.names, *around).rules;
+        const auto found = rules.find(rule);
+        if (found == rules.end()) continue;
+        return add_optional_rule(finder, *around, found->second, about,
+                                 "this rule of an optional record restricts '" + std::string(name) +
+                                     "' also while the record is absent",
+                                 "write the rule outside of the record, after a question such "
+                                 "as x = SOME");
+    }
 }
 
 // Types that name each other may have more parts than memory has bytes, so each is looked into
@@ -214,6 +227,19 @@ void check_name(Finder& finder, const char* name, const About& about) {
     if (meaning.loop) return;
     if (field && !is_seen) add_captured(finder, name, meaning, field, about);
     if (may_be_outside) check_outside(finder, name, meaning, about);
+}
+
+void check_contradiction(Finder& finder, AroundOptional& optional) {
+    const RuleDecl* rule = restriction_of(finder.names, optional).contradiction;
+    if (!rule) return;
+    const Surroundings before = finder.at;
+    finder.at.declaration = rule;
+    finder.at.root = rule->rule;
+    add_optional_rule(finder, optional, true, rule->rule,
+                      "no values of the fields satisfy the rules of this optional record, which "
+                      "hold also while it is absent",
+                      "correct the rules of the record");
+    finder.at = before;
 }
 
 // Warns of a name in a type whose meaning changes in the finite form.

@@ -46,10 +46,15 @@ constexpr WarningRow rows[] = {
      "value."},
     {Warning::optional_rule, "optional-rule", Level::meaning,
      "A rule of an optional record restricts what is outside of it",
-     "The rules of an optional record hold also while the record is absent. A rule about something "
-     "outside of\n"
-     "the record is therefore a rule for every product. Write it outside of the record, after a "
-     "question:\n"
+     "The rules of an optional record hold also while the record is absent, for some values of its "
+     "fields. So a\n"
+     "rule is meant for every product where the rest may have values for which no values of the "
+     "fields satisfy\n"
+     "the rules; and where they contradict each other, there is no product. What takes long to "
+     "decide is not\n"
+     "warned of, and it stays a warning where other rules about the record may rule these values "
+     "out. Write the\n"
+     "rule outside of the record, after a question:\n"
      "    trailer = SOME -> size >= 7;"},
     {Warning::text_in_loop, "text-in-loop", Level::meaning,
      "Each turn of a loop looks at the last element of an array of texts",
