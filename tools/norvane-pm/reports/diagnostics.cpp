@@ -55,6 +55,21 @@ bool is_about_missing_name(const Finding& finding) {
     return message.starts_with("unexpected '('") || message.ends_with("is no macro");
 }
 
+// The #include lines that led to a file. A file that includes itself has hundreds of them, of which
+// those at both ends say enough.
+void add_way(Finding& finding, std::span<const OsPlace> way) {
+    constexpr std::size_t most = 8;
+    const std::size_t skipped = way.size() > most + 1 ? way.size() - most : 0;
+    for (std::size_t i = 0; i < way.size(); ++i) {
+        if (skipped > 0 && i == most / 2) {
+            finding.notes.push_back(
+                {{}, std::to_string(skipped) + " files between these are left out"});
+            i += skipped;
+        }
+        finding.notes.push_back({place_of(way[i].file, way[i].line), "included from here"});
+    }
+}
+
 // The readers of XML say the line at the end: "Expecting tag <model> (line 2)".
 void split_line(Finding& finding) {
     constexpr std::string_view before = " (line ";
@@ -204,8 +219,10 @@ void Diagnostics::hold(const OsPreprocessorMessage& message) {
     if (message.is_error) finding.name = "ERR_CPP";
     finding.place = place_of(file ? file : std::string_view(file_), message.place.line);
     finding.message = message.text;
-    for (const OsPlace& from : std::span(message.included_from, message.included_count))
-        finding.notes.push_back({place_of(from.file, from.line), "included from here"});
+    // The way out that it names is none of this program.
+    if (const std::size_t advice = finding.message.find(" (use -f"); advice != std::string::npos)
+        finding.message.resize(advice);
+    add_way(finding, std::span(message.included_from, message.included_count));
     preprocessor_findings_.push_back(std::move(finding));
     preprocessor_has_failed_ |= message.is_error != 0;
 }

@@ -47,6 +47,11 @@ class Diagnostics {
     // Reports what has no name in the catalogue, and is about no file.
     void say(const std::string& text, const std::string& hint = {});
 
+    // Gives the text of what can be read once only, such as standard input, to be shown.
+    void set_source(const std::string& file, std::string text) {
+        sources_.set(file, std::move(text));
+    }
+
     // Adds reports that another run has made as a part of these.
     void add(std::string_view rendered);
     // Says how several runs have ended, to a person.

@@ -1,6 +1,7 @@
 #include "source_lines.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -57,12 +58,23 @@ std::string Excerpt::shown(std::string_view part) const {
     return without_controls(is_in_utf8 ? std::string(part) : codepage_to_utf8(part), "\t");
 }
 
+void SourceLines::set(const std::string& file, std::string text) {
+    if (name_ == file) file_.reset();
+    known_.erase(file);
+    texts_[file] = std::move(text);
+}
+
 // False for what cannot be read from any place, such as a pipe that a model names in a line
 // directive.
 bool SourceLines::open(std::string_view file) {
     if (file_ && name_ == file) return true;
     name_ = file;
     file_.reset();
+    if (const auto given = texts_.find(name_); given != texts_.end()) {
+        std::string& text = given->second;
+        file_.reset(fmemopen(text.data(), text.size(), "rb"));
+        return file_ != nullptr;
+    }
     struct stat info = {};
     if (stat(name_.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
     file_.reset(std::fopen(name_.c_str(), "rb"));

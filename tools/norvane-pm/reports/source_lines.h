@@ -30,6 +30,9 @@ struct Excerpt {
 // kept: each part of a file is looked through once.
 class SourceLines {
   public:
+    // Gives the text of what can be read once only, such as standard input.
+    void set(const std::string& file, std::string text);
+
     // The line, around `column` if it is long. Empty if it cannot be read.
     Excerpt excerpt(std::string_view file, unsigned line, unsigned column);
 
@@ -60,6 +63,7 @@ class SourceLines {
     std::string read(unsigned line, std::size_t from, std::size_t size);
     void count(std::string_view file, unsigned line);
 
+    std::map<std::string, std::string> texts_; // that were given
     std::map<std::string, Known, std::less<>> known_;
     std::string name_; // of the file that is open
     std::unique_ptr<std::FILE, CloseFile> file_;

@@ -39,7 +39,7 @@ std::vector<Finding> HeldReports::findings() const {
 void HeldReports::show() const {
     const std::vector<Finding> all = findings();
     if (all.empty())
-        for (const Report& report : reports_)
+        for (const Report& report : are_faults() ? with_true_lines(reports_) : reports_)
             session_.diagnostics.report(report);
     show_errors(session_, all);
 }

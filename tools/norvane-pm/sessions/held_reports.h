@@ -38,6 +38,10 @@ class HeldReports {
     // Whether the input is at fault, and not the way to it, such as a file that cannot be opened.
     virtual bool is_input_at_fault() const = 0;
     virtual std::vector<Finding> all_faults() const = 0;
+    // The reports with their true lines: the library counts those of a model up to 65,535.
+    virtual std::vector<Report> with_true_lines(std::vector<Report> reports) const {
+        return reports;
+    }
 
     Session& session_;
     Warnings warnings_;

@@ -1,6 +1,8 @@
 #include "load_model.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <unordered_set>
 
@@ -17,8 +19,10 @@ namespace {
 Result<Model> read_from_standard_input(Session& session, const std::string& name,
                                        const OnReport& on_report) {
     session.standard_input = StandardInput::read(name);
-    if (session.standard_input)
+    if (session.standard_input) {
+        session.diagnostics.set_source(name, session.standard_input->text());
         return session.standard_input->load(session.options.cpp_args, on_report);
+    }
     session.report([&name] { return ERR_FILE_OPEN(name.c_str()); });
     throw InputAtFault();
 }
@@ -38,19 +42,38 @@ Result<Model> read_source_model(Session& session, const std::string& name,
     return source;
 }
 
-void warn_of_encoding(Session& session, const std::vector<std::string>& files) {
+std::optional<Finding> encoding_of(const Session& session, const std::string& file) {
+    if (session.standard_input && file == input_name("-"))
+        return warn_of_utf8(file, session.standard_input->text());
+    if (file.starts_with("/dev/fd/")) return {}; // the copy of standard input
+    return warn_of_utf8(file);
+}
+
+// True if a warning about the encoding is an error.
+bool show_encoding(Session& session, const std::vector<std::string>& files) {
     const Selection& selection = session.options.warnings;
-    if (!selection.is_on(Warning::utf8_source)) return;
+    if (!selection.is_on(Warning::utf8_source)) return false;
     const bool is_error = selection.is_error(Warning::utf8_source, false);
     bool is_at_fault = false;
     for (const std::string& file : files) {
-        auto warning = warn_of_utf8(file);
+        auto warning = encoding_of(session, file);
         if (!warning) continue;
         if (is_error) warning->severity = Severity::error;
         session.diagnostics.report(*warning);
         is_at_fault = is_error;
     }
-    if (is_at_fault) throw InputAtFault();
+    return is_at_fault;
+}
+
+// The encoding may be the reason of all errors: a letter of UTF-8 in a name is none of a model.
+void show_errors_of_load(Session& session, const ModelReports& held) {
+    const bool is_xml = model_form(session.options.from, session.model_file) == ModelForm::xml;
+    if (!is_xml && held.are_faults()) {
+        const std::unique_ptr<SourceText> source = read_source(session);
+        const std::vector<std::string> main_file = {input_name(session.model_file)};
+        show_encoding(session, source ? source->files() : main_file);
+    }
+    held.show();
 }
 
 } // namespace
@@ -95,10 +118,10 @@ Model& load_model(Session& session) {
     ModelReports held(session);
     Result<Model> result = read_model(session, name, held.sink());
     show_preprocessor_warnings(session);
-    if (!result) held.show();
+    if (!result) show_errors_of_load(session, held);
     Model& model = session.take(std::move(result));
     session.project = model.get();
-    warn_of_encoding(session, source_files(model.get()));
+    if (show_encoding(session, source_files(model.get()))) throw InputAtFault();
     return model;
 }
 

@@ -220,9 +220,9 @@ class RefusedSource {
     std::unique_ptr<SourceText> source_;
 };
 
-// A missing file, or one that is refused, may declare any name.
+// A missing file may declare any name.
 NamesKnown names_known(const std::vector<Finding>& errors) {
-    return std::ranges::all_of(errors, is_about_macro_call) ? NamesKnown::all : NamesKnown::some;
+    return std::ranges::any_of(errors, is_about_missing_file) ? NamesKnown::some : NamesKnown::all;
 }
 
 // The rest of a macro's call that is refused stays in the text.

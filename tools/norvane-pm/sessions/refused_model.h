@@ -27,6 +27,7 @@ class ModelReports : public HeldReports {
   private:
     bool is_input_at_fault() const override;
     std::vector<Finding> all_faults() const override;
+    std::vector<Report> with_true_lines(std::vector<Report> reports) const override;
 };
 
 } // namespace norvane::driver

@@ -80,7 +80,10 @@ unsigned line_of_include(const std::string& text, const fs::path& file) {
 } // namespace
 
 std::optional<Finding> warn_of_utf8(const std::string& file) {
-    const std::string text = text_of(file);
+    return warn_of_utf8(file, text_of(file));
+}
+
+std::optional<Finding> warn_of_utf8(const std::string& file, std::string_view text) {
     const std::size_t first = ascii_length(text);
     if (first == text.size() || !is_utf8(text)) return std::nullopt;
     Finding finding;
