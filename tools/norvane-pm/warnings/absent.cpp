@@ -74,6 +74,7 @@ class Trial {
 
     Value value(const Expr* expr);
     Value of_name(const IdCon* idcon);
+    void collect_key(const IdCon* idcon, Key key, bool is_field);
     static Value of_global(const NameData* global);
     Value of_text(const char* text);
     Value constant(double known);
@@ -376,14 +377,19 @@ Trial::Value Trial::of_name(const IdCon* idcon) {
         names_absent_ = true;
         return 0;
     }
-    const bool is_own = meaning.field && meaning.frame > optional_.outside;
-    if (collecting_ && !(is_own && unknown_.contains(key))) {
-        std::vector<Key>& keys = is_own ? collecting_->fields : collecting_->outside;
-        if (std::ranges::find(keys, key) == keys.end()) keys.push_back(key);
-        types_[key] = names_.real(names_.type_of(idcon));
+    if (collecting_) {
+        collect_key(idcon, key, meaning.field && meaning.frame > optional_.outside);
+        return {};
     }
     const auto chosen = chosen_.find(key);
-    return chosen == chosen_.end() || collecting_ ? Value() : chosen->second;
+    return chosen == chosen_.end() ? Value() : chosen->second;
+}
+
+void Trial::collect_key(const IdCon* idcon, Key key, bool is_field) {
+    if (is_field && unknown_.contains(key)) return;
+    std::vector<Key>& keys = is_field ? collecting_->fields : collecting_->outside;
+    if (std::ranges::find(keys, key) == keys.end()) keys.push_back(key);
+    types_[key] = names_.real(names_.type_of(idcon));
 }
 
 Trial::Value Trial::constant(double known) {
