@@ -14,61 +14,29 @@
 namespace norvane::driver {
 namespace {
 
-// How deep the statements of a function nest. XML may nest them as deep as it likes, hence no
-// recursion.
-class StatementDepth {
-  public:
-    explicit StatementDepth(const CFunc* func) {
-        add(func->stmts, 1);
-        while (!pending_.empty()) {
-            const auto [stmt, depth] = pending_.back();
-            pending_.pop_back();
-            deepest_ = std::max(deepest_, depth);
-            add_parts(stmt, depth + 1);
-        }
+// How deep the statements of a function nest. XML may nest them to any depth, hence no recursion.
+unsigned depth_of_statements(const CFunc* func) {
+    unsigned deepest = 0;
+    std::vector<std::pair<const CStmt*, unsigned>> pending;
+    for (const CStmt* stmt : items<CStmt>(func->stmts))
+        pending.emplace_back(stmt, 1);
+    while (!pending.empty()) {
+        const auto [stmt, depth] = pending.back();
+        pending.pop_back();
+        deepest = std::max(deepest, depth);
+        for_each_child(stmt, [&pending, below = depth + 1](const CStmt* inner) {
+            pending.emplace_back(inner, below);
+        });
     }
-    unsigned deepest() const { return deepest_; }
-
-  private:
-    void add(const CStmt* stmt, unsigned depth) {
-        if (stmt) pending_.emplace_back(stmt, depth);
-    }
-    void add(const PolyList* stmts, unsigned depth) {
-        for (const CStmt* stmt : items<CStmt>(stmts))
-            add(stmt, depth);
-    }
-    void add_cases(const CStmt* stmt, unsigned depth) {
-        for (const CCase* branch : items<CCase>(stmt->args.switch_args.cases))
-            add(branch->stmts, depth);
-        if (const CCase* branch = stmt->args.switch_args.default_case) add(branch->stmts, depth);
-    }
-    void add_parts(const CStmt* stmt, unsigned depth) {
-        switch (stmt->structure) {
-        case CSTMT_ITE:
-            add(stmt->args.ite.then_stmt, depth);
-            return add(stmt->args.ite.else_stmt, depth);
-        case CSTMT_BLOCK: return add(stmt->args.block_stmts, depth);
-        case CSTMT_SWITCH: return add_cases(stmt, depth);
-        case CSTMT_WHILE: return add(stmt->args.while_args.stmt, depth);
-        case CSTMT_DO: return add(stmt->args.do_args.stmt, depth);
-        case CSTMT_FOR: return add(stmt->args.for_args.stmt, depth);
-        case CSTMT_EXPR:
-        case CSTMT_RETURN:
-        case CSTMT_BREAK:
-        case CSTMT_EXTERNAL: return;
-        }
-    }
-
-    std::vector<std::pair<const CStmt*, unsigned>> pending_;
-    unsigned deepest_ = 0;
-};
+    return deepest;
+}
 
 // Refuses a calculation whose statements nest deeper than those of any source can; the blanks
 // before them would fill a disk.
 void check_depth_for_source(Session& session, const Calculation& calculation) {
     constexpr unsigned deepest_in_source = 10000;
     for (const auto& [ns, func] : calculation.functions()) {
-        if (StatementDepth(func).deepest() <= deepest_in_source) continue;
+        if (depth_of_statements(func) <= deepest_in_source) continue;
         session.diagnostics.say(session.subject + ": the statements of " + ns->name + "." +
                                 func->name + " are nested too deeply for source");
         throw InputAtFault();

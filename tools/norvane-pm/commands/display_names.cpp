@@ -65,15 +65,10 @@ const TypeCon* NamesOfModel::resolve(const TypeCon* type) const {
 }
 
 const TypeCon* NamesOfModel::inside(const TypeCon* type) const {
-    for (;;) {
-        type = resolve(type);
-        if (type->contype == TC_ARRAY)
-            type = type->values.array.element;
-        else if (type->contype == TC_OPTIONAL)
-            type = type->values.base;
-        else
-            return type;
-    }
+    type = resolve(type);
+    while (const TypeCon* held = held_type(type))
+        type = resolve(held);
+    return type;
 }
 
 bool NamesOfModel::find(const std::string& key, DisplayNames& found) const {

@@ -60,39 +60,10 @@ void for_each_expression(const CStmt* stmt, Visit visit) {
     }
 }
 
-// Calls visit(const CStmt*) for each statement directly below this one; never with null.
-template <typename Visit>
-void for_each_statement(const CStmt* stmt, Visit visit) {
-    const auto& args = stmt->args;
-    const auto visit_all = [&visit](const PolyList* statements) {
-        for (const CStmt* inner : items<CStmt>(statements))
-            visit(inner);
-    };
-    switch (stmt->structure) {
-    case CSTMT_ITE:
-        visit(args.ite.then_stmt);
-        if (args.ite.else_stmt) visit(args.ite.else_stmt);
-        return;
-    case CSTMT_BLOCK: return visit_all(args.block_stmts);
-    case CSTMT_SWITCH:
-        for (const CCase* branch : items<CCase>(args.switch_args.cases))
-            visit_all(branch->stmts);
-        if (const CCase* branch = args.switch_args.default_case) visit_all(branch->stmts);
-        return;
-    case CSTMT_WHILE: return visit(args.while_args.stmt);
-    case CSTMT_DO: return visit(args.do_args.stmt);
-    case CSTMT_FOR: return visit(args.for_args.stmt);
-    case CSTMT_EXPR:
-    case CSTMT_RETURN:
-    case CSTMT_BREAK:
-    case CSTMT_EXTERNAL: return;
-    }
-}
-
 void find_bare_calls(const CStmt* stmt, std::vector<CExpr*>& calls) {
     if (stack_is_low()) return on_fresh_stack([&] { find_bare_calls(stmt, calls); });
     for_each_expression(stmt, [&calls](CExpr* expr) { find_bare_calls(expr, calls); });
-    for_each_statement(stmt, [&calls](const CStmt* inner) { find_bare_calls(inner, calls); });
+    for_each_child(stmt, [&calls](const CStmt* inner) { find_bare_calls(inner, calls); });
 }
 
 std::vector<CExpr*> bare_calls(const CFunc* func) {
@@ -307,7 +278,7 @@ class Checker {
                                       stmt->structure == CSTMT_DO || stmt->structure == CSTMT_FOR;
         probe_head(func, stmt);
         loops_ += is_left_by_break;
-        for_each_statement(stmt, [this, func](const CStmt* inner) { probe(func, inner); });
+        for_each_child(stmt, [this, func](const CStmt* inner) { probe(func, inner); });
         loops_ -= is_left_by_break;
     }
 

@@ -216,11 +216,28 @@ class Checker {
             finding.notes.push_back({first, "declared here"});
     }
 
+    // A type without parts or names of its own.
+    static bool is_simple(const TypeCon* typecon) {
+        switch (kind_of(typecon)) {
+        case TC_BOOL:
+        case TC_INT:
+        case TC_UBOUND_FLOAT:
+        case TC_UBOUND_INTEGER:
+        case TC_STRING: return true;
+        case TC_PROD:
+        case TC_SUM:
+        case TC_ARRAY:
+        case TC_NAMED:
+        case TC_OPTIONAL: break;
+        }
+        return false;
+    }
+
     // Whether a rule that names one of two fields can be checked as if it named the other:
     // variables of the same scalar type.
     static bool are_alike(const NameData* one, const NameData* other) {
         return one->ndtype == ND_VARIABLE && other->ndtype == ND_VARIABLE &&
-               one->typecon->contype == other->typecon->contype && one->typecon->contype < TC_PROD;
+               one->typecon->contype == other->typecon->contype && is_simple(one->typecon);
     }
 
     void check_constant(ConstantDecl* constant) {
@@ -280,8 +297,7 @@ class Checker {
 
     void enter_labels(TypeCon* typecon) {
         if (stack_is_low()) return on_fresh_stack([&] { enter_labels(typecon); });
-        if (typecon->contype == TC_ARRAY) return enter_labels(typecon->values.array.element);
-        if (typecon->contype == TC_OPTIONAL) return enter_labels(typecon->values.base);
+        if (TypeCon* held = held_type(typecon)) return enter_labels(held);
         if (typecon->contype == TC_PROD)
             for (VarDecl* field : items<VarDecl>(typecon->values.prod.fields))
                 enter_labels(field->typecon);

@@ -19,7 +19,9 @@ bool holds(std::int64_t left, unsigned char opr, std::int64_t right) {
     case OPR_GT: return left > right;
     case OPR_GE: return left >= right;
     case OPR_NEQ: return left != right;
-    default: return left == right;
+    case OPR_EQ:
+    case OPR_UBOUND_EQ: return left == right;
+    default: throw Inexpressible{"it is not flat"};
     }
 }
 
@@ -233,7 +235,9 @@ Literal Circuit::compare(const Expr* expr) {
     case OPR_GT: return less(right, left);
     case OPR_GE: return -less(left, right);
     case OPR_NEQ: return -equal(left, right);
-    default: return equal(left, right);
+    case OPR_EQ:
+    case OPR_UBOUND_EQ: return equal(left, right);
+    default: throw Inexpressible{"it is not flat"};
     }
 }
 

@@ -42,7 +42,10 @@ const char* word_of_order(unsigned char opr, bool is_signed) {
     case OPR_LE: return is_signed ? "bvsle" : "bvule";
     case OPR_GT: return is_signed ? "bvsgt" : "bvugt";
     case OPR_GE: return is_signed ? "bvsge" : "bvuge";
-    default: return "=";
+    case OPR_EQ:
+    case OPR_NEQ: // negated as a whole
+    case OPR_UBOUND_EQ: return "=";
+    default: throw Inexpressible{"it is not flat"};
     }
 }
 

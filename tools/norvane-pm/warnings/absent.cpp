@@ -351,9 +351,8 @@ TypeCon* Trial::type_of_key(const IdCon* idcon, const Names::Meaning& meaning, K
         names_.real(meaning.field ? meaning.field->decl->typecon : meaning.global->typecon);
     while (idcon->contype == IDCON_COMPOSIT) {
         idcon = idcon->args.compositid.nested;
-        while (typecon && (typecon->contype == TC_ARRAY || typecon->contype == TC_OPTIONAL))
-            typecon = names_.real(typecon->contype == TC_ARRAY ? typecon->values.array.element
-                                                               : typecon->values.base);
+        while (typecon && held_type(typecon))
+            typecon = names_.real(held_type(typecon));
         const bool is_record = typecon && typecon->contype == TC_PROD;
         const Field* field = is_record ? names_.field(typecon, base_name(idcon)) : nullptr;
         if (!field) continue;
@@ -418,7 +417,7 @@ Trial::Value Trial::joined(const Value& left, const Value& right, bool decisive)
 }
 
 Trial::Value Trial::of_binary(const Expr* expr) {
-    if (collecting_ && (expr->opr < OPR_LT || expr->opr > OPR_NEQ) && expr->type != ETYPE_BOOL)
+    if (collecting_ && !is_comparison(expr) && expr->type != ETYPE_BOOL)
         collecting_->calculates = true;
     const Value left = value(expr->args.binargs.leftarg);
     const Value right = value(expr->args.binargs.rightarg);

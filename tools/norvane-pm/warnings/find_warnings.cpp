@@ -424,8 +424,7 @@ void Walk::report_unasked() {
 
 void Walk::report_unused_fields(const TypeCon* typecon) {
     if (stack_is_low()) return on_fresh_stack([&] { report_unused_fields(typecon); });
-    if (typecon->contype == TC_ARRAY) return report_unused_fields(typecon->values.array.element);
-    if (typecon->contype == TC_OPTIONAL) return report_unused_fields(typecon->values.base);
+    if (TypeCon* held = held_type(typecon)) return report_unused_fields(held);
     if (typecon->contype != TC_PROD) return;
     for (const VarDecl* field : items<VarDecl>(typecon->values.prod.fields)) {
         if (field->vartype == VARTYPE_PRIVATE && !used_names_.contains(field->name))

@@ -354,6 +354,23 @@ inline OprTypes operator_of(const Expr* expr) {
     return static_cast<OprTypes>(expr->opr);
 }
 
+// Returns the type of an array's elements or of an optional's value, or null. Borrowed.
+inline TypeCon* held_type(const TypeCon* typecon) {
+    switch (kind_of(typecon)) {
+    case TC_ARRAY: return typecon->values.array.element;
+    case TC_OPTIONAL: return typecon->values.base;
+    case TC_BOOL:
+    case TC_INT:
+    case TC_UBOUND_FLOAT:
+    case TC_UBOUND_INTEGER:
+    case TC_STRING:
+    case TC_PROD:
+    case TC_SUM:
+    case TC_NAMED: break;
+    }
+    return nullptr;
+}
+
 // What an operator does: `other` is order(), the tags of constants and OPR_NONE.
 enum class Operation { logic, arithmetic, shift, comparison, loop, other };
 
@@ -742,6 +759,36 @@ class Calculation {
   private:
     detail::Owner<PolyHash, calc_delete> calc_;
 };
+
+// Calls visit(const CStmt*) for each statement directly below `stmt`, in the order of the source;
+// never with null. Throws what `visit` throws.
+template <typename Visit>
+void for_each_child(const CStmt* stmt, Visit visit) {
+    const auto& args = stmt->args;
+    const auto visit_one = [&visit](const CStmt* inner) {
+        if (inner) visit(inner);
+    };
+    const auto visit_all = [&visit](const PolyList* statements) {
+        for (const CStmt* inner : items<CStmt>(statements))
+            visit(inner);
+    };
+    switch (stmt->structure) {
+    case CSTMT_ITE: visit_one(args.ite.then_stmt); return visit_one(args.ite.else_stmt);
+    case CSTMT_BLOCK: return visit_all(args.block_stmts);
+    case CSTMT_SWITCH:
+        for (const CCase* branch : items<CCase>(args.switch_args.cases))
+            visit_all(branch->stmts);
+        if (const CCase* branch = args.switch_args.default_case) visit_all(branch->stmts);
+        return;
+    case CSTMT_WHILE: return visit_one(args.while_args.stmt);
+    case CSTMT_DO: return visit_one(args.do_args.stmt);
+    case CSTMT_FOR: return visit_one(args.for_args.stmt);
+    case CSTMT_EXPR:
+    case CSTMT_RETURN:
+    case CSTMT_BREAK:
+    case CSTMT_EXTERNAL: return;
+    }
+}
 
 // Side data --------------------------------------------------------------------------------------
 
