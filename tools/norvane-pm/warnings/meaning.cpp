@@ -320,7 +320,8 @@ void check_order(Finder& finder, const Expr* expr) {
     if (!is_unbounded(type) && type != ETYPE_PROD && type != ETYPE_ARRAY) return;
     const std::string text = is_name(arg) ? text_of(arg->args.idcon) : arg->args.str;
     finder.add(Warning::order_of_unbounded, expr,
-               "order(" + text + ") is no position: '" + text + "' is no label and no enumeration",
+               "order(" + text + ") is not a position: '" + text +
+                   "' is neither a label nor an enumeration",
                "compare the value itself");
 }
 
@@ -387,7 +388,7 @@ void check_selector(Finder& finder, const Expr* expr) {
                              (meaning.global && meaning.global->ndtype <= ND_STRING);
     if (!is_constant || finder.at.is_evaluated) return;
     finder.add(Warning::unsupported, expr,
-               "a case over '" + text_of(selector) + "', which is no variable, is not supported",
+               "a case over '" + text_of(selector) + "', which is not a variable, is not supported",
                "write if ... then ... else ...");
 }
 

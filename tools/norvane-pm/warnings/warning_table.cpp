@@ -20,7 +20,7 @@ constexpr WarningRow rows[] = {
      "earlier type\n"
      "then takes its field of that name for the type. Rename the type or the field."},
     {Warning::not_a_number, "not-a-number", Level::meaning,
-     "A variable is compared with a value that is no number",
+     "A variable is compared with a value that is not a number",
      "A division such as 0.0 / 0.0 gives no number. No float is below, above or equal to it, but "
      "the finite\n"
      "form gives it a position among the values. Correct the calculation."},
@@ -39,7 +39,7 @@ constexpr WarningRow rows[] = {
      "variable for\n"
      "both, or a range such as [0..1000] as their type."},
     {Warning::order_of_unbounded, "order-of-unbounded", Level::meaning,
-     "order() of a value that is no label",
+     "order() of a value that is not a label",
      "order() is the position of a label. Of an integer, float or string variable it gives the "
      "number of the\n"
      "class that the value is in, which depends on all rules. Compare the variable itself with a "

@@ -434,7 +434,7 @@ void calc_add_switch_case(CStmt* switch_stmt, CCase* ccase) {
 void calc_add_switch_default(CStmt* switch_stmt, PolyList* stmts) {
     NORVANE_ASSERT(switch_stmt);
     NORVANE_ASSERT(stmts);
-    NORVANE_ASSERT_TEXT(switch_stmt->args.switch_args.default_case == nullptr,
+    NORVANE_ASSERT_TEXT(!switch_stmt->args.switch_args.default_case,
                         "switch_stmt->args.switch_args.default_case == NULL");
     switch_stmt->args.switch_args.default_case = calc_new_case(nullptr, stmts);
 }

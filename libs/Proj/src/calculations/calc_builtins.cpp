@@ -189,7 +189,7 @@ namespace {
 const PolyHash* new_index() {
     PolyHash* index = phash_new(100, poly_compare_string, poly_copy_string, nullptr,
                                 poly_hash_string, poly_delete_string, nullptr);
-    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = catalogue; row->ns_name; ++row) {
         char key[MESSAGE_BUFFER_SIZE];
         str_snprintf(key, sizeof key, "%s.%s", row->ns_name, row->fn_name);
         phash_insert(index, key, const_cast<CFuncSignature*>(row));
@@ -199,7 +199,7 @@ const PolyHash* new_index() {
 
 CFunc* new_function(const CFuncSignature* row) {
     CFunc* func = calc_new_func(str_copy(row->fn_name), row->type, nullptr, nullptr, -1);
-    for (const CFuncSignatureArg* arg = row->args; arg->name != nullptr; ++arg)
+    for (const CFuncSignatureArg* arg = row->args; arg->name; ++arg)
         calc_add_function_arg(func, calc_new_func_arg(str_copy(arg->name), arg->type, -1));
     return func;
 }
@@ -207,7 +207,7 @@ CFunc* new_function(const CFuncSignature* row) {
 } // namespace
 
 void enter_builtins(PolyHash* calc) {
-    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = catalogue; row->ns_name; ++row) {
         CFunc* func = new_function(row);
         if (calc_add_function(calc, row->ns_name, func) != STATUS_SUCCESS) calc_delete_func(func);
     }
@@ -215,7 +215,7 @@ void enter_builtins(PolyHash* calc) {
 
 void remove_builtins(PolyHash* calc) {
     const char* removed = "";
-    for (const CFuncSignature* row = catalogue; row->ns_name != nullptr; ++row) {
+    for (const CFuncSignature* row = catalogue; row->ns_name; ++row) {
         if (str_is_equal(row->ns_name, removed)) continue;
         removed = row->ns_name;
         phash_remove(calc, removed);

@@ -145,15 +145,15 @@ void read_function(SaxInfo* pi, StackData* sd, Children children) {
     const char* filename = sax_get_attr(pi, sd, "filename");
     std::size_t next = 0;
     CExpr* def_value = nullptr;
-    for (StackData& child : take_all(children, &next, Tag::DefValue))
+    for (StackData& child : take_all(children, &next, Tag::def_value))
         def_value = take<CExpr>(child);
     CFunc* func =
         calc_new_func(str_copy(heading.name), heading.type, def_value, filename, heading.line_no);
-    for (StackData& child : take_all(children, &next, Tag::Arg))
+    for (StackData& child : take_all(children, &next, Tag::arg))
         calc_add_function_arg(func, take<CFuncArg>(child));
-    for (StackData& child : take_all(children, &next, Tag::VarDef))
+    for (StackData& child : take_all(children, &next, Tag::vardef))
         calc_add_function_vardef(func, take<CFuncLVar>(child));
-    for (StackData& child : take_all(children, &next, Tag::Stmt))
+    for (StackData& child : take_all(children, &next, Tag::stmt))
         calc_add_function_stmt(func, take<CStmt>(child));
     sd->data = func;
 }
@@ -179,15 +179,15 @@ void read_only_expr(SaxInfo*, StackData* sd, Children children) {
 constexpr int no_line = CALC_UNDEF_LINENO;
 
 bool is_statement(const StackData& sd) {
-    return is_from_to(sd, Tag::IteStmt, Tag::ExternalStmt);
+    return is_from_to(sd, Tag::ite_stmt, Tag::external_stmt);
 }
 
 bool is_expression(const StackData& sd) {
-    return is_from_to(sd, Tag::Lvar, Tag::Bop);
+    return is_from_to(sd, Tag::lvar, Tag::bop);
 }
 
-constexpr ChildTag one_external_stmt[] = {{tag_name(Tag::ExternalStmt), CHILD_ONE}, {}};
-constexpr ChildTag one_call[] = {{tag_name(Tag::Call), CHILD_ONE}, {}};
+constexpr ChildTag one_external_stmt[] = {{tag_name(Tag::external_stmt), CHILD_ONE}, {}};
+constexpr ChildTag one_call[] = {{tag_name(Tag::call), CHILD_ONE}, {}};
 
 // Callers know the refusal of anything but a statement by the name of the last kind.
 void read_stmt(SaxInfo* pi, StackData* sd, Children children) {
@@ -219,7 +219,7 @@ void read_switch_stmt(SaxInfo*, StackData* sd, Children children) {
     CStmt* stmt = calc_new_switch_stmt(take<CExpr>(children[0]), no_line);
     sd->data = stmt;
     for (StackData& child : children.from(1)) {
-        if (is(child, Tag::CaseLabel))
+        if (is(child, Tag::case_label))
             calc_add_switch_case(stmt, take<CCase>(child));
         else
             calc_add_switch_default(stmt, take<PolyList>(child));
@@ -268,9 +268,9 @@ void read_expr(SaxInfo* pi, StackData* sd, Children children) {
         sax_check_children(sd, children, one_call, 1);
     const int line_no = line_of(pi, sd);
     StackData& child = children[0];
-    if (is(child, Tag::PmVar)) {
+    if (is(child, Tag::pmvar)) {
         sd->data = calc_new_pmvar_expr(take<CPMVar>(child), line_no);
-    } else if (is(child, Tag::StringConst)) {
+    } else if (is(child, Tag::string_const)) {
         // Attributes are in code page 1252; the constructor converts the text to UTF-8.
         sd->data = calc_new_stringconst_expr(take<char>(child), line_no, false);
     } else {
@@ -288,7 +288,7 @@ void read_pmvar(SaxInfo* pi, StackData* sd, Children children) {
     CPMVar* pmvar = calc_new_pmvar(str_copy(sax_must_get_attr(pi, sd, "name")));
     sd->data = pmvar;
     std::size_t next = 0;
-    for (StackData& child : take_all(children, &next, Tag::Expr))
+    for (StackData& child : take_all(children, &next, Tag::expr))
         calc_add_pmvar_arr_index(pmvar, take<CExpr>(child));
     for (StackData& child : children.from(next))
         calc_set_pmvar_nested(pmvar, take<CPMVar>(child));
@@ -355,26 +355,26 @@ constexpr ChildTag any(Tag tag) {
 }
 
 constexpr ChildTag nothing[] = {{}};
-constexpr ChildTag in_mu[] = {optional(Tag::Calculation), {}};
-constexpr ChildTag in_calculation[] = {any(Tag::Namespace), {}};
-constexpr ChildTag in_namespace[] = {any(Tag::Function), {}};
+constexpr ChildTag in_mu[] = {optional(Tag::calculation), {}};
+constexpr ChildTag in_calculation[] = {any(Tag::ns), {}};
+constexpr ChildTag in_namespace[] = {any(Tag::function), {}};
 constexpr ChildTag in_function[] = {
-    optional(Tag::DefValue), any(Tag::Arg), any(Tag::VarDef), any(Tag::Stmt), {}};
-constexpr ChildTag in_ite_stmt[] = {one(Tag::Expr), one(Tag::Stmt), optional(Tag::Stmt), {}};
+    optional(Tag::def_value), any(Tag::arg), any(Tag::vardef), any(Tag::stmt), {}};
+constexpr ChildTag in_ite_stmt[] = {one(Tag::expr), one(Tag::stmt), optional(Tag::stmt), {}};
 constexpr ChildTag in_switch_stmt[] = {
-    one(Tag::Expr), any(Tag::CaseLabel), optional(Tag::DefaultLabel), {}};
-constexpr ChildTag in_case_label[] = {one(Tag::Expr), any(Tag::Stmt), {}};
-constexpr ChildTag in_loop[] = {one(Tag::Expr), one(Tag::Stmt), {}};
+    one(Tag::expr), any(Tag::case_label), optional(Tag::default_label), {}};
+constexpr ChildTag in_case_label[] = {one(Tag::expr), any(Tag::stmt), {}};
+constexpr ChildTag in_loop[] = {one(Tag::expr), one(Tag::stmt), {}};
 constexpr ChildTag in_for_stmt[] = {
-    one(Tag::OptExpr), one(Tag::OptExpr), one(Tag::OptExpr), one(Tag::Stmt), {}};
-constexpr ChildTag in_pmvar[] = {any(Tag::Expr), optional(Tag::PmVar), {}};
-constexpr ChildTag one_string_const[] = {one(Tag::StringConst), {}};
-constexpr ChildTag any_stmt[] = {any(Tag::Stmt), {}};
-constexpr ChildTag any_expr[] = {any(Tag::Expr), {}};
-constexpr ChildTag optional_expr[] = {optional(Tag::Expr), {}};
-constexpr ChildTag one_expr[] = {one(Tag::Expr), {}};
-constexpr ChildTag two_exprs[] = {one(Tag::Expr), one(Tag::Expr), {}};
-constexpr ChildTag three_exprs[] = {one(Tag::Expr), one(Tag::Expr), one(Tag::Expr), {}};
+    one(Tag::opt_expr), one(Tag::opt_expr), one(Tag::opt_expr), one(Tag::stmt), {}};
+constexpr ChildTag in_pmvar[] = {any(Tag::expr), optional(Tag::pmvar), {}};
+constexpr ChildTag one_string_const[] = {one(Tag::string_const), {}};
+constexpr ChildTag any_stmt[] = {any(Tag::stmt), {}};
+constexpr ChildTag any_expr[] = {any(Tag::expr), {}};
+constexpr ChildTag optional_expr[] = {optional(Tag::expr), {}};
+constexpr ChildTag one_expr[] = {one(Tag::expr), {}};
+constexpr ChildTag two_exprs[] = {one(Tag::expr), one(Tag::expr), {}};
+constexpr ChildTag three_exprs[] = {one(Tag::expr), one(Tag::expr), one(Tag::expr), {}};
 
 constexpr auto delete_calc = poly<calc_delete>;
 constexpr auto delete_stmt = poly<calc_delete_stmt>;
@@ -382,39 +382,39 @@ constexpr auto delete_expr = poly<calc_delete_expr>;
 
 // Indexed by Tag.
 constexpr SaxTag tag_handler_table[] = {
-    {tag_name(Tag::Mu), in_mu, read_mu, delete_calc},
-    {tag_name(Tag::Calculation), in_calculation, read_calculation, delete_calc},
-    {tag_name(Tag::Namespace), in_namespace, read_namespace, poly<delete_functions>},
-    {tag_name(Tag::Function), in_function, read_function, poly<calc_delete_func>},
-    {tag_name(Tag::DefValue), one_expr, read_only_expr, delete_expr},
-    {tag_name(Tag::Arg), nothing, read_arg, poly<calc_delete_func_arg>},
-    {tag_name(Tag::VarDef), one_expr, read_vardef, poly<calc_delete_func_lvar>},
-    {tag_name(Tag::CaseLabel), in_case_label, read_case_label, poly<calc_delete_case>},
-    {tag_name(Tag::DefaultLabel), any_stmt, read_default_label, poly<plist_delete>},
-    {tag_name(Tag::OptExpr), optional_expr, read_only_expr, delete_expr},
-    {tag_name(Tag::Stmt), nullptr, read_stmt, delete_stmt},
-    {tag_name(Tag::IteStmt), in_ite_stmt, read_ite_stmt, delete_stmt},
-    {tag_name(Tag::BlockStmt), any_stmt, read_block_stmt, delete_stmt},
-    {tag_name(Tag::ExprStmt), optional_expr, read_expr_stmt, delete_stmt},
-    {tag_name(Tag::SwitchStmt), in_switch_stmt, read_switch_stmt, delete_stmt},
-    {tag_name(Tag::WhileStmt), in_loop, read_while_stmt, delete_stmt},
-    {tag_name(Tag::DoStmt), in_loop, read_do_stmt, delete_stmt},
-    {tag_name(Tag::ForStmt), in_for_stmt, read_for_stmt, delete_stmt},
-    {tag_name(Tag::ReturnStmt), one_expr, read_return_stmt, delete_stmt},
-    {tag_name(Tag::BreakStmt), nothing, read_break_stmt, delete_stmt},
-    {tag_name(Tag::ExternalStmt), one_string_const, read_external_stmt, delete_stmt},
-    {tag_name(Tag::Expr), nullptr, read_expr, delete_expr},
-    {tag_name(Tag::Lvar), nothing, read_lvar, delete_expr},
-    {tag_name(Tag::PmVar), in_pmvar, read_pmvar, poly<calc_delete_pmvar>},
-    {tag_name(Tag::IntConst), nothing, read_int_const, delete_expr},
-    {tag_name(Tag::FloatConst), nothing, read_float_const, delete_expr},
-    {tag_name(Tag::StringConst), nothing, read_string_const, poly_delete_string},
-    {tag_name(Tag::False), nothing, read_false, delete_expr},
-    {tag_name(Tag::True), nothing, read_true, delete_expr},
-    {tag_name(Tag::IteExpr), three_exprs, read_ite_expr, delete_expr},
-    {tag_name(Tag::Call), any_expr, read_call, delete_expr},
-    {tag_name(Tag::Uop), one_expr, read_uop, delete_expr},
-    {tag_name(Tag::Bop), two_exprs, read_bop, delete_expr},
+    {tag_name(Tag::mu), in_mu, read_mu, delete_calc},
+    {tag_name(Tag::calculation), in_calculation, read_calculation, delete_calc},
+    {tag_name(Tag::ns), in_namespace, read_namespace, poly<delete_functions>},
+    {tag_name(Tag::function), in_function, read_function, poly<calc_delete_func>},
+    {tag_name(Tag::def_value), one_expr, read_only_expr, delete_expr},
+    {tag_name(Tag::arg), nothing, read_arg, poly<calc_delete_func_arg>},
+    {tag_name(Tag::vardef), one_expr, read_vardef, poly<calc_delete_func_lvar>},
+    {tag_name(Tag::case_label), in_case_label, read_case_label, poly<calc_delete_case>},
+    {tag_name(Tag::default_label), any_stmt, read_default_label, poly<plist_delete>},
+    {tag_name(Tag::opt_expr), optional_expr, read_only_expr, delete_expr},
+    {tag_name(Tag::stmt), nullptr, read_stmt, delete_stmt},
+    {tag_name(Tag::ite_stmt), in_ite_stmt, read_ite_stmt, delete_stmt},
+    {tag_name(Tag::block_stmt), any_stmt, read_block_stmt, delete_stmt},
+    {tag_name(Tag::expr_stmt), optional_expr, read_expr_stmt, delete_stmt},
+    {tag_name(Tag::switch_stmt), in_switch_stmt, read_switch_stmt, delete_stmt},
+    {tag_name(Tag::while_stmt), in_loop, read_while_stmt, delete_stmt},
+    {tag_name(Tag::do_stmt), in_loop, read_do_stmt, delete_stmt},
+    {tag_name(Tag::for_stmt), in_for_stmt, read_for_stmt, delete_stmt},
+    {tag_name(Tag::return_stmt), one_expr, read_return_stmt, delete_stmt},
+    {tag_name(Tag::break_stmt), nothing, read_break_stmt, delete_stmt},
+    {tag_name(Tag::external_stmt), one_string_const, read_external_stmt, delete_stmt},
+    {tag_name(Tag::expr), nullptr, read_expr, delete_expr},
+    {tag_name(Tag::lvar), nothing, read_lvar, delete_expr},
+    {tag_name(Tag::pmvar), in_pmvar, read_pmvar, poly<calc_delete_pmvar>},
+    {tag_name(Tag::int_const), nothing, read_int_const, delete_expr},
+    {tag_name(Tag::float_const), nothing, read_float_const, delete_expr},
+    {tag_name(Tag::string_const), nothing, read_string_const, poly_delete_string},
+    {tag_name(Tag::false_const), nothing, read_false, delete_expr},
+    {tag_name(Tag::true_const), nothing, read_true, delete_expr},
+    {tag_name(Tag::ite_expr), three_exprs, read_ite_expr, delete_expr},
+    {tag_name(Tag::call), any_expr, read_call, delete_expr},
+    {tag_name(Tag::uop), one_expr, read_uop, delete_expr},
+    {tag_name(Tag::bop), two_exprs, read_bop, delete_expr},
     {},
 };
 
@@ -439,7 +439,7 @@ PolyHash* take_calc(SaxInfo* pi) {
     }
     StackData* root = stack_top(pi);
     NORVANE_ASSERT_TEXT(root->data, "calcs");
-    NORVANE_ASSERT_TEXT(is(*root, Tag::Calculation) || is(*root, Tag::Mu),
+    NORVANE_ASSERT_TEXT(is(*root, Tag::calculation) || is(*root, Tag::mu),
                         "str_is_equal( sd->tag, \"calculation\" ) || "
                         "str_is_equal( sd->tag, \"mu\" )");
     NORVANE_ASSERT_TEXT(root->is_closed, "is_closed");

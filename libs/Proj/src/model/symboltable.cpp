@@ -94,7 +94,7 @@ void check_arguments(NameDataType ndtype, const TypeCon* typecon, const PolyHash
     case ND_TYPE:
     case ND_VARIABLE:
         NORVANE_ASSERT(typecon);
-        NORVANE_ASSERT_TEXT(typecon->contype != TC_PROD || environment != nullptr,
+        NORVANE_ASSERT_TEXT(typecon->contype != TC_PROD || environment,
                             "IMPLIES( typecon->contype == TC_PROD, environment )");
         return;
     }

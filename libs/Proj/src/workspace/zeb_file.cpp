@@ -21,7 +21,7 @@ namespace norvane::workspace {
 
 namespace {
 
-enum class Content : unsigned char { Uris, Uri, Defines, Targets };
+enum class Content : unsigned char { uris, uri, defines, targets };
 
 // A child element of a project and, where several elements have the same content, its field.
 struct ProjectElement {
@@ -33,17 +33,17 @@ struct ProjectElement {
 
 // In the order of a written file.
 constexpr ProjectElement project_elements[] = {
-    {.tag = "product_model", .content = Content::Uris, .list = &ZEBProject::pm_files},
-    {.tag = "defines", .content = Content::Defines},
-    {.tag = "includes", .content = Content::Uris, .list = &ZEBProject::includes},
-    {.tag = "virtual_table", .content = Content::Uri, .text = &ZEBProject::virtual_table},
-    {.tag = "main", .content = Content::Uri, .text = &ZEBProject::main_file},
-    {.tag = "presentation", .content = Content::Uris, .list = &ZEBProject::pres_files},
-    {.tag = "calculation", .content = Content::Uris, .list = &ZEBProject::calc_files},
-    {.tag = "table", .content = Content::Uris, .list = &ZEBProject::table_files},
-    {.tag = "var_order", .content = Content::Uris, .list = &ZEBProject::var_order_files},
-    {.tag = "fileincludes", .content = Content::Uris, .list = &ZEBProject::fileincludes},
-    {.tag = "targets", .content = Content::Targets},
+    {.tag = "product_model", .content = Content::uris, .list = &ZEBProject::pm_files},
+    {.tag = "defines", .content = Content::defines},
+    {.tag = "includes", .content = Content::uris, .list = &ZEBProject::includes},
+    {.tag = "virtual_table", .content = Content::uri, .text = &ZEBProject::virtual_table},
+    {.tag = "main", .content = Content::uri, .text = &ZEBProject::main_file},
+    {.tag = "presentation", .content = Content::uris, .list = &ZEBProject::pres_files},
+    {.tag = "calculation", .content = Content::uris, .list = &ZEBProject::calc_files},
+    {.tag = "table", .content = Content::uris, .list = &ZEBProject::table_files},
+    {.tag = "var_order", .content = Content::uris, .list = &ZEBProject::var_order_files},
+    {.tag = "fileincludes", .content = Content::uris, .list = &ZEBProject::fileincludes},
+    {.tag = "targets", .content = Content::targets},
 };
 
 int is_known_tag(const char* tag) {
@@ -112,21 +112,21 @@ void write_target(XmlNode* parent, const ZEBTarget* target) {
 // Elements without content are not written.
 void write_element(XmlNode* parent, const ProjectElement& element, const ZEBProject* project) {
     switch (element.content) {
-    case Content::Uris: {
+    case Content::uris: {
         const PolyList* uris = project->*element.list;
         if (uris->len > 0) add_text_elements(add_element(parent, element.tag), "uri", uris);
         return;
     }
-    case Content::Uri: {
+    case Content::uri: {
         const char* uri = project->*element.text;
         if (uri) add_text_element(add_element(parent, element.tag), "uri", uri);
         return;
     }
-    case Content::Defines:
+    case Content::defines:
         if (project->defines->size > 0)
             write_defines(add_element(parent, element.tag), project->defines);
         return;
-    case Content::Targets:
+    case Content::targets:
         if (project->targets->len == 0) return;
         XmlNode* node = add_element(parent, element.tag);
         for (const ZEBTarget* target : items<ZEBTarget>(project->targets))
@@ -240,10 +240,10 @@ void read_targets(ZEBProject* project, XmlNode* node) {
 
 void read_element(ZEBProject* project, const ProjectElement& element, XmlNode* node) {
     switch (element.content) {
-    case Content::Uris: return read_uris(project->*element.list, node);
-    case Content::Uri: return replace(project->*element.text, read_uri(node));
-    case Content::Defines: return read_defines(project->defines, node);
-    case Content::Targets: return read_targets(project, node);
+    case Content::uris: return read_uris(project->*element.list, node);
+    case Content::uri: return replace(project->*element.text, read_uri(node));
+    case Content::defines: return read_defines(project->defines, node);
+    case Content::targets: return read_targets(project, node);
     }
 }
 

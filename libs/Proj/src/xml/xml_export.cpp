@@ -75,7 +75,7 @@ void write_operands(XmlNode* node, Expr* expr, unsigned opr) {
 }
 
 void write_binary(XmlNode* parent, Expr* expr) {
-    const Operator* row = find_operator(expr->opr, OperatorUse::Binary);
+    const Operator* row = find_operator(expr->opr, OperatorUse::binary);
     if (!row) NORVANE_FAIL("Invalid binary operator");
     XmlNode* node = add_element(parent, "op", {{"opr", row->name}});
     if (row->flattened) return write_operands(node, expr, expr->opr);
@@ -99,7 +99,7 @@ void write_float_const(XmlNode* parent, Expr* expr) {
 }
 
 void write_range(XmlNode* parent, Expr* expr) {
-    const char* name = operator_name(expr->opr, OperatorUse::Range, "Invalid range expression");
+    const char* name = operator_name(expr->opr, OperatorUse::range, "Invalid range expression");
     XmlNode* node =
         add_element(parent, "range", {{"var", expr->args.range.lambdavar}, {"opr", name}});
     write_expr(node, expr->args.range.rangebegin);
@@ -130,7 +130,7 @@ void write_ite(XmlNode* parent, Expr* expr) {
 
 void write_unary(XmlNode* parent, Expr* expr) {
     // The text speaks of a binary operator here too, because callers match it.
-    const char* name = operator_name(expr->opr, OperatorUse::Unary, "Invalid binary operator");
+    const char* name = operator_name(expr->opr, OperatorUse::unary, "Invalid binary operator");
     write_expr(add_element(parent, "uop", {{"opr", name}}), expr->args.arg);
 }
 

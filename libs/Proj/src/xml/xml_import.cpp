@@ -105,7 +105,7 @@ IdCon* read_idcon(Reader* r, XmlNode* node) {
 }
 
 Expr* read_binary(Reader* r, XmlNode* node) {
-    const Operator* row = read_operator(node, OperatorUse::Binary, invalid_operator);
+    const Operator* row = read_operator(node, OperatorUse::binary, invalid_operator);
     XmlNodeIter iter = children_of(node);
     Expr* chain = nullptr;
     unsigned count = 0;
@@ -134,7 +134,7 @@ Expr* read_only_expr(Reader* r, XmlNode* node) {
 }
 
 Expr* read_unary(Reader* r, XmlNode* node) {
-    const Operator* row = read_operator(node, OperatorUse::Unary, invalid_operator);
+    const Operator* row = read_operator(node, OperatorUse::unary, invalid_operator);
     return expr_new_unary(row->opr, read_only_expr(r, node), line(node));
 }
 
@@ -155,7 +155,7 @@ Expr* read_ite(Reader* r, XmlNode* node) {
 
 Expr* read_range(Reader* r, XmlNode* node) {
     const char* variable = xml_parse_mustbe_attr_text(node, "var");
-    const Operator* row = read_operator(node, OperatorUse::Range, invalid_range_operator);
+    const Operator* row = read_operator(node, OperatorUse::range, invalid_range_operator);
     Expr* operands[3];
     read_three(r, node, operands);
     return expr_new_range(row->opr, str_copy(variable), operands[0], operands[1], operands[2],

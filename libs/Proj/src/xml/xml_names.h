@@ -10,37 +10,37 @@
 namespace norvane::xml {
 
 // Which element an operator belongs to.
-enum class OperatorUse : unsigned char { Binary, BinaryAndUnary, Unary, Range };
+enum class OperatorUse : unsigned char { binary, binary_and_unary, unary, range };
 
 struct Operator {
     OprTypes opr;
     const char* name; // null for an operator that the format cannot hold
-    OperatorUse use = OperatorUse::Binary;
+    OperatorUse use = OperatorUse::binary;
     bool flattened = false; // the writer gives one element to a whole tree of this operator
 };
 
 constexpr Operator make_operator(OprTypes opr) {
     switch (opr) {
-    case OPR_AND: return {opr, "and", OperatorUse::Binary, true};
-    case OPR_OR: return {opr, "or", OperatorUse::Binary, true};
-    case OPR_XOR: return {opr, "xor", OperatorUse::Binary, true};
-    case OPR_NOT: return {opr, "not", OperatorUse::Unary};
-    case OPR_IMPLIES: return {opr, "imp", OperatorUse::Binary};
-    case OPR_BIIMPLIES: return {opr, "biimp", OperatorUse::Binary};
-    case OPR_PLUS: return {opr, "plus", OperatorUse::Binary, true};
-    case OPR_MINUS: return {opr, "minus", OperatorUse::BinaryAndUnary};
-    case OPR_TIMES: return {opr, "mult", OperatorUse::Binary, true};
-    case OPR_LT: return {opr, "lt", OperatorUse::Binary};
-    case OPR_LE: return {opr, "lteq", OperatorUse::Binary};
-    case OPR_GT: return {opr, "gr", OperatorUse::Binary};
-    case OPR_GE: return {opr, "greq", OperatorUse::Binary};
-    case OPR_EQ: return {opr, "eq", OperatorUse::Binary};
-    case OPR_NEQ: return {opr, "neq", OperatorUse::Binary};
-    case OPR_FORALL: return {opr, "forall", OperatorUse::Range};
-    case OPR_EXIST: return {opr, "exist", OperatorUse::Range};
-    case OPR_SUM: return {opr, "sum", OperatorUse::Range};
-    case OPR_PROD: return {opr, "prod", OperatorUse::Range};
-    case OPR_ORDER: return {opr, "order", OperatorUse::Unary};
+    case OPR_AND: return {opr, "and", OperatorUse::binary, true};
+    case OPR_OR: return {opr, "or", OperatorUse::binary, true};
+    case OPR_XOR: return {opr, "xor", OperatorUse::binary, true};
+    case OPR_NOT: return {opr, "not", OperatorUse::unary};
+    case OPR_IMPLIES: return {opr, "imp", OperatorUse::binary};
+    case OPR_BIIMPLIES: return {opr, "biimp", OperatorUse::binary};
+    case OPR_PLUS: return {opr, "plus", OperatorUse::binary, true};
+    case OPR_MINUS: return {opr, "minus", OperatorUse::binary_and_unary};
+    case OPR_TIMES: return {opr, "mult", OperatorUse::binary, true};
+    case OPR_LT: return {opr, "lt", OperatorUse::binary};
+    case OPR_LE: return {opr, "lteq", OperatorUse::binary};
+    case OPR_GT: return {opr, "gr", OperatorUse::binary};
+    case OPR_GE: return {opr, "greq", OperatorUse::binary};
+    case OPR_EQ: return {opr, "eq", OperatorUse::binary};
+    case OPR_NEQ: return {opr, "neq", OperatorUse::binary};
+    case OPR_FORALL: return {opr, "forall", OperatorUse::range};
+    case OPR_EXIST: return {opr, "exist", OperatorUse::range};
+    case OPR_SUM: return {opr, "sum", OperatorUse::range};
+    case OPR_PROD: return {opr, "prod", OperatorUse::range};
+    case OPR_ORDER: return {opr, "order", OperatorUse::unary};
     case OPR_DIV:
     case OPR_SHL:
     case OPR_SHR:
@@ -64,7 +64,7 @@ inline constexpr auto operators = [] {
 // True if an operator of this use may stand where `place` is asked for.
 constexpr bool fits(OperatorUse use, OperatorUse place) {
     if (use == place) return true;
-    return use == OperatorUse::BinaryAndUnary && place != OperatorUse::Range;
+    return use == OperatorUse::binary_and_unary && place != OperatorUse::range;
 }
 
 // The row of an operator in an element of the given use, or null.

@@ -86,7 +86,7 @@ const char* util_double_to_str(double value) {
     const std::to_chars_result end = std::to_chars(double_text, double_text + sizeof double_text,
                                                    value, std::chars_format::fixed);
     *end.ptr = '\0';
-    if (std::isfinite(value) && std::strchr(double_text, '.') == nullptr) {
+    if (std::isfinite(value) && !std::strchr(double_text, '.')) {
         std::strcpy(end.ptr, ".0");
     }
     return double_text;

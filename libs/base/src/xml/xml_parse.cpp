@@ -295,23 +295,23 @@ ssize_t read_chunk(int descriptor, char* buffer, int wanted) {
     return done;
 }
 
-enum class Result { Parsed, Unreadable, Malformed, OutOfMemory };
+enum class Result { parsed, unreadable, malformed, out_of_memory };
 
 Result parse_descriptor(Builder* b, int descriptor) {
     for (;;) {
         const int wanted = xml_next_chunk(b, smallest_chunk);
         auto* buffer = static_cast<char*>(XML_GetBuffer(b->parser, wanted));
-        if (!buffer) return Result::OutOfMemory;
+        if (!buffer) return Result::out_of_memory;
         const ssize_t size = read_chunk(descriptor, buffer, wanted);
-        if (size < 0) return Result::Unreadable;
+        if (size < 0) return Result::unreadable;
         if (XML_ParseBuffer(b->parser, static_cast<int>(size), size == 0) != XML_STATUS_OK) break;
-        if (size == 0) return Result::Parsed;
+        if (size == 0) return Result::parsed;
     }
     set_failure(b, XML_GetErrorCode(b->parser)); // kept if a callback has set one
-    if (b->failure == XML_ERROR_NO_MEMORY) return Result::OutOfMemory;
+    if (b->failure == XML_ERROR_NO_MEMORY) return Result::out_of_memory;
     b->error_text = XML_ErrorString(b->failure);
     b->error_line = static_cast<int>(current_line(b));
-    return Result::Malformed;
+    return Result::malformed;
 }
 
 void set_handlers(Builder* b) {
@@ -323,8 +323,8 @@ void set_handlers(Builder* b) {
 // Closes the file and frees everything but the arena.
 Result parse_path(Builder* b, const char* path) {
     const int descriptor = open_file(path);
-    if (descriptor < 0) return Result::Unreadable;
-    Result result = Result::OutOfMemory;
+    if (descriptor < 0) return Result::unreadable;
+    Result result = Result::out_of_memory;
     b->parser = XML_ParserCreate(nullptr);
     b->arena = static_cast<XmlArena*>(std::calloc(1, sizeof(XmlArena)));
     if (b->parser && b->arena) {
@@ -351,18 +351,18 @@ XmlDocument* parse_file(const char* path, TagPredicate is_utf) {
     Builder b{};
     b.is_utf = is_utf;
     const Result result = parse_path(&b, path);
-    if (result == Result::Parsed) {
+    if (result == Result::parsed) {
         if (void* memory = std::calloc(1, sizeof(XmlDocument)))
             return new (memory) XmlDocument{nullptr, b.root, nullptr, b.arena};
     }
     xml_arena_delete(b.arena);
     switch (result) {
-    case Result::Unreadable: report(ERR_FILE_OPEN(path), __LINE__); break;
-    case Result::Malformed:
+    case Result::unreadable: report(ERR_FILE_OPEN(path), __LINE__); break;
+    case Result::malformed:
         report(ERR_XML_MALFORMED(path, b.error_line, b.error_text), __LINE__);
         break;
-    case Result::Parsed:
-    case Result::OutOfMemory: NORVANE_FAIL("Out of memory");
+    case Result::parsed:
+    case Result::out_of_memory: NORVANE_FAIL("Out of memory");
     }
     return nullptr;
 }
