@@ -60,12 +60,14 @@ def faults(path, *, calculation=None, defines=None, undefines=(), include_dirs=(
 
     These are the reports of "norvane-pm check": load() and check() end at the first error. With the
     file of a calculation they are those of the model, or else of the calculation. `warnings` are words
-    that the driver takes after -W, such as "all" or "no-unused-name". What cannot be read is a fault.
+    that the driver takes after -W, such as "all" or "no-unused-name"; any other word raises ValueError.
+    What cannot be read is a fault.
     """
     arguments = _arguments(defines, undefines, include_dirs)
+    words = [warnings] if isinstance(warnings, str) else list(warnings)
     if calculation is None:
-        return _norvane._faults(os.fspath(path), arguments, list(warnings))
-    return _norvane._calculation_faults(os.fspath(calculation), os.fspath(path), arguments, list(warnings))
+        return _norvane._faults(os.fspath(path), arguments, words)
+    return _norvane._calculation_faults(os.fspath(calculation), os.fspath(path), arguments, words)
 
 
 def write(model, path):

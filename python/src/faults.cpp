@@ -26,6 +26,14 @@ std::vector<Fault> calculation_faults(const std::string& calculation, const std:
     });
 }
 
+// "pump.pm:3:8", as far as it is known.
+py::str summary_of(const FaultPlace& place) {
+    std::string numbers; // after the file
+    if (place.line > 0) numbers += ":" + std::to_string(place.line);
+    if (place.column > 0) numbers += ":" + std::to_string(place.column);
+    return py::str(file_name(place.file) + py::str(numbers));
+}
+
 py::str to_str(const std::string& text) {
     return fault_text_to_utf8(text);
 }
@@ -55,18 +63,26 @@ void add_faults(py::module_& module) {
         .def_readonly("column", &FaultPlace::column)
         .def_readonly("end_line", &FaultPlace::end_line)
         .def_readonly("end_column", &FaultPlace::end_column)
+        .def("__str__", [](const FaultPlace& place) { return summary_of(place); })
         .def("__repr__", [](const FaultPlace& place) {
-            return py::str("<norvane.Place {}:{}:{}>")
-                .format(file_name(place.file), place.line, place.column);
+            return py::str("<norvane.Place {}>").format(summary_of(place));
         });
     py::class_<FaultNote>(module, "Note", "A further place that explains a fault.")
         .def_readonly("place", &FaultNote::place)
-        .def_property_readonly("text", text(&FaultNote::text));
+        .def_property_readonly("text", text(&FaultNote::text))
+        .def("__repr__", [](const FaultNote& note) {
+            return py::str("<norvane.Note {}: {}>")
+                .format(summary_of(note.place), to_str(note.text));
+        });
     py::class_<FaultReplacement>(module, "Replacement", "What to write instead of a range.")
         .def_readonly("place", &FaultReplacement::place)
         .def_property_readonly("text", text(&FaultReplacement::text))
         .def_readonly("is_certain", &FaultReplacement::is_certain,
-                      "Whether it may be applied without asking.");
+                      "Whether it may be applied without asking.")
+        .def("__repr__", [](const FaultReplacement& better) {
+            return py::str("<norvane.Replacement {}: {!r}>")
+                .format(summary_of(better.place), to_str(better.text));
+        });
     py::class_<Fault>(module, "Fault", "What is wrong with a source, or odd about it.")
         .def_property_readonly("severity", severity_of, "\"error\", \"warning\" or \"note\".")
         .def_readonly("name", &Fault::name,
@@ -78,9 +94,8 @@ void add_faults(py::module_& module) {
                                "The way out, in words; empty where there is none.")
         .def_readonly("replacements", &Fault::replacements, "What to write instead, all of it.")
         .def("__repr__", [](const Fault& fault) {
-            return py::str("<norvane.Fault {}:{}:{}: {}: {}>")
-                .format(file_name(fault.place.file), fault.place.line, fault.place.column,
-                        severity_of(fault), to_str(fault.message));
+            return py::str("<norvane.Fault {}: {}: {}>")
+                .format(summary_of(fault.place), severity_of(fault), to_str(fault.message));
         });
     module.def("_faults", faults);
     module.def("_calculation_faults", calculation_faults);

@@ -82,7 +82,7 @@ class Faults(unittest.TestCase):
                 self.assertTrue(faults)
                 self.assertEqual([as_printed(fault) for fault in faults], self.printed(*command))
         with self.assertRaises(ValueError):
-            norvane.faults('bicycle.pm', warnings=['nonsense'])
+            norvane.faults('bicycle.pm', warnings='nonsense')
 
     def test_the_process_stays_as_it_was(self):
         with open('broken.pm', 'w') as file:

@@ -31,7 +31,8 @@ driver::Options options_for(const std::filesystem::path& model, const FaultOptio
     options.cpp_args = wanted.cpp_args;
     options.max_errors = 0;
     for (const std::string& word : wanted.warnings)
-        if (!options.warnings.take(word)) throw std::invalid_argument("no warning: " + word);
+        if (!options.warnings.take(word))
+            throw std::invalid_argument("there is no warning '" + word + "'");
     return options;
 }
 
