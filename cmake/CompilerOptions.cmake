@@ -23,6 +23,10 @@ target_link_options(norvane_options INTERFACE -Wl,-Bsymbolic-functions)
 # g++ 12 falsely reports string concatenation as an overlapping copy.
 target_compile_options(norvane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
+# Two types of one name compile as long as no file includes both; link-time optimisation sees them.
+target_link_options(norvane_options INTERFACE
+  $<$<AND:$<CONFIG:Release>,$<CXX_COMPILER_ID:GNU>>:-Werror=odr>)
+
 if(NORVANE_SANITIZE)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all)
   # g++ 12 takes values that its own checks keep apart for uninitialised ones.

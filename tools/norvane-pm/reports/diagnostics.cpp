@@ -62,8 +62,8 @@ void add_way(Finding& finding, std::span<const OsPlace> way) {
     const std::size_t skipped = way.size() > most + 1 ? way.size() - most : 0;
     for (std::size_t i = 0; i < way.size(); ++i) {
         if (skipped > 0 && i == most / 2) {
-            finding.notes.push_back(
-                {{}, std::to_string(skipped) + " files between these are left out"});
+            finding.notes.emplace_back().text =
+                std::to_string(skipped) + " files between these are left out";
             i += skipped;
         }
         finding.notes.push_back({place_of(way[i].file, way[i].line), "included from here"});

@@ -348,7 +348,8 @@ void SourceText::add_macros(std::size_t token, std::vector<Note>& notes) const {
     const std::size_t skipped = macros.size() > most + 1 ? macros.size() - most : 0;
     for (std::size_t i = 0; i < macros.size(); ++i) {
         if (skipped > 0 && i == most / 2) {
-            notes.push_back({{}, std::to_string(skipped) + " macros between these are left out"});
+            notes.emplace_back().text =
+                std::to_string(skipped) + " macros between these are left out";
             i += skipped;
         }
         const bool is_option = macros[i]->place.file.empty();
@@ -363,9 +364,11 @@ std::vector<Note> SourceText::notes(std::size_t token) const {
     add_macros(token, notes);
     const Segment* segment = &segment_of(scan_.tokens[token].offset);
     while (segment->includer != none) {
-        const unsigned line = segment->includer_line;
+        Note& note = notes.emplace_back();
+        note.text = "included from here";
+        note.place.line = segment->includer_line;
         segment = &segments_[segment->includer];
-        notes.push_back({{segment->file, line, 0, 0, 0}, "included from here"});
+        note.place.file = segment->file;
     }
     return notes;
 }
