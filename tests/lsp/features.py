@@ -69,6 +69,8 @@ COMPLETIONS = [
     ('m.pm', '«kg > 10»', 'box[0].lid.', {'SOME'}, {'size'}),
     ('m.pm', '«kg > 10»', 'box[0].lid.SOME = ', ['green', 'dark red', 'blue', 'box'], {'and', 'not', 'N'}),
     ('m.pm', '«kg > 10»', 'case box[0].lid.SOME of green then wide | ', ['green', 'dark red', 'blue', 'default'], {'kg'}),
+    ('m.pm', '«kg > 10»', 'box[0].lid.SOME = "dark r', ['green', 'dark red', 'blue'], {'box', 'kg'}),
+    ('m.pm', '«kg > 10»', 'box[0].lid.SOME = "dark\n', set(), {'dark red'}),
     ('m.pm', '«kg > 10»', 'kg ', {'and', 'then'}, {'kg', 'not', 'N'}),
     ('m.pm', '«kg > 10»', 'k', {'kg', 'wide', 'N', 'forall', 'BOTH'}, {'Box', 'lid'}),
     ('m.pm', '«integer»', '', {'Box', 'Colour', 'boolean', 'optional', 'record'}, {'kg', 'and'}),
@@ -193,6 +195,9 @@ class Test:
             is_offered = names[:len(offered)] == offered if isinstance(offered, list) else offered <= set(names)
             self.expect(is_offered and not others & set(names), marked, text, names)
             self.expect('$' not in str(items), marked, 'has places to fill in')
+            if file == 'm.pm' and items and 'textEdit' in items[0]:
+                self.session.change(self.path(file), apply(changed, [items[0]['textEdit']]))
+                self.expect(not self.session.diagnostics(self.path(file)), text, items[0])
             self.session.change(self.path(file), FILES[file])
 
     def renames(self):

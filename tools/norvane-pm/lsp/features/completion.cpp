@@ -45,7 +45,8 @@ class ModelCompletion {
     Json complete() {
         if (place_.is_code()) offer();
         if (place_.is_text())
-            if (const TypeNode* type = expected_type()) items_.add_quoted_labels(*type, names_);
+            if (const TypeNode* type = expected_type())
+                items_.add_quoted_labels(*type, names_, place_);
         return items_.take();
     }
 

@@ -84,10 +84,15 @@ void CompletionItems::add_labels(const TypeNode& type, const NameIndex& names) {
     }
 }
 
-void CompletionItems::add_quoted_labels(const TypeNode& type, const NameIndex& names) {
+void CompletionItems::add_quoted_labels(const TypeNode& type, const NameIndex& names,
+                                        const CompletionPlace& place) {
     if (type.kind != TypeNode::Kind::enumeration) return;
-    for (const std::size_t each : type.fields)
-        add(to_utf8(names.symbols[each].name), ItemKind::label, Rank::fitting);
+    for (const std::size_t each : type.fields) {
+        const std::string name = to_utf8(names.symbols[each].name);
+        add(name, ItemKind::label, Rank::fitting);
+        items_.back()["textEdit"] = {{"range", to_json(place.text_range())},
+                                     {"newText", name + (place.is_text_closed() ? "" : "\"")}};
+    }
 }
 
 void CompletionItems::add_members(const TypeNode& type, const NameIndex& names) {

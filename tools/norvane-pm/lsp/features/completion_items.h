@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "completion_place.h"
 #include "context.h"
 #include "name_index.h"
 
@@ -51,8 +52,9 @@ class CompletionItems {
     }
     // The labels of an enumeration, as texts in a calculation; SOME and NONE of an optional.
     void add_labels(const TypeNode& type, const NameIndex& names);
-    // The labels alone, within the quotes of a text.
-    void add_quoted_labels(const TypeNode& type, const NameIndex& names);
+    // The labels alone, in the place of what the quotes of a text hold.
+    void add_quoted_labels(const TypeNode& type, const NameIndex& names,
+                           const CompletionPlace& place);
     void add_members(const TypeNode& type, const NameIndex& names);
 
     Json take() { return std::move(items_); }

@@ -35,6 +35,9 @@ CompletionPlace::Part CompletionPlace::read_words(const std::string& before) {
     const std::string& last = words_.back();
     if (last[0] == '"' && (last.size() == 1 || last.back() != '"')) {
         words_.pop_back();
+        const std::size_t quote = found.tokens.back().offset;
+        if (before.find('\n', quote) != before.npos) return Part::comment; // no text has two lines
+        find_text(quote);
         return Part::text;
     }
     const Token& token = found.tokens.back();
@@ -42,6 +45,16 @@ CompletionPlace::Part CompletionPlace::read_words(const std::string& before) {
         return Part::comment;
     if (is_name_byte(before.back())) words_.pop_back();
     return Part::code;
+}
+
+// The next quote on the line closes the text, unless what is between belongs to a rule.
+void CompletionPlace::find_text(std::size_t quote) {
+    const Lines& lines = context_.document.lines;
+    const std::size_t here = lines.offset(position_);
+    const std::size_t end =
+        std::min(lines.text().find_first_of("\"\n=<>();|,", here), lines.text().size());
+    is_text_closed_ = end < lines.text().size() && lines.text()[end] == '"';
+    text_range_ = {lines.position(quote + 1), is_text_closed_ ? lines.position(end) : position_};
 }
 
 // Of what follows the last word.

@@ -20,6 +20,9 @@ class CompletionPlace {
     bool is_code() const { return part_ == Part::code; }
     // Whether a text has begun here that has no end; words() are those before it.
     bool is_text() const { return part_ == Part::text; }
+    // What the quotes of that text hold, and whether they are closed on the line.
+    const Range& text_range() const { return text_range_; }
+    bool is_text_closed() const { return is_text_closed_; }
     // Those before the name.
     const std::vector<std::string>& words() const { return words_; }
     std::string_view back(std::size_t i = 1) const {
@@ -40,6 +43,7 @@ class CompletionPlace {
   private:
     enum class Part : unsigned char { code, text, comment };
     Part read_words(const std::string& before);
+    void find_text(std::size_t quote);
     bool ends_in_line_comment(std::string_view text) const;
     std::size_t symbol_of(std::string_view name) const;
     std::vector<std::string_view> path_steps(std::size_t end) const;
@@ -52,6 +56,8 @@ class CompletionPlace {
     Position position_;
     std::vector<std::string> words_;
     Part part_;
+    Range text_range_;
+    bool is_text_closed_ = false;
 };
 
 } // namespace norvane::driver::lsp
