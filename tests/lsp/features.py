@@ -121,7 +121,23 @@ ACTIONS = [
     ('or «kg > 10»', 'kg == 10', '«»rule', 'correct all that is certain', 'kg = 10'),
     ('«»', '', '«»default', 'add the arms of dark red, blue', '| "dark red" then wide | blue then wide | default wide'),
     ('«variable\n  public box : array N of Box;  public kg : integer;\n  public size, wide : boolean;»', '',
-     '«»BOTH(size', "declare 'wide' as a boolean variable", '\nvariable\n  public wide : boolean;\n\nrule\n  /* loops'),
+     '«»BOTH(size', "declare 'kg' as an integer variable", '\nvariable\n  public kg : integer;\n\nrule\n  /* loops'),
+]
+# Models, and how many actions are offered in each: whichever is taken, no new fault comes, and what it is about
+# is gone.
+OF_CASE = 'type C : [red, "gr" "een", blue];\nvariable public c : C; public s : boolean;\n#define D s and s\nrule '
+PLACES = 'variable public a : array 3 of boolean; public s, t : boolean; public r : { public f : boolean; };\nrule '
+APPLIED = [
+    (PLACES, [('zz;', 1), ('/* x */ zz;', 1), ('s and (zz);', 1), ('not zz;', 1), ('zz > 3;', 1), ('3 < zz;', 1), ('zz > 2.5;', 1),
+              ('(zz) + 1 > 3;', 1), ('zz >= 1 + zz;', 1), ('a[zz];', 0), ('a[1 + zz];', 0), ('forall i in [0..zz] : (a[i]);', 0),
+              ('r.zz;', 0), ('s = zz;', 0), ('s;\r\nrule zz;\r\n', 1), ('s == t;', 2), ('s && t;', 2)]),
+    ('type C : [red, blue];\nvariable public c : C; // first\nrule ', [('c = zz;', 0), ('c = rad;', 1)]),
+    ('#ifdef X\nvariable public q : boolean;\n#endif\nrule ', [('zz;', 1)]),
+    (OF_CASE, [('case c of red then s | default s esac;', 1), ('case c of red then s | default\n  s /* x */ and\n  s esac;', 1),
+               ('case c of red then s | default D esac;', 0), ('case c of red then s | default s or D esac;', 0),
+               ('case c of "red" then s | default s esac;', 1), ('case c of red then s | default s // why\n esac;', 1),
+               ('case c of red then s | defau esac;', 0), ('case c of red then s | blue then not s esac;', 1),
+               ('case c of red then (case c of blue then s | default s esac) | default s esac;', 2)]),
 ]
 
 
@@ -270,6 +286,30 @@ class Test:
                 self.expect(result in made, title, made)
         self.session.change(self.path('m.pm'), MODEL)
 
+    def applied(self):
+        path = self.path('applied.pm')
+        self.session.open(path, '')
+        for head, bodies in APPLIED:
+            for body, count in bodies:
+                text = head + body
+                self.session.change(path, text)
+                before = [fault[4] for fault in self.session.diagnostics(path)]
+                lines = text.count('\n')
+                found = []
+                for line in range(lines + 1):
+                    for column in (0, 6, 40):
+                        at = {'line': line, 'character': column}
+                        asked = self.ask('codeAction', 'applied.pm', at, range={'start': at, 'end': at}, context={})
+                        found += [action for action in asked if action not in found]
+                self.expect(len(found) == count, text, [action['title'] for action in found])
+                for action in found:
+                    made = apply(text, action['edit']['changes'][uri_of(path)])
+                    self.session.change(path, made)
+                    after = [fault[4] for fault in self.session.diagnostics(path)]
+                    is_of_fault = bool(action.get('diagnostics')) or action['kind'] != 'refactor.rewrite'
+                    self.expect(all(after.count(code) <= before.count(code) for code in after) and
+                                (len(after) < len(before) or not is_of_fault), action['title'], made, before, after)
+
     def outlines(self):
         start = {'line': 0, 'character': 0}
         names = [symbol['name'] for symbol in self.ask('documentSymbol', 'm.pm', start)]
@@ -296,7 +336,7 @@ class Test:
 def main(driver):
     with tempfile.TemporaryDirectory() as directory:
         test = Test(driver, directory)
-        for part in (test.definitions, test.hovers, test.completions, test.renames, test.shared_part, test.unseen_uses, test.actions, test.outlines):
+        for part in (test.definitions, test.hovers, test.completions, test.renames, test.shared_part, test.unseen_uses, test.actions, test.applied, test.outlines):
             part()
         test.expect(test.session.end() == 0, 'the end')
     print('\n'.join(test.failures))

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <set>
+#include <vector>
 
 #include "places.h"
 #include "requests.h"
@@ -15,8 +16,90 @@
 namespace norvane::driver::lsp {
 namespace {
 
-constexpr auto operators_of_numbers =
-    std::to_array<std::string_view>({"<", "<=", ">", ">=", "+", "-", "*", "/"});
+constexpr auto arithmetic = std::to_array<std::string_view>({"+", "-", "*", "/"});
+constexpr auto comparisons = std::to_array<std::string_view>({"<", "<=", ">", ">="});
+constexpr auto logic = std::to_array<std::string_view>({"and", "or", "xor", "not", "->", "<->"});
+
+template <typename Table>
+bool is_one_of(std::string_view word, const Table& table) {
+    return std::ranges::find(table, word) != table.end();
+}
+
+// The type that a name must have where it is used, and what to call it; empty where it is open.
+struct UsedType {
+    std::string type;
+    std::string name;
+};
+
+// What stands beside a name in a rule, outside of the parentheses around it.
+class Use {
+  public:
+    Use(std::string_view text, std::size_t begin, std::size_t name) : text_(text.substr(begin)) {
+        tokens_ = scan(text_).tokens;
+        const auto at = std::ranges::find(tokens_, name - begin, &Token::offset);
+        is_found_ = at != tokens_.end() && at != tokens_.begin();
+        first_ = last_ = static_cast<std::size_t>(at - tokens_.begin());
+        while (is_found_ && word(first_ - 1) == "(" && word(last_ + 1) == ")") {
+            --first_;
+            ++last_;
+        }
+    }
+
+    UsedType type() const {
+        if (!is_found_ || is_in_index()) return {};
+        const std::string_view before = word(first_ - 1);
+        const std::string_view after = word(last_ + 1);
+        if (is_one_of(before, arithmetic) || is_one_of(after, arithmetic))
+            return {"[0..100]", "a number from 0 to 100"};
+        if (is_one_of(after, comparisons)) return compared_with(last_ + 2, word(last_ + 3));
+        if (is_one_of(before, comparisons))
+            return compared_with(first_ - 2, first_ > 2 ? word(first_ - 3) : "");
+        const bool is_rule = (before == "rule" || before == ";") && after == ";";
+        const bool is_operand = (is_one_of(before, logic) && ends_operand(after)) ||
+                                (is_one_of(after, logic) && begins_operand(before));
+        if (is_rule || is_operand) return {"boolean", "a boolean variable"};
+        return {};
+    }
+
+  private:
+    std::string_view word(std::size_t i) const {
+        return i < tokens_.size() ? text_.substr(tokens_[i].offset, tokens_[i].length) : "";
+    }
+
+    bool ends_operand(std::string_view after) const {
+        return is_one_of(after, logic) || after == ";" || after == ")" || after == "|" ||
+               after == "then" || after == "else" || after == "esac";
+    }
+    bool begins_operand(std::string_view before) const {
+        return is_one_of(before, logic) || before == ";" || before == "rule" || before == "(" ||
+               before == "if" || before == "then" || before == "else" || before == "default";
+    }
+
+    // An unbounded variable is compared with values alone; one with a range, with others too.
+    UsedType compared_with(std::size_t other, std::string_view beyond) const {
+        const bool is_number = other < tokens_.size() && tokens_[other].kind == TokenKind::number;
+        if (!is_number || is_one_of(beyond, arithmetic))
+            return {"[0..100]", "a number from 0 to 100"};
+        if (word(other).find('.') != std::string_view::npos) return {"float", "a float variable"};
+        return {"integer", "an integer variable"};
+    }
+
+    // Also in the bounds of a loop.
+    bool is_in_index() const {
+        unsigned closed = 0;
+        for (std::size_t i = first_; i-- > 0 && word(i) != ";";) {
+            if (word(i) == "]") ++closed;
+            if (word(i) == "[" && closed-- == 0) return true;
+        }
+        return false;
+    }
+
+    std::string_view text_;
+    std::vector<Token> tokens_;
+    bool is_found_;
+    std::size_t first_;
+    std::size_t last_;
+};
 
 // A cursor wants what there is on its line, a selection what it touches.
 bool wants(const Range& wanted, const Range& found) {
@@ -72,7 +155,7 @@ class Actions {
     }
 
     // After the last variable of the document; where it has none, in a section before that of the
-    // name.
+    // name. Only rules see variables, outside of their indices.
     void declare(const Finding& finding) {
         const Lines& lines = context_.document.lines;
         const Range range = range_of(finding.place, context_.documents);
@@ -80,27 +163,25 @@ class Actions {
         const std::string name = lines.text().substr(begin, lines.offset(range.end) - begin);
         const Scan found = scan(name);
         if (found.tokens.size() != 1 || found.tokens[0].kind != TokenKind::word) return;
-        // A macro may stand there; and only rules see variables, outside of their indices.
-        const bool is_meant = finding.message.find("'" + name + "'") != std::string::npos;
+        // A macro may stand there.
+        if (finding.message.find("'" + name + "'") == std::string::npos) return;
         const auto section = section_before(begin);
-        if (!is_meant || !section || lines.text().compare(*section, 4, "rule") != 0) return;
-        if (lines.text().find_last_not_of(" \t\n", begin - 1) == lines.text().rfind('[', begin))
-            return;
+        if (!section || lines.text().compare(*section, 4, "rule") != 0) return;
+        const auto [type, type_name] = Use(lines.text(), *section, begin).type();
+        if (type.empty() || !declared_.insert(name).second) return;
+        const std::string end = lines.text().find("\r\n") == std::string::npos ? "\n" : "\r\n";
+        const std::string title = "declare '" + name + "' as " + type_name;
+        const std::string declaration = end + "  public " + name + " : " + type + ";";
         const Symbol* last = nullptr;
         for (const Symbol& symbol : context_.unit.names().symbols)
             if (symbol.kind == SymbolKind::variable && symbol.last.is_known() &&
                 *symbol.last.file == context_.document.path)
                 last = &symbol;
-        const bool is_number = is_number_at(begin, begin + name.size());
-        const std::string title =
-            "declare '" + name + "' as " + (is_number ? "an integer" : "a boolean") + " variable";
-        const std::string declaration =
-            "\n  public " + name + " : " + (is_number ? "integer" : "boolean") + ";";
         if (last)
             insert_after(*last, title, declaration, finding);
         else
-            insert(title, "quickfix", lines.position(*section), "variable" + declaration + "\n\n",
-                   &finding);
+            insert(title, "quickfix", lines.position(*section),
+                   "variable" + declaration + end + end, &finding);
     }
 
     // On the next line; a comment beside the declaration stays with it.
@@ -113,27 +194,11 @@ class Actions {
         const std::string_view line = lines.line(at.line);
         const std::size_t here = end - lines.offset({at.line, 0});
         const std::string_view rest = line.substr(std::min(here, line.size()));
-        if (rest.find_first_not_of(" \t") == rest.find("/*") && rest.ends_with("*/"))
-            at = lines.position(end + rest.size());
+        const std::size_t comment = rest.find_first_not_of(" \t");
+        const bool is_whole =
+            rest.find("//") == comment || (rest.find("/*") == comment && rest.ends_with("*/"));
+        if (comment != rest.npos && is_whole) at = lines.position(end + rest.size());
         insert(title, "quickfix", at, text, &finding);
-    }
-
-    // Whether an operator of numbers stands on the line beside what is there.
-    bool is_number_at(std::size_t begin, std::size_t end) const {
-        const Lines& lines = context_.document.lines;
-        const std::string_view text = lines.text();
-        const std::size_t line = lines.offset({lines.position(begin).line, 0});
-        const std::string_view before = text.substr(line, begin - line);
-        const std::string_view after = text.substr(end, text.find('\n', end) - end);
-        const Scan first = scan(before);
-        const Scan second = scan(after);
-        return (!first.tokens.empty() && is_of_numbers(before, first.tokens.back())) ||
-               (!second.tokens.empty() && is_of_numbers(after, second.tokens.front()));
-    }
-
-    static bool is_of_numbers(std::string_view text, const Token& token) {
-        return std::ranges::count(operators_of_numbers, text.substr(token.offset, token.length)) >
-               0;
     }
 
     // Where the section that an offset is in begins.
@@ -187,22 +252,47 @@ class Actions {
         if (!type || type->kind != TypeNode::Kind::enumeration) return;
         const Arms arms = arms_between(words, of, end);
         const bool has_default = arms.default_word != none;
-        const Spot& before = words[has_default ? arms.default_word : end].spot;
+        const std::size_t place = has_default ? arms.default_word : end;
         const std::size_t value = has_default ? arms.default_word : arms.last_then;
-        if (!before.is_known() || value == none) return;
-        const Position at = range_of(before, context_.documents).start;
-        insert_arms(*type, arms.labels, text_between(words, value + 1, end), at, has_default);
+        if (!words[place].spot.is_known() || value == none) return;
+        const auto text = text_between(words, value + 1, end);
+        if (!text || has_other_faults(words[first].spot, words[end].spot, has_default)) return;
+        const Position at = range_of(words[place].spot, context_.documents).start;
+        if (has_default)
+            insert_arms(*type, arms.labels, *text, at);
+        else
+            insert("add the default", "quickfix", at, "| default " + *text + " ", nullptr);
+    }
+
+    // What is faulty for another reason may be something else than it looks.
+    bool has_other_faults(const Spot& first, const Spot& last, bool has_default) const {
+        return std::ranges::any_of(context_.unit.result().findings, [&](const Finding& finding) {
+            const Place& place = finding.place;
+            if (finding.severity != Severity::error || place.file != *first.file ||
+                place.line < first.line || place.line > last.line)
+                return false;
+            const bool is_at_end = place.line == last.line && place.column == last.column;
+            return has_default || !is_at_end || finding.name != "ERR_GRAM_CASEDEFL";
+        });
     }
 
     // The new arms get the value that the case has without them, or else that of its last arm.
-    std::string text_between(const Words& words, std::size_t first, std::size_t end) const {
-        const Spot& begin = words[first].spot;
-        const Spot& last = words[end - 1].spot;
-        if (first >= end || !begin.is_known() || !last.is_known()) return "true";
+    // Nothing where a macro or another arm is a part of it.
+    std::optional<std::string> text_between(const Words& words, std::size_t first,
+                                            std::size_t end) const {
+        unsigned depth = 0;
+        for (std::size_t i = first; i < end; ++i) {
+            if (words[i].text == "case") ++depth;
+            if (words[i].text == "esac" && depth > 0) --depth;
+            if (!words[i].spot.is_known() || (depth == 0 && words[i].text == "|")) return {};
+        }
+        if (first >= end) return {};
         const Lines& lines = context_.document.lines;
-        const std::size_t from = lines.offset(range_of(begin, context_.documents).start);
-        const std::size_t to = lines.offset(range_of(last, context_.documents).end);
-        return from < to ? lines.text().substr(from, to - from) : "true";
+        const std::size_t from =
+            lines.offset(range_of(words[first].spot, context_.documents).start);
+        const std::size_t to = lines.offset(range_of(words[end - 1].spot, context_.documents).end);
+        if (from >= to) return {};
+        return lines.text().substr(from, to - from);
     }
 
     // The type of the path that ends before a word; after SOME, that of the optional's value.
@@ -238,7 +328,7 @@ class Actions {
 
     // Inserts an arm for each label that has none.
     void insert_arms(const TypeNode& type, const std::set<std::string_view>& present,
-                     const std::string& value, const Position& at, bool is_before_default) {
+                     const std::string& value, const Position& at) {
         const std::string_view line = context_.document.lines.line(at.line).substr(0, at.character);
         const bool begins_line = line.find_first_not_of(" \t") == line.npos;
         const std::string end = begins_line ? "\n" + std::string(line) : " ";
@@ -248,9 +338,9 @@ class Actions {
             const Symbol& symbol = context_.unit.names().symbols[each];
             if (present.contains(symbol.name)) continue;
             const std::string name = to_utf8(symbol.name);
-            text += (is_before_default ? "" : "| ") + as_label(name) + " then ";
+            text += as_label(name) + " then ";
             text += value;
-            text += (is_before_default ? " |" : "") + end;
+            text += " |" + end;
             missing += (missing.empty() ? "" : ", ") + name;
         }
         if (!text.empty())
@@ -279,6 +369,7 @@ class Actions {
 
     const Context& context_;
     Range wanted_;
+    std::set<std::string> declared_;
     Json actions_ = Json::array();
 };
 

@@ -82,8 +82,10 @@ class ModelReader {
 
     // Declarations. ------------------------------------------------------------------------------
 
-    std::size_t declare(SymbolKind kind, std::size_t word, std::size_t container) {
+    std::size_t declare(SymbolKind kind, std::size_t word, std::size_t container,
+                        std::string_view name = {}) {
         Symbol symbol{kind, unquoted(words_[word].text), words_[word].spot, {}, {}, container};
+        if (!name.empty()) symbol.name = name;
         index_.symbols.push_back(symbol);
         const std::size_t number = index_.symbols.size() - 1;
         index_.add(words_[word].spot, number, true);
@@ -257,9 +259,14 @@ class ModelReader {
 
     void labels(TypeNode& node, std::size_t container) {
         while (is_name(words_[at_]) || words_[at_].kind == TokenKind::string) {
-            node.fields.push_back(declare(SymbolKind::label, at_++, container));
-            while (words_[at_].kind == TokenKind::string)
-                ++at_;
+            const std::size_t first = at_++;
+            std::string name(unquoted(words_[first].text));
+            const bool is_text = words_[first].kind == TokenKind::string;
+            for (; is_text && words_[at_].kind == TokenKind::string; ++at_) // pieces of one text
+                name += unquoted(words_[at_].text);
+            const bool is_whole = at_ == first + 1;
+            node.fields.push_back(declare(SymbolKind::label, first, container,
+                                          is_whole ? std::string_view() : *index_.hold_name(name)));
             if (!take(",") && !take("|")) break;
         }
         take("]");
