@@ -1,6 +1,7 @@
 #include "lines.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "norvane/proj.hpp"
 
@@ -8,6 +9,8 @@
 
 namespace norvane::driver::lsp {
 namespace {
+
+constexpr std::size_t between_landmarks = 256; // columns
 
 bool is_ascii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
@@ -115,8 +118,12 @@ Position Lines::from_file(unsigned line, unsigned column) const {
     if (line > starts_.size()) return end();
     const std::string_view here = this->line(line - 1);
     const std::size_t wanted = column > 0 ? column - 1 : 0;
-    if (walk_.line != line || walk_.column > wanted) walk_ = {line};
+    if (walk_.line != line) landmarks_ = {walk_ = {line}};
+    if (wanted < walk_.column || wanted >= walk_.column + between_landmarks)
+        walk_ = *std::prev(std::ranges::upper_bound(landmarks_, wanted, {}, &Walk::column));
     while (walk_.column < wanted && walk_.at < here.size()) {
+        if (walk_.column >= landmarks_.back().column + between_landmarks)
+            landmarks_.push_back(walk_);
         const std::size_t next = next_letter(here, walk_.at);
         const std::size_t width = coding_ == Coding::utf8 ? next - walk_.at : 1;
         if (walk_.column + width > wanted) break; // within a letter
@@ -142,6 +149,7 @@ void Lines::replace(const Range& range, std::string_view utf8) {
     const Position from = position(begin);
     text_.replace(begin, end - begin, utf8);
     walk_ = {};
+    landmarks_.clear();
     find_starts(from.line);
 }
 

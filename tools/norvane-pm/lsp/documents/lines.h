@@ -72,7 +72,9 @@ class Lines {
 
     std::string text_;
     Coding coding_;
-    mutable Walk walk_; // of from_file()
+    // The last place of from_file(), and some of the same line to begin at.
+    mutable Walk walk_;
+    mutable std::vector<Walk> landmarks_;
     std::vector<std::size_t> starts_;
 };
 
