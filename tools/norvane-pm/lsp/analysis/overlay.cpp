@@ -1,5 +1,6 @@
 #include "overlay.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -43,9 +44,13 @@ void add_directories(const std::string& root, const fs::path& place, const std::
 
 } // namespace
 
+// TMPDIR, unless the preprocessor would tell names with it in another spelling.
 PrivateDirectory::PrivateDirectory() {
-    const char* place = std::getenv("TMPDIR");
-    path_ = std::string(place && *place ? place : "/tmp") + "/norvane-XXXXXX";
+    const char* wanted = std::getenv("TMPDIR");
+    const std::string place = wanted ? wanted : "";
+    const bool is_plain = std::ranges::none_of(
+        place, [](unsigned char c) { return c < ' ' || c == '"' || c == '\\'; });
+    path_ = (place.empty() || !is_plain ? "/tmp" : place) + "/norvane-XXXXXX";
     if (!mkdtemp(path_.data()))
         fail("cannot make a directory for temporary files (see TMPDIR in the environment)");
 }
