@@ -97,7 +97,7 @@ class Loop {
                 frame->fault ? server_.refuse_frame(frame->fault) : server_.take(frame->body);
         } catch (const std::bad_alloc&) {
             reader_ = {};
-            server_.refuse_frame("out of memory");
+            server_.lose_message();
         }
         return true;
     }

@@ -63,6 +63,27 @@ bool Server::handle_next() {
     return true;
 }
 
+// What the client sends of it from now on would be put into another text than the client's.
+void Server::forget(const std::string& path) {
+    if (documents_.close(path)) {
+        units_.changed(path);
+        units_.release(path);
+        units_.settings_changed();
+    }
+    client_.notify(
+        "window/showMessage",
+        {{"type", 1}, {"message", "out of memory: close " + path + " and open it again"}});
+}
+
+void Server::lose_message() {
+    client_.refuse(nullptr, ErrorCode::internal_error, "out of memory");
+    std::vector<std::string> paths;
+    for (const auto& [path, document] : documents_.all())
+        paths.push_back(path);
+    for (const std::string& path : paths)
+        forget(path);
+}
+
 // A request, a notification, or the answer to a request of this server.
 void Server::handle(const Json& message) {
     const Json& id = member(message, "id");
@@ -105,6 +126,8 @@ void Server::handle_notification(const std::string& method, const Json& params) 
     if (row == std::end(handlers)) return;
     try {
         (this->*row->handle)(params);
+    } catch (const std::bad_alloc&) {
+        forget(path_of(text_of(member(params, "textDocument", "uri"))));
     } catch (const std::exception& error) {
         client_.notify("window/logMessage",
                        {{"type", 1}, {"message", std::string(row->method) + ": " + error.what()}});

@@ -22,6 +22,8 @@ class Server {
     // Takes the body of a message. A cancellation works at once, everything else in handle_next().
     void take(const std::string& body);
     void refuse_frame(const char* fault);
+    // A message could not be read for lack of memory, so that any document may be out of step.
+    void lose_message();
     // Handles a message; false if none is left.
     bool handle_next();
 
@@ -64,6 +66,8 @@ class Server {
     void answer(const Waiting& request);
     void answer_waiting();
     void refuse_waiting(const std::string& path);
+
+    void forget(const std::string& path);
 
     Json initialize(const Json& params);
     void initialized(const Json& params);
