@@ -32,7 +32,14 @@ CALC = '''namespace Shop {
   float twice() = Shop.total(2.0, 3) + kg;
 }
 '''
-FILES = {'m.pm': MODEL, 'part.pm': PART, 'm.cl': CALC}
+CLASSES = '''type Bag : {
+  /* In *kg*, <b> */
+  public weight : integer; };
+type Number : integer;
+variable public bag : Bag; public many : array 2 of integer; public some : optional integer; public named : Number;
+rule bag.weight > 5 or many[1] = 7 or some.SOME < 2 or named = 9;
+'''
+FILES = {'m.pm': MODEL, 'part.pm': PART, 'm.cl': CALC, 'classes.pm': CLASSES}
 
 # file, the text with «» around or before the place, and the declaration that is found: file and line; and
 # how often the name stands in the model or the calculation.
@@ -61,6 +68,10 @@ HOVERS = [
     ('m.pm', 'box[«kg»].size', ['loop variable **kg**', '\nkg in [0..N - 1]\n']),
     ('m.cl', 'Shop.«total»', ['float Shop.total(float rate, integer count)', 'The sum.']),
     ('m.cl', 'System.«Round»', ['float System.Round(float f)']),
+    ('classes.pm', 'public «weight»', ['- 1: 5', '```text\nIn *kg*, <b>\n```']),
+    ('classes.pm', 'public «many»', ['- 1: 7']),
+    ('classes.pm', 'public «some»', ['- 1: 2']),
+    ('classes.pm', 'public «named»', ['- 1: 9']),
 ]
 # A text in the place of a marked one, what is offered there, as a list where it comes first in this order, and
 # what is not.

@@ -79,6 +79,23 @@ std::vector<std::string> cuts_of(TypeCon* typecon) {
     return texts;
 }
 
+// By path, as "bag.weight": those of elements and of optional values have the name of what holds
+// them, and those of named types the name of the type.
+void add_classes(Json& classes, const std::string& path, TypeCon* typecon) {
+    TypeCon* type = call([typecon] { return tc_find_set(typecon); });
+    switch (kind_of(type)) {
+    case TC_ARRAY: return add_classes(classes, path, type->values.array.element);
+    case TC_OPTIONAL: return add_classes(classes, path, type->values.base);
+    case TC_PROD:
+        for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
+            add_classes(classes, path + "." + to_utf8(field->name), field->typecon);
+        return;
+    default: break;
+    }
+    const std::vector<std::string> cuts = cuts_of(type);
+    if (!cuts.empty()) classes[path] = cuts;
+}
+
 void write_facts(const CheckedModel& model) {
     Json constants = Json::object();
     for (const ConstantDecl* constant : model.model().constants()) {
@@ -89,11 +106,10 @@ void write_facts(const CheckedModel& model) {
         if (is_known) constants[to_utf8(constant->name)] = value_text(*data);
     }
     Json classes = Json::object();
-    for (const VarDecl* variable : model.model().variables()) {
-        TypeCon* type = call([typecon = variable->typecon] { return tc_find_set(typecon); });
-        const std::vector<std::string> cuts = cuts_of(type);
-        if (!cuts.empty()) classes[to_utf8(variable->name)] = cuts;
-    }
+    for (const VarDecl* variable : model.model().variables())
+        add_classes(classes, to_utf8(variable->name), variable->typecon);
+    for (const TypeDecl* type : model.model().types())
+        add_classes(classes, to_utf8(type->name), type->typecon);
     const Json line = {{"facts", {{"constants", constants}, {"classes", classes}}}};
     const std::string text = line.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
     std::fwrite(text.data(), 1, text.size(), stderr);

@@ -1,4 +1,6 @@
 // What a name stands for, or what an error means.
+#include <algorithm>
+
 #include "builtins.h"
 #include "classes.h"
 #include "explain.h"
@@ -13,7 +15,24 @@ namespace {
 
 // A block of code. Clients know a language only by letters, digits and underscores.
 std::string fenced(const std::string& language, const std::string& text) {
-    return "```" + language + "\n" + text + "\n```";
+    std::string fence = "```";
+    while (text.find(fence) != text.npos)
+        fence += '`';
+    return fence + language + "\n" + text + "\n" + fence;
+}
+
+// Lines that are not indented more than they need to be.
+std::string trimmed(const std::string& comment) {
+    std::string text;
+    for (std::size_t from = 0; from < comment.size();) {
+        const std::size_t end = std::min(comment.find('\n', from), comment.size());
+        const std::size_t begin = std::min(comment.find_first_not_of(" \t\r", from), end);
+        const std::size_t last = comment.find_last_not_of(" \t\r\n", end);
+        const bool is_blank = begin == end || last == comment.npos || last < begin;
+        if (!is_blank) text += (text.empty() ? "" : "\n") + comment.substr(begin, last + 1 - begin);
+        from = end + 1;
+    }
+    return text;
 }
 
 bool holds(const Range& range, const Position& position) {
@@ -48,13 +67,12 @@ std::string facts_of(const Context& context, std::size_t number) {
     if (symbol.kind == SymbolKind::constant)
         if (const auto value = facts.constants.find(name); value != facts.constants.end())
             text += "\n\nvalue: `" + value->second + "`";
-    if (symbol.kind == SymbolKind::variable)
-        if (const auto cuts = facts.classes.find(name); cuts != facts.classes.end()) {
-            text += "\n\nThe rules cut its values into these classes:\n";
-            unsigned number_of_class = 0;
-            for (const std::string& each : classes_of(cuts->second))
-                text += "\n- " + std::to_string(number_of_class++) + ": " + each;
-        }
+    if (const std::vector<std::string> cuts = cuts_of(context, number); !cuts.empty()) {
+        text += "\n\nThe rules cut its values into these classes:\n";
+        unsigned number_of_class = 0;
+        for (const std::string& each : classes_of(cuts))
+            text += "\n- " + std::to_string(number_of_class++) + ": " + each;
+    }
     return text;
 }
 
@@ -122,7 +140,7 @@ Json hover(const Context& context) {
             type_texts(context, symbol) + other_definitions(names, name->symbol);
         if (!declaration.empty()) text += "\n" + fenced(language, declaration);
         if (const std::string comment = comment_above(symbol, context.documents); !comment.empty())
-            text += "\n\n" + comment;
+            text += "\n\n" + fenced("text", trimmed(comment)); // its marks are no Markdown
         text += facts_of(context, name->symbol);
     }
     if (!name) text = builtin_text(context, position);

@@ -29,12 +29,10 @@ class Hints {
     }
 
     void count_classes() {
-        const Facts& facts = context_.unit.result().facts;
-        for (const Symbol& symbol : names_.symbols) {
-            if (symbol.kind != SymbolKind::variable) continue;
-            const auto cuts = facts.classes.find(std::string(symbol.name));
-            if (cuts == facts.classes.end()) continue;
-            add(symbol.spot, std::to_string(classes_of(cuts->second).size()) + " classes");
+        for (std::size_t i = 0; i < names_.symbols.size(); ++i) {
+            const std::vector<std::string> cuts = cuts_of(context_, i);
+            if (cuts.empty()) continue;
+            add(names_.symbols[i].spot, std::to_string(classes_of(cuts).size()) + " classes");
         }
     }
 

@@ -86,6 +86,32 @@ const char* kind_name(SymbolKind kind) {
     return names[static_cast<int>(kind)];
 }
 
+// By the path of the declaration, or else of the named type that it has.
+std::vector<std::string> cuts_of(const Context& context, std::size_t symbol) {
+    const NameIndex& names = context.unit.names();
+    const Symbol& declared = names.symbols[symbol];
+    const bool can_have_classes = declared.kind == SymbolKind::variable ||
+                                  declared.kind == SymbolKind::field ||
+                                  declared.kind == SymbolKind::type;
+    if (!can_have_classes) return {};
+    std::string path(declared.name);
+    for (std::size_t at = declared.container; at != none; at = names.symbols[at].container)
+        path.insert(0, std::string(names.symbols[at].name) + ".");
+    const auto& classes = context.unit.result().facts.classes;
+    std::size_t type = declared.type;
+    for (std::size_t steps = 0; steps <= names.types.size(); ++steps) {
+        const auto found = classes.find(path);
+        if (found != classes.end()) return found->second;
+        while (type != none && names.types[type].base != none)
+            type = names.types[type].base;
+        if (type == none || names.types[type].kind != TypeNode::Kind::named) return {};
+        path = names.types[type].name;
+        const auto named = names.globals.find(names.types[type].name);
+        type = named == names.globals.end() ? none : names.symbols[named->second].type;
+    }
+    return {};
+}
+
 std::size_t order_of(const NameIndex& names, std::size_t label) {
     for (const TypeNode& type : names.types) {
         if (type.kind != TypeNode::Kind::enumeration) continue;

@@ -3,6 +3,7 @@
 #define NORVANE_PM_LSP_PLACES_H
 
 #include <string>
+#include <vector>
 
 #include "context.h"
 #include "name_index.h"
@@ -24,6 +25,9 @@ std::string comment_above(const Symbol& symbol, const Documents& documents);
 
 // "constant", "label", ...
 const char* kind_name(SymbolKind kind);
+
+// What cuts the values of a declaration into classes; empty where nothing does.
+std::vector<std::string> cuts_of(const Context& context, std::size_t symbol);
 
 // The position of a label in its enumeration, from 0; none for another symbol.
 std::size_t order_of(const NameIndex& names, std::size_t label);
