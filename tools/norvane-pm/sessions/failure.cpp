@@ -34,7 +34,7 @@ Finding at(const Session& session, const Culprit& found, const std::string& text
 Finding finding_of(const Session& session, const InternalFailure& failure, const Culprit& found) {
     Finding finding = at(session, found, std::string("internal failure: ") + failure.what());
     const auto add_note = [&finding](const std::string& text) {
-        finding.notes.push_back({{}, text});
+        finding.notes.emplace_back().text = text;
     };
     add_note("while " + std::string(step_text(session.step)) + " " + session.subject);
     if (*found.kind != '\0') add_note("at the " + std::string(found.kind) + " " + found.text);
