@@ -142,11 +142,11 @@ APPLIED = [
     (PLACES, [('zz;', 1), ('/* x */ zz;', 1), ('s and (zz);', 1), ('not zz;', 1), ('zz > 3;', 1), ('3 < zz;', 1), ('zz > 2.5;', 1),
               ('(zz) + 1 > 3;', 1), ('zz >= 1 + zz;', 1), ('a[zz];', 0), ('a[1 + zz];', 0), ('forall i in [0..zz] : (a[i]);', 0),
               ('r.zz;', 0), ('s = zz;', 0), ('s;\r\nrule zz;\r\n', 1), ('s == t;', 2), ('s && t;', 2)]),
-    ('type C : [red, blue];\nvariable public c : C; // first\nrule ', [('c = zz;', 0), ('c = rad;', 1)]),
+    ('type C : [red, blue];\nvariable public c : C; /* first */\nrule ', [('c = zz;', 0), ('c = rad;', 1)]),
     ('#ifdef X\nvariable public q : boolean;\n#endif\nrule ', [('zz;', 1)]),
     (OF_CASE, [('case c of red then s | default s esac;', 1), ('case c of red then s | default\n  s /* x */ and\n  s esac;', 1),
                ('case c of red then s | default D esac;', 0), ('case c of red then s | default s or D esac;', 0),
-               ('case c of "red" then s | default s esac;', 1), ('case c of red then s | default s // why\n esac;', 1),
+               ('case c of "red" then s | default s esac;', 1), ('case c of red then s | default s /* why */\n esac;', 1),
                ('case c of red then s | defau esac;', 0), ('case c of red then s | blue then not s esac;', 1),
                ('case c of red then (case c of blue then s | default s esac) | default s esac;', 2)]),
 ]
