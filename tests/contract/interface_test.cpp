@@ -23,9 +23,9 @@ void expect_sum(const std::string& text, std::uint64_t expected) {
     std::uint64_t sum = 0xcbf29ce484222325;
     for (const char c : text)
         sum = (sum ^ static_cast<unsigned char>(c)) * 0x100000001b3;
-    EXPECT_EQ(sum, expected) << "The interface has changed. Compare this list with that of the "
-                                "version before; where things were only added, put the new sum "
-                                "into the test.\n"
+    EXPECT_EQ(sum, expected) << "The interface has changed. To see where, break the sum in a "
+                                "worktree of the last version, too, and compare both lists; where "
+                                "things were only added, put the new sum into the test.\n"
                              << text;
 }
 
