@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <numeric>
 #include <optional>
 
 #include "smtlib.h"
@@ -45,7 +46,7 @@ std::optional<unsigned> value_of(std::string_view word) {
     return value;
 }
 
-// The values that satisfy what was asked, of `count` names that were sent.
+// The values of `count` names that were sent.
 Product read_values(SolverProcess& solver, std::size_t count) {
     const std::string answer = solver.answer();
     Product product;
@@ -62,18 +63,40 @@ Product read_values(SolverProcess& solver, std::size_t count) {
     return product;
 }
 
-// Asks for the values of the names that `write` sends.
-template <typename Write>
-void send_names(SolverProcess& solver, Write write) {
+void send_names(SolverProcess& solver, const FlatModel& flat,
+                const std::vector<std::size_t>& variables, const std::string& prefix) {
     Writer out([&solver](std::string_view text) { solver.send(text); });
     out << "(get-value (";
-    write(out);
+    for (const std::size_t variable : variables) {
+        flat.with(variable, [&](const FlatVariable& of) {
+            SmtlibTerms::name(out, prefix + of.path);
+            out << ' ';
+        });
+    }
     out << "))\n";
 }
 
-void send_name(Writer& out, const std::string& path) {
-    SmtlibTerms::name(out, path);
-    out << ' ';
+// Callers use values as indexes, so one that a variable cannot have ends here.
+Product values_of(SolverProcess& solver, const FlatModel& flat,
+                  const std::vector<std::size_t>& variables, const std::string& prefix = {}) {
+    if (variables.empty()) return {};
+    send_names(solver, flat, variables, prefix);
+    Product product = read_values(solver, variables.size());
+    for (std::size_t i = 0; i < product.size(); ++i) {
+        flat.with(variables[i], [&](const FlatVariable& of) {
+            if (product[i] <= of.shape.upper) return;
+            throw SolverFault{"the solver " + solver.name() + " gives '" + of.path +
+                              "' the value " + std::to_string(product[i]) +
+                              ", beyond its last value " + std::to_string(of.shape.upper)};
+        });
+    }
+    return product;
+}
+
+std::vector<std::size_t> numbers(std::size_t from, std::size_t to) {
+    std::vector<std::size_t> all(to - from);
+    std::iota(all.begin(), all.end(), from);
+    return all;
 }
 
 } // namespace
@@ -89,46 +112,35 @@ Verdict ask(SolverProcess& solver, const std::string& question) {
 }
 
 Product read_product(SolverProcess& solver, const FlatModel& flat, const std::string& prefix) {
-    send_names(solver, [&](Writer& out) {
-        flat.for_each([&](const FlatVariable& variable) {
-            send_name(out, prefix + variable.path);
-            return true;
-        });
-    });
-    return read_values(solver, flat.size());
+    return values_of(solver, flat, numbers(0, flat.size()), prefix);
 }
 
 Product read_product(SolverProcess& solver, const FlatModel& flat, std::size_t from,
                      std::size_t to) {
-    std::vector<std::size_t> variables;
-    for (std::size_t variable = from; variable < to; ++variable)
-        variables.push_back(variable);
-    return read_product(solver, flat, variables);
+    return values_of(solver, flat, numbers(from, to));
 }
 
 Product read_product(SolverProcess& solver, const FlatModel& flat,
                      const std::vector<std::size_t>& variables) {
-    if (variables.empty()) return {};
-    send_names(solver, [&](Writer& out) {
-        for (const std::size_t variable : variables)
-            flat.with(variable, [&out](const FlatVariable& of) { send_name(out, of.path); });
-    });
-    return read_values(solver, variables.size());
+    return values_of(solver, flat, variables);
 }
 
-std::vector<std::size_t> read_core(SolverProcess& solver, std::size_t count) {
+std::vector<std::size_t> read_core(SolverProcess& solver,
+                                   const std::unordered_set<std::size_t>& assumed) {
     solver.send("(get-unsat-assumptions)\n");
     const std::string answer = solver.answer();
     std::vector<std::size_t> core;
     for (const std::string_view word : words_of(answer)) {
+        if (!word.starts_with(selector)) continue;
         std::size_t rule = 0;
-        if (word.starts_with(selector) &&
-            std::from_chars(word.data() + selector.size(), word.data() + word.size(), rule).ec ==
-                std::errc() &&
-            rule < count)
-            core.push_back(rule);
+        std::from_chars(word.data() + selector.size(), word.data() + word.size(), rule);
+        if (!assumed.contains(rule))
+            throw SolverFault{"the solver " + solver.name() + " gives " + std::string(word) +
+                              " as a reason, which it was not asked about"};
+        core.push_back(rule);
     }
     std::ranges::sort(core);
+    core.erase(std::unique(core.begin(), core.end()), core.end());
     return core;
 }
 

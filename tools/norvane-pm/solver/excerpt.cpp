@@ -43,7 +43,8 @@ void ModelExcerpt::add_rules(const std::vector<std::size_t>& rules) {
     }
 }
 
-Verdict ModelExcerpt::ask_with(const std::vector<std::size_t>& rules) const {
+Verdict ModelExcerpt::ask_with(const std::vector<std::size_t>& rules) {
+    asked_with_ = {rules.begin(), rules.end()};
     if (rules.empty()) return ask(solver_); // not all solvers read an empty list
     std::string question = "(check-sat-assuming (";
     for (const std::size_t rule : rules)

@@ -51,10 +51,10 @@ class ModelExcerpt {
     const std::vector<std::size_t>& rules() const { return rules_; }
 
     // With some of its rules.
-    Verdict ask_with(const std::vector<std::size_t>& rules) const;
+    Verdict ask_with(const std::vector<std::size_t>& rules);
     // After yes, the value of each of its variables; after no, which rules contradict each other.
     Product values() const { return read_product(solver_, terms_.flat(), variables_); }
-    std::vector<std::size_t> core() const { return read_core(solver_, all_.size()); }
+    std::vector<std::size_t> core() const { return read_core(solver_, asked_with_); }
 
   private:
     const Terms& terms_;
@@ -64,6 +64,7 @@ class ModelExcerpt {
     std::vector<std::size_t> rules_;
     std::unordered_set<std::size_t> has_variable_;
     std::unordered_set<std::size_t> has_rule_;
+    std::unordered_set<std::size_t> asked_with_;
 };
 
 } // namespace norvane::driver

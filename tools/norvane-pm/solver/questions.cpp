@@ -75,12 +75,19 @@ Verdict Questions::products(const std::function<std::vector<std::size_t>(const P
     enter_model();
     push();
     Verdict verdict;
+    std::vector<std::size_t> excluded; // with the values of the product before
+    Product product;
     while ((verdict = driver::ask(solver_)) == Verdict::yes) {
-        const Product product = read_product(solver_, terms_.flat());
+        const Product before = std::exchange(product, read_product(solver_, terms_.flat()));
+        if (!before.empty() && std::ranges::all_of(excluded, [&](std::size_t variable) {
+                return product[variable] == before[variable];
+            }))
+            fail_at_a_repetition();
         if (!visit(product)) break;
+        excluded = differs(product);
         Writer out([this](std::string_view text) { solver_.send(text); });
         out << "(assert (not (and true true";
-        for (const std::size_t variable : differs(product)) {
+        for (const std::size_t variable : excluded) {
             out << ' ';
             assert_value(out, variable, product[variable]);
         }
@@ -116,8 +123,9 @@ void Questions::find_values(std::size_t from, std::size_t to, std::vector<Possib
         assert_unseen(from, to, values);
         verdict = driver::ask(solver_);
         const std::size_t end = std::min(from + variables_read, values.size());
-        if (verdict == Verdict::yes)
-            note_values(read_product(solver_, terms_.flat(), from, end), from, values);
+        if (verdict == Verdict::yes &&
+            note_values(read_product(solver_, terms_.flat(), from, end), from, values) == 0)
+            fail_at_a_repetition();
         pop();
     }
     for (std::size_t variable = from; variable < to; ++variable)
@@ -139,12 +147,22 @@ void Questions::assert_unseen(std::size_t from, std::size_t to,
     out << "))\n";
 }
 
-void Questions::note_values(const Product& product, std::size_t from,
-                            std::vector<PossibleValues>& values) {
+std::size_t Questions::note_values(const Product& product, std::size_t from,
+                                   std::vector<PossibleValues>& values) {
+    std::size_t found = 0;
     for (std::size_t i = 0; i < product.size(); ++i) {
         auto& possible = values[from + i].is_possible;
-        if (product[i] < possible.size()) possible[product[i]] = true;
+        if (possible.empty() || possible[product[i]]) continue;
+        possible[product[i]] = true;
+        ++found;
     }
+    return found;
+}
+
+// What asks until there is no further answer would not end.
+void Questions::fail_at_a_repetition() const {
+    throw SolverFault{"the solver " + solver_.name() +
+                      " answers with values that it was told to exclude"};
 }
 
 // Parts of the model. -----------------------------------------------------------------------------
@@ -163,7 +181,7 @@ void Questions::make(ModelExcerpt& part, const Claim& claim) {
     if (claim.write) claim.write(out);
 }
 
-Verdict Questions::ask(const ModelExcerpt& part, const std::vector<std::size_t>& rules) {
+Verdict Questions::ask(ModelExcerpt& part, const std::vector<std::size_t>& rules) {
     steps_ += rules.size() + 1;
     return part.ask_with(rules);
 }

@@ -73,7 +73,7 @@ class Questions {
     void assert_value(Writer& out, std::size_t variable, unsigned value);
     const ConnectedRules& connected();
     void make(ModelExcerpt& part, const Claim& claim);
-    Verdict ask(const ModelExcerpt& part, const std::vector<std::size_t>& rules);
+    Verdict ask(ModelExcerpt& part, const std::vector<std::size_t>& rules);
     Verdict search(ModelExcerpt& part, const Claim& claim);
     std::vector<std::size_t> violated(const ModelExcerpt& part, const Claim& claim);
     void take_back(const ModelExcerpt& part, const Claim& claim, Changes& changed);
@@ -82,9 +82,10 @@ class Questions {
     Verdict differs_without(std::size_t rule);
     void find_values(std::size_t from, std::size_t to, std::vector<PossibleValues>& values);
     void assert_unseen(std::size_t from, std::size_t to, const std::vector<PossibleValues>& values);
-    // Of the variables from a number on.
-    static void note_values(const Product& product, std::size_t from,
-                            std::vector<PossibleValues>& values);
+    // Of the variables from a number on; how many values were not known.
+    static std::size_t note_values(const Product& product, std::size_t from,
+                                   std::vector<PossibleValues>& values);
+    [[noreturn]] void fail_at_a_repetition() const;
 
     const Terms& terms_;
     SolverProcess& solver_;
