@@ -89,8 +89,6 @@ void write_texts(Session& session, const Imported& imported) {
 }
 
 Imported import_and_tell(Session& session, ModelForm from) {
-    if (session.options.texts == session.options.output && !session.options.texts.empty())
-        throw WrongUsage{"--texts names the file that the model is written to"};
     Imported imported = import(session, from);
     tell_left_out(session, imported);
     write_texts(session, imported);

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <set>
 
+#include "file_identity.h"
 #include "forms.h"
 #include "languages.h"
 #include "models.h"
@@ -20,6 +22,7 @@ void check_usage(const Options& options) {
         throw WrongUsage{"-MF, -MT and -MQ need a single model"};
     if (options.has_dependencies && options.output == "-")
         throw WrongUsage{"-MD needs a single model, or -o and the directory of results"};
+    if (!options.texts.empty()) throw WrongUsage{"--texts needs a single model"};
     std::error_code error;
     if (options.output != "-" && !std::filesystem::is_directory(options.output, error))
         throw WrongUsage{"several models need a directory after -o, which this is not: " +
@@ -43,7 +46,10 @@ const char* extension_of(const Options& options) {
 std::vector<Run> runs_of(const Options& options, void (*command)(Session&),
                          const std::string& extension) {
     std::vector<Run> runs;
-    std::set<std::string> results;
+    std::map<FileIdentity, std::string> models;
+    for (const std::string& file : options.files)
+        models.emplace(identity_of(file), file);
+    std::set<FileIdentity> results;
     for (const std::string& file : options.files) {
         Run run{file, options, command};
         run.options.files.clear();
@@ -52,10 +58,10 @@ std::vector<Run> runs_of(const Options& options, void (*command)(Session&),
             const std::filesystem::path name =
                 std::filesystem::path(file).filename().replace_extension(extension);
             run.options.output = options.output / name;
-            std::error_code error;
-            if (std::filesystem::equivalent(file, run.options.output, error))
-                throw WrongUsage{"the result would replace the model: " + file};
-            if (!results.insert(run.options.output).second)
+            const FileIdentity result = identity_of(run.options.output);
+            if (const auto model = models.find(result); model != models.end())
+                throw WrongUsage{"the result would replace the model: " + model->second};
+            if (!results.insert(result).second)
                 throw WrongUsage{"two models would write the same file: " + run.options.output};
         }
         runs.push_back(std::move(run));

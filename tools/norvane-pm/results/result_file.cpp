@@ -5,11 +5,11 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "file_identity.h"
 #include "output.h"
 #include "temporaries.h"
 
@@ -45,18 +45,6 @@ std::string resolved(const std::string& name) {
     std::string text = path ? path : "";
     std::free(path);
     return text;
-}
-
-// The name that symbolic links lead to, where there is no file of that name.
-std::string end_of_links(const std::string& name) {
-    constexpr int most_links = 40; // as the system follows; a longer way cannot be opened
-    std::filesystem::path path = name;
-    std::error_code is_no_link;
-    for (int i = 0; i < most_links && !is_no_link; ++i) {
-        const std::filesystem::path target = std::filesystem::read_symlink(path, is_no_link);
-        if (!is_no_link) path = path.parent_path() / target;
-    }
-    return path;
 }
 
 } // namespace
@@ -127,16 +115,6 @@ void ResultFile::discard() {
     stream_ = nullptr;
     if (!temporary_.empty()) remove_temporary_file();
     temporary_.clear();
-}
-
-bool would_replace(const std::string& result, const std::string& file) {
-    namespace fs = std::filesystem;
-    if (result == "-" || file == "-" || file.empty()) return false;
-    std::error_code error;
-    if (fs::exists(result, error))
-        return fs::is_regular_file(result, error) && fs::equivalent(result, file, error);
-    const fs::path target = fs::weakly_canonical(fs::absolute(result, error), error);
-    return !error && target == fs::weakly_canonical(fs::absolute(file, error), error);
 }
 
 } // namespace norvane::driver

@@ -46,10 +46,6 @@ class ResultFile {
     int error_ = 0;
 };
 
-// True if a result of the first name would take the place of the second file, by whatever names. A
-// device or a pipe is written to, and not replaced; "-" is not a file.
-bool would_replace(const std::string& result, const std::string& file);
-
 } // namespace norvane::driver
 
 #endif

@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "dependency_rule.h"
-#include "result_file.h"
 #include "session.h"
 
 namespace norvane::driver {
@@ -23,7 +22,7 @@ std::string default_file(const Options& options) {
 } // namespace
 
 Dependencies::Dependencies(const Options& options)
-    : file_(options.dependency_file), result_(options.output), targets_(options.dependency_targets),
+    : file_(options.dependency_file), targets_(options.dependency_targets),
       with_phony_(options.has_phony_targets) {
     if (file_.empty()) file_ = default_file(options);
     if (targets_.empty() && options.output == "-")
@@ -33,11 +32,9 @@ Dependencies::Dependencies(const Options& options)
 }
 
 void Dependencies::check(const InputFiles& inputs) const {
-    const char* way_out = "name another file with -MF";
-    if (would_replace(file_, result_))
-        throw WrongUsage{"the dependencies and the result would be one file: " + file_, way_out};
     if (const std::string read = inputs.replaced_by(file_, Inputs::stay); !read.empty())
-        throw WrongUsage{"the dependencies would replace a file that was read: " + read, way_out};
+        throw WrongUsage{"the dependencies would replace a file that was read: " + read,
+                         "name another file with -MF"};
     for (const std::string& read : inputs.files()) {
         // Make would take what follows for a rule or a variable of its own.
         if (read.find('\n') != std::string::npos)

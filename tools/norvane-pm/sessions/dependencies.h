@@ -15,8 +15,8 @@ class Dependencies {
     // Throws a WrongUsage if the options do not tell what depends on the files, or where to say it.
     explicit Dependencies(const Options& options);
 
-    // Throws a WrongUsage if the rule would replace a file that was read, or be the result, or if
-    // make could not read it.
+    // Throws a WrongUsage if the rule would replace a file that was read, or if make could not
+    // read it.
     void check(const InputFiles& inputs) const;
 
     const std::string& file() const { return file_; } // that the rule goes to
@@ -24,7 +24,6 @@ class Dependencies {
 
   private:
     std::string file_;
-    std::string result_;
     std::vector<std::string> targets_;
     bool with_phony_;
 };

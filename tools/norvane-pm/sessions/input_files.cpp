@@ -2,7 +2,6 @@
 
 #include "norvane/base/os.h"
 
-#include "result_file.h"
 #include "session.h"
 
 namespace norvane::driver {
@@ -16,9 +15,10 @@ InputFiles::~InputFiles() {
     os_set_include_sink(nullptr, nullptr);
 }
 
-// Standard input is not a file that a build could compare, or a result replace.
 void InputFiles::add(const std::string& file) {
-    if (file != input_name("-") && known_.insert(file).second) files_.push_back(file);
+    if (read_.contains(file)) return;
+    read_.emplace(file, identity_of(file));
+    if (file != input_name("-")) files_.push_back(file);
 }
 
 void InputFiles::add_named(const std::string& file) {
@@ -27,9 +27,9 @@ void InputFiles::add_named(const std::string& file) {
 }
 
 std::string InputFiles::replaced_by(const std::string& result, Inputs named) const {
-    for (const std::string& file : files_) {
+    for (const auto& [file, identity] : read_) {
         const bool may_be = named == Inputs::may_be_replaced && named_.contains(file);
-        if (!may_be && would_replace(result, file)) return file;
+        if (!may_be && would_replace(result, identity)) return file;
     }
     return {};
 }

@@ -3,8 +3,11 @@
 #define NORVANE_PM_INPUT_FILES_H
 
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
+
+#include "file_identity.h"
 
 namespace norvane::driver {
 
@@ -25,17 +28,19 @@ class InputFiles {
     // A file that the command line names.
     void add_named(const std::string& file);
 
-    // In the order in which they were first read, each once.
+    // A file that is read besides.
+    void add(const std::string& file);
+
+    // In the order in which they were first read, each once. Standard input is not among them: a
+    // build could not compare it.
     const std::vector<std::string>& files() const { return files_; }
 
     // A file that a result of this name would wrongly replace; empty if there is none.
     std::string replaced_by(const std::string& result, Inputs named) const;
 
   private:
-    void add(const std::string& file);
-
     std::vector<std::string> files_;
-    std::unordered_set<std::string> known_;
+    std::unordered_map<std::string, FileIdentity> read_; // as they were when they were read
     std::unordered_set<std::string> named_;
 };
 

@@ -32,6 +32,7 @@ int status_of(Session& session, void (*command)(Session&)) {
         const Watch watch(session);
         if (session.options.has_dependencies && session.options.files.empty())
             session.dependencies.emplace(session.options);
+        session.keep_results_apart();
         command(session);
         session.write_dependencies();
         return STATUS_OK;

@@ -1,6 +1,7 @@
 #include "session.h"
 
 #include <cstring>
+#include <iterator>
 
 #include <sys/stat.h>
 
@@ -62,6 +63,26 @@ void Session::keep_inputs(const std::string& result, Inputs named) const {
     if (!read.empty())
         throw WrongUsage{"the result would replace a file that was read: " + read,
                          "write it to another file"};
+}
+
+void Session::keep_results_apart() const {
+    struct Named {
+        const char* what;
+        const char* option;
+        std::string file;
+    };
+    const Named results[] = {{"the dependencies", "-MF", dependencies ? dependencies->file() : ""},
+                             {"the texts", "--texts", options.texts},
+                             {"the result", "-o", options.output}};
+    for (const Named* other = std::begin(results); other != std::end(results); ++other) {
+        if (other->file.empty() || other->file == "-") continue;
+        const FileIdentity file = identity_of(other->file);
+        for (const Named* one = results; one != other; ++one)
+            if (would_replace(one->file, file))
+                throw WrongUsage{std::string(one->what) + " and " + other->what +
+                                     " would be one file: " + one->file,
+                                 std::string("name another file with ") + one->option};
+    }
 }
 
 void Session::open_output(Inputs named) {

@@ -114,6 +114,8 @@ class Session {
         output.refused();
         close_output();
     }
+    // Throws a WrongUsage if two results would be one file, so that the one written first is lost.
+    void keep_results_apart() const;
     // A build that finds the result new looks at the dependencies, so those are written first.
     void open_output(Inputs named);
     void close_output();
