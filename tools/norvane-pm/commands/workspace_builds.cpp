@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <set>
 
+#include "file_identity.h"
 #include "forms.h"
 #include "models.h"
 #include "run_all.h"
@@ -66,22 +67,27 @@ std::string value_for_ninja(const std::string& text) {
     return escaped;
 }
 
-// The file that a name stands for, whatever way the name takes to it.
-std::filesystem::path whole_path(const std::filesystem::path& name) {
-    std::error_code error;
-    std::filesystem::path whole = std::filesystem::weakly_canonical(absolute(name), error);
-    return error ? absolute(name).lexically_normal() : whole;
-}
+// The lists of a project's sources. What a package takes besides may be a result of the build.
+constexpr PolyList* ZEBProject::*source_lists[] = {
+    &ZEBProject::pm_files, &ZEBProject::pres_files, &ZEBProject::calc_files,
+    &ZEBProject::table_files, &ZEBProject::var_order_files};
 
 // Checked for each project before anything is written: results are named after projects, so one
 // may have the name of a source, which it would replace; and a build file has no way to write some
 // characters.
 class NameCheck {
   public:
-    NameCheck(Session& session, const std::vector<ProjectModel>& models) : session_(session) {
-        sources_.insert(whole_path(session.options.file));
+    NameCheck(Session& session, const Workspace& workspace, const std::vector<ProjectModel>& models)
+        : session_(session) {
+        add_source(session.options.file);
         for (const ProjectModel& model : models)
-            sources_.insert(whole_path(model.file));
+            add_source(model.file);
+        for (const ZEBProject* project : workspace.projects()) {
+            if (project->virtual_table) add_source(codepage_to_utf8(project->virtual_table));
+            for (PolyList* ZEBProject::*list : source_lists)
+                for (const char* file : items<char>(project->*list))
+                    add_source(codepage_to_utf8(file));
+        }
         check_name(session.options.file);
         check_name(session.options.build_directory);
         check_name(session.options.output);
@@ -112,13 +118,16 @@ class NameCheck {
     }
 
   private:
+    void add_source(const std::string& file) { sources_.insert(identity_of(file)); }
     void check_text(const std::string& text) const {
         if (text.find_first_of("\r\n") != std::string::npos)
             refuse("ninja cannot represent the line feed in '" + text + "'");
     }
-    void check_result(const std::filesystem::path& result) const {
-        if (sources_.contains(whole_path(result)))
-            refuse("'" + result.string() + "' would be replaced, but other files are made from it");
+    void check_result(const std::string& result) {
+        const FileIdentity file = identity_of(result);
+        if (sources_.contains(file))
+            refuse("'" + result + "' would be replaced, but other files are made from it");
+        if (!results_.insert(file).second) refuse("'" + result + "' would be made twice");
     }
     void refuse(const std::string& why) const {
         session_.diagnostics.say(session_.options.file + ": " + why);
@@ -126,7 +135,8 @@ class NameCheck {
     }
 
     Session& session_;
-    std::set<std::filesystem::path> sources_;
+    std::set<FileIdentity> sources_;
+    std::set<FileIdentity> results_;
     std::set<std::string> names_;
 };
 
@@ -239,7 +249,7 @@ void check_workspace(Session& session) {
 void write_ninja_file(Session& session) {
     const Workspace& workspace = load_workspace(session);
     const std::vector<ProjectModel> models = models_of(session, workspace);
-    NameCheck check_names(session, models);
+    NameCheck check_names(session, workspace, models);
     for (const ProjectModel& model : models)
         check_names(model);
     NinjaFile file(session.options);
@@ -248,7 +258,10 @@ void write_ninja_file(Session& session) {
     std::size_t i = 0;
     for (const ZEBProject* project : workspace.projects()) {
         const std::vector<std::string> more = package_files(project, models[i].project);
-        std::ranges::for_each(more, [&](const std::string& name) { check_names.check_name(name); });
+        for (const std::string& name : more) {
+            check_names.check_name(name);
+            session.inputs.add(name); // the build file must not replace it
+        }
         file.add_package(models[i], more);
         ++i;
     }
