@@ -39,7 +39,19 @@ type Number : integer;
 variable public bag : Bag; public many : array 2 of integer; public some : optional integer; public named : Number;
 rule bag.weight > 5 or many[1] = 7 or some.SOME < 2 or named = 9;
 '''
-FILES = {'m.pm': MODEL, 'part.pm': PART, 'm.cl': CALC, 'classes.pm': CLASSES}
+MACROS = '''#define N 5
+#ifdef Q
+#define B 1
+#else
+#define B 2
+#endif
+variable public a : [0..9];
+rule a > N or a > B;
+#undef N
+#define N 6
+rule a < N;
+'''
+FILES = {'m.pm': MODEL, 'part.pm': PART, 'm.cl': CALC, 'classes.pm': CLASSES, 'macros.pm': MACROS}
 
 # file, the text with «» around or before the place, and the declaration that is found: file and line; and
 # how often the name stands in the model or the calculation.
@@ -72,6 +84,10 @@ HOVERS = [
     ('classes.pm', 'public «many»', ['- 1: 7']),
     ('classes.pm', 'public «some»', ['- 1: 2']),
     ('classes.pm', 'public «named»', ['- 1: 9']),
+    ('macros.pm', '> «N»', ['#define N 5\n```']),
+    ('macros.pm', 'or a > «B»', ['#define B 2\n```']),
+    ('macros.pm', 'define «B» 1', ['#define B 1\n```', 'leaves this definition out']),
+    ('macros.pm', 'a < «N»', ['#define N 6\n```']),
 ]
 # A text in the place of a marked one, what is offered there, as a list where it comes first in this order, and
 # what is not.

@@ -86,6 +86,7 @@ Result result_of(Output output, const std::string& overlay_root, const std::stri
     result.has_text = output.has_text;
     result.text = std::move(output.text);
     remove_all(result.text, overlay_root);
+    if (result.has_text) result.definitions = Definitions(result.text);
     if (output.is_complete) return result;
     Finding ended;
     ended.message = "the check did not finish: out of memory, or a defect of the program";

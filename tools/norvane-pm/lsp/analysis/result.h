@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "definitions.h"
 #include "finding.h"
 #include "worker.h"
 
@@ -22,6 +23,7 @@ struct Result {
     Facts facts;
     std::string text; // of the model after the preprocessor
     bool has_text = false;
+    Definitions definitions;
 };
 
 // Takes the output of a run apart. Names of files below `overlay_root` become those of the user's,

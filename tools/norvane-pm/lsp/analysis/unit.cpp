@@ -138,9 +138,9 @@ void Unit::read_macros(NameIndex& index) const {
     for (const std::string& option : settings_.macros)
         if (option.starts_with("-D")) add_macro(index, option.substr(2));
     for (const auto& [path, bytes] : input_.sources)
-        if (path != calculation_) read_macro_definitions(index, path, bytes);
+        if (path != calculation_) read_macro_definitions(index, path, bytes, result_.definitions);
     for (const auto& [path, bytes] : input_.sources)
-        if (path != calculation_) read_macro_uses(index, path, bytes);
+        if (path != calculation_) read_macro_uses(index, path, bytes, result_.definitions);
 }
 
 void Unit::read_calculation(NameIndex& index) const {

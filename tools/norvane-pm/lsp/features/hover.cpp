@@ -62,6 +62,7 @@ std::string facts_of(const Context& context, std::size_t number) {
     const Facts& facts = context.unit.result().facts;
     const std::string name(symbol.name);
     std::string text;
+    if (symbol.is_left_out) text += "\n\na condition leaves this definition out";
     if (const std::size_t order = order_of(names, number); order != none)
         text += "\n\nnumber " + std::to_string(order) + " of its enumeration";
     if (symbol.kind == SymbolKind::constant)
@@ -95,11 +96,14 @@ std::string type_texts(const Context& context, const Symbol& symbol) {
     return texts;
 }
 
-// Lists the other definitions of a macro: conditional sections may define it more than once.
-std::string other_definitions(const NameIndex& names, std::size_t macro) {
+// Where the preprocessor has failed, any definition of a macro may be the one that counts.
+std::string other_definitions(const Context& context, std::size_t macro) {
     std::string texts;
+    const NameIndex& names = context.unit.names();
     const auto found = names.macros.find(names.symbols[macro].name);
-    if (names.symbols[macro].kind != SymbolKind::macro || found == names.macros.end()) return "";
+    if (names.symbols[macro].kind != SymbolKind::macro || found == names.macros.end() ||
+        context.unit.result().definitions.are_known())
+        return "";
     for (const std::size_t each : found->second)
         if (each != macro) texts += "\nor: " + to_utf8(names.symbols[each].detail);
     return texts;
@@ -137,7 +141,7 @@ Json hover(const Context& context) {
         text = std::string(kind_name(symbol.kind)) + " **" + to_utf8(symbol.name) + "**";
         const std::string declaration =
             declaration_text(declared(names, symbol), context.documents) +
-            type_texts(context, symbol) + other_definitions(names, name->symbol);
+            type_texts(context, symbol) + other_definitions(context, name->symbol);
         if (!declaration.empty()) text += "\n" + fenced(language, declaration);
         if (const std::string comment = comment_above(symbol, context.documents); !comment.empty())
             text += "\n\n" + fenced("text", trimmed(comment)); // its marks are no Markdown

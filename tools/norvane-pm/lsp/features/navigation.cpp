@@ -24,12 +24,25 @@ Json included_file(const Context& context) {
     return nullptr;
 }
 
+// Where the preprocessor has failed, any of a macro's.
+Json definitions_of(const Context& context, const Symbol& macro) {
+    Json found = Json::array();
+    const NameIndex& names = context.unit.names();
+    for (const std::size_t each : names.macros.at(macro.name))
+        if (names.symbols[each].spot.is_known())
+            found.push_back(location_of(names.symbols[each].spot, context.documents));
+    return found;
+}
+
 } // namespace
 
 Json find_definition(const Context& context) {
     const Occurrence* name = name_at(context);
     if (!name) return included_file(context);
-    const Spot& spot = context.unit.names().symbols[name->symbol].spot;
+    const Symbol& symbol = context.unit.names().symbols[name->symbol];
+    if (symbol.kind == SymbolKind::macro && !context.unit.result().definitions.are_known())
+        return definitions_of(context, symbol);
+    const Spot& spot = symbol.spot;
     return spot.is_known() ? location_of(spot, context.documents) : Json();
 }
 

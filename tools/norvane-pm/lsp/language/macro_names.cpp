@@ -38,15 +38,27 @@ bool is_at(const Symbol& symbol, const Spot& spot) {
            symbol.spot.line == spot.line && symbol.spot.column == spot.column;
 }
 
-// The last definition before a use in the same file, or else the first of all.
+// The definition at the place itself, else the last one before it that counts. One that stands in
+// no file comes before all others.
 std::size_t definition_for(const NameIndex& index, const std::vector<std::size_t>& all,
-                           const Spot& use) {
-    std::size_t found = all.front();
+                           const Spot& use, const Definitions& definitions) {
+    std::size_t found = none;
+    std::size_t order = 0;
     for (const std::size_t each : all) {
-        const Spot& spot = index.symbols[each].spot;
-        if (spot.is_known() && *spot.file == *use.file && spot.line <= use.line) found = each;
+        const Symbol& symbol = index.symbols[each];
+        if (is_at(symbol, use)) return each;
+        const Spot& spot = symbol.spot;
+        const std::size_t own =
+            spot.is_known() ? definitions.order_before(*spot.file, spot.line, *use.file, use.line)
+                            : 0;
+        if (own == none || (found != none && own < order)) continue;
+        found = each;
+        order = own;
     }
-    return found;
+    if (found != none) return found;
+    const auto counting = std::ranges::find_if(
+        all, [&index](std::size_t each) { return !index.symbols[each].is_left_out; });
+    return counting == all.end() ? all.front() : *counting;
 }
 
 } // namespace
@@ -87,7 +99,8 @@ std::vector<Word> words_in_file(const std::string* file, std::string_view text) 
     return words;
 }
 
-void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text) {
+void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text,
+                            const Definitions& definitions) {
     if (text.find("define") == text.npos) return;
     const std::string* name = index.hold_name(file);
     const std::vector<Word> words = words_in_file(name, text);
@@ -96,6 +109,7 @@ void read_macro_definitions(NameIndex& index, const std::string& file, std::stri
         const Word& word = words[i];
         Symbol symbol{SymbolKind::macro, *index.hold_name(std::string(word.text)), word.spot,
                       word.spot, word.spot};
+        symbol.is_left_out = !definitions.counts(*name, word.spot.line);
         symbol.detail = "#define " + std::string(rest_of_definition(text, word.text));
         add(index, std::move(symbol));
     }
@@ -109,13 +123,14 @@ void add_macro(NameIndex& index, const std::string& definition) {
     add(index, std::move(symbol));
 }
 
-void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text) {
+void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text,
+                     const Definitions& definitions) {
     if (index.macros.empty()) return;
     const std::string* name = index.hold_name(file);
     for (const Word& word : words_in_file(name, text)) {
         const auto found = index.macros.find(word.text);
         if (found == index.macros.end()) continue;
-        const std::size_t symbol = definition_for(index, found->second, word.spot);
+        const std::size_t symbol = definition_for(index, found->second, word.spot, definitions);
         index.add(word.spot, symbol, is_at(index.symbols[symbol], word.spot));
     }
 }

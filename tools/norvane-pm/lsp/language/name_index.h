@@ -12,6 +12,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "definitions.h"
 #include "words.h"
 
 namespace norvane::driver::lsp {
@@ -58,8 +59,9 @@ struct Symbol {
     std::size_t container = none; // the declaration that it is within
     std::size_t type = none;
     bool is_private = false;
-    bool is_open = false;    // its end is not written yet: it reaches to the end of the text
-    std::string detail = {}; // its text, if it is not a declaration of a model
+    bool is_open = false;     // its end is not written yet: it reaches to the end of the text
+    bool is_left_out = false; // by a condition of the preprocessor
+    std::string detail = {};  // its text, if it is not a declaration of a model
 };
 
 struct Occurrence {
@@ -125,8 +127,10 @@ std::vector<Word> words_in_file(const std::string* file, std::string_view text);
 // Adds a macro that no file defines: "NAME" or "NAME=TEXT".
 void add_macro(NameIndex& index, const std::string& definition);
 // Adds the macros that a file defines, and their uses in it. All definitions come first.
-void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text);
-void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text);
+void read_macro_definitions(NameIndex& index, const std::string& file, std::string_view text,
+                            const Definitions& definitions);
+void read_macro_uses(NameIndex& index, const std::string& file, std::string_view text,
+                     const Definitions& definitions);
 // Adds a calculation to the names of its model.
 void read_calculation_names(NameIndex& index, const Words& words);
 
