@@ -195,8 +195,7 @@ class Actions {
         const std::size_t here = end - lines.offset({at.line, 0});
         const std::string_view rest = line.substr(std::min(here, line.size()));
         const std::size_t comment = rest.find_first_not_of(" \t");
-        const bool is_whole =
-            rest.find("//") == comment || (rest.find("/*") == comment && rest.ends_with("*/"));
+        const bool is_whole = rest.find("/*") == comment && rest.ends_with("*/");
         if (comment != rest.npos && is_whole) at = lines.position(end + rest.size());
         insert(title, "quickfix", at, text, &finding);
     }
