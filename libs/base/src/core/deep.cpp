@@ -182,7 +182,7 @@ Bounds stack_of_this_thread() {
     return {begin + guard, begin + size};
 }
 
-NORVANE_UNCHECKED [[gnu::noinline]] void touch_stack(std::size_t depth) {
+NORVANE_UNCHECKED void touch_stack(std::size_t depth) {
     *static_cast<volatile char*>(alloca(depth)) = 0;
 }
 

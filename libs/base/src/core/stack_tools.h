@@ -44,9 +44,9 @@ struct OuterStack {
 
 // A change of stacks takes two calls: enter or leave before it, entered or left after it, on the
 // other stack. The functions that call them are not instrumented (NORVANE_UNCHECKED).
-#ifdef NORVANE_ASAN
 #define NORVANE_UNCHECKED [[gnu::noinline]] __attribute__((no_sanitize("address")))
 
+#ifdef NORVANE_ASAN
 constexpr bool has_sanitizer = true;
 
 inline void sanitizer_enter(OuterStack* outer, const Bounds& segment) {
@@ -85,7 +85,6 @@ inline bool sanitizer_holds(const void* address) {
            __asan_addr_is_in_fake_stack(fake_stack, const_cast<void*>(address), nullptr, nullptr);
 }
 #else
-#define NORVANE_UNCHECKED [[gnu::noinline]]
 
 constexpr bool has_sanitizer = false;
 
