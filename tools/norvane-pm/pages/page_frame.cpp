@@ -44,7 +44,9 @@ ul.rows > li:target { background: var(--mark); }
 #grid table { border-collapse: collapse; font-size: .82rem; }
 #grid th { font-weight: normal; text-align: left; background: var(--back); position: sticky; }
 #grid thead th { top: 0; vertical-align: bottom; }
-#grid thead a { writing-mode: vertical-rl; transform: rotate(180deg); max-height: 14rem; overflow: hidden; }
+/* Of a long path the end is shown, which tells it from its neighbors. */
+#grid thead a { writing-mode: vertical-rl; transform: rotate(180deg); max-height: 20rem; overflow: hidden;
+  display: inline-flex; justify-content: flex-end; white-space: nowrap; }
 #grid tbody th { left: 0; padding-right: .6rem; white-space: nowrap; }
 #grid td { border: 1px solid var(--line); min-width: 1.5rem; text-align: center; }
 #grid .on { background: var(--bar); }
