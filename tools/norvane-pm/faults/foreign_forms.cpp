@@ -4,21 +4,15 @@
 #include <array>
 #include <charconv>
 
+#include "suggestions.h"
+
 namespace norvane::driver {
 namespace {
 
-constexpr auto built_in_types =
-    std::to_array<std::string_view>({"boolean", "integer", "float", "string"});
-constexpr auto loop_words = std::to_array<std::string_view>({"forall", "exist", "sum", "product"});
 // Only rules have them.
 constexpr auto marks_of_rules =
     std::to_array<std::string_view>({"->", "<->", "<", "<=", ">", ">=", "<>", "and", "or", "xor",
                                      "not", "if", "case", "forall", "exist"});
-
-template <std::size_t N>
-bool is_one_of(std::string_view word, const std::array<std::string_view, N>& words) {
-    return std::ranges::find(words, word) != words.end();
-}
 
 class Search : MistakeSearch {
   public:
@@ -55,58 +49,8 @@ class Search : MistakeSearch {
         array_of_range();
     }
 
-    bool is_name(int offset) const {
-        const std::size_t at = token() + static_cast<std::size_t>(offset);
-        return at < source_.size() && source_.tokens()[at].kind == TokenKind::word &&
-               !is_reserved(source_.word(at));
-    }
-    bool is_number(int offset) const {
-        const std::size_t at = token() + static_cast<std::size_t>(offset);
-        return at < source_.size() && source_.tokens()[at].kind == TokenKind::number;
-    }
     bool is_type_word(int offset) const {
-        return is_name(offset) || is_one_of(error_.word(offset), built_in_types);
-    }
-    // The bracket that closes the one at `open`; the statement's end if there is none.
-    std::size_t closing(std::size_t open) const {
-        unsigned depth = 0;
-        for (std::size_t i = open; i < error_.statement.end; ++i) {
-            const std::string_view word = source_.word(i);
-            if (word == "(" || word == "[") ++depth;
-            if ((word == ")" || word == "]") && --depth == 0) return i;
-        }
-        return error_.statement.end;
-    }
-    std::string text_of(std::size_t first, std::size_t end) const {
-        std::string text;
-        for (std::size_t i = first; i < end; ++i) {
-            if (i > first && !source_.touches_the_one_before(i)) text += ' ';
-            text += source_.word(i);
-        }
-        return text;
-    }
-
-    Mistake at(TokenRange range, std::string message, std::string hint) const {
-        Mistake mistake = mistake_at(range.first);
-        mistake.range = range;
-        mistake.message = std::move(message);
-        mistake.hint = std::move(hint);
-        return mistake;
-    }
-    // Some tokens as a whole stand for a text.
-    void rewrite(TokenRange range, std::string message, std::string hint, const std::string& text,
-                 bool is_certain) {
-        Mistake mistake = at(range, std::move(message), std::move(hint));
-        for (std::size_t i = range.first; i <= range.last; ++i)
-            mistake.edits[i] = instead("");
-        mistake.edits[range.first] = instead(text);
-        mistake.instead = text;
-        mistake.is_certain = is_certain && source_.is_free_of_comments(range);
-        mistake.has_to_parse = true;
-        add(std::move(mistake));
-    }
-    std::string unexpected(int offset = 0) const {
-        return "unexpected " + in_quotes(error_.word(offset));
+        return is_name(offset) || is_built_in_type(error_.word(offset));
     }
 
     // Rules.
@@ -130,7 +74,7 @@ class Search : MistakeSearch {
 
     // sum(i in [0..2] : n)
     void loop_in_parentheses() {
-        if (error_.word() != "(" || !is_one_of(error_.word(-1), loop_words)) return;
+        if (error_.word() != "(" || !is_loop_word(error_.word(-1))) return;
         const std::size_t end = closing(token());
         std::size_t colon = token();
         while (colon < end && source_.word(colon) != ":")
@@ -160,6 +104,7 @@ class Search : MistakeSearch {
         const std::string text = "0." + std::string(error_.word(1));
         rewrite({token(), token() + 1}, "a number begins with a digit", "write " + text, text,
                 true);
+        found_.back().is_guess = true; // a range has no decimals
     }
 
     // 20t; what stands apart from the number is rather the next statement, or an operator is
@@ -235,17 +180,19 @@ class Search : MistakeSearch {
 
     // string brand; Cover front; but not `front Cover;`, where a colon is missing
     void type_before_name() {
-        const int type = is_one_of(error_.word(), built_in_types) ? 0 : -1;
+        const int type = is_built_in_type(error_.word()) ? 0 : -1;
         const std::size_t first = token() + static_cast<std::size_t>(type);
         if (!is_type_word(type) || !is_name(type + 1)) return;
         const WordUse& use = error_.uses.of(error_.word());
         const bool is_name_first = use.is_type || use.is_declared;
         if (type < 0 && is_name_first && !error_.uses.of(error_.word(-1)).is_type) return;
         if (first + 2 >= source_.size() || source_.word(first + 2) != ";") return;
-        const std::string text =
-            std::string(error_.word(type + 1)) + " : " + std::string(error_.word(type));
+        const std::string_view said = error_.word(type);
+        const bool is_foreign = !type_instead_of(said).empty() && !error_.uses.of(said).is_declared;
+        const std::string text = std::string(error_.word(type + 1)) + " : " +
+                                 std::string(is_foreign ? type_instead_of(said) : said);
         rewrite({first, first + 1}, "the type comes after the name", "write " + text, text,
-                type == 0);
+                type == 0 || is_foreign);
     }
 
     // max torque : float;
@@ -318,11 +265,8 @@ class Search : MistakeSearch {
         const std::size_t end = closing(token());
         if (end >= error_.statement.end || end == token() + 1) return;
         const TokenRange range{token(), end};
+        if (error_.word(2) != "..") return array_of_sizes();
         const std::string message = "an array has a size and no range";
-        if (error_.word(2) != "..") {
-            const std::string size = text_of(token() + 1, end);
-            return rewrite(range, message, "write array " + size + " of", size, true);
-        }
         const std::string last_index = text_of(token() + 3, end);
         const std::optional<int> first = number(error_.word(1));
         const std::optional<int> last = number(last_index);
@@ -337,6 +281,22 @@ class Search : MistakeSearch {
             return rewrite(range, message, "write array " + last_index + " + 1 of",
                            last_index + " + 1", true);
         add(at(range, message, "write how many elements it has: the indices go from 0"));
+    }
+
+    // array[3] of Pump, array[2][3] of Pump, array[2, 3] of Pump
+    void array_of_sizes() {
+        std::string sizes;
+        bool are_numbers = true; // a name may be that of a type
+        std::size_t end = token() + 1;
+        for (; end < error_.statement.end && source_.word(end) != "of"; ++end) {
+            const std::string_view word = source_.word(end);
+            const bool is_next = word == "," || word == "[";
+            if (word != "]") sizes += is_next ? " of array " : std::string(word);
+            are_numbers &=
+                is_next || word == "]" || source_.tokens()[end].kind == TokenKind::number;
+        }
+        rewrite({token(), end - 1}, "the size of an array has no brackets",
+                "write array " + sizes + " of", sizes, are_numbers);
     }
 
     // 1,000, where the comma may also be that of decimals

@@ -30,9 +30,9 @@ constexpr auto type_words =
 constexpr auto comparisons =
     std::to_array<std::string_view>({"=", "<>", "<", "<=", ">", ">=", "==", "!="});
 // What a rule goes on with.
-constexpr auto infix_marks =
-    std::to_array<std::string_view>({"->", "<->", "=", "<>", "<", "<=", ">", ">=", "+", "*", "/",
-                                     ")", "and", "or", "xor", "then", "else"});
+constexpr auto infix_marks = std::to_array<std::string_view>(
+    {"->",  "<->", "=",   "<>",   "<",    "<=",      ">",   ">=", "+",  "*",  "/", ")",
+     "and", "or",  "xor", "then", "else", "implies", "iff", "&&", "||", "==", "=>"});
 
 class Search {
   public:
@@ -55,6 +55,7 @@ class Search {
             mark_after_section(i);
             semicolon_for_colon(i);
             comma_at_end(i);
+            range_of_other_form(i);
             enumeration_in_braces(i);
             labels_by_semicolons(i);
             record(i);
@@ -195,9 +196,9 @@ class Search {
 
     // include "x.pm"; import x
     void other_file(std::size_t at) {
-        if ((word(at) != "include" && word(at) != "import") || !begins_statement(at) ||
-            names_.contains(word(at)) || !is_label(at + 1))
-            return;
+        if ((word(at) != "include" && word(at) != "import") || !is_label(at + 1)) return;
+        const bool is_line = source_.begins_line(at) && word(at + 1).starts_with('"');
+        if (!is_line && (!begins_statement(at) || names_.contains(word(at)))) return;
         const bool is_ended = word(at + 2) == ";";
         if (!is_ended && at + 2 < source_.size() && !source_.begins_line(at + 2)) return;
         const std::string said(word(at + 1));
@@ -248,6 +249,17 @@ class Search {
         const bool is_entry = !is_in_rules_ && word(at) == ";" && is_type_word(at + 1);
         if (is_entry && at > 0 && is_label(at - 1) && begins_declaration(at - 1))
             add({at, at}, unexpected(at), "write ':'", {{at, ":"}});
+    }
+
+    // [0;9], [0:9]
+    void range_of_other_form(std::size_t at) {
+        const auto is_number = [this](std::size_t i) {
+            return i < source_.size() && source_.tokens()[i].kind == TokenKind::number;
+        };
+        const bool is_mark = word(at + 2) == ";" || word(at + 2) == ":";
+        if (word(at) != "[" || !is_mark || !is_type(at) || word(at + 4) != "]") return;
+        if (is_number(at + 1) && is_number(at + 3))
+            add({at + 2, at + 2}, unexpected(at + 2), "a range is '[0..9]'", {{at + 2, ".."}});
     }
 
     // variable a : boolean, rule a,

@@ -29,10 +29,6 @@ constexpr auto foreign_to_both = std::to_array<Foreign>({
 constexpr auto comparisons =
     std::to_array<std::string_view>({"<", "<=", ">", ">=", "=", "<>", "==", "!="});
 
-bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
-    return std::ranges::find(words, word) != words.end();
-}
-
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
 }
@@ -52,6 +48,16 @@ bool may_follow_a_name(std::string_view word) {
 
 std::string in_quotes(std::string_view word) {
     return "'" + std::string(word) + "'";
+}
+
+bool is_one_of(std::string_view word, std::span<const std::string_view> words) {
+    return std::ranges::find(words, word) != words.end();
+}
+bool is_built_in_type(std::string_view word) {
+    return word == "boolean" || word == "integer" || word == "float" || word == "string";
+}
+bool is_loop_word(std::string_view word) {
+    return word == "forall" || word == "exist" || word == "sum" || word == "product";
 }
 
 PlacedFinding finding_of(const SourceText& source, const TokenReport& error,
@@ -92,6 +98,62 @@ Mistake MistakeSearch::mistake_at(std::size_t token) {
     Mistake mistake;
     mistake.range = {token, token};
     return mistake;
+}
+
+bool MistakeSearch::is_name(int offset) const {
+    const std::size_t at = token() + static_cast<std::size_t>(offset);
+    return at < source_.size() && source_.tokens()[at].kind == TokenKind::word &&
+           !is_reserved(source_.word(at), source_.language());
+}
+
+bool MistakeSearch::is_number(int offset) const {
+    const std::size_t at = token() + static_cast<std::size_t>(offset);
+    return at < source_.size() && source_.tokens()[at].kind == TokenKind::number;
+}
+
+std::size_t MistakeSearch::closing(std::size_t open) const {
+    unsigned depth = 0;
+    for (std::size_t i = open; i < error_.statement.end; ++i) {
+        const std::string_view word = source_.word(i);
+        if (word == "(" || word == "[") ++depth;
+        if ((word == ")" || word == "]") && --depth == 0) return i;
+    }
+    return error_.statement.end;
+}
+
+std::string MistakeSearch::text_of(std::size_t first, std::size_t end) const {
+    std::string text;
+    for (std::size_t i = first; i < end; ++i) {
+        if (i > first && !source_.touches_the_one_before(i)) text += ' ';
+        text += source_.word(i);
+    }
+    return text;
+}
+
+Mistake MistakeSearch::at(TokenRange range, std::string message, std::string hint) const {
+    Mistake mistake = mistake_at(range.first);
+    mistake.range = range;
+    mistake.message = std::move(message);
+    mistake.hint = std::move(hint);
+    return mistake;
+}
+
+void MistakeSearch::add_hint(std::string text) {
+    Mistake mistake = mistake_at(token());
+    mistake.hint = std::move(text);
+    add(std::move(mistake));
+}
+
+void MistakeSearch::rewrite(TokenRange range, std::string message, std::string hint,
+                            const std::string& text, bool is_certain) {
+    Mistake mistake = at(range, std::move(message), std::move(hint));
+    for (std::size_t i = range.first; i <= range.last; ++i)
+        mistake.edits[i] = instead("");
+    mistake.edits[range.first] = instead(text);
+    mistake.instead = text;
+    mistake.is_certain = is_certain && source_.is_free_of_comments(range);
+    mistake.has_to_parse = true;
+    add(std::move(mistake));
 }
 
 void MistakeSearch::open_string() {

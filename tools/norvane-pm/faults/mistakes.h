@@ -50,6 +50,12 @@ bool may_follow_a_name(std::string_view word);
 
 std::string in_quotes(std::string_view word);
 
+bool is_one_of(std::string_view word, std::span<const std::string_view> words);
+// "boolean", "integer", "float" or "string".
+bool is_built_in_type(std::string_view word);
+// "forall", "exist", "sum" or "product".
+bool is_loop_word(std::string_view word);
+
 // A word or an operator of other languages.
 struct Foreign {
     std::string_view word;
@@ -69,6 +75,23 @@ class MistakeSearch {
     bool is_at_end() const { return token() >= source_.size(); }
     static Mistake mistake_at(std::size_t token);
     static Edit instead(std::string_view text) { return {"", std::string(text), ""}; }
+
+    // Of the token that comes so many after the one with the error.
+    bool is_name(int offset) const;
+    bool is_number(int offset) const;
+
+    // The bracket that closes the one at `open`; the statement's end if there is none.
+    std::size_t closing(std::size_t open) const;
+    std::string text_of(std::size_t first, std::size_t end) const;
+    Mistake at(TokenRange range, std::string message, std::string hint) const;
+    std::string unexpected(int offset = 0) const {
+        return "unexpected " + in_quotes(error_.word(offset));
+    }
+    // What the parser says, with a way out.
+    void add_hint(std::string text);
+    // Some tokens as a whole stand for a text.
+    void rewrite(TokenRange range, std::string message, std::string hint, const std::string& text,
+                 bool is_certain);
 
     void open_string();
     // Looks for a word or operator of another language at the token or before it: those that

@@ -17,6 +17,24 @@ constexpr auto values_of_other_languages =
     std::to_array<std::pair<std::string_view, std::string_view>>(
         {{"TRUE", "true"}, {"True", "true"}, {"FALSE", "false"}, {"False", "false"}});
 
+struct Synonym {
+    std::string_view word;
+    std::string_view instead;
+};
+constexpr auto types_of_other_languages = std::to_array<Synonym>({
+    {"bool", "boolean"},
+    {"Boolean", "boolean"},
+    {"int", "integer"},
+    {"Integer", "integer"},
+    {"real", "float"},
+    {"double", "float"},
+    {"decimal", "float"},
+    {"text", "string"},
+    {"String", "string"},
+    {"str", "string"},
+    {"Float", "float"},
+    {"number", "integer"},
+});
 } // namespace
 
 void say(PlacedFinding& found, std::string hint) {
@@ -27,6 +45,11 @@ std::string_view value_instead_of(std::string_view word) {
     for (const auto& [other, instead] : values_of_other_languages)
         if (other == word) return instead;
     return {};
+}
+
+std::string_view type_instead_of(std::string_view word) {
+    const auto found = std::ranges::find(types_of_other_languages, word, &Synonym::word);
+    return found == types_of_other_languages.end() ? std::string_view() : found->instead;
 }
 
 void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types) {

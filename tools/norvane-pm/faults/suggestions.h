@@ -18,6 +18,9 @@ void say(PlacedFinding& found, std::string hint);
 // The word of another language for a value, such as "TRUE", in ours; empty for none.
 std::string_view value_instead_of(std::string_view word);
 
+// The same for a type, such as "int".
+std::string_view type_instead_of(std::string_view word);
+
 // Adds the names of variables, labels and constants in an environment, or those of types.
 void add_names(const PolyHash* table, std::vector<std::string_view>& names, bool types);
 

@@ -235,6 +235,7 @@ class Finder {
     bool correct(Statement& statement, const TokenReport& error) {
         uncorrected_ = finding_of(text_, error, nullptr);
         declares_nothing_ = false;
+        if (is_named(error, "ERR_INVALID_INT")) return false; // it says all
         const bool is_far = error.token > statement.first + longest_statement;
         if (is_far || searches_++ >= most_searches) return false;
         Statement window = statement;
@@ -307,9 +308,21 @@ class Finder {
         return !mistake.ends_statement && !mistake.has_to_parse && errors.front().token > parsed;
     }
 
+    // A rule in braces needs no ';' in other languages, so the next line is another rule.
+    std::size_t end_of_braces(std::size_t end) {
+        const auto last = std::ranges::find(statements_, end, &Statement::end);
+        if (last == statements_.end() || !last->closes_record) return end;
+        const std::size_t next = last->first + 1;
+        if (next >= end || !text_.begins_line(next)) return end;
+        last->first = next;
+        last->closes_record = false;
+        return next;
+    }
+
     // Takes the statement out; the whole declaration, where it opens a record.
     void give_up(const Statement& statement) {
-        const std::size_t end = statement.opens_record ? statement.whole_end : statement.end;
+        std::size_t end = statement.opens_record ? statement.whole_end : statement.end;
+        if (statement.is_rule() && statement.opens_record) end = end_of_braces(end);
         source_.drop(statement.first, std::max(end, statement.first));
         if (!statement.is_rule() && !declares_nothing_)
             for (std::size_t i = statement.first; i < std::min(end, text_.size()); ++i)

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "foreign_forms.h"
+#include "incomplete_forms.h"
 
 namespace norvane::driver {
 namespace {
@@ -54,8 +55,9 @@ class Search : MistakeSearch {
 
     std::vector<Mistake> run() {
         open_string();
+        if (!is_at_end()) move_all(forms_before_words(error_));
         replaced_words(foreign_words);
-        std::ranges::move(foreign_forms(error_), std::back_inserter(found_));
+        move_all(foreign_forms(error_));
         declared_with_equals();
         range_from_one();
         loop_body();
@@ -69,10 +71,15 @@ class Search : MistakeSearch {
         missing_marks(marks);
         surplus_parenthesis();
         missing_operator();
+        if (!is_at_end()) move_all(incomplete_forms(error_));
         return std::move(found_);
     }
 
   private:
+    void move_all(std::vector<Mistake> mistakes) {
+        std::ranges::move(mistakes, std::back_inserter(found_));
+    }
+
     // constant N = 3; type T = [a, b];
     void declared_with_equals() {
         if (error_.statement.is_rule() || error_.word() != "=") return;
@@ -117,6 +124,8 @@ class Search : MistakeSearch {
     void loop_body() {
         const std::size_t last = error_.statement.end - 1;
         if (is_at_end() || source_.word(last) != ";") return;
+        if (error_.word(-1) == ":" && error_.word(-2) == "]" && is_in_sum())
+            return add_hint("the body of a sum stands in '(' and ')': (sum i in [0..2] : (x[i]))");
         if (error_.word(-1) == ":" && error_.word(-2) == "]") {
             Mistake mistake = mistake_at(token());
             mistake.range.last = last - 1;
@@ -135,6 +144,16 @@ class Search : MistakeSearch {
             mistake.is_certain = true;
             add(std::move(mistake));
         }
+    }
+
+    // Whether the loop whose body begins here adds or multiplies.
+    bool is_in_sum() const {
+        for (std::size_t i = token(); i-- > error_.statement.first;) {
+            const std::string_view word = source_.word(i);
+            if (word == "sum" || word == "product") return true;
+            if (word == "forall" || word == "exist") return false;
+        }
+        return false;
     }
 
     bool is_in_case() const {
@@ -157,7 +176,7 @@ class Search : MistakeSearch {
         else if (word == ",")
             other_mark("|", "an arm of a case ends with '|'");
         else if (word == "esac" || word == ";")
-            hint("a case is 'case x of VALUE then RULE | ... default RULE esac'");
+            add_hint("a case is 'case x of VALUE then RULE | ... default RULE esac'");
     }
 
     bool is_separator(std::size_t at) const {
@@ -230,12 +249,6 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
-    void hint(std::string text) {
-        Mistake mistake = mistake_at(token());
-        mistake.hint = std::move(text);
-        add(std::move(mistake));
-    }
-
     // (a = b));
     void surplus_parenthesis() {
         if (error_.word() != ")") return;
@@ -256,7 +269,7 @@ class Search : MistakeSearch {
     void missing_operator() {
         if (!error_.statement.is_rule() || is_at_end() || token() == error_.statement.first) return;
         if (is_operand(token()) && (is_operand(token() - 1) || error_.word(-1) == ")"))
-            hint("an operator may be missing before it");
+            add_hint("an operator may be missing before it");
     }
     bool is_operand(std::size_t at) const {
         const TokenKind kind = source_.tokens()[at].kind;

@@ -9,29 +9,6 @@
 namespace norvane::driver {
 namespace {
 
-struct Synonym {
-    std::string_view word;
-    std::string_view instead;
-};
-constexpr auto types_of_other_languages = std::to_array<Synonym>({
-    {"bool", "boolean"},
-    {"Boolean", "boolean"},
-    {"int", "integer"},
-    {"Integer", "integer"},
-    {"real", "float"},
-    {"double", "float"},
-    {"decimal", "float"},
-    {"text", "string"},
-    {"String", "string"},
-    {"str", "string"},
-    {"Float", "float"},
-    {"number", "integer"},
-});
-std::string_view type_instead_of(std::string_view word) {
-    const auto found = std::ranges::find(types_of_other_languages, word, &Synonym::word);
-    return found == types_of_other_languages.end() ? std::string_view() : found->instead;
-}
-
 bool is_arithmetic(const Expr* expr) {
     return operation_of(expr) == Operation::arithmetic;
 }
@@ -98,7 +75,22 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
     if (expr && expr->structure == EXPR_BINARY) return operands(found, root, expr);
     if (report.name == "ERR_ARRAY_INDEX_OUT_OF_RANGE" && subject.idcon == subject.path)
         array_here(found, quoted_name(report.message));
+    if (report.name == "ERR_VAR_AS_ARRAY" && report.message.find("optional") != std::string::npos) {
+        say(found, "write '.SOME' after the name of an optional for its value");
+        insert_after(text_, found, range.first, ".SOME", false);
+    }
+    if (report.name == "ERR_OP_TYPES_UN" && expr) unary_operand(found, expr, range);
     explain_use(found, report.name, expr);
+}
+
+// `not dock` where that is optional, `-a` where it is a boolean, and `a <- b`.
+void WaysOut::unary_operand(PlacedFinding& found, const Expr* unary, TokenRange range) {
+    const Expr* operand = unary->structure == EXPR_UNARY ? unary->args.arg : unary;
+    const bool is_arrow =
+        range.first > 0 && text_.word(range.first) == "-" && text_.word(range.first - 1) == "<";
+    if (is_arrow) return say(found, "an implication is 'CONDITION -> RULE'");
+    if (operand->type == ETYPE_OPTIONAL) say(found, "compare it with SOME or NONE");
+    if (operand->type == ETYPE_BOOL) say(found, "write 'not' for what is true or false");
 }
 
 // A name or a value that stands where another kind belongs.
@@ -107,6 +99,7 @@ void WaysOut::explain_use(PlacedFinding& found, std::string_view report, const E
         say(found, "a rule is about variables: name one of this type");
     if (report == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
         say(found, "compare it with SOME or NONE");
+    if (report == "ERR_RULE_NOT_BOOLEAN") say(found, "a rule is true or false: compare it");
     if (report == "ERR_DOMAIN_TYPE" && expr) declared_here(found, expr);
     if (report == "ERR_DOMAIN_NOT_STATIC" || report == "ERR_ARRAY_NOT_STATIC" ||
         report == "ERR_EXPR_NOT_STATIC" || report == "ERR_INDEX_NOT_STATIC")
@@ -155,7 +148,7 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
             return insert_before(text_, found, range.first, "SOME.", false);
         }
         suggestions_.suggest(found, name, range.first, names);
-        return;
+        return list_fields(found, std::move(names));
     }
     const auto later = declared_.find(name);
     if (later != declared_.end()) {
@@ -169,6 +162,17 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
     if (found.finding.hint.empty()) unknown_value(found, name, operand, subject, range);
 }
 
+// Where there is no similar one, and few enough to be read.
+void WaysOut::list_fields(PlacedFinding& found, std::vector<std::string_view> names) {
+    constexpr std::size_t most_names = 8;
+    if (names.empty() || names.size() > most_names) return;
+    std::ranges::sort(names);
+    std::string list;
+    for (const std::string_view name : names)
+        list += (list.empty() ? "" : ", ") + in_quotes(name);
+    say(found, "its fields: " + list);
+}
+
 // A name that is similar to none: a text, or the index of a loop that is not there.
 void WaysOut::unknown_value(PlacedFinding& found, std::string_view name, const Expr* operand,
                             const Subject& subject, TokenRange range) {
@@ -177,6 +181,7 @@ void WaysOut::unknown_value(PlacedFinding& found, std::string_view name, const E
     if (is_index) return say(found, "only a loop has an index, or write a number");
     const Expr* other = compared_with(operand, subject.path);
     if (other && other->type == ETYPE_BOOL) return say(found, "a boolean is true or false");
+    if (other && other->type == ETYPE_OPTIONAL) return say(found, "an optional is SOME or NONE");
     if (!other || other->type != ETYPE_STRING) return;
     const std::string text = "\"" + std::string(name) + "\"";
     say(found, "a text stands in quotes: " + text);

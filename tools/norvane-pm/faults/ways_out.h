@@ -32,6 +32,8 @@ class WaysOut {
         NameDataType kind; // ND_INT for a constant
     };
 
+    void unary_operand(PlacedFinding& found, const Expr* unary, TokenRange range);
+    void list_fields(PlacedFinding& found, std::vector<std::string_view> names);
     void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr);
     void undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
                     const Subject& subject, TokenRange range);
