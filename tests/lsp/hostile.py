@@ -27,6 +27,9 @@ MALFORMED = [
     (framed(b'{"id": 5.5, "method": "shutdown"}'), REQUEST),
     (framed(b'\xff\xfe'), PARSE),
     (framed(b'[' * 200000), PARSE),
+    (framed(b'{"id": 1, "method": "textDocument/hover", "params": %s1%s}' % (b'{"a":' * 99999, b'}' * 99999)), PARSE),
+    (framed(b'{"id": %s, "method": "x"}' % (b'[' * 200000 + b']' * 200000)) +
+     framed(b'{"method": "$/cancelRequest", "params": {"id": 5}}'), PARSE),
     (b'Content-Length: 10\r\n\r\n{"id":1,"method":"x"}', PARSE),
     (b'Content-Length: x\r\n\r\n', PARSE),
     (b'Content-Length: 99999999999999999999999\r\n\r\n', PARSE),

@@ -3,14 +3,39 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <string_view>
 
 #include "uri.h"
 
 namespace norvane::driver::lsp {
 namespace {
 
+// Values are copied, compared and written by recursion. No client needs a tenth of this.
+constexpr unsigned deepest_message = 200;
+
 bool is_id(const Json& id) {
     return id.is_string() || id.is_number_integer();
+}
+
+// Of the request that a message is; null where it is none.
+const Json& request_id(const Json& message) {
+    static const Json none;
+    const Json& id = member(message, "id");
+    return member(message, "method").is_string() && is_id(id) ? id : none;
+}
+
+bool is_too_deep(std::string_view json) {
+    unsigned depth = 0;
+    bool is_text = false;
+    for (std::size_t at = 0; at < json.size() && depth <= deepest_message; ++at) {
+        const char c = json[at];
+        if (c == '"') is_text = !is_text;
+        if (is_text && c == '\\') ++at;
+        if (is_text) continue;
+        if (c == '{' || c == '[') ++depth;
+        if ((c == '}' || c == ']') && depth > 0) --depth;
+    }
+    return depth > deepest_message;
 }
 
 } // namespace
@@ -31,6 +56,7 @@ void Server::refuse_frame(const char* fault) {
 }
 
 void Server::take(const std::string& body) {
+    if (is_too_deep(body)) return refuse_frame("the message is nested too deeply");
     Json message = Json::parse(body, nullptr, false);
     if (message.is_discarded()) return refuse_frame("the message is not JSON");
     if (!message.is_object())
@@ -49,10 +75,8 @@ void Server::cancel(const Json& id) {
         requests.erase(found);
         client_.refuse(id, ErrorCode::request_cancelled, "the request was cancelled");
     };
-    refuse(messages_, [](const Json& message) {
-        return member(message, "method").is_string() ? member(message, "id") : Json();
-    });
-    refuse(waiting_, [](const Waiting& request) { return request.id; });
+    refuse(messages_, request_id);
+    refuse(waiting_, &Waiting::id);
 }
 
 bool Server::handle_next() {
