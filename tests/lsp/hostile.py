@@ -129,8 +129,17 @@ def out_of_memory(driver, path):
 
 def ends(driver, path):
     """The server ends with its client, however that goes, and leaves no process and no file."""
-    def kill(session):
-        session.process.send_signal(signal.SIGTERM)
+    def kill(number):
+        return lambda session: session.process.send_signal(number)
+    def crash(session):
+        session.process.send_signal(signal.SIGSTOP)
+        session.process.send_signal(signal.SIGSEGV)
+        runs = children(session.process)
+        for pid in runs:
+            os.kill(int(pid), signal.SIGKILL)
+        session.process.send_signal(signal.SIGCONT)
+        while any(os.path.exists('/proc/' + pid) for pid in runs): # the system takes them over
+            time.sleep(0.01)
     def close_pipes(session):
         session.process.stdin.close()
     def stop_reading(session):
@@ -138,7 +147,8 @@ def ends(driver, path):
         session.open(path, MODEL)
     def exit_at_once(session):
         session.tell('exit', None)
-    for end, status in ((kill, 1), (close_pipes, 1), (stop_reading, 1), (exit_at_once, 1)):
+    kills = [(kill(number), 1) for number in (signal.SIGTERM, signal.SIGQUIT, signal.SIGUSR1, signal.SIGALRM, signal.SIGRTMIN)]
+    for end, status in (*kills, (crash, -signal.SIGSEGV), (close_pipes, 1), (stop_reading, 1), (exit_at_once, 1)):
         with tempfile.TemporaryDirectory() as directory:
             session = Session(driver, TMPDIR=directory)
             session.open(path, LONG_MODEL)

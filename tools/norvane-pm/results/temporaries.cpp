@@ -20,6 +20,9 @@ namespace {
 // All others end a program that does not handle them.
 constexpr int harmless_signals[] = {SIGCHLD, SIGURG, SIGWINCH, SIGCONT, SIGTSTP, SIGTTIN, SIGTTOU};
 
+// What a directory for temporary files holds is not nested more than the sources of a model are.
+constexpr unsigned most_nested = 30;
+
 // Names, empty where there is none. Plain arrays, since a signal handler reads them.
 char temporary_file[PATH_MAX];
 char temporary_directory[PATH_MAX];
@@ -72,9 +75,8 @@ void handle_signals() {
     removing.sa_handler = end_by_signal;
     removing.sa_flags = SA_ONSTACK | SA_RESTART;
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
-        const bool is_harmless = std::ranges::count(harmless_signals, signal) > 0;
         struct sigaction now;
-        if (is_harmless || sigaction(signal, nullptr, &now) != 0) continue;
+        if (!ends_program(signal) || sigaction(signal, nullptr, &now) != 0) continue;
         if (now.sa_handler == SIG_DFL) sigaction(signal, &removing, nullptr);
     }
 }
@@ -84,25 +86,38 @@ void remember(char (&place)[PATH_MAX], const std::string& name) {
     std::memcpy(place, name.c_str(), name.size() + 1);
 }
 
-// Removes the files in the directory. By the system's own call, since readdir allocates memory,
-// which a signal handler must not do.
-void remove_entries() {
-    alignas(dirent64) char entries[4096];
+void remove_nested(int directory, const char* name, unsigned depth);
+
+// Removes all that is in the directory. By the system's own call, since readdir allocates memory,
+// which a signal handler must not do. The entries are few, since the handler's stack is small.
+void remove_entries(int directory, unsigned depth) {
+    alignas(dirent64) char entries[1024];
     long size;
-    lseek(directory_descriptor, 0, SEEK_SET);
-    while ((size = syscall(SYS_getdents64, directory_descriptor, entries, sizeof entries)) > 0) {
+    lseek(directory, 0, SEEK_SET);
+    while ((size = syscall(SYS_getdents64, directory, entries, sizeof entries)) > 0) {
         for (long at = 0; at < size;) {
             const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
-            unlinkat(directory_descriptor, entry->d_name, 0);
+            if (unlinkat(directory, entry->d_name, 0) != 0 && errno == EISDIR)
+                remove_nested(directory, entry->d_name, depth + 1);
             at += entry->d_reclen;
         }
     }
 }
 
+void remove_nested(int directory, const char* name, unsigned depth) {
+    const bool is_itself = std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+    if (is_itself || depth > most_nested) return;
+    const int nested = openat(directory, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (nested < 0) return;
+    remove_entries(nested, depth);
+    close(nested);
+    unlinkat(directory, name, AT_REMOVEDIR);
+}
+
 void remove_temporary_directory() {
     if (temporary_directory[0] == '\0') return;
     if (directory_descriptor >= 0) {
-        remove_entries();
+        remove_entries(directory_descriptor, 0);
         close(directory_descriptor);
         directory_descriptor = -1;
     }
@@ -132,9 +147,12 @@ void keep_temporary_file() {
     temporary_file[0] = '\0';
 }
 
-TemporaryDirectory::TemporaryDirectory() {
+std::string place_for_temporaries() {
     const char* set = std::getenv("TMPDIR");
-    const std::string parent = set && *set != '\0' ? set : "/tmp";
+    return set && *set != '\0' ? set : "/tmp";
+}
+
+TemporaryDirectory::TemporaryDirectory(const std::string& parent) {
     if (make(parent)) return;
     failure_ = "cannot make a temporary file in '" + parent + "': " + std::strerror(errno);
 }
@@ -161,6 +179,17 @@ TemporaryDirectory::~TemporaryDirectory() {
 
 const char* TemporaryDirectory::name() const {
     return temporary_directory;
+}
+
+bool ends_program(int signal) {
+    return std::ranges::count(harmless_signals, signal) == 0;
+}
+
+void disown_temporaries() {
+    temporary_file[0] = '\0';
+    temporary_directory[0] = '\0';
+    if (directory_descriptor >= 0) close(directory_descriptor);
+    directory_descriptor = -1;
 }
 
 void leave_signals_alone() {

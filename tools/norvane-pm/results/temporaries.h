@@ -15,13 +15,16 @@ int make_temporary_file(std::string& name);
 void remove_temporary_file();
 void keep_temporary_file();
 
+// $TMPDIR, or else /tmp.
+std::string place_for_temporaries();
+
 // A directory of its own for the temporary files of the library, which is removed with all that is
 // in it, also by signals that end the program: what a failed preprocessor has written stays there.
 // There is one at a time.
 class TemporaryDirectory {
   public:
-    // Makes it in $TMPDIR, or else in /tmp. If that fails, the library tries to write there.
-    TemporaryDirectory();
+    // If it cannot be made, the library tries to write where it would by itself.
+    explicit TemporaryDirectory(const std::string& parent = place_for_temporaries());
     ~TemporaryDirectory();
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -35,6 +38,12 @@ class TemporaryDirectory {
 
     std::string failure_;
 };
+
+// Whether a program that does not handle the signal ends by it.
+bool ends_program(int signal);
+
+// For a copy of the process, which leaves to the original what that has made.
+void disown_temporaries();
 
 // For a process that is another program's, which removes what it wants when it ends by a signal.
 void leave_signals_alone();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -10,6 +9,7 @@
 #include <unistd.h>
 
 #include "included_names.h"
+#include "temporaries.h"
 
 namespace norvane::driver::lsp {
 namespace {
@@ -44,20 +44,12 @@ void add_directories(const std::string& root, const fs::path& place, const std::
 
 } // namespace
 
-// TMPDIR, unless the preprocessor would tell names with it in another spelling.
-PrivateDirectory::PrivateDirectory() {
-    const char* wanted = std::getenv("TMPDIR");
-    const std::string place = wanted ? wanted : "";
+// The preprocessor tells names with quotes, backslashes and control characters in another spelling.
+std::string place_for_overlays() {
+    std::string place = place_for_temporaries();
     const bool is_plain = std::ranges::none_of(
         place, [](unsigned char c) { return c < ' ' || c == '"' || c == '\\'; });
-    path_ = (place.empty() || !is_plain ? "/tmp" : place) + "/norvane-XXXXXX";
-    if (!mkdtemp(path_.data()))
-        fail("cannot make a directory for temporary files (see TMPDIR in the environment)");
-}
-
-PrivateDirectory::~PrivateDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    return is_plain ? place : "/tmp";
 }
 
 Overlay::~Overlay() {

@@ -13,18 +13,8 @@
 
 namespace norvane::driver::lsp {
 
-// A directory for temporary files, which is removed at the end with all that is in it.
-class PrivateDirectory {
-  public:
-    PrivateDirectory(); // throws std::system_error
-    ~PrivateDirectory();
-    PrivateDirectory(const PrivateDirectory&) = delete;
-    PrivateDirectory& operator=(const PrivateDirectory&) = delete;
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
-};
+// The directory for temporary files in which overlays are to be.
+std::string place_for_overlays();
 
 class Overlay {
   public:

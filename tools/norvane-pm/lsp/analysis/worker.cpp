@@ -20,6 +20,7 @@
 
 #include "preprocessed.h"
 #include "run.h"
+#include "temporaries.h"
 
 namespace norvane::driver::lsp {
 namespace {
@@ -56,6 +57,7 @@ void limit_memory() {
 }
 
 void begin_process(const Job& job, int pipe, pid_t parent) {
+    disown_temporaries();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(1); // it has ended meanwhile
     sigset_t none;

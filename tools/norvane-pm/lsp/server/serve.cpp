@@ -1,10 +1,11 @@
 // The loop of the server: messages and runs as they come, one thread.
 #include "serve.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <new>
-#include <system_error>
+#include <stdexcept>
 
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -12,6 +13,7 @@
 
 #include "message_reader.h"
 #include "server.h"
+#include "temporaries.h"
 
 namespace norvane::driver {
 namespace {
@@ -20,14 +22,18 @@ using namespace lsp;
 
 constexpr int pause = 2000; // milliseconds between looks at the client and at a late run
 
+// By which the system tells that a program is at fault. It cannot go on, so that they do not wait.
+constexpr int faults[] = {SIGILL, SIGTRAP, SIGABRT, SIGBUS, SIGFPE, SIGSEGV, SIGSYS};
+
 // Signals that ask for the end come through a descriptor, so that runs and files go first.
 class EndSignals {
   public:
     EndSignals() {
         sigset_t signals;
         sigemptyset(&signals);
-        for (const int signal : {SIGTERM, SIGINT, SIGHUP})
-            sigaddset(&signals, signal);
+        for (int signal = 1; signal <= SIGRTMAX; ++signal)
+            if (ends_program(signal) && std::ranges::count(faults, signal) == 0)
+                sigaddset(&signals, signal);
         sigprocmask(SIG_BLOCK, &signals, &before_);
         descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     }
@@ -117,7 +123,7 @@ void serve_editor(Session& session) {
         loop.run();
         if (loop.was_shut_down()) return;
         session.diagnostics.say("the session has ended without a shutdown");
-    } catch (const std::system_error& error) {
+    } catch (const std::runtime_error& error) {
         session.diagnostics.say(error.what());
     }
     throw InputAtFault();

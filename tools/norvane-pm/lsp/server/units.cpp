@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,10 @@ namespace {
 constexpr const char* no_memory = "out of memory";
 
 } // namespace
+
+Units::Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {
+    if (!directory_.failure().empty()) throw std::runtime_error(directory_.failure());
+}
 
 std::shared_ptr<Unit> Units::unit_for(const Document& document, SettingsFaults& faults) {
     Settings settings = settings_of(document, documents_, faults);
@@ -101,7 +106,7 @@ void Units::run_next() {
     for (const auto& unit : units_) {
         if (!unit->needs_run()) continue;
         try {
-            unit->start(documents_, directory_.path());
+            unit->start(documents_, directory_.name());
         } catch (const std::system_error& error) {
             unit->give_up(std::string("the check cannot be started: ") + error.what());
         } catch (const std::bad_alloc&) {

@@ -9,13 +9,16 @@
 #include <vector>
 
 #include "connection.h"
+#include "overlay.h"
+#include "temporaries.h"
 #include "unit.h"
 
 namespace norvane::driver::lsp {
 
 class Units {
   public:
-    Units(Documents& documents, Connection& client) : documents_(documents), client_(client) {}
+    // Throws std::runtime_error where there is no place for temporary files.
+    Units(Documents& documents, Connection& client);
 
     // A document was opened, or the settings of any may have changed: those of all are looked up
     // once more, before the next use, and what is wrong with the files that have them is shown.
@@ -49,7 +52,7 @@ class Units {
 
     Documents& documents_;
     Connection& client_;
-    PrivateDirectory directory_;
+    TemporaryDirectory directory_{place_for_overlays()};
     std::vector<std::shared_ptr<Unit>> units_; // the one that was changed last comes first
     std::map<std::string, std::shared_ptr<Unit>> of_;
     bool is_assigned_ = true;
