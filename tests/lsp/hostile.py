@@ -58,13 +58,16 @@ def malformed(session, path):
 
 
 def odd_parameters(session, path):
-    """Parameters of other types; a document that is not open, or opened twice; positions beyond a text."""
+    """Parameters of other types; a document that is not open, or opened twice, or whose file cannot be read;
+    positions beyond a text."""
     for params in (None, [], 5, {'textDocument': 5}, {'textDocument': {'uri': 7}},
                    {'textDocument': {'uri': uri_of(path)}, 'contentChanges': [5, {}, {'text': 5}]}):
         for method in ('didOpen', 'didChange', 'didSave', 'didClose'):
             session.tell('textDocument/' + method, params)
         session.tell('workspace/didChangeWatchedFiles', params)
         session.tell('$/cancelRequest', params)
+    session.open('/proc/self/mem', 'rule a;')
+    expect(session.diagnostics('/proc/self/mem'), 'a file with a read error')
     session.open(path, MODEL)
     session.open(path, MODEL)
     session.change(path, ((7, 0, 9, 9), 'x'), ((0, 99, 0, 3), ' '), ((-1, -1, 0, 0), ''), ((2**40, 0, 2**40, 1), ''))

@@ -34,7 +34,11 @@ std::optional<std::string> read_source_file(const std::string& path) {
         return {};
     std::ifstream stream(path, std::ios::binary);
     if (!stream) return {};
-    return std::string(std::istreambuf_iterator<char>(stream), {});
+    try {
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    } catch (const std::ios_base::failure&) { // the system cannot read it
+        return {};
+    }
 }
 
 Document* Documents::open(const Json& item) {

@@ -23,8 +23,8 @@ struct Document {
     Lines lines;
 };
 
-// Reads a regular file. Empty for other kinds of files and for files that are too large to be a
-// source.
+// Reads a regular file. Empty for other kinds of files, for files that are too large to be a
+// source, and for those that the system cannot read.
 std::optional<std::string> read_source_file(const std::string& path);
 
 class Documents {
