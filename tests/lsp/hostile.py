@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 """A client that does everything wrong. The server answers what can be answered, and goes on."""
 import os
-import resource
 import signal
 import subprocess
 import sys
@@ -105,6 +104,10 @@ def huge(session, path):
     request = {'textDocument': {'uri': uri_of(path)}}
     expect(len(session.ask('textDocument/semanticTokens/full', request)['data']) > 300_000, 'a long line')
     session.close(path)
+    names = ['public a%d : boolean;' % i for i in range(60_000)]
+    session.open(path, 'variable ' + ' '.join(names))
+    expect(len(session.ask('textDocument/documentSymbol', request)) == len(names), 'an outline of a long line')
+    session.close(path)
 
 
 def deep(session, path):
@@ -114,20 +117,27 @@ def deep(session, path):
 
 
 def out_of_memory(driver, path):
-    """The run that needs more than there is ends, and the server goes on."""
-    limit = 3 << 30
-    def limited():
-        resource.setrlimit(resource.RLIMIT_AS, (limit, limit))
-    with open(os.path.join(os.path.dirname(path), 'limited'), 'w') as script:
-        script.write('#!/bin/sh\nulimit -v %d\nexec %s "$@"\n' % (limit >> 10, driver))
-    os.chmod(script.name, 0o700)
-    session = Session(script.name)
+    """The run or the message that needs more than there is ends, and the server goes on."""
+    def limited(kilobytes):
+        with open(os.path.join(os.path.dirname(path), 'limited'), 'w') as script:
+            script.write('#!/bin/sh\nulimit -v %d\nexec %s "$@"\n' % (kilobytes, driver))
+        os.chmod(script.name, 0o700)
+        return Session(script.name)
+    session = limited(3 << 20)
     session.open(path, 'variable public a : array 16000000 of array 16000000 of boolean;\nrule ' +
                  ' and '.join('forall i in [0..9] : (a[i][i])' for i in range(300000)) + ';\n')
     session.diagnostics(path)
     session.change(path, MODEL)
     expect(session.diagnostics(path) == [], 'the run after it')
     expect(session.end() == 0, 'the end')
+    session = limited(300_000)
+    for size in (70_000_000, 100_000_000):
+        session.others.clear()
+        session.open(path, '/*' + 'x' * size + '*/')
+        session.wait(lambda: 'again' in str(session.others), 'message about the text that is lost')
+        session.open(path, MODEL)
+        expect(session.diagnostics(path) == [], 'the document that is opened again')
+    expect(session.end() == 0, 'the end of the small one')
 
 
 def ends(driver, path):

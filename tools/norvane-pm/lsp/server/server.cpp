@@ -24,6 +24,10 @@ const Json& request_id(const Json& message) {
     return member(message, "method").is_string() && is_id(id) ? id : none;
 }
 
+void show_error(Connection& client, const std::string& message) {
+    client.notify("window/showMessage", {{"type", 1}, {"message", message}});
+}
+
 bool is_too_deep(std::string_view json) {
     unsigned depth = 0;
     bool is_text = false;
@@ -94,9 +98,6 @@ void Server::forget(const std::string& path) {
         units_.release(path);
         units_.settings_changed();
     }
-    client_.notify(
-        "window/showMessage",
-        {{"type", 1}, {"message", "out of memory: close " + path + " and open it again"}});
 }
 
 void Server::lose_message() {
@@ -106,6 +107,7 @@ void Server::lose_message() {
         paths.push_back(path);
     for (const std::string& path : paths)
         forget(path);
+    show_error(client_, "out of memory: close all documents and open them again");
 }
 
 // A request, a notification, or the answer to a request of this server.
@@ -151,7 +153,9 @@ void Server::handle_notification(const std::string& method, const Json& params) 
     try {
         (this->*row->handle)(params);
     } catch (const std::bad_alloc&) {
-        forget(path_of(text_of(member(params, "textDocument", "uri"))));
+        const std::string path = path_of(text_of(member(params, "textDocument", "uri")));
+        forget(path);
+        show_error(client_, "out of memory: close " + path + " and open it again");
     } catch (const std::exception& error) {
         client_.notify("window/logMessage",
                        {{"type", 1}, {"message", std::string(row->method) + ": " + error.what()}});
