@@ -8,6 +8,7 @@
 #include "json.h"
 #include "load_calculation.h"
 #include "load_model.h"
+#include "result.h"
 #include "text.h"
 #include "warned_model.h"
 
@@ -79,21 +80,28 @@ std::vector<std::string> cuts_of(TypeCon* typecon) {
     return texts;
 }
 
+TypeCon* type_of_values(TypeCon* typecon) {
+    for (;;) {
+        TypeCon* type = call([typecon] { return tc_find_set(typecon); });
+        if (kind_of(type) == TC_ARRAY)
+            typecon = type->values.array.element;
+        else if (kind_of(type) == TC_OPTIONAL)
+            typecon = type->values.base;
+        else
+            return type;
+    }
+}
+
 // By path, as "bag.weight": those of elements and of optional values have the name of what holds
 // them, and those of named types the name of the type.
 void add_classes(Json& classes, const std::string& path, TypeCon* typecon) {
-    TypeCon* type = call([typecon] { return tc_find_set(typecon); });
-    switch (kind_of(type)) {
-    case TC_ARRAY: return add_classes(classes, path, type->values.array.element);
-    case TC_OPTIONAL: return add_classes(classes, path, type->values.base);
-    case TC_PROD:
+    TypeCon* type = type_of_values(typecon);
+    if (path.size() > Facts::longest_path) return;
+    if (kind_of(type) == TC_PROD)
         for (const VarDecl* field : items<VarDecl>(type->values.prod.fields))
             add_classes(classes, path + "." + to_utf8(field->name), field->typecon);
-        return;
-    default: break;
-    }
-    const std::vector<std::string> cuts = cuts_of(type);
-    if (!cuts.empty()) classes[path] = cuts;
+    else if (const std::vector<std::string> cuts = cuts_of(type); !cuts.empty())
+        classes[path] = cuts;
 }
 
 void write_facts(const CheckedModel& model) {

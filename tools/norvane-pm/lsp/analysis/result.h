@@ -2,6 +2,7 @@
 #ifndef NORVANE_PM_LSP_RESULT_H
 #define NORVANE_PM_LSP_RESULT_H
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,8 +15,10 @@ namespace norvane::driver::lsp {
 
 // What the check of a model finds out.
 struct Facts {
+    // What is within records that are nested deeper is left out.
+    static constexpr std::size_t longest_path = 1000;
     std::map<std::string, std::string> constants;            // their values
-    std::map<std::string, std::vector<std::string>> classes; // what cuts an unbounded variable's
+    std::map<std::string, std::vector<std::string>> classes; // by path: what cuts the values
 };
 
 struct Result {

@@ -95,7 +95,8 @@ std::vector<std::string> cuts_of(const Context& context, std::size_t symbol) {
                                   declared.kind == SymbolKind::type;
     if (!can_have_classes) return {};
     std::string path(declared.name);
-    for (std::size_t at = declared.container; at != none; at = names.symbols[at].container)
+    for (std::size_t at = declared.container; at != none && path.size() <= Facts::longest_path;
+         at = names.symbols[at].container)
         path.insert(0, std::string(names.symbols[at].name) + ".");
     const auto& classes = context.unit.result().facts.classes;
     std::size_t type = declared.type;
