@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "output.h"
+#include "temporaries.h"
 #include "text.h"
 #include "workspace.h"
 
@@ -80,16 +81,32 @@ void check_package(Session& session, const std::string& file) {
     }
 }
 
-// After a failure, reports what the library did not; after a success, checks the package.
-void finish(Session& session, const Result<void>& made, const std::string& build_directory,
-            const std::string& output_directory) {
+// As the library reads it: tools write backslashes, too.
+std::string file_name(std::string name) {
+    std::ranges::replace(name, '\\', '/');
+    return name;
+}
+
+// Calls `make_it`. After a failure, reports what the library did not; after a success, checks the
+// package.
+template <typename Make>
+void make_checked(Session& session, const std::string& build_directory,
+                  const std::string& output_directory, Make make_it) {
     const std::string& name = session.options.project;
+    const std::string package = file_name(output_directory) + "/" + name + ".mub";
+    for (const char* extension : {"mu", "clx", "tbl", "pm", "vof", "zeb", "prs"})
+        session.inputs.add(file_name(build_directory) + "/" + name + "." + extension);
+    const std::string lost = session.inputs.replaced_by(package, Inputs::stay);
+    refuse_unless(lost.empty(), session,
+                  "no package was made: it would replace a file that it is made from: " + lost);
+    const LibraryTemporary of_the_package(package);
+    const Result<void> made = make_it();
     if (!made && made.reports().empty()) {
         session.diagnostics.say("no package was made: " + build_directory + "/" + name +
                                 ".mu is not there or cannot be read");
     }
     session.take(made);
-    check_package(session, output_directory + "/" + name + ".mub");
+    check_package(session, package);
 }
 
 // Lists a member. False after reporting that it cannot be read.
@@ -120,21 +137,24 @@ void pack_project(Session& session) {
     }
     check_model_name(session);
     for (const char* file : items<char>(project->fileincludes)) {
+        session.inputs.add(file_name(codepage_to_utf8(file)));
         refuse_unless(stays_inside(file), session,
                       "no package was made: the file '" + codepage_to_utf8(file) +
                           "' of fileincludes is outside of the project's directory");
     }
-    finish(session, Package::make(project, options.type, options.debug, session.on_report), ".",
-           ".");
+    make_checked(session, ".", ".", [&] {
+        return Package::make(project, options.type, options.debug, session.on_report);
+    });
 }
 
 void make_package(Session& session) {
     const Options& options = session.options;
     check_model_name(session);
-    finish(session,
-           Package::make(utf8_to_codepage(options.project), options.build_directory,
-                         options.output_directory, options.type, options.debug, session.on_report),
-           options.build_directory, options.output_directory);
+    make_checked(session, options.build_directory, options.output_directory, [&] {
+        return Package::make(utf8_to_codepage(options.project), options.build_directory,
+                             options.output_directory, options.type, options.debug,
+                             session.on_report);
+    });
 }
 
 void list_package(Session& session) {

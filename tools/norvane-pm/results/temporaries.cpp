@@ -26,6 +26,8 @@ constexpr unsigned most_nested = 30;
 // Names, empty where there is none. Plain arrays, since a signal handler reads them.
 char temporary_file[PATH_MAX];
 char temporary_directory[PATH_MAX];
+char library_result[NAME_MAX + 1]; // the name without its directory
+int open_files = -1;               // the directory that lists them
 // Open from the start, since at the end the process may have no descriptor left.
 int directory_descriptor = -1;
 
@@ -81,27 +83,34 @@ void handle_signals() {
     }
 }
 
-void remember(char (&place)[PATH_MAX], const std::string& name) {
+void remember(char* place, const std::string& name) {
     handle_signals();
     std::memcpy(place, name.c_str(), name.size() + 1);
 }
 
-void remove_nested(int directory, const char* name, unsigned depth);
-
-// Removes all that is in the directory. By the system's own call, since readdir allocates memory,
-// which a signal handler must not do. The entries are few, since the handler's stack is small.
-void remove_entries(int directory, unsigned depth) {
+// Calls take(name). By the system's own call, since readdir allocates memory, which a signal
+// handler must not do. The entries are few, since the handler's stack is small.
+template <typename Take>
+void for_each_entry(int directory, Take take) {
     alignas(dirent64) char entries[1024];
     long size;
     lseek(directory, 0, SEEK_SET);
     while ((size = syscall(SYS_getdents64, directory, entries, sizeof entries)) > 0) {
         for (long at = 0; at < size;) {
             const auto* entry = reinterpret_cast<const dirent64*>(entries + at);
-            if (unlinkat(directory, entry->d_name, 0) != 0 && errno == EISDIR)
-                remove_nested(directory, entry->d_name, depth + 1);
+            take(entry->d_name);
             at += entry->d_reclen;
         }
     }
+}
+
+void remove_nested(int directory, const char* name, unsigned depth);
+
+void remove_entries(int directory, unsigned depth) {
+    for_each_entry(directory, [=](const char* name) {
+        if (unlinkat(directory, name, 0) != 0 && errno == EISDIR)
+            remove_nested(directory, name, depth + 1);
+    });
 }
 
 void remove_nested(int directory, const char* name, unsigned depth) {
@@ -123,6 +132,33 @@ void remove_temporary_directory() {
     }
     rmdir(temporary_directory);
     temporary_directory[0] = '\0';
+}
+
+// True for a file that this program has opened itself, and to write to: an input, or what the
+// caller has left open, may have such a name too.
+bool is_ours_to_write(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFD);
+    return flags >= 0 && (flags & FD_CLOEXEC) != 0 &&
+           (fcntl(descriptor, F_GETFL) & O_ACCMODE) != O_RDONLY;
+}
+
+bool is_of_library_result(const char* path) {
+    const char* slash = std::strrchr(path, '/');
+    const std::size_t length = std::strlen(library_result);
+    const char* suffix = slash ? slash + 1 + length : "";
+    return slash && std::strncmp(slash + 1, library_result, length) == 0 &&
+           std::strlen(suffix) == std::strlen(".XXXXXX") && *suffix == '.';
+}
+
+// Finds the file among those that are open, since the library gives no way to ask for its name.
+void remove_library_temporary() {
+    if (library_result[0] == '\0') return;
+    for_each_entry(open_files, [](const char* number) {
+        char path[PATH_MAX] = "";
+        const bool is_named = readlinkat(open_files, number, path, sizeof path - 1) > 0;
+        if (is_named && is_of_library_result(path) && is_ours_to_write(std::atoi(number)))
+            unlink(path);
+    });
 }
 
 } // namespace
@@ -192,12 +228,24 @@ void disown_temporaries() {
     directory_descriptor = -1;
 }
 
+LibraryTemporary::LibraryTemporary(const std::string& result) {
+    const std::string name = result.substr(result.rfind('/') + 1);
+    open_files = open("/proc/self/fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (open_files >= 0 && name.size() < sizeof library_result) remember(library_result, name);
+}
+
+LibraryTemporary::~LibraryTemporary() {
+    library_result[0] = '\0';
+    if (open_files >= 0) close(open_files);
+}
+
 void leave_signals_alone() {
     signals_are_settled = true;
 }
 
 void remove_temporaries() {
     if (temporary_file[0] != '\0') unlink(temporary_file);
+    remove_library_temporary();
     remove_temporary_directory();
 }
 

@@ -45,6 +45,16 @@ bool ends_program(int signal);
 // For a copy of the process, which leaves to the original what that has made.
 void disown_temporaries();
 
+// While this lives, a library that keeps the name of its temporary file to itself writes this
+// result. The file is the result's name with ".XXXXXX" filled in, beside it.
+class LibraryTemporary {
+  public:
+    explicit LibraryTemporary(const std::string& result);
+    ~LibraryTemporary();
+    LibraryTemporary(const LibraryTemporary&) = delete;
+    LibraryTemporary& operator=(const LibraryTemporary&) = delete;
+};
+
 // For a process that is another program's, which removes what it wants when it ends by a signal.
 void leave_signals_alone();
 
