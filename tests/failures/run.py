@@ -180,6 +180,8 @@ def faults(whole, actual, kind):
         yield 'status %s' % actual.status
     if actual.status != 0 and not actual.stderr:
         yield 'no report'
+    if actual.status == 3 and kind == 'spawn' and b'while ' not in actual.stderr:
+        yield 'a report without the step'
     if whole.output and not is_acceptable(actual.output, whole, actual.status):
         yield 'the file that was to be written is neither the old one nor whole'
     if actual.files != whole.files and (actual.output or not whole.output):

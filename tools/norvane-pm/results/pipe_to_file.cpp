@@ -14,10 +14,10 @@ PipeToFile::PipeToFile(ResultFile& output) {
     name_ = "/dev/fd/" + std::to_string(ends_[1]);
     try {
         copier_ = std::thread([this, &output] { copy(output); });
-    } catch (...) {
+    } catch (const std::system_error& refusal) {
         close(ends_[0]);
         close(ends_[1]);
-        throw;
+        throw std::system_error(refusal.code(), "cannot start a thread");
     }
 }
 

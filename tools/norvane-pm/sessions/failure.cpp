@@ -81,4 +81,14 @@ int report_out_of_memory(Session& session) {
     return report_failure(session, InternalFailure(state));
 }
 
+int report_refusal(Session& session, const std::system_error& refusal) {
+    reserve.reset();
+    Finding finding;
+    finding.message = std::string("internal failure: ") + refusal.what();
+    finding.notes.push_back(
+        {{}, "while " + std::string(step_text(session.step)) + " " + session.subject});
+    session.diagnostics.report(finding);
+    return STATUS_INTERNAL_FAILURE;
+}
+
 } // namespace norvane::driver

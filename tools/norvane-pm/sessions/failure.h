@@ -2,6 +2,8 @@
 #ifndef NORVANE_PM_FAILURE_H
 #define NORVANE_PM_FAILURE_H
 
+#include <system_error>
+
 #include "session.h"
 
 namespace norvane::driver {
@@ -14,6 +16,8 @@ void reserve_memory_for_reports();
 // the system, could not get.
 int report_failure(Session& session, const InternalFailure& failure);
 int report_out_of_memory(Session& session);
+// The same for another thing that the system refuses, such as a thread or a process.
+int report_refusal(Session& session, const std::system_error& refusal);
 
 } // namespace norvane::driver
 

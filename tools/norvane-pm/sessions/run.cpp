@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <system_error>
 
 #include "failure.h"
 #include "forms.h"
@@ -52,6 +53,8 @@ int status_of(Session& session, void (*command)(Session&)) {
         return report_failure(session, failure);
     } catch (const std::bad_alloc&) {
         return report_out_of_memory(session);
+    } catch (const std::system_error& refusal) {
+        return report_refusal(session, refusal);
     }
 }
 
