@@ -35,8 +35,10 @@ bool is_about_macro_call(const Finding& error) {
     return error.message.starts_with("macro \"");
 }
 
-// The name of the file that an #include asks for; empty for other errors.
+// The name of the file that an #include asks for; empty for other errors. One without a line is
+// about the preprocessor itself, which may be missing too.
 std::string_view missing_file(const Finding& error) {
+    if (error.place.line == 0) return "";
     const std::string_view message = error.message;
     return message.ends_with(missing) ? message.substr(0, message.size() - missing.size()) : "";
 }
