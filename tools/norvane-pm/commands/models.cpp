@@ -13,6 +13,7 @@
 #include "output.h"
 #include "pipe_to_file.h"
 #include "refused_model.h"
+#include "text.h"
 #include "warned_model.h"
 
 namespace norvane::driver {
@@ -52,7 +53,7 @@ void print_model(Session& session, const Model& model, const std::string& subjec
 void print_origin(const CheckedModel& model, const RuleDecl* origin, std::FILE* to) {
     static char position[MESSAGE_BUFFER_SIZE];
     proj_line_information(model.get()->line_info, origin->linenumber, position);
-    std::fputs(position, to);
+    std::fputs(for_terminal(position).c_str(), to);
 }
 
 // A rule as it is written may hold a case, which is printed on several lines.
