@@ -13,6 +13,8 @@ namespace {
 
 // A browser takes seconds for more.
 constexpr std::size_t most_rows = 200000;
+constexpr std::size_t most_path_bytes =
+    20'000'000; // of nested parts, each path has those around it
 // Values of a variable that the solver is asked about one by one.
 constexpr unsigned most_values = 256;
 
@@ -20,9 +22,16 @@ void check_size(Session& session, const FlatModel& flat, const FlatRules& rules)
     std::size_t rows = flat.size();
     for (auto at = rules.begin(); at != rules.end() && rows <= most_rows; ++at)
         ++rows;
-    if (rows <= most_rows) return;
+    std::size_t bytes = 0;
+    if (rows <= most_rows)
+        flat.for_each([&bytes](const FlatVariable& variable) {
+            bytes += variable.path.size();
+            return bytes <= most_path_bytes;
+        });
+    if (rows <= most_rows && bytes <= most_path_bytes) return;
     session.diagnostics.say("a page holds at most " + std::to_string(most_rows) +
-                            " variables and rules: see norvane-pm variables and norvane-pm rules");
+                            " variables and rules, and 20 MB of names of variables: see norvane-pm "
+                            "variables and norvane-pm rules");
     throw InputAtFault();
 }
 
