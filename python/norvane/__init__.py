@@ -39,20 +39,28 @@ class InternalError(RuntimeError):
     """A failure of the library, and not of its input. It may have leaked memory; nothing else is lost."""
 
 
+def _path(path):
+    """The path for the library, whose texts end at a null character: open() refuses one, too."""
+    text = os.fspath(path)
+    if '\0' in os.fsdecode(text):
+        raise ValueError('embedded null character')
+    return text
+
+
 def load(path, *, defines=None, undefines=(), include_dirs=()):
     """Reads a product model: XML if the name ends in ".xml", else source through the C preprocessor.
 
     `defines` are macros, name to value, None for one without a value; `undefines` are names that are
     no macros; `include_dirs` are searched for included files. Raises ModelError.
     """
-    return _norvane._load(os.fspath(path), _arguments(defines, undefines, include_dirs))
+    return _norvane._load(_path(path), _arguments(defines, undefines, include_dirs))
 
 
 def _arguments(defines, undefines, include_dirs):
     arguments = ['-I' + os.fspath(directory) for directory in include_dirs]
     for name, value in (defines or {}).items():
         arguments.append('-D%s' % name if value is None else '-D%s=%s' % (name, value))
-    return arguments + ['-U' + name for name in undefines]
+    return [_path(argument) for argument in arguments + ['-U' + name for name in undefines]]
 
 
 def faults(path, *, calculation=None, defines=None, undefines=(), include_dirs=(), warnings=()):
@@ -66,40 +74,40 @@ def faults(path, *, calculation=None, defines=None, undefines=(), include_dirs=(
     arguments = _arguments(defines, undefines, include_dirs)
     words = [warnings] if isinstance(warnings, str) else list(warnings)
     if calculation is None:
-        return _norvane._faults(os.fspath(path), arguments, words)
-    return _norvane._calculation_faults(os.fspath(calculation), os.fspath(path), arguments, words)
+        return _norvane._faults(_path(path), arguments, words)
+    return _norvane._calculation_faults(_path(calculation), _path(path), arguments, words)
 
 
 def write(model, path):
     """Writes a model: as XML if the name ends in ".xml", else as source. Raises ModelError."""
-    model._write(os.fspath(path))
+    model._write(_path(path))
 
 
 def load_calculation(path, model=None):
     """Reads a calculation: source, XML if the name ends in ".clx", or that of a model in a package."""
     if model is None:
-        return _norvane._load_calculation(os.fspath(path))
-    return _norvane._load_calculation_from_package(os.fspath(path), model)
+        return _norvane._load_calculation(_path(path))
+    return _norvane._load_calculation_from_package(_path(path), model)
 
 
 def load_presentation(path):
     """Reads display texts: a dictionary of layers, each from keys to texts. Raises ModelError."""
-    return _norvane._load_presentation(os.fspath(path))
+    return _norvane._load_presentation(_path(path))
 
 
 def load_order(path):
     """Reads a variable order: the list of its names. Raises ModelError."""
-    return _norvane._load_order(os.fspath(path))
+    return _norvane._load_order(_path(path))
 
 
 def load_workspace(path):
     """Reads a workspace. Raises ModelError."""
-    return _norvane._load_workspace(os.fspath(path))
+    return _norvane._load_workspace(_path(path))
 
 
 def open_package(path):
     """Opens a package. Raises ModelError."""
-    return _norvane._open_package(os.fspath(path))
+    return _norvane._open_package(_path(path))
 
 
 def walk(expression):

@@ -70,6 +70,13 @@ class Models(unittest.TestCase):
                     functions = None
             self.assertEqual([f.name for f in functions or ()], ['f'], end)
 
+    def test_names_with_null_characters(self):
+        self.load('variable x : boolean;')
+        for call in (lambda: norvane.load('model.pm\0.evil'),
+                     lambda: norvane.load('model.pm', defines={'N': '1\0'}),
+                     lambda: norvane.load_workspace(b'w.zeb\0')):
+            self.assertRaises(ValueError, call)
+
     def test_texts_of_the_code_page(self):
         model = self.load('type T : ["h\xe4lfte", "\u20ac"]; variable v : T; rule v = "\u20ac";')
         self.assertEqual(model.types['T'].labels, ['h\xe4lfte', '\u20ac'])
