@@ -55,6 +55,11 @@ bool is_about_missing_name(const Finding& finding) {
     return message.starts_with("unexpected '('") || message.ends_with("is no macro");
 }
 
+bool tells_the_same(const Finding& one, const Finding& other) {
+    return one.message == other.message && one.severity == other.severity &&
+           one.place.line == other.place.line && one.place.file == other.place.file;
+}
+
 // The #include lines that led to a file. A file that includes itself has hundreds of them, of which
 // those at both ends say enough.
 void add_way(Finding& finding, std::span<const OsPlace> way) {
@@ -210,6 +215,7 @@ void Diagnostics::preprocessor(const OsPreprocessorMessage* message, void* user)
 void Diagnostics::hold(const OsPreprocessorMessage& message) {
     const char* file = message.place.file;
     if (message.is_note && !preprocessor_findings_.empty()) {
+        if (repeats_) return;
         const Place place = file ? place_of(file, message.place.line) : Place();
         preprocessor_findings_.back().notes.push_back({place, message.text});
         return;
@@ -222,6 +228,10 @@ void Diagnostics::hold(const OsPreprocessorMessage& message) {
     // The way out that it names is none of this program.
     if (const std::size_t advice = finding.message.find(" (use -f"); advice != std::string::npos)
         finding.message.resize(advice);
+    // A macro that names itself is told about at each use within it.
+    repeats_ =
+        !preprocessor_findings_.empty() && tells_the_same(preprocessor_findings_.back(), finding);
+    if (repeats_) return;
     add_way(finding, std::span(message.included_from, message.included_count));
     preprocessor_findings_.push_back(std::move(finding));
     preprocessor_has_failed_ |= message.is_error != 0;

@@ -93,6 +93,7 @@ class Diagnostics {
     bool has_reported_ = false;
     bool misses_names_ = false;
     bool preprocessor_has_failed_ = false; // and has reported why
+    bool repeats_ = false;                 // the last message of the preprocessor
     std::vector<Finding> preprocessor_findings_;
     SourceLines sources_;
 };
