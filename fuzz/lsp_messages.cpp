@@ -1,6 +1,7 @@
 // The reader of a language server's messages: a stream gives the same frames however it is cut into
 // pieces, and a message that follows what is malformed is read.
 #include <algorithm>
+#include <cctype>
 #include <vector>
 
 #include "harness.h"
@@ -21,6 +22,13 @@ std::vector<std::string> frames(std::string_view bytes, std::size_t piece) {
     return read;
 }
 
+// In letters of any case, as the reader takes it.
+bool has_length(std::string bytes) {
+    for (char& byte : bytes)
+        byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+    return bytes.find("length") != std::string::npos;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -32,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expect(frames(bytes, piece) == whole, "the frames depend on the pieces");
     }
     // Without a length there is no body that could hold it.
-    if (bytes.find("ength") == std::string::npos && bytes.find("ENGTH") == std::string::npos)
+    if (!has_length(bytes))
         expect(frames(bytes + "Content-Length: 2\r\n\r\n{}", 4096).back() == "{}",
                "a message after what is malformed is lost");
     return 0;
