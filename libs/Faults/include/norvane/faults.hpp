@@ -19,6 +19,10 @@
 #ifndef NORVANE_FAULTS_HPP
 #define NORVANE_FAULTS_HPP
 
+#if __cplusplus < 201703L
+#error "norvane/faults.hpp needs C++17 or later"
+#endif
+
 #include <filesystem>
 #include <string>
 #include <string_view>

@@ -17,6 +17,10 @@
 #ifndef NORVANE_PROJ_HPP
 #define NORVANE_PROJ_HPP
 
+#if __cplusplus < 201703L
+#error "norvane/proj.hpp needs C++17 or later"
+#endif
+
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
