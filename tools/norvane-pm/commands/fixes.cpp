@@ -80,6 +80,7 @@ void fix_file(Session& session, const std::string& file, const OfFile& lines) {
         throw InputAtFault();
     }
     std::fwrite(fixed.data(), 1, fixed.size(), output.stream());
+    output.refused();
     if (output.close()) return;
     session.diagnostics.say("cannot write " + file + ": " + std::strerror(output.error()));
     throw InputAtFault();
