@@ -66,7 +66,14 @@ void Questions::assert_value(Writer& out, std::size_t variable, unsigned value) 
 Verdict Questions::has_product() {
     enter_model();
     const Verdict verdict = driver::ask(solver_);
-    if (verdict == Verdict::yes) product_ = read_product(solver_, terms_.flat());
+    if (verdict != Verdict::yes) return verdict;
+    product_ = read_product(solver_, terms_.flat());
+    const Evaluation evaluation(terms_, product_);
+    for (std::size_t rule = 0; rule < rules_.size(); ++rule) {
+        if (!evaluation.truth(rules_[rule]))
+            throw SolverFault{"the solver " + solver_.name() + " gives a product that rule " +
+                              std::to_string(rule + 1) + " excludes"};
+    }
     return verdict;
 }
 
