@@ -28,16 +28,25 @@ void show_error(Connection& client, const std::string& message) {
     client.notify("window/showMessage", {{"type", 1}, {"message", message}});
 }
 
+// The offset of the quote that ends a text; at or after the end where none does.
+std::size_t end_of_text(std::string_view json, std::size_t quote) {
+    std::size_t at = quote + 1;
+    while (at < json.size() && json[at] != '"')
+        at += json[at] == '\\' ? 2 : 1;
+    return at;
+}
+
 bool is_too_deep(std::string_view json) {
     unsigned depth = 0;
-    bool is_text = false;
     for (std::size_t at = 0; at < json.size() && depth <= deepest_message; ++at) {
-        const char c = json[at];
-        if (c == '"') is_text = !is_text;
-        if (is_text && c == '\\') ++at;
-        if (is_text) continue;
-        if (c == '{' || c == '[') ++depth;
-        if ((c == '}' || c == ']') && depth > 0) --depth;
+        switch (json[at]) {
+        case '"': at = end_of_text(json, at); break;
+        case '{':
+        case '[': ++depth; break;
+        case '}':
+        case ']': depth -= depth > 0 ? 1 : 0; break;
+        default: break;
+        }
     }
     return depth > deepest_message;
 }
