@@ -72,6 +72,7 @@ DEEP_COMMANDS = [
 ]
 DEPTH = 20000
 STACK = 1 << 20
+ADDRESSES = 1 << 36 # more than any command takes
 # What makes the inputs that are not there in the first place.
 PREPARATIONS = ('convert main.pm main.xml', 'calc convert main.cl main.clx', 'package make main')
 
@@ -211,6 +212,8 @@ def main():
     arguments = parser.parse_args()
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     resource.setrlimit(resource.RLIMIT_STACK, (STACK, resource.getrlimit(resource.RLIMIT_STACK)[1]))
+    if arguments.kind == 'memory' and not arguments.once: # under any limit of addresses the stack is used otherwise
+        resource.setrlimit(resource.RLIMIT_AS, (ADDRESSES, resource.getrlimit(resource.RLIMIT_AS)[1]))
     kind = KINDS.index(arguments.kind)
     modes = (False,) if arguments.once else (False, True)
 

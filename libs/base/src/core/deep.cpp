@@ -201,6 +201,7 @@ Bounds usable_part(const Bounds& stack) {
         getrlimit(RLIMIT_AS, &addresses) == 0 && addresses.rlim_cur != RLIM_INFINITY;
     if (!is_limited || gettid() != getpid()) return stack;
     const auto top = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (!stack.hold(top)) return stack; // its bounds are unknown: the system had no memory
     if (top - stack.low < 2 * smallest_segment) return stack;
     if (!has_room(smallest_segment)) return {top, stack.high};
     touch_stack(smallest_segment);
