@@ -44,9 +44,11 @@ class Search : MistakeSearch {
         type_before_name();
         name_of_two_words();
         question_mark();
+        range_as_list();
         numbers_as_labels();
         array_after_type();
         array_of_range();
+        constant_with_type();
     }
 
     bool is_type_word(int offset) const {
@@ -58,9 +60,10 @@ class Search : MistakeSearch {
     // forall p in pumps : (...)
     void loop_over_values() {
         if (error_.word(-1) != "in" || !is_name(0)) return;
+        const bool is_array = error_.uses.of(error_.word()).is_array;
         add(at({token(), token()}, unexpected(),
                "a loop goes over numbers, which may be indices: forall i in [0..2] : (" +
-                   std::string(error_.word()) + "[i] ...)"));
+                   (is_array ? std::string(error_.word()) + "[i] ...)" : "...)")));
     }
 
     // forall i in 0..2 : (...)
@@ -112,6 +115,7 @@ class Search : MistakeSearch {
     void number_with_unit() {
         if (!is_number(-1) || !is_name(0) || !source_.touches_the_one_before(token())) return;
         const std::string_view digits = "0123456789";
+        if (error_.word() == "e" || error_.word() == "E") return;                  // 1e-3
         if (error_.word().find_first_of(digits) != std::string_view::npos) return; // 0x10, 1e3
         rewrite({token(), token()}, unexpected(), "numbers have no units", "", false);
     }
@@ -215,6 +219,32 @@ class Search : MistakeSearch {
         add(std::move(mistake));
     }
 
+    // int N = 3; where constants stand
+    void constant_with_type() {
+        const std::string_view type = error_.word(-1);
+        const bool is_foreign = !type_instead_of(type).empty() && !error_.uses.of(type).is_declared;
+        const bool is_value = error_.word(1) == "=" || error_.word(1) == ":";
+        if (error_.statement.section != "constant" || !is_name(0) || !is_value ||
+            !(is_foreign || is_built_in_type(type)))
+            return;
+        Mistake mistake = at({token() - 1, token()}, "a constant has no type",
+                             "write " + std::string(error_.word()) + " : VALUE");
+        mistake.edits[token() - 1] = instead("");
+        mistake.edits[token() + 1] = instead(":");
+        mistake.has_to_parse = true;
+        mistake.is_certain = true;
+        add(std::move(mistake));
+    }
+
+    // [0, 64], [0, MAX]
+    void range_as_list() {
+        const bool is_pair = error_.word(-2) == "[" && error_.word(-1) == "0" &&
+                             error_.word() == "," && error_.word(2) == "]";
+        if (!is_pair || !(is_name(1) || is_number(1))) return;
+        const std::string text = "[0.." + std::string(error_.word(1)) + "]";
+        rewrite({token() - 2, token() + 2}, unexpected(), "a range is " + text, text, false);
+    }
+
     // [13, 14, 16]
     void numbers_as_labels() {
         const std::string_view mark = error_.word();
@@ -242,7 +272,8 @@ class Search : MistakeSearch {
         for (std::size_t open = token(); open < source_.size() && source_.word(open) == "[";
              open = end + 1) {
             end = closing(open);
-            if (end >= error_.statement.end || end == open + 1) return;
+            if (end >= error_.statement.end) return;
+            if (end == open + 1) return add_hint("write 'array SIZE of TYPE'");
             text += "array " + text_of(open + 1, end) + " of ";
         }
         text += error_.word(-1);
@@ -297,6 +328,8 @@ class Search : MistakeSearch {
         }
         rewrite({token(), end - 1}, "the size of an array has no brackets",
                 "write array " + sizes + " of", sizes, are_numbers);
+        found_.back().has_to_parse = false;
+        found_.back().has_to_go_on = true;
     }
 
     // 1,000, where the comma may also be that of decimals

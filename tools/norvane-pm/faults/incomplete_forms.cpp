@@ -27,6 +27,7 @@ class Search : MistakeSearch {
 
     std::vector<Mistake> before_words() {
         other_quotes();
+        is_not();
         for_all();
         enumeration_by_word();
         value_of_variable();
@@ -48,11 +49,18 @@ class Search : MistakeSearch {
         decimals();
         order_of_name();
         field_without_point();
+        label_of_two_words();
+        if (error_.word() == "::")
+            add(at({token(), token()}, unexpected(),
+                   "a label stands by itself, and a field after '.'"));
         braces();
         brackets();
         loop();
         declaration_among_rules();
         missing_operand();
+        if (error_.word() == "if" && is_in_statement("else", token(), error_.statement.end) &&
+            !is_in_statement("then", token(), error_.statement.end))
+            add_hint("write 'if CONDITION then RULE else RULE'");
         if (is_one_of(error_.word(), words_of_operands))
             add_hint(error_.word() == "not" && error_.word(1) == "in"
                          ? "write one comparison with '<>' for each value, joined by 'and'"
@@ -73,7 +81,8 @@ class Search : MistakeSearch {
             type_or_value();
         else if (!error_.statement.section.empty())
             name();
-        if (error_.word() == "?") add_hint("write 'optional' before the type");
+        if (error_.word() == "?" || error_.word() == "optional")
+            add_hint("write 'optional' before the type");
     }
 
     bool is_in_statement(std::string_view word, std::size_t first, std::size_t end) const {
@@ -146,6 +155,12 @@ class Search : MistakeSearch {
         return true;
     }
 
+    // x is not 3
+    void is_not() {
+        if (error_.word() == "is" && error_.word(1) == "not")
+            rewrite({token(), token() + 1}, "unexpected 'is not'", "write '<>'", "<>", false);
+    }
+
     // for all i in [0..2] : (...)
     void for_all() {
         if (error_.word(-1) == "for" && error_.word() == "all" && error_.word(2) == "in")
@@ -216,7 +231,7 @@ class Search : MistakeSearch {
         if (!is_index) return;
         if (error_.word() == ",")
             change(token(), instead("]["), "each index has its own brackets: write x[0][1]");
-        else if (error_.word() == ".." || error_.word() == ":")
+        else if (error_.word() == ".." || error_.word() == ":" || error_.word() == "*")
             add_hint("an index is one number: a loop goes over several");
         else if (open + 1 == token())
             add_hint("an index is missing");
@@ -228,6 +243,16 @@ class Search : MistakeSearch {
             return;
         change(token(), {".", std::nullopt, ""}, "a '.' may be missing before a field");
         found_.back().is_guess = true;
+    }
+
+    // deep blue, where "deep blue" is a label
+    void label_of_two_words() {
+        if (!is_name(-1) || !is_name(0)) return;
+        const std::string label = text_of(token() - 1, token() + 1);
+        if (!error_.uses.has_text(label)) return;
+        const std::string text = "\"" + label + "\"";
+        rewrite({token() - 1, token()}, "a label that is not a plain name needs quotes",
+                "write " + text, text, true);
     }
 
     // if (a) { b; }
@@ -272,7 +297,7 @@ class Search : MistakeSearch {
         if (error_.word() != ":" || !is_name(-1)) return;
         const bool is_type = is_one_of(error_.word(1), words_of_types) ||
                              is_built_in_type(error_.word(1)) ||
-                             error_.uses.of(error_.word(1)).is_type;
+                             (is_name(1) && error_.word(2) == ";");
         if (!is_type) {
             if (token() == error_.statement.first + 1) add_hint("a rule has no name");
             return;
@@ -331,7 +356,8 @@ class Search : MistakeSearch {
     void array() {
         if (error_.word() == "of" && error_.word(-1) == "array")
             add_hint("write how many elements it has: array 3 of");
-        else if (error_.word() == "of" && is_one_of(error_.word(-1), list_words))
+        else if ((error_.word() == "of" || error_.word() == "<") &&
+                 is_one_of(error_.word(-1), list_words))
             add_hint("write 'array SIZE of TYPE'");
         const std::size_t open = open_bracket();
         if (open == token() || source_.word(open) != "[") return;
@@ -361,7 +387,9 @@ class Search : MistakeSearch {
         if (is_built_in_type(word) && is_name(1))
             return add_hint("the type comes after the names: " + std::string(error_.word(1)) +
                             " : " + std::string(word));
-        if (is_number(0) || word == "-" || word == "." || word.starts_with('"'))
+        const bool is_in_name = !is_name(-1) || source_.touches_the_one_before(token());
+        const bool is_mark = word == "-" || word == "." || word.starts_with('"');
+        if ((is_number(0) || is_mark) && is_in_name)
             return add_hint("a name consists of letters, digits and '_', and begins with no digit");
         add_hint(error_.statement.section == "constant" ? "a declaration is 'NAME : VALUE'"
                                                         : "a declaration is 'NAME : TYPE'");

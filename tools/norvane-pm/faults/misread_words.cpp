@@ -33,12 +33,14 @@ constexpr auto comparisons =
 constexpr auto infix_marks = std::to_array<std::string_view>(
     {"->",  "<->", "=",   "<>",   "<",    "<=",      ">",   ">=", "+",  "*",  "/", ")",
      "and", "or",  "xor", "then", "else", "implies", "iff", "&&", "||", "==", "=>"});
+constexpr auto marks_within_type = std::to_array<std::string_view>({"of", "]", ".."});
 
 class Search {
   public:
     explicit Search(const SourceText& source) : source_(source) {
         for (std::size_t i = 0; i < source_.size(); ++i)
-            if (is_word(i) && (!begins_statement(i) || word(i + 1) == ":" || word(i + 1) == ","))
+            if (is_word(i) && !is_heading(i) &&
+                (!begins_statement(i) || word(i + 1) == ":" || word(i + 1) == ","))
                 names_.insert(word(i));
         for (std::size_t i = 0; i < source_.size(); ++i)
             if (is_reserved_name(i)) reserved_names_.insert(word(i));
@@ -103,11 +105,21 @@ class Search {
         return most_similar(lower, section_words);
     }
 
+    // A word alone on its line, with or without ':', and what it begins on the next one.
+    bool is_heading(std::size_t at) const {
+        const std::size_t next = word(at + 1) == ":" ? at + 2 : at + 1;
+        return is_word(at) && begins_statement(at) && source_.begins_line(at) &&
+               next < source_.size() && source_.begins_line(next) && !begins_type(next) &&
+               (is_word(next) || word(next) == "(");
+    }
     // No statement has a name and then another word that can begin one.
+    bool may_be_section(std::size_t at) const {
+        if (!is_word(at) || is_reserved(word(at)) || names_.contains(word(at))) return false;
+        if (is_heading(at)) return !may_follow_a_name(word(at + 1));
+        return begins_statement(at) && is_word(at + 1) && !may_follow_a_name(word(at + 1));
+    }
     void section(std::size_t at) {
-        if (!begins_statement(at) || names_.contains(word(at)) || !is_word(at) ||
-            !is_word(at + 1) || is_reserved(word(at)) || may_follow_a_name(word(at + 1)))
-            return;
+        if (!may_be_section(at)) return;
         std::string lower(word(at));
         std::ranges::transform(lower, lower.begin(),
                                [](unsigned char c) { return std::tolower(c); });
@@ -120,6 +132,7 @@ class Search {
             is_parameter ? "did you mean 'constant' or 'variable'?"
                          : "did you mean " + in_quotes(meant) + "?",
             {{at, std::string(meant)}}, !is_parameter);
+        if (word(at + 1) == ":") found_.back().words.emplace_back(at + 1, "");
     }
 
     void add(TokenRange range, std::string message, std::string hint,
@@ -145,12 +158,18 @@ class Search {
         return std::ranges::find(names, name) != std::end(names);
     }
 
+    // Two words, or a line after a blank: `--n` could be a number.
+    bool is_text(std::size_t at) const {
+        return (is_label(at) && is_label(at + 1)) ||
+               (source_.begins_line(at - 2) && !source_.touches_the_one_before(at));
+    }
+
     // `// text`, `# text`, `% text`, `-- some text`
     void comment(std::size_t at) {
         const bool begins = source_.begins_line(at) || begins_statement(at);
         const bool is_slash = word(at).starts_with("//");
-        const bool is_dash = word(at) == "-" && word(at + 1) == "-" && is_label(at + 2) &&
-                             is_label(at + 3) && source_.touches_the_one_before(at + 1);
+        const bool is_dash = word(at) == "-" && word(at + 1) == "-" && at + 2 < source_.size() &&
+                             source_.touches_the_one_before(at + 1) && is_text(at + 2);
         const bool is_hash = word(at) == "#" && !is_directive(word(at + 1));
         const bool is_mark = begins && (is_dash || is_hash || word(at) == "%");
         if (!is_slash && !is_mark) return;
@@ -282,7 +301,9 @@ class Search {
     // too.
     void enumeration_in_braces(std::size_t at) {
         const bool has_word = at > 0 && (word(at - 1) == "enum" || word(at - 1) == "enumeration");
-        if (word(at) != "{" || !is_type(has_word ? at - 1 : at)) return;
+        const std::size_t first = has_word ? at - 1 : at;
+        const bool is_set = first > 0 && word(first - 1) == "=" && !is_in_rules_;
+        if (word(at) != "{" || !(is_type(first) || is_set)) return;
         const auto end = end_of_labels(at, "}", {",", "|", ";"});
         if (!end) return;
         Misread misread{{has_word ? at - 1 : at, *end},
@@ -354,9 +375,11 @@ class Search {
     // a > 3; -> b, often by a macro. What goes on may also have lost its beginning, which no other
     // file has.
     void semicolon_within(std::size_t at) {
-        if (!is_in_rules_ || word(at) != ";" ||
-            std::ranges::find(infix_marks, word(at + 1)) == infix_marks.end())
-            return;
+        if (word(at) != ";") return;
+        const bool goes_on = is_in_rules_ ? is_one_of(word(at + 1), infix_marks)
+                                          : is_one_of(word(at + 1), marks_within_type) &&
+                                                !source_.macro_of(at).empty();
+        if (!goes_on) return;
         if (is_comparison(at + 1) && ends_comparison(at)) return;
         if (source_.place(at).file != source_.place(at + 1).file) return;
         const std::string& macro = source_.macro_of(at);

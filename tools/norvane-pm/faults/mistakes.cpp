@@ -180,6 +180,7 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     if (source_.tokens()[at].kind != TokenKind::word || is_reserved(word, source_.language()))
         return;
     const WordUse& use = error_.uses.of(word);
+    if (use.is_listed) return; // a name that is declared
     const auto keywords = reserved_words(source_.language());
     const auto same = std::ranges::find_if(keywords, [word](std::string_view keyword) {
         return std::ranges::equal(word, keyword, {}, lower);
@@ -191,7 +192,9 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     mistake.hint = "did you mean " + in_quotes(keyword) + "?";
     mistake.edits[at] = instead(keyword);
     // A word that stands elsewhere, too, is more likely a name.
-    mistake.is_certain = same != keywords.end() || use.count == 1;
+    const bool is_call = at + 1 < source_.size() && source_.word(at + 1) == "[" &&
+                         source_.touches_the_one_before(at + 1); // Optional[int]
+    mistake.is_certain = (same != keywords.end() || use.count == 1) && !is_call;
     mistake.has_to_go_on = same == keywords.end();
     add(std::move(mistake));
 }
@@ -207,7 +210,10 @@ void MistakeSearch::add_foreign(std::size_t at, const Foreign& foreign) {
     const bool begins_loop = at + 2 < source_.size() && source_.word(at + 2) == "in";
     mistake.stands_alone = mistake.is_certain && (is_mark || begins_loop);
     mistake.is_guess = !foreign.is_certain;
-    if (!foreign.instead.empty()) mistake.edits[at] = instead(foreign.instead);
+    if (is_loop_word(foreign.instead) && !begins_loop)
+        mistake.hint = "a loop is '" + std::string(foreign.instead) + " i in [0..2] : (...)'";
+    else if (!foreign.instead.empty())
+        mistake.edits[at] = instead(foreign.instead);
     add(std::move(mistake));
 }
 

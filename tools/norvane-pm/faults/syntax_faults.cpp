@@ -319,10 +319,24 @@ class Finder {
         return next;
     }
 
+    // The arms of a case that are divided by ';' are no rules of their own.
+    std::size_t end_of_case(std::size_t first, std::size_t end) const {
+        int open = 0;
+        for (std::size_t i = first; i < end; ++i)
+            open += (text_.word(i) == "case") - (text_.word(i) == "esac");
+        if (open <= 0) return end;
+        for (std::size_t i = end; i + 1 < text_.size() && !is_section_word(word(i)); ++i) {
+            if (text_.word(i) == "case") break;
+            if (text_.word(i) == "esac") return text_.word(i + 1) == ";" ? i + 2 : i + 1;
+        }
+        return end;
+    }
+
     // Takes the statement out; the whole declaration, where it opens a record.
     void give_up(const Statement& statement) {
         std::size_t end = statement.opens_record ? statement.whole_end : statement.end;
         if (statement.is_rule() && statement.opens_record) end = end_of_braces(end);
+        if (statement.is_rule()) end = end_of_case(statement.first, end);
         source_.drop(statement.first, std::max(end, statement.first));
         if (!statement.is_rule() && !declares_nothing_)
             for (std::size_t i = statement.first; i < std::min(end, text_.size()); ++i)

@@ -29,11 +29,12 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"∧", "and", ""},
     {"∨", "or", ""},
     {"¬", "not", ""},
+    {"/\\", "and", ""},
+    {"\\/", "or", ""},
     {"^", "", "write 'xor' for one of two; there are no powers"},
     {"+=", "", "a rule says what holds: nothing is set"},
     {"-=", "", "a rule says what holds: nothing is set"},
     {"*=", "", "a rule says what holds: nothing is set"},
-    {"::", "", "a label stands by itself, and a field after '.'"},
     {"%", "", "there is no remainder of a division"},
     {"**", "", "there are no powers"},
     {"implies", "->", ""},
@@ -41,8 +42,15 @@ constexpr auto foreign_words = std::to_array<Foreign>({
     {"exists", "exist", ""},
     {"for", "forall", ""},
     {"foreach", "forall", ""},
+    {"requires", "->", ""},
+    {"excludes", "-> not", "", false},
+    {"between", "", "write two comparisons, joined by 'and'"},
+    {"like", "", "a text is compared as a whole, by '=' and '<>'"},
     {"is", "=", "", false},
     {"end", "", "no statement of a model has an 'end'"},
+    {"endif", "", "an 'if' has no end: take it out"},
+    {"switch", "", "a case is 'case x of VALUE then RULE | ... default RULE esac'"},
+    {"return", "", "a rule says what holds: nothing is returned"},
     {"mod", "", "there is no remainder of a division"},
     {"div", "", "integers have no division"},
     {"'", "", "texts and labels are in double quotes"},
@@ -70,8 +78,8 @@ class Search : MistakeSearch {
         reserved_name();
         missing_marks(marks);
         surplus_parenthesis();
-        missing_operator();
         if (!is_at_end()) move_all(incomplete_forms(error_));
+        missing_operator();
         return std::move(found_);
     }
 
@@ -82,7 +90,10 @@ class Search : MistakeSearch {
 
     // constant N = 3; type T = [a, b];
     void declared_with_equals() {
-        if (error_.statement.is_rule() || error_.word() != "=") return;
+        if (error_.statement.is_rule()) return;
+        if (error_.word() == ":=" || (error_.word() == "in" && is_name(-1)))
+            return other_mark(":", "a declaration has ':' after the name");
+        if (error_.word() != "=") return;
         const bool may_be_rule = error_.statement.section != "constant" && !begins_type(1);
         if (!may_be_rule) return other_mark(":", "a declaration has ':' after the name");
         Mistake mistake = mistake_at(token());
@@ -242,9 +253,10 @@ class Search : MistakeSearch {
 
     // x in [a, b]
     void list_of_values() {
-        if (error_.word() != "in") return;
+        const bool is_in = error_.word() == "in" || error_.word() == "IN";
+        if (!is_in || !error_.statement.is_rule()) return;
         Mistake mistake = mistake_at(token());
-        mistake.message = "unexpected 'in', which only loops have";
+        mistake.message = unexpected() + ", which only loops have";
         mistake.hint = "write one comparison for each value, joined by 'or'";
         add(std::move(mistake));
     }

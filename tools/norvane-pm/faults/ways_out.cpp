@@ -80,7 +80,16 @@ void WaysOut::explain(PlacedFinding& found, const Report& report, const Expr* ro
         insert_after(text_, found, range.first, ".SOME", false);
     }
     if (report.name == "ERR_OP_TYPES_UN" && expr) unary_operand(found, expr, range);
-    explain_use(found, report.name, expr);
+    explain_use(found, report.name, expr, range);
+}
+
+// Colour.red
+bool WaysOut::is_before_label(std::size_t token) {
+    if (token + 2 >= text_.size() || text_.word(token + 1) != ".") return false;
+    std::string name(text_.word(token + 2));
+    NameData* namedata = nullptr;
+    const int status = call([&] { return symtbl_lookup(table_, name.data(), 0, &namedata); });
+    return status == 0 && namedata->ndtype == ND_LABEL;
 }
 
 // `not dock` where that is optional, `-a` where it is a boolean, and `a <- b`.
@@ -94,9 +103,12 @@ void WaysOut::unary_operand(PlacedFinding& found, const Expr* unary, TokenRange 
 }
 
 // A name or a value that stands where another kind belongs.
-void WaysOut::explain_use(PlacedFinding& found, std::string_view report, const Expr* expr) {
+void WaysOut::explain_use(PlacedFinding& found, std::string_view report, const Expr* expr,
+                          TokenRange range) {
     if (report == "ERR_TYPE_AS_VAR_NAME" || report == "ERR_TYPE_AS_VAR")
-        say(found, "a rule is about variables: name one of this type");
+        say(found, is_before_label(range.last)
+                       ? "a label stands by itself, without its type"
+                       : "a rule is about variables: name one of this type");
     if (report == "ERR_RULE_NOT_BOOLEAN" && expr && expr->type == ETYPE_OPTIONAL)
         say(found, "compare it with SOME or NONE");
     if (report == "ERR_RULE_NOT_BOOLEAN") say(found, "a rule is true or false: compare it");
@@ -158,6 +170,10 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
         return say(found,
                    is_variable ? "the variable is not visible here" : "declare it before its use");
     }
+    const bool is_arrow = range.first > 0 && text_.word(range.first - 1) == "->" &&
+                          text_.touches_the_one_before(range.first) &&
+                          text_.touches_the_one_before(range.first - 1);
+    if (is_arrow) return say(found, "a field stands after '.', and '->' is an implication");
     suggest_visible(found, name, range.first, false);
     if (found.finding.hint.empty()) unknown_value(found, name, operand, subject, range);
 }
@@ -278,7 +294,8 @@ void WaysOut::operands(PlacedFinding& found, const Expr* root, const Expr* binar
 void WaysOut::number_operands(PlacedFinding& found, const Expr* binary) {
     const unsigned left = binary->args.binargs.leftarg->type;
     const unsigned right = binary->args.binargs.rightarg->type;
-    if (left != ETYPE_INT && right != ETYPE_INT) return;
+    const bool counts = is_arithmetic(binary) && left == ETYPE_BOOL && right == ETYPE_BOOL;
+    if (left != ETYPE_INT && right != ETYPE_INT && !counts) return;
     const unsigned other = left == ETYPE_INT ? right : left;
     if (is_comparison(binary) && other == ETYPE_SUM)
         say(found, "compare it with a label, or the position of its label by 'order(x)'");

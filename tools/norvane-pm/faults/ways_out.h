@@ -34,7 +34,9 @@ class WaysOut {
 
     void unary_operand(PlacedFinding& found, const Expr* unary, TokenRange range);
     void list_fields(PlacedFinding& found, std::vector<std::string_view> names);
-    void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr);
+    bool is_before_label(std::size_t token);
+    void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr,
+                     TokenRange range);
     void undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
                     const Subject& subject, TokenRange range);
     void unknown_value(PlacedFinding& found, std::string_view name, const Expr* operand,

@@ -20,9 +20,10 @@ constexpr auto words_of_calculations = std::to_array<std::string_view>(
 // Operators of two bytes and more, the longest first. Those of other languages are tokens too,
 // since a report is to show all of them; no correct source has their bytes side by side.
 constexpr auto marks_of_models = std::to_array<std::string_view>(
-    {"<==>", "<->", "<=>", "==>", "-->", "===", "!==", "->", "..", "<=", ">=", "<>", ">>", "<<",
-     "==",   "!=",  "=>",  "=<",  "&&",  "||",  ":=",  "**", "+=", "-=", "*=", "/=", "~=", "::",
-     "≠",    "≤",   "≥",   "→",   "↔",   "⇒",   "∧",   "∨",  "¬",  "“",  "”",  "‘",  "’"});
+    {"<==>", "<->", "<=>", "==>", "-->", "===", "!==", "->",  "..", "<=", ">=",
+     "<>",   ">>",  "<<",  "==",  "!=",  "=>",  "=<",  "&&",  "||", ":=", "**",
+     "+=",   "-=",  "*=",  "/=",  "~=",  "::",  "\\/", "/\\", "≠",  "≤",  "≥",
+     "→",    "↔",   "⇒",   "∧",   "∨",   "¬",   "“",   "”",   "‘",  "’"});
 constexpr auto marks_of_calculations =
     std::to_array<std::string_view>({"<->", "<=>", "->", ":=", "<=", ">=", "<>", "==", "!=", "=>",
                                      "=<", "&&", "||", "**", "++", "+=", "-=", "*=", "/="});
