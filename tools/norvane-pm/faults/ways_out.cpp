@@ -151,17 +151,7 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
     }
     const bool is_field =
         subject.idcon != subject.path && subject.idcon != subject.path->args.compositid.hier;
-    if (is_field) {
-        const PolyHash* environment = environment_of(subject.path, subject.idcon);
-        std::vector<std::string_view> names;
-        if (environment) add_names(environment, names, false);
-        if (names.size() == 1 && names.front() == "SOME") {
-            say(found, "write '.SOME' after the name of an optional for its value");
-            return insert_before(text_, found, range.first, "SOME.", false);
-        }
-        suggestions_.suggest(found, name, range.first, names);
-        return list_fields(found, std::move(names));
-    }
+    if (is_field) return undeclared_field(found, name, subject, range);
     const auto later = declared_.find(name);
     if (later != declared_.end()) {
         const Declared* declared = places_.find(later->second.declaration);
@@ -176,6 +166,19 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
     if (is_arrow) return say(found, "a field stands after '.', and '->' is an implication");
     suggest_visible(found, name, range.first, false);
     if (found.finding.hint.empty()) unknown_value(found, name, operand, subject, range);
+}
+
+void WaysOut::undeclared_field(PlacedFinding& found, std::string_view name, const Subject& subject,
+                               TokenRange range) {
+    const PolyHash* environment = environment_of(subject.path, subject.idcon);
+    std::vector<std::string_view> names;
+    if (environment) add_names(environment, names, false);
+    if (names.size() == 1 && names.front() == "SOME") {
+        say(found, "write '.SOME' after the name of an optional for its value");
+        return insert_before(text_, found, range.first, "SOME.", false);
+    }
+    suggestions_.suggest(found, name, range.first, names);
+    list_fields(found, std::move(names));
 }
 
 // Where there is no similar one, and few enough to be read.

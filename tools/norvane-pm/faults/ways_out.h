@@ -33,6 +33,8 @@ class WaysOut {
     };
 
     void unary_operand(PlacedFinding& found, const Expr* unary, TokenRange range);
+    void undeclared_field(PlacedFinding& found, std::string_view name, const Subject& subject,
+                          TokenRange range);
     void list_fields(PlacedFinding& found, std::vector<std::string_view> names);
     bool is_before_label(std::size_t token);
     void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr,
