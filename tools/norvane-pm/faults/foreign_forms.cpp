@@ -136,7 +136,7 @@ class Search : MistakeSearch {
             add(std::move(mistake));
         }
         add(at({token() - 1, token() - 1},
-               in_quotes(name) + " is used like a function, but is no macro",
+               in_quotes(name) + " is used like a function, but is not a macro",
                "define it by #define or include the file that does: there are no functions"));
     }
 
@@ -254,7 +254,7 @@ class Search : MistakeSearch {
             --open;
         const std::size_t end = closing(open);
         if (end >= error_.statement.end) return;
-        Mistake mistake = at({open + 1, end - 1}, "a number is no label",
+        Mistake mistake = at({open + 1, end - 1}, "a number is not a label",
                              "write it in quotes, or take a range such as [0..16] and a rule");
         for (std::size_t i = open + 1; i < end; ++i) {
             const bool is_label = source_.tokens()[i].kind == TokenKind::number;

@@ -305,7 +305,7 @@ void WaysOut::number_operands(PlacedFinding& found, const Expr* binary) {
     if (is_comparison(binary) && left == ETYPE_BOOL)
         say(found, "a boolean is true or false by itself: write 'x' or 'not x'");
     if (is_arithmetic(binary) && other == ETYPE_BOOL)
-        say(found, "a boolean is no number: write '(if x then 1 else 0)'");
+        say(found, "a boolean is not a number: write '(if x then 1 else 0)'");
 }
 
 void WaysOut::unbounded_operands(PlacedFinding& found, const Expr* binary) {
@@ -389,7 +389,7 @@ void WaysOut::label_of(PlacedFinding& found, const char* name, const Expr* text)
     for (const char* label : items<char>(typecon->values.labels))
         labels.emplace_back(label);
     const std::string_view similar = most_similar(text->args.str, labels);
-    say(found, "\"" + std::string(text->args.str) + "\" is no label of " + in_quotes(name) +
+    say(found, "\"" + std::string(text->args.str) + "\" is not a label of " + in_quotes(name) +
                    (similar.empty() ? "" : ": did you mean " + in_quotes(similar) + "?"));
     if (const auto range = places_.find_type(typecon))
         found.finding.notes.push_back({text_.place(*range), "its labels are declared here"});

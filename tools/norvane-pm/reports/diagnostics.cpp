@@ -52,7 +52,7 @@ bool is_about_missing_name(const Finding& finding) {
                              "ERR_NO_VARS", "ERR_NO_PUBLIC_VARS", "ERR_CPP"})
         if (finding.name == name) return true;
     const std::string_view message = finding.message;
-    return message.starts_with("unexpected '('") || message.ends_with("is no macro");
+    return message.starts_with("unexpected '('") || message.ends_with("is not a macro");
 }
 
 bool tells_the_same(const Finding& one, const Finding& other) {

@@ -26,7 +26,7 @@ Dependencies::Dependencies(const Options& options)
       with_phony_(options.has_phony_targets) {
     if (file_.empty()) file_ = default_file(options);
     if (targets_.empty() && options.output == "-")
-        throw WrongUsage{"-MD needs -MT TARGET where the result is no file: nothing tells what "
+        throw WrongUsage{"-MD needs -MT TARGET where the result is not a file: nothing tells what "
                          "depends on the files"};
     if (targets_.empty()) targets_.push_back(quoted_for_make(options.output));
 }
