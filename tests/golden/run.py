@@ -14,7 +14,8 @@ A file begins with what the test is about. Then come sections, each after a line
   --- stderr
   --- status           their exit status; 0 where it is absent
   --- rows [TITLE]     one command a line, and after " => " its status, where that is not 0, and all
-                       that it prints: lines are joined by " // "; empty lines, and source lines and hints, which
+                       that it prints: lines are joined by " // ", and stand each by itself where the row
+                       would be longer than 150 columns; empty lines, and source lines and hints, which
                        reports carry for people, are left out; a line that begins with "#" is a comment
   --- rows FILE: COMMAND
                        the same for one command and many inputs: what stands before " => ", with
@@ -40,6 +41,7 @@ EXPECTATIONS = ('stdout', 'stderr', 'status', 'leaves')
 # Read everything in spite of permissions: what a test about permissions must not be run with.
 DROP_PRIVILEGES = 'setpriv --bounding-set=-dac_override,-dac_read_search'
 # What a report says beyond its first line, for people.
+NEXT_LINE = '\n    // ' # between the lines that a row's command prints
 FOR_PEOPLE = re.compile(r' *\d* \| |For more: |  help: run with --help ')
 
 
@@ -132,12 +134,14 @@ class Shell:
                 stream.write(source.encode('latin-1').decode('unicode_escape').encode('latin-1') + b'\n')
         status, output, _ = self.run(command or source, subprocess.STDOUT)
         said = [said for said in output.split('\n') if said and not FOR_PEOPLE.match(said)]
-        return ' '.join([source + ' =>'] + [str(status)] * (status != 0) + [' // '.join(said)]).rstrip() + '\n'
+        told = ' '.join([' =>'] + [str(status)] * (status != 0) + said[:1]).rstrip()
+        between = NEXT_LINE if len(source + told + ' // '.join(said[1:])) > 150 else ' // '
+        return between.join([source + told] + said[1:]) + '\n'
 
     def rows(self, name, text):
         file, _, command = name.partition(' ')[2].partition(': ') # or a title, without a command
         return ''.join(self.row(line, file, command) if command or not line.startswith('#') else line + '\n'
-                       for line in text.rstrip('\n').split('\n'))
+                       for line in text.rstrip('\n').replace(NEXT_LINE, ' // ').split('\n'))
 
 
 def run(sections, driver, under):
