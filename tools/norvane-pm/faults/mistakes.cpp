@@ -200,12 +200,14 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
 }
 
 void MistakeSearch::add_foreign(std::size_t at, const Foreign& foreign) {
+    const bool is_declared = error_.uses.of(foreign.word).is_listed;
+    if (is_declared && foreign.instead.empty()) return;
     Mistake mistake = mistake_at(at);
     mistake.message = "unexpected " + in_quotes(foreign.word);
     mistake.hint = foreign.hint;
     if (mistake.hint.empty()) mistake.hint = "write " + in_quotes(foreign.instead);
     // Where a name is declared so, it is more likely that an operator is missing.
-    mistake.is_certain = foreign.is_certain && !error_.uses.of(foreign.word).is_listed;
+    mistake.is_certain = foreign.is_certain && !is_declared;
     const bool is_mark = source_.tokens()[at].kind != TokenKind::word;
     const bool begins_loop = at + 2 < source_.size() && source_.word(at + 2) == "in";
     mistake.stands_alone = mistake.is_certain && (is_mark || begins_loop);

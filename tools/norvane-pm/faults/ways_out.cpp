@@ -152,18 +152,9 @@ void WaysOut::undeclared(PlacedFinding& found, std::string_view name, const Expr
     const bool is_field =
         subject.idcon != subject.path && subject.idcon != subject.path->args.compositid.hier;
     if (is_field) return undeclared_field(found, name, subject, range);
-    const auto later = declared_.find(name);
-    if (later != declared_.end()) {
-        const Declared* declared = places_.find(later->second.declaration);
-        if (declared) found.finding.notes.push_back({text_.place(declared->name), "declared here"});
-        const bool is_variable = later->second.kind == ND_VARIABLE;
-        return say(found,
-                   is_variable ? "the variable is not visible here" : "declare it before its use");
-    }
-    const bool is_arrow = range.first > 0 && text_.word(range.first - 1) == "->" &&
-                          text_.touches_the_one_before(range.first) &&
-                          text_.touches_the_one_before(range.first - 1);
-    if (is_arrow) return say(found, "a field stands after '.', and '->' is an implication");
+    if (declared_elsewhere(found, name)) return;
+    if (follows_arrow(range.first))
+        return say(found, "a field stands after '.', and '->' is an implication");
     suggest_visible(found, name, range.first, false);
     if (found.finding.hint.empty()) unknown_value(found, name, operand, subject, range);
 }
@@ -179,6 +170,22 @@ void WaysOut::undeclared_field(PlacedFinding& found, std::string_view name, cons
     }
     suggestions_.suggest(found, name, range.first, names);
     list_fields(found, std::move(names));
+}
+
+bool WaysOut::declared_elsewhere(PlacedFinding& found, std::string_view name) {
+    const auto later = declared_.find(name);
+    if (later == declared_.end()) return false;
+    if (const Declared* declared = places_.find(later->second.declaration))
+        found.finding.notes.push_back({text_.place(declared->name), "declared here"});
+    const bool is_variable = later->second.kind == ND_VARIABLE;
+    say(found, is_variable ? "the variable is not visible here" : "declare it before its use");
+    return true;
+}
+
+// cab->engine
+bool WaysOut::follows_arrow(std::size_t token) const {
+    return token > 0 && text_.word(token - 1) == "->" && text_.touches_the_one_before(token) &&
+           text_.touches_the_one_before(token - 1);
 }
 
 // Where there is no similar one, and few enough to be read.

@@ -37,6 +37,9 @@ class WaysOut {
                           TokenRange range);
     void list_fields(PlacedFinding& found, std::vector<std::string_view> names);
     bool is_before_label(std::size_t token);
+    // True for a name that is declared, but not where it is used.
+    bool declared_elsewhere(PlacedFinding& found, std::string_view name);
+    bool follows_arrow(std::size_t token) const;
     void explain_use(PlacedFinding& found, std::string_view report, const Expr* expr,
                      TokenRange range);
     void undeclared(PlacedFinding& found, std::string_view name, const Expr* operand,
