@@ -299,6 +299,7 @@ class Search : MistakeSearch {
         if (error_.word(2) != "..") return array_of_sizes();
         const std::string message = "an array has a size and no range";
         const std::string last_index = text_of(token() + 3, end);
+        const bool is_one_word = end == token() + 4;
         const std::optional<int> first = number(error_.word(1));
         const std::optional<int> last = number(last_index);
         if (first && last && *last >= *first) {
@@ -308,9 +309,10 @@ class Search : MistakeSearch {
                 ": the indices go from 0 to " + std::to_string(*last - *first);
             return rewrite(range, message, *first == 0 ? hint : hint + indices, size, *first == 0);
         }
-        if (first && *first == 0)
-            return rewrite(range, message, "write array " + last_index + " + 1 of",
-                           last_index + " + 1", true);
+        if (first && *first == 0) {
+            const std::string size = (is_one_word ? last_index : "(" + last_index + ")") + " + 1";
+            return rewrite(range, message, "write array " + size + " of", size, true);
+        }
         add(at(range, message, "write how many elements it has: the indices go from 0"));
     }
 

@@ -337,7 +337,7 @@ class Search : MistakeSearch {
         mistake.edits[end] = instead("]");
         mistake.has_to_parse = true;
         // A single name may be that of a type.
-        mistake.is_certain = !is_name(0) || end > token() + 2;
+        mistake.is_certain = !is_name(1) || end > token() + 2;
         add(std::move(mistake));
     }
 

@@ -39,9 +39,18 @@ PlacedFinding error_at(const SourceText& source, TokenRange range, std::string n
 
 namespace {
 
+// What remains of a correction is never certain: one half of a pair is not written without the
+// other.
+void leave_out(PlacedFinding& found) {
+    found.has_all_places = false;
+    for (Replacement& written : found.finding.replacements)
+        written.is_certain = false;
+}
+
 void add(PlacedFinding& found, const Place& place, std::string text, bool is_certain) {
-    if (place.column > 0)
-        found.finding.replacements.push_back({place, std::move(text), is_certain});
+    if (place.column == 0) return leave_out(found);
+    found.finding.replacements.push_back(
+        {place, std::move(text), is_certain && found.has_all_places});
 }
 
 bool is_part_of_a_name(char c) {
@@ -71,7 +80,8 @@ std::string_view touching_after(const SourceText& source, std::size_t token) {
 
 void replace(const SourceText& source, PlacedFinding& found, TokenRange range, std::string text,
              bool is_certain) {
-    if (source.is_from_macro(range.first) || source.is_from_macro(range.last)) return;
+    if (source.is_from_macro(range.first) || source.is_from_macro(range.last))
+        return leave_out(found);
     text = set_apart(std::move(text), touching_before(source, range.first),
                      touching_after(source, range.last));
     add(found, source.place(range), std::move(text), is_certain);
@@ -79,7 +89,7 @@ void replace(const SourceText& source, PlacedFinding& found, TokenRange range, s
 
 void insert_before(const SourceText& source, PlacedFinding& found, std::size_t token,
                    std::string text, bool is_certain) {
-    if (source.is_from_macro(token)) return;
+    if (source.is_from_macro(token)) return leave_out(found);
     Place place = source.place(token);
     place.end_line = place.line;
     place.end_column = place.column;
@@ -89,7 +99,7 @@ void insert_before(const SourceText& source, PlacedFinding& found, std::size_t t
 
 void insert_after(const SourceText& source, PlacedFinding& found, std::size_t token,
                   std::string text, bool is_certain) {
-    if (source.is_from_macro(token)) return;
+    if (source.is_from_macro(token)) return leave_out(found);
     text = set_apart(std::move(text), source.word(token), touching_after(source, token));
     add(found, source.place_after(token), std::move(text), is_certain);
 }

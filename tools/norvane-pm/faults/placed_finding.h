@@ -14,6 +14,7 @@ namespace norvane::driver {
 struct PlacedFinding {
     std::size_t token;
     Finding finding;
+    bool has_all_places = true; // false where a part of the correction is in no file
 };
 
 // Sorts the findings by place. Findings repeated at one place, because a file is included twice or

@@ -103,6 +103,15 @@ struct UserBytes {
     std::size_t end;
 };
 
+// Of a token that a macro has a part in, as a comment with a macro's name has.
+std::uint32_t use_of(std::span<const Expansion::Origin> bytes) {
+    const auto is_used = [](const Expansion::Origin& byte) {
+        return byte.use != Expansion::no_use;
+    };
+    const auto first = std::ranges::find_if(bytes, is_used);
+    return first == bytes.end() ? Expansion::no_use : first->use;
+}
+
 // Of a token that parts of a macro and of an argument make up, the argument's part.
 UserBytes user_bytes(std::span<const Expansion::Origin> bytes, const UserLines& lines) {
     const auto is_written = [](const Expansion::Origin& byte) { return byte.is_written; };
@@ -289,7 +298,7 @@ void SourceText::expand(std::size_t row, std::span<const Token> here, Row& resul
         const auto bytes = std::span(expansion.origins()).subspan(made[i].offset, made[i].length);
         const UserBytes found = user_bytes(bytes, lines);
         Origin& origin = result.origins[i - before];
-        origin = {lines.line(found.begin), lines.column(found.begin), 0, bytes[0].use};
+        origin = {lines.line(found.begin), lines.column(found.begin), 0, use_of(bytes)};
         origin.end_column = origin.column + static_cast<unsigned>(found.end - found.begin);
     }
     result.uses = expansion.uses();
