@@ -26,6 +26,7 @@ class Trial {
         : names_(names), optional_(optional), around_(names.frames) {}
 
     Restriction run();
+    unsigned steps() const { return steps_ + steps_outside_; }
 
   private:
     using Value = std::optional<double>;
@@ -122,8 +123,10 @@ void Trial::add_rules(TypeCon* typecon, bool is_one_of_many) {
         add_rules(field->typecon, is_one_of_many);
         ++names_.frames[own].visible;
     }
-    for (const RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules))
+    for (const RuleDecl* rule : items<RuleDecl>(typecon->values.prod.rules)) {
         rules_.push_back({rule, names_.frames});
+        steps_ += 8 * static_cast<unsigned>(names_.frames.size()); // of a copy, and its uses
+    }
     names_.frames.pop_back();
 }
 
@@ -505,9 +508,14 @@ const Restriction& restriction_of(Names& names, AroundOptional& optional) {
     optional.restriction.emplace();
     const TypeCon* real = names.real(optional.content);
     if (real && real->contype == TC_OPTIONAL) return *optional.restriction; // judged itself
+    // Each optional may ask all rules of the model: beyond this, the rest is not decided.
+    constexpr unsigned most_in_all = 1 << 24;
+    if (names.steps_for_optionals > most_in_all) return *optional.restriction;
     const std::vector<Frame> frames(names.frames);
     const std::vector<Loop> loops = std::exchange(names.loops, {});
-    optional.restriction = Trial(names, optional).run();
+    Trial trial(names, optional);
+    optional.restriction = trial.run();
+    names.steps_for_optionals += trial.steps();
     names.loops = loops;
     names.frames = frames;
     return *optional.restriction;

@@ -37,6 +37,9 @@ class Names {
 
     Project* project() const { return project_; }
 
+    // What was spent on the rules of optional records, of which a model may have many. (absent.cpp)
+    unsigned steps_for_optionals = 0;
+
     // What the check takes a name for. At most one member says it.
     struct Meaning {
         Loop* loop = nullptr;
