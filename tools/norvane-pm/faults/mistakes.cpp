@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 
 #include "plain_words.h"
 #include "similar.h"
@@ -31,6 +32,27 @@ constexpr auto comparisons =
 
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+// One letter that is missing, wrong, extra or swapped, after the first one: 'nand', 'forany' and
+// 'exist1' may mean something else.
+bool is_one_slip(std::string_view written, std::string_view meant) {
+    const auto is_same = [](char a, char b) { return lower(a) == lower(b); };
+    const bool are_letters =
+        std::ranges::all_of(written, [](unsigned char c) { return std::isalpha(c) != 0; });
+    if (!are_letters || !is_same(written.front(), meant.front())) return false;
+    const std::size_t shortest = std::min(written.size(), meant.size());
+    const std::size_t longest = std::max(written.size(), meant.size());
+    std::size_t first = 0; // as many letters at the beginning are the same
+    while (first < shortest && is_same(written[first], meant[first]))
+        ++first;
+    std::size_t last = 0;
+    while (first + last < shortest && is_same(written.rbegin()[static_cast<std::ptrdiff_t>(last)],
+                                              meant.rbegin()[static_cast<std::ptrdiff_t>(last)]))
+        ++last;
+    if (first + last + 1 >= longest) return true;
+    return shortest == longest && first + last + 2 == longest &&
+           is_same(written[first], meant[first + 1]) && is_same(written[first + 1], meant[first]);
 }
 
 void add_replacement(const SourceText& source, PlacedFinding& found, std::size_t at,
@@ -194,7 +216,8 @@ void MistakeSearch::replaced_word(std::size_t at, std::span<const Foreign> forei
     // A word that stands elsewhere, too, is more likely a name.
     const bool is_call = at + 1 < source_.size() && source_.word(at + 1) == "[" &&
                          source_.touches_the_one_before(at + 1); // Optional[int]
-    mistake.is_certain = (same != keywords.end() || use.count == 1) && !is_call;
+    const bool is_slip = same != keywords.end() || (use.count == 1 && is_one_slip(word, keyword));
+    mistake.is_certain = is_slip && !is_call;
     mistake.has_to_go_on = same == keywords.end();
     add(std::move(mistake));
 }
